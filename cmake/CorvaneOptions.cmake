@@ -1,0 +1,31 @@
+option(CORVANE_TESTS "Build the tests" ON)
+option(CORVANE_BENCH "Build the benchmarks" ON)
+option(CORVANE_FUZZ "Build the fuzz targets (Clang only)" OFF)
+set(CORVANE_SANITIZE "" CACHE STRING "Value for -fsanitize=, empty for none")
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+
+find_program(CORVANE_CCACHE ccache)
+if(CORVANE_CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${CORVANE_CCACHE}")
+endif()
+
+add_compile_options(-Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wno-sign-conversion
+                    -Wnon-virtual-dtor -Woverloaded-virtual)
+add_compile_options(-fstack-protector-strong)
+if(CMAKE_BUILD_TYPE MATCHES "Rel")
+  add_compile_definitions(_FORTIFY_SOURCE=2)
+  add_compile_options(-ffunction-sections -fdata-sections)
+  add_link_options(-Wl,--gc-sections)
+endif()
+if(CORVANE_SANITIZE)
+  add_compile_options(-fsanitize=${CORVANE_SANITIZE} -fno-omit-frame-pointer
+                      -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${CORVANE_SANITIZE})
+endif()

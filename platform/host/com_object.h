@@ -1,0 +1,65 @@
+// The base of the virtual handheld's COM objects: reference count, identity, IDispatch.
+#pragma once
+
+#include <atomic>
+
+#include "platform/com.h"
+#include "platform/host/fault.h"
+
+namespace ce::host {
+
+// COM objects of the handheld that are alive in this process. 0 when everything was released.
+LONG LiveComObjects();
+
+namespace detail {
+void CountObject(LONG change);
+}
+
+// Implements IUnknown and IDispatch for the object `Interface`, which also answers to each of
+// `Bases` (the interfaces that it derives from). Starts with one reference; deletes itself with the
+// last. Override ExtraInterface for interfaces beside the chain.
+template <typename Interface, typename... Bases>
+class ComObject : public Interface {
+ public:
+  ComObject() { detail::CountObject(+1); }
+  ComObject(const ComObject&) = delete;
+  ComObject& operator=(const ComObject&) = delete;
+
+  HRESULT QueryInterface(const GUID& iid, void** out) override {
+    if (!out) return E_POINTER;
+    *out = nullptr;
+    if (const HRESULT fault = FaultStatus("QueryInterface"); Failed(fault)) return fault;
+    if (iid == IUnknown::kIid || iid == IDispatch::kIid || iid == Interface::kIid ||
+        (... || (iid == Bases::kIid))) {
+      *out = static_cast<Interface*>(this);
+    } else {
+      *out = ExtraInterface(iid);
+    }
+    if (!*out) return E_NOINTERFACE;
+    AddRef();
+    return S_OK;
+  }
+  DWORD AddRef() override { return ++references_; }
+  DWORD Release() override {
+    const DWORD left = --references_;
+    if (left == 0) delete this;
+    return left;
+  }
+
+  HRESULT GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+  HRESULT GetTypeInfo(UINT, DWORD, IUnknown**) override { return E_NOTIMPL; }
+  HRESULT GetIDsOfNames(const GUID&, WCHAR**, UINT, DWORD, LONG*) override { return E_NOTIMPL; }
+  HRESULT Invoke(LONG, const GUID&, DWORD, WORD, void*, void*, void*, UINT*) override {
+    return E_NOTIMPL;
+  }
+
+ protected:
+  virtual ~ComObject() { detail::CountObject(-1); }
+  // The interface pointer, not yet counted; null when the object does not have it.
+  virtual void* ExtraInterface(const GUID&) { return nullptr; }
+
+ private:
+  std::atomic<DWORD> references_{1};
+};
+
+}  // namespace ce::host

@@ -1,0 +1,17 @@
+#include "platform/last_error.h"
+
+namespace ce {
+namespace {
+
+thread_local DWORD t_lastError = ERROR_SUCCESS;
+
+}  // namespace
+
+DWORD GetLastError() {
+  return t_lastError;
+}
+void SetLastError(DWORD error) {
+  t_lastError = error;
+}
+
+}  // namespace ce
