@@ -1,5 +1,5 @@
 option(CORVANE_TESTS "Build the tests" ON)
-option(CORVANE_BENCH "Build the benchmarks" ON)
+option(CORVANE_BENCH "Build the benchmarks, which share the tests' wire support" ON)
 option(CORVANE_FUZZ "Build the fuzz targets (Clang only)" OFF)
 set(CORVANE_SANITIZE "" CACHE STRING "Value for -fsanitize=, empty for none")
 
