@@ -11,6 +11,8 @@ inline constexpr HKEY HKEY_LOCAL_MACHINE = 0x80000002;
 inline constexpr DWORD REG_SZ = 1;
 inline constexpr DWORD REG_BINARY = 3;
 inline constexpr DWORD REG_DWORD = 4;
+inline constexpr DWORD REG_CREATED_NEW_KEY = 1;
+inline constexpr DWORD REG_OPENED_EXISTING_KEY = 2;
 
 // Key and value names match without regard to case.
 LONG RegOpenKeyExW(HKEY parent, const WCHAR* subKey, DWORD options, DWORD access, HKEY* result);

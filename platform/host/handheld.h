@@ -8,6 +8,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -19,6 +20,7 @@
 namespace ce::host {
 
 class Clock;
+class DirectoryLock;
 class Registry;
 
 // What went wrong with a handheld's directory, worded for the person who named it.
@@ -36,8 +38,9 @@ struct HandheldSettings {
   DWORD firstOid = 1;
 };
 
-// Names of the handheld's own settings: values of the key HKEY_LOCAL_MACHINE\Handheld.
+// Names of the handheld's own settings: values of this key.
 namespace setting {
+inline constexpr char16_t kKey[] = u"HKEY_LOCAL_MACHINE\\Handheld";
 inline constexpr char16_t kFormatVersion[] = u"FormatVersion";    // DWORD
 inline constexpr char16_t kLanguage[] = u"Language";              // DWORD, a LANGID
 inline constexpr char16_t kOsMajor[] = u"OsMajor";                // DWORD
@@ -89,13 +92,17 @@ class Handheld {
   std::optional<TIME_ZONE_INFORMATION> ZoneRules() const;
 
  private:
-  struct Lock;
-  Handheld(std::filesystem::path directory, std::unique_ptr<Lock> lock);
+  Handheld(std::filesystem::path directory, std::unique_ptr<DirectoryLock> lock);
 
-  std::filesystem::path directory_;
-  std::unique_ptr<Lock> lock_;
-  std::unique_ptr<Registry> registry_;
-  std::unique_ptr<Clock> clock_;
+  const std::filesystem::path directory_;
+  const std::unique_ptr<DirectoryLock> lock_;
+  const std::shared_ptr<Registry> registry_;
+  const std::unique_ptr<Clock> clock_;
+
+  // The zone that was read last: its database file is read again when the setting changes.
+  mutable std::mutex zoneLock_;
+  mutable std::string zoneName_;
+  mutable std::optional<TIME_ZONE_INFORMATION> zone_;
 };
 
 }  // namespace ce::host

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "platform/host/handheld.h"
+#include "tests/support/temporary_directory.h"
 
 namespace corvane::testing {
 
@@ -19,9 +20,12 @@ class TestHandheld {
 
   ce::host::Handheld& operator*() { return *handheld_; }
   ce::host::Handheld* operator->() { return handheld_.get(); }
-  const std::filesystem::path& directory() const { return directory_; }
+  const std::filesystem::path& directory() const { return directory_.path(); }
 
-  // Stops the clock at this UTC time until the agent sets it.
+  // Closes it and opens it again, as a restart of the agent does. The clock runs afterwards.
+  void Reopen();
+
+  // Stops the clock at this UTC time; when the agent sets it, it stands still at the new one.
   void FreezeClock(const ce::SYSTEMTIME& utc);
   void SetZone(std::string_view zone);
   void SetLanguage(ce::LANGID language);
@@ -32,7 +36,7 @@ class TestHandheld {
   std::string FileContent(const std::string& name) const;
 
  private:
-  std::filesystem::path directory_;
+  TemporaryDirectory directory_;
   std::unique_ptr<ce::host::Handheld> handheld_;
 };
 

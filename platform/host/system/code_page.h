@@ -1,0 +1,25 @@
+// 8-bit text in the code pages of the device.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/types.h"
+
+namespace ce::host {
+
+struct EncodedText {
+  std::string bytes;
+  bool substituted = false;  // a character was not to be had and became the substitute
+};
+
+// Nothing for a code page that is not known.
+std::optional<EncodedText> EncodeText(UINT codePage, std::u16string_view text, char substitute);
+// Bytes that stand for nothing become U+FFFD; `wellFormed` tells whether there were any.
+std::optional<std::u16string> DecodeText(UINT codePage, std::string_view bytes, bool& wellFormed);
+
+// The page that CP_ACP stands for on the current handheld; 1252 without one.
+UINT SystemCodePage();
+
+}  // namespace ce::host

@@ -1,0 +1,38 @@
+// The POSIX form of a time zone's present rules: "CET-1CEST,M3.5.0,M10.5.0/3".
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace ce::host {
+
+// A day of each year, and the wall-clock time before the change.
+struct PosixDate {
+  enum class Kind {
+    kMonthWeekDay,  // the week-th weekday of the month, week 5 the last
+    kDayNoLeap,     // day 1 to 365; 29 February is never counted
+    kDayFromZero,   // day 0 to 365; 29 February is counted
+  };
+  Kind kind = Kind::kMonthWeekDay;
+  int month = 0;    // 1 to 12
+  int week = 0;     // 1 to 5
+  int weekday = 0;  // 0 is Sunday
+  int day = 0;
+  int seconds = 7200;  // from midnight; from a week before it to a week after it
+};
+
+struct PosixZone {
+  std::string standardName;
+  int standardWest = 0;  // seconds that the standard time lies behind UTC
+  std::string daylightName;
+  int daylightWest = 0;
+  // Both or neither. Without them the zone stays on standard time.
+  std::optional<PosixDate> daylightStart;
+  std::optional<PosixDate> daylightEnd;
+};
+
+// Nothing for a text that is no rule.
+std::optional<PosixZone> ParsePosixZone(std::string_view rule);
+
+}  // namespace ce::host
