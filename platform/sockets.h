@@ -9,6 +9,10 @@ using SOCKET = std::uintptr_t;  // never 0 for an open socket
 inline constexpr SOCKET INVALID_SOCKET = ~SOCKET{0};
 inline constexpr INT SOCKET_ERROR = -1;
 
+// The C library may have macros of these names; here they are the handheld's.
+#undef AF_INET
+#undef SOCK_STREAM
+#undef FD_SETSIZE
 inline constexpr INT AF_INET = 2;
 inline constexpr INT SOCK_STREAM = 1;
 inline constexpr UINT FD_SETSIZE = 64;
