@@ -57,6 +57,7 @@ class ComObject : public Interface {
   virtual ~ComObject() { detail::CountObject(-1); }
   // The interface pointer, not yet counted; null when the object does not have it.
   virtual void* ExtraInterface(const GUID&) { return nullptr; }
+  DWORD references() const { return references_; }
 
  private:
   std::atomic<DWORD> references_{1};

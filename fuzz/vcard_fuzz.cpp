@@ -1,0 +1,44 @@
+// Any bytes as a vCard file: the reader takes them, and what it made of them can be written and
+// read again without a loss.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string_view>
+
+#include "formats/text.h"
+#include "formats/vcard.h"
+
+namespace {
+
+void Require(bool condition) {
+  if (!condition) std::abort();
+}
+
+void RequireUtf8(const formats::Contact& contact) {
+  Require(formats::IsValidUtf8(contact.uid));
+  for (const std::string& field : contact.fields) Require(formats::IsValidUtf8(field));
+  for (const std::string& category : contact.categories) {
+    Require(formats::IsValidUtf8(category));
+    Require(!category.empty() && category.find(',') == std::string::npos);
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const formats::VCardFile file =
+      formats::ReadVCards(std::string_view(reinterpret_cast<const char*>(data), size));
+  for (const formats::ParsedContact& read : file.contacts) {
+    RequireUtf8(read.contact);
+    for (const formats::Notice& notice : read.notices) {
+      Require(notice.line >= read.line && formats::IsValidUtf8(notice.text));
+    }
+    Require(!formats::DisplayName(read.contact).empty());
+    for (auto version : {formats::VCardVersion::k30, formats::VCardVersion::k40}) {
+      const formats::VCardFile again =
+          formats::ReadVCards(formats::WriteVCard(read.contact, version));
+      Require(again.contacts.size() == 1 && again.contacts.front().contact == read.contact);
+    }
+  }
+  return 0;
+}

@@ -1,0 +1,33 @@
+// The bytes of a document as the parser reads them: a declaration in upper case reads as one in
+// lower case.
+#pragma once
+
+#include <array>
+#include <span>
+#include <string>
+
+#include "platform/types.h"
+
+namespace ce::host::dom {
+
+class ByteSource {
+ public:
+  explicit ByteSource(std::span<const BYTE> document);  // borrowed
+
+  // The target of the declaration as written ("xml", "XML"), empty without one.
+  const std::u16string& declaration() const { return declaration_; }
+  // Copies up to `bytes` of what is left; returns how many, 0 at the end.
+  int Read(char* buffer, int bytes);
+  bool atEnd() const { return read_ == document_.size(); }
+
+ private:
+  void FindDeclaration();
+
+  const std::span<const BYTE> document_;
+  std::array<BYTE, 16> head_{};  // the first bytes, corrected
+  std::size_t headSize_ = 0;
+  std::size_t read_ = 0;
+  std::u16string declaration_;
+};
+
+}  // namespace ce::host::dom

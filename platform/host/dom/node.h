@@ -1,0 +1,105 @@
+// What every node of the document tree is made of, whatever its kind.
+//
+// Ownership: a node holds one reference on each of its children, an element one on each of its
+// attributes. A node that anybody outside the tree holds keeps the document alive, so the pointer
+// to the document is always good. A node without an owner lives by its references alone; when it
+// goes, those of its descendants that are held from outside stay, as roots of their own.
+#pragma once
+
+#include <string_view>
+
+#include "platform/com_ptr.h"
+#include "platform/xml_dom.h"
+
+namespace ce::host::dom {
+
+class Document;
+class Node;
+
+enum class NodeKind : BYTE {
+  kDocument,
+  kElement,
+  kText,
+  kCdata,
+  kComment,
+  kInstruction,
+  kAttribute,
+};
+
+// An intrusive list of nodes; it does not count references.
+struct NodeList {
+  Node* first = nullptr;
+  Node* last = nullptr;
+
+  void PushBack(Node* node);
+  void Remove(Node* node);
+  // Takes all nodes of `other` to the end of this list.
+  void Splice(NodeList& other);
+};
+
+class Node {
+ public:
+  // Answered by the nodes of this implementation alone, with a Node*.
+  static constexpr GUID kIid{
+      0x6E1C2A04, 0x53B7, 0x4D09, {0x9C, 0x31, 0x7A, 0x40, 0xD5, 0x1E, 0x88, 0x0F}};
+
+  Node(const Node&) = delete;
+  Node& operator=(const Node&) = delete;
+
+  NodeKind kind() const { return kind_; }
+  Document& document() const { return *document_; }
+  // The parent, or an attribute's element; null for a root.
+  Node* owner() const { return owner_; }
+  Node* firstChild() const { return children_.first; }
+  // The next of the owner's children (or attributes).
+  Node* next() const { return next_; }
+
+  virtual std::u16string_view Name() const = 0;
+  // Empty for kinds without a value.
+  virtual std::u16string_view Value() const { return {}; }
+  virtual IXMLDOMNode* Com() = 0;
+
+  // Appends a root. One of its references passes to this node.
+  void AdoptChild(Node* child) { Adopt(children_, child); }
+  // Moves `child` here from wherever it is. S_OK, or why the tree may not look like that.
+  HRESULT AppendChild(Node& child);
+  // Lets go of all children without recursion, however deep they are.
+  void DropChildren() { DropAll(children_); }
+  // The first child element of this name.
+  Node* FindChildElement(std::u16string_view name) const;
+
+ protected:
+  Node(NodeKind kind, Document* document) : document_(document), kind_(kind) {}
+  virtual ~Node() { DropChildren(); }
+
+  void Adopt(NodeList& list, Node* node);
+  // As Adopt, with a reference of its own.
+  void Share(NodeList& list, Node* node);
+  // Takes a node out of its owner's list; drops the owner's reference.
+  static void Disown(NodeList& list, Node* node);
+  static void DropAll(NodeList& list);
+  DWORD Owners() const { return owner_ ? 1 : 0; }
+
+ private:
+  friend struct NodeList;
+
+  // References for an owner: they do not keep the document alive.
+  virtual DWORD References() const = 0;
+  virtual void Retain() = 0;
+  virtual void Drop() = 0;
+
+  bool MayContain(const Node& child) const;
+
+  Document* const document_;
+  Node* owner_ = nullptr;
+  Node* next_ = nullptr;
+  Node* previous_ = nullptr;
+  NodeList children_;
+  const NodeKind kind_;
+};
+
+// The node behind a COM pointer; null when it is not one of ours. Borrowed. A failure of
+// QueryInterface itself goes to `status`.
+Node* NodeBehind(IXMLDOMNode* node, HRESULT* status);
+
+}  // namespace ce::host::dom

@@ -1,0 +1,80 @@
+#include "platform/host/dom/tree_builder.h"
+
+#include <utility>
+
+#include "platform/host/dom/comment.h"
+#include "platform/host/dom/element.h"
+#include "platform/host/dom/instruction.h"
+#include "platform/host/dom/text.h"
+#include "platform/host/dom/utf.h"
+
+namespace ce::host::dom {
+namespace {
+
+// Text buffers beyond this are given back rather than kept for the next node.
+constexpr std::size_t kLargeText = 16 * 1024;
+
+std::u16string Wide(std::string_view utf8) {
+  std::u16string text;
+  if (!AppendUtf8(utf8, text)) throw TreeBuilder::BadDocument{};
+  return text;
+}
+
+std::u16string QualifiedName(const char* prefix, const char* name) {
+  return prefix ? Wide(prefix) + u':' + Wide(name) : Wide(name);
+}
+
+}  // namespace
+
+void TreeBuilder::Declaration(std::u16string target, std::u16string data) {
+  Append(new dom::Instruction(&document_, std::move(target), std::move(data)));
+}
+
+void TreeBuilder::StartElement(const char* prefix, const char* name) {
+  FlushText();
+  if (++depth_ > maxDepth_) throw BadDocument{};
+  auto* element = new Element(&document_, QualifiedName(prefix, name));
+  Append(element);
+  current_ = element;
+}
+
+void TreeBuilder::Attribute(const char* prefix, const char* name, std::string_view value) {
+  static_cast<Element*>(current_)->AdoptAttribute(
+      new dom::Attribute(&document_, QualifiedName(prefix, name), Wide(value)));
+}
+
+void TreeBuilder::EndElement() {
+  FlushText();
+  --depth_;
+  current_ = current_->owner();
+}
+
+void TreeBuilder::Characters(std::string_view text) {
+  if (!AppendUtf8(text, text_)) throw BadDocument{};
+}
+
+void TreeBuilder::CdataSection(std::string_view text) {
+  FlushText();
+  Append(new Text(&document_, NodeKind::kCdata, Wide(text)));
+}
+
+void TreeBuilder::Comment(const char* text) {
+  FlushText();
+  Append(new dom::Comment(&document_, Wide(text)));
+}
+
+void TreeBuilder::Instruction(const char* target, const char* data) {
+  FlushText();
+  Append(new dom::Instruction(&document_, Wide(target), Wide(data ? data : "")));
+}
+
+void TreeBuilder::FlushText() {
+  if (text_.empty()) return;
+  if (preserveWhiteSpace_ || !IsBlank(text_)) {
+    Append(new Text(&document_, NodeKind::kText, std::u16string(std::u16string_view(text_))));
+  }
+  text_.clear();
+  if (text_.capacity() > kLargeText) text_.shrink_to_fit();
+}
+
+}  // namespace ce::host::dom

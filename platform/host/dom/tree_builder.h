@@ -1,0 +1,47 @@
+// Turns what a parser reports into nodes.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/host/dom/document.h"
+
+namespace ce::host::dom {
+
+// All text is UTF-8. Every call may throw std::bad_alloc, and BadDocument for what the tree cannot
+// take.
+class TreeBuilder {
+ public:
+  struct BadDocument {};
+
+  TreeBuilder(Document& document, bool preserveWhiteSpace, int maxDepth)
+      : document_(document),
+        preserveWhiteSpace_(preserveWhiteSpace),
+        maxDepth_(maxDepth),
+        current_(&document) {}
+
+  // The declaration; the target as it was written.
+  void Declaration(std::u16string target, std::u16string data);
+  // Prefixes may be null. Attributes belong to the element started last.
+  void StartElement(const char* prefix, const char* name);
+  void Attribute(const char* prefix, const char* name, std::string_view value);
+  void EndElement();
+  // A piece of text: it becomes a node with its neighbours, once something else follows.
+  void Characters(std::string_view text);
+  void CdataSection(std::string_view text);
+  void Comment(const char* text);
+  void Instruction(const char* target, const char* data);
+
+ private:
+  void FlushText();
+  void Append(Node* node) { current_->AdoptChild(node); }
+
+  Document& document_;
+  const bool preserveWhiteSpace_;
+  const int maxDepth_;
+  Node* current_;
+  int depth_ = 0;
+  std::u16string text_;
+};
+
+}  // namespace ce::host::dom
