@@ -1,0 +1,161 @@
+#include "platform/host/outlook/store_check.h"
+
+#include <cstdint>
+#include <memory>
+#include <utility>
+
+#include "platform/host/outlook/contact_row.h"
+#include "platform/host/outlook/item_kind.h"
+#include "platform/host/outlook/ole_date.h"
+#include "platform/host/outlook/store.h"
+#include "platform/host/outlook/store_error.h"
+#include "platform/host/outlook/store_schema.h"
+#include "platform/host/outlook/stored_text.h"
+
+namespace ce::host {
+namespace {
+
+constexpr std::size_t kMostProblems = 200;
+constexpr char kStep[] = "sqlite3_step:check";
+
+std::string Sentence(const Handheld& handheld, const std::string& problem) {
+  return handheld.storePath().string() + ": the store " + problem;
+}
+
+class Check {
+ public:
+  Check(const Handheld& handheld, Store& store)
+      : store_(store), limits_(ReadItemLimits(handheld)) {}
+
+  std::vector<std::string> Run() {
+    Integrity();
+    // What the database itself calls damaged says nothing reliable about its content.
+    if (!problems_.empty()) return problems_;
+    Counter();
+    for (const ItemKind& kind : ItemKinds()) {
+      if (kind.table) Identifiers(kind);
+    }
+    Contacts();
+    Ledger();
+    return problems_;
+  }
+
+ private:
+  void Add(std::string problem) {
+    if (problems_.size() < kMostProblems) problems_.push_back(std::move(problem));
+  }
+
+  // Calls `visit` with every row. `sql` lives until the store is closed.
+  template <typename Visit>
+  void ForEach(const std::string& sql, Visit&& visit) {
+    sql_.push_back(std::make_unique<std::string>(sql));
+    Statement statement;
+    HRESULT status = store_.Prepare(sql_.back()->c_str(), statement);
+    bool row = Succeeded(status);
+    while (row) {
+      status = statement.Step(kStep, row);
+      if (row) visit(statement);
+    }
+    if (Failed(status)) Add("the store " + StoreStatusText(status));
+  }
+
+  void Integrity() {
+    ForEach("PRAGMA integrity_check", [&](const Statement& row) {
+      if (row.Text(0) != "ok") Add(std::string(row.Text(0)));
+    });
+  }
+
+  void Counter() {
+    ForEach("SELECT count(*), min(next_oid) FROM oid_counter", [&](const Statement& row) {
+      next_ = row.Integer(1);
+      if (row.Integer(0) != 1 || next_ < 1 || next_ > kLastOid + 1) {
+        Add("the identifier counter is damaged");
+      }
+    });
+  }
+
+  void Identifiers(const ItemKind& kind) {
+    const std::string table = kind.table;
+    const std::string next = std::to_string(next_);
+    ForEach("SELECT oid FROM " + table + " WHERE oid < 1 OR oid >= " + next,
+            [&](const Statement& row) {
+              Add(table + " " + std::to_string(row.Integer(0)) +
+                  ": the identifier was never given away");
+            });
+    for (const ItemKind& other : ItemKinds()) {
+      if (!other.table || &other <= &kind) continue;
+      ForEach("SELECT oid FROM " + table + " INTERSECT SELECT oid FROM " + other.table,
+              [&](const Statement& row) {
+                Add(table + " " + std::to_string(row.Integer(0)) +
+                    ": the identifier is also one of " + other.table);
+              });
+    }
+  }
+
+  void Contacts() {
+    std::vector<std::uint32_t> oids;
+    ForEach(
+        "SELECT oid FROM contacts WHERE oid BETWEEN 1 AND 4294967295",
+        [&](const Statement& row) { oids.push_back(static_cast<std::uint32_t>(row.Integer(0))); });
+    for (const std::uint32_t oid : oids) {
+      ContactRow contact;
+      bool found = false;
+      const HRESULT status = ReadContact(store_, oid, contact, found);
+      const std::string name = "contact " + std::to_string(oid) + ": ";
+      if (Failed(status)) {
+        Add(name + StoreStatusText(status));
+      } else if (found) {
+        Contact(name, contact);
+      }
+    }
+  }
+
+  void Contact(const std::string& name, const ContactRow& contact) {
+    if (!IsItemDate(contact.birthday)) Add(name + "Birthday is not a possible date");
+    if (!IsItemDate(contact.anniversary)) Add(name + "Anniversary is not a possible date");
+    for (std::size_t i = 0; i < kContactTextCount; ++i) {
+      const ContactTextRow& row = kContactTexts[i];
+      const std::string_view stored = contact.texts.View(i);
+      const std::size_t limit = LongestText(limits_, row.kind);
+      if (!IsStoredText(stored)) Add(name + row.name + " is not text");
+      if (StoredUnits(stored) > limit) {
+        Add(name + row.name + " is longer than this handheld's " + std::to_string(limit) +
+            " characters");
+      }
+    }
+  }
+
+  void Ledger() {
+    ForEach(
+        "SELECT oid, identity FROM import_ledger WHERE oid < 1 OR oid >= " + std::to_string(next_),
+        [&](const Statement& row) {
+          Add("import ledger: " + std::string(row.Text(1)) + " names the identifier " +
+              std::to_string(row.Integer(0)) + ", which was never given away");
+        });
+  }
+
+  Store& store_;
+  const ItemLimits limits_;
+  std::int64_t next_ = 1;
+  std::vector<std::unique_ptr<std::string>> sql_;
+  std::vector<std::string> problems_;
+};
+
+}  // namespace
+
+std::vector<std::string> CheckStore(const Handheld& handheld) {
+  if (!Store::Exists(handheld) && handheld.Number(kStoreCreated, 0) == 0) return {};
+  std::unique_ptr<Store> store;
+  std::string problem;
+  if (Failed(Store::OpenExisting(handheld, store, problem))) return {Sentence(handheld, problem)};
+  return Check(handheld, *store).Run();
+}
+
+std::string DescribeStoreProblem(Handheld& handheld) {
+  std::unique_ptr<Store> store;
+  std::string problem;
+  if (Succeeded(Store::Open(handheld, store, problem))) return {};
+  return Sentence(handheld, problem);
+}
+
+}  // namespace ce::host

@@ -1,0 +1,28 @@
+// The store's tables, and how a store comes to have them.
+#pragma once
+
+#include <string>
+
+#include "platform/types.h"
+
+struct sqlite3;
+
+namespace ce::host {
+
+// The store's format; PRAGMA user_version holds it.
+inline constexpr int kStoreFormat = 1;
+// PRAGMA application_id of every store.
+inline constexpr int kStoreApplicationId = 0x43525653;
+// A handheld's setting: not 0 once its store has been made. DWORD.
+inline constexpr char16_t kStoreCreated[] = u"StoreCreated";
+// Identifiers run to here.
+inline constexpr std::int64_t kLastOid = 0xFFFFFFFF;
+
+// Takes the database to kStoreFormat, an empty one from the beginning, in one transaction.
+// On failure nothing has changed and `problem` says why.
+[[nodiscard]] HRESULT BringUpToDate(sqlite3* database, DWORD firstOid, std::string& problem);
+
+// S_OK when the database is a store of exactly kStoreFormat.
+[[nodiscard]] HRESULT CheckFormat(sqlite3* database, std::string& problem);
+
+}  // namespace ce::host
