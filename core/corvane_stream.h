@@ -1,0 +1,37 @@
+// The socket of a streamed request, as its handler sees it.
+#pragma once
+
+#include "platform/sockets.h"
+#include "platform/types.h"
+
+namespace corvane {
+
+// Owns the socket that is attached to it. Belongs to one thread.
+//
+// A failed Read or Write answers the last error, which is positive and so passes the sign test:
+// who needs the whole block looks at the count.
+class CorvaneStream {
+ public:
+  CorvaneStream() = default;
+  CorvaneStream(const CorvaneStream&) = delete;
+  CorvaneStream& operator=(const CorvaneStream&) = delete;
+  ~CorvaneStream();
+
+  void Attach(ce::SOCKET socket);
+  // One recv: may deliver less than asked, and 0 at the end of the connection. The out pointer may
+  // be null; the count is 0 on failure.
+  ce::HRESULT Read(void* buffer, ce::DWORD count, ce::DWORD* countRead);
+  // One send: a short one is not completed.
+  ce::HRESULT Write(const void* buffer, ce::DWORD count, ce::DWORD* countWritten);
+  // Closes the socket; nothing when none is attached.
+  void Release();
+
+  // The connection has come to its end or has failed: no more bytes will come or go.
+  bool Ended() const { return ended_; }
+
+ private:
+  ce::SOCKET socket_ = 0;
+  bool ended_ = false;
+};
+
+}  // namespace corvane
