@@ -1,0 +1,45 @@
+#include "pim_export/delete_request.h"
+
+#include "base/status.h"
+#include "core/corvane_stream.h"
+#include "log/log.h"
+#include "pim_export/folder_items.h"
+#include "pim_export/record_kinds.h"
+
+namespace corvane {
+
+using namespace ce;
+
+namespace {
+
+HRESULT DeleteFolder(const RecordKind& kind) {
+  FolderItems items;
+  RETURN_IF_FAILED(items.Open(&kind));
+  // Downwards: the indices that are left stay valid while items disappear.
+  for (INT index = items.count(); index >= 1; --index) {
+    ComPtr<IUnknown> item;
+    RETURN_IF_FAILED(items.Item(index, &item));
+    RETURN_IF_FAILED(kind.deleteItem(item.get()));
+  }
+  return S_OK;
+}
+
+HRESULT DeleteKind(DWORD kind) {
+  if (const RecordKind* const recordKind = FindRecordKind(kind)) return DeleteFolder(*recordKind);
+  return kind == kPIMDataCallLog || kind == kPIMDataTextMessage ? E_NOTIMPL : S_OK;
+}
+
+}  // namespace
+
+HRESULT DeleteAllPIMRecords(DWORD inputCount, const BYTE* input, DWORD*, BYTE**,
+                            CorvaneStream* stream) {
+  LoadLogSettings();
+  LOG(u"DeleteAllPIMRecords");
+  const bool valid = inputCount == sizeof(DWORD) && input && !stream;
+  const HRESULT status = valid ? DeleteKind(InputWord(input)) : E_INVALIDARG;
+  if (stream) stream->Release();
+  LOG(u"Exit DeleteAllPIMRecords");
+  return status;
+}
+
+}  // namespace corvane

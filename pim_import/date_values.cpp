@@ -1,0 +1,84 @@
+#include <array>
+#include <iterator>
+#include <span>
+#include <string_view>
+
+#include "base/status.h"
+#include "log/log.h"
+#include "pim_import/field_values.h"
+#include "pim_import/scan.h"
+#include "platform/com_ptr.h"
+#include "platform/last_error.h"
+#include "time/zone.h"
+
+namespace corvane {
+
+using namespace ce;
+
+namespace {
+
+constexpr ScanField kDateTimePattern[] = {{0, 4}, {0, 2}, {0, 2}, {u'T', 2}, {0, 2}, {0, 2}};
+constexpr std::size_t kDateFields = 3;
+constexpr std::size_t kDateTimeFields = std::size(kDateTimePattern);
+
+// Reads the first `fields` numbers of the date-time form.
+HRESULT ScanTime(std::u16string_view text, std::size_t fields, SYSTEMTIME* time) {
+  std::array<LONG, kDateTimeFields> numbers{};
+  const int read = ScanNumbers(text, std::span(kDateTimePattern).first(fields), numbers);
+  if (read != static_cast<int>(fields)) {
+    LOG(u"swscanf returned %ld", read);
+    return E_INVALIDARG;
+  }
+  *time = SYSTEMTIME{};
+  time->wYear = static_cast<WORD>(numbers[0]);
+  time->wMonth = static_cast<WORD>(numbers[1]);
+  time->wDay = static_cast<WORD>(numbers[2]);
+  time->wHour = static_cast<WORD>(numbers[3]);
+  time->wMinute = static_cast<WORD>(numbers[4]);
+  time->wSecond = static_cast<WORD>(numbers[5]);
+  return S_OK;
+}
+
+HRESULT ConversionFailed() {
+  const DWORD error = GetLastError();
+  LOG(u"SystemTimeToVariantTime hr = %ld", error);
+  return static_cast<HRESULT>(error);
+}
+
+HRESULT ToDate(const SYSTEMTIME& time, DATE* date) {
+  DATE converted = 0;
+  if (!SystemTimeToVariantTime(&time, &converted)) return ConversionFailed();
+  *date = converted;
+  return S_OK;
+}
+
+}  // namespace
+
+HRESULT GetDateFromString(const WCHAR* text, DATE* date) {
+  if (!text) {
+    LOG(u"GetDateFromString passed NULL pString");
+    return E_INVALIDARG;
+  }
+  SYSTEMTIME time{};
+  RETURN_IF_FAILED(ScanTime(text, kDateFields, &time));
+  return ToDate(time, date);
+}
+
+HRESULT GetChildDate(IXMLDOMNode* node, const WCHAR* name, DATE* date) {
+  Variant text;
+  RETURN_IF_FAILED(GetChildValue(node, name, text.put()));
+  return GetDateFromString(text.get().bstrVal, date);
+}
+
+HRESULT GetChildDateTime(IXMLDOMNode* node, const WCHAR* name, DATE* date) {
+  Variant text;
+  RETURN_IF_FAILED(GetChildValue(node, name, text.put()));
+  SYSTEMTIME utc{};
+  RETURN_IF_FAILED(ScanTime(text.text(), kDateTimeFields, &utc));
+  // The conversion to local time would turn an impossible time into a possible one.
+  FILETIME ticks{};
+  if (!SystemTimeToFileTime(&utc, &ticks)) return ConversionFailed();
+  return ToDate(UtcToLocalTime(utc), date);
+}
+
+}  // namespace corvane

@@ -1,0 +1,42 @@
+// Values of a record's fields. A field is the child element of its name, its value the text of that
+// element's first child node.
+//
+// The convention of all readers: S_OK, the value was read; E_FAIL, the field is missing or has no
+// text, so the reader of the record clears the property; E_INVALIDARG, the text is no date; any
+// other code comes from below. Out-parameters are left alone unless a value was read.
+#pragma once
+
+#include "platform/xml_dom.h"
+
+namespace corvane {
+
+// The first child element of this name. The caller owns the reference.
+ce::HRESULT FindChildElement(ce::IXMLDOMNode* node, const ce::WCHAR* name, ce::IXMLDOMNode** child);
+
+// `value`, an empty variant, receives a VT_BSTR that the caller clears.
+ce::HRESULT GetChildValue(ce::IXMLDOMNode* node, const ce::WCHAR* name, ce::VARIANT* value);
+
+// The same for a node itself instead of its child of a name.
+ce::HRESULT GetNodeText(ce::IXMLDOMNode* node, ce::VARIANT* value);
+
+// With every bare line feed turned into carriage return and line feed. The caller owns the text.
+ce::HRESULT GetChildMultilineText(ce::IXMLDOMNode* node, const ce::WCHAR* name, ce::BSTR* text);
+
+// "20080215", whatever follows it, as the date stands. A date that does not exist gives the last
+// error, which is positive, and no date.
+ce::HRESULT GetChildDate(ce::IXMLDOMNode* node, const ce::WCHAR* name, ce::DATE* date);
+ce::HRESULT GetDateFromString(const ce::WCHAR* text, ce::DATE* date);
+
+// "20080215T134501" in UTC, as a date of the handheld's zone.
+ce::HRESULT GetChildDateTime(ce::IXMLDOMNode* node, const ce::WCHAR* name, ce::DATE* date);
+
+// 1 for exactly "TRUE", 0 for exactly "FALSE", otherwise the default. Always S_OK.
+ce::HRESULT GetChildBool(ce::IXMLDOMNode* node, const ce::WCHAR* name, ce::LONG* value,
+                         ce::LONG defaultValue);
+
+// Always S_OK.
+ce::HRESULT GetChildLongDefault(ce::IXMLDOMNode* node, const ce::WCHAR* name, ce::LONG* value,
+                                ce::LONG defaultValue);
+ce::HRESULT GetChildLong(ce::IXMLDOMNode* node, const ce::WCHAR* name, ce::LONG* value);
+
+}  // namespace corvane

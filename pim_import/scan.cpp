@@ -1,0 +1,74 @@
+#include "pim_import/scan.h"
+
+#include <cstddef>
+
+namespace corvane {
+
+using namespace ce;
+
+namespace {
+
+bool IsBlank(WCHAR character) {
+  return character == u' ' || (character >= u'\t' && character <= u'\r');
+}
+
+bool IsDigit(WCHAR character) {
+  return character >= u'0' && character <= u'9';
+}
+
+bool IsSign(WCHAR character) {
+  return character == u'+' || character == u'-';
+}
+
+void SkipBlanks(std::u16string_view* text) {
+  while (!text->empty() && IsBlank(text->front())) text->remove_prefix(1);
+}
+
+// A sign and digits at the front of `text`, of which as much as is read is taken away.
+bool TakeNumber(std::u16string_view* text, LONG* number) {
+  const bool negative = !text->empty() && text->front() == u'-';
+  if (!text->empty() && IsSign(text->front())) text->remove_prefix(1);
+  if (text->empty() || !IsDigit(text->front())) return false;
+  DWORD magnitude = 0;
+  for (; !text->empty() && IsDigit(text->front()); text->remove_prefix(1)) {
+    magnitude = magnitude * 10 + (text->front() - u'0');
+  }
+  *number = static_cast<LONG>(negative ? 0 - magnitude : magnitude);
+  return true;
+}
+
+// The text up to its first zero, as the C library sees it.
+std::u16string_view CText(std::u16string_view text) {
+  return text.substr(0, text.find(u'\0'));
+}
+
+}  // namespace
+
+int ScanNumbers(std::u16string_view text, std::span<const ScanField> fields,
+                std::span<LONG> numbers) {
+  text = CText(text);
+  int read = 0;
+  for (const ScanField& field : fields) {
+    if (field.literal) {
+      if (text.empty() || text.front() != field.literal) return read;
+      text.remove_prefix(1);
+    }
+    SkipBlanks(&text);
+    if (text.empty()) return read == 0 ? kScanEndOfText : read;
+    std::u16string_view item = text.substr(0, static_cast<std::size_t>(field.width));
+    const std::size_t length = item.size();
+    if (!TakeNumber(&item, &numbers[static_cast<std::size_t>(read)])) return read;
+    text.remove_prefix(length - item.size());
+    ++read;
+  }
+  return read;
+}
+
+LONG TextToLong(std::u16string_view text) {
+  text = CText(text);
+  SkipBlanks(&text);
+  LONG number = 0;
+  return TakeNumber(&text, &number) ? number : 0;
+}
+
+}  // namespace corvane

@@ -1,0 +1,32 @@
+// Runs a case once for every platform call that it makes, and fails that call.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+
+#include "platform/host/fault.h"
+
+namespace corvane::testing {
+
+// `run()` gives the outcome; `check(outcome, call)` is told which call failed, once the plan is no
+// longer in force. Ends with the first run in which no call failed. Answers the number of calls.
+template <typename Run, typename Check>
+std::uint64_t FailEachCall(ce::DWORD error, Run run, Check check) {
+  for (std::uint64_t n = 1;; ++n) {
+    std::string call;
+    auto outcome = [&] {
+      const auto plan = ce::host::FaultPlan::FailNth(n, error);
+      auto result = run();
+      call = plan.firedCall();
+      return result;
+    }();
+    SCOPED_TRACE("call " + std::to_string(n) + ": " + call);
+    check(outcome, call);
+    if (call.empty()) return n - 1;
+    if (::testing::Test::HasFailure()) return n;
+  }
+}
+
+}  // namespace corvane::testing

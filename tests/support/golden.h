@@ -1,0 +1,19 @@
+// Byte-exact documents under tests/golden. UPDATE_GOLDEN=1 in the environment rewrites them.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace corvane::testing {
+
+// Success when the file holds exactly `actual`; the failure names the first difference.
+::testing::AssertionResult EqualsFile(const std::string& path, const std::string& actual);
+
+#ifdef CORVANE_SOURCE_DIR
+inline ::testing::AssertionResult EqualsGolden(const std::string& name, const std::string& actual) {
+  return EqualsFile(CORVANE_SOURCE_DIR "/tests/golden/" + name, actual);
+}
+#endif
+
+}  // namespace corvane::testing

@@ -1,0 +1,31 @@
+// The first record of a document, as an upload's readers get it.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "pim_import/upload_document.h"
+
+namespace corvane::testing {
+
+class ParsedRecord {
+ public:
+  explicit ParsedRecord(const std::string& record) {
+    const std::string text = "<root>" + record + "</root>";
+    EXPECT_EQ(document_.Create(), ce::S_OK);
+    EXPECT_EQ(document_.Load(reinterpret_cast<const ce::BYTE*>(text.data()),
+                             static_cast<ce::DWORD>(text.size())),
+              ce::S_OK)
+        << text;
+    EXPECT_EQ(document_.FirstRecord(&record_), ce::S_OK);
+  }
+
+  ce::IXMLDOMNode* get() const { return record_.get(); }
+
+ private:
+  UploadDocument document_;
+  ce::ComPtr<ce::IXMLDOMNode> record_;
+};
+
+}  // namespace corvane::testing
