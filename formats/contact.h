@@ -1,6 +1,7 @@
 // A contact as people's programs exchange it: independent of wire, store and vCard.
 //
-// Text is UTF-8. The fields are those of a Pocket Outlook contact.
+// Text is UTF-8. Line breaks may be LF, CR LF or CR; programs mean the same by each. The fields are
+// those of a Pocket Outlook contact.
 #pragma once
 
 #include <array>
@@ -78,8 +79,9 @@ struct Date {
 struct Contact {
   std::string uid;  // the identity that the other program gave it; empty for none
   std::array<std::string, kContactFieldCount> fields;
+  // Names: none empty, none twice, none with a comma, which the handheld separates them by.
   std::vector<std::string> categories;
-  std::optional<Date> birthday;
+  std::optional<Date> birthday;  // days of the years 1900 to 2999
   std::optional<Date> anniversary;
 
   std::string& operator[](ContactField field) { return fields[static_cast<std::size_t>(field)]; }
