@@ -1,0 +1,205 @@
+#include "maintenance/handheld_commands.h"
+
+#include <fmt/core.h>
+
+#include <charconv>
+#include <nlohmann/json.hpp>
+#include <tuple>
+
+#include "maintenance/status_error.h"
+#include "platform/clock.h"
+#include "platform/host/outlook/store_check.h"
+#include "platform/host/system/language.h"
+#include "platform/host/system/utf.h"
+#include "platform/host/system/zone.h"
+
+namespace maintenance {
+namespace {
+
+using ce::host::FromUtf8;
+using ce::host::Handheld;
+using ce::host::HandheldError;
+namespace setting = ce::host::setting;
+
+std::uint32_t ParseNumber(const std::string& key, const std::string& text) {
+  std::uint32_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size())
+    throw HandheldError(fmt::format("{}: \"{}\" is no number from 0 to 4294967295", key, text));
+  return number;
+}
+
+ce::LANGID ParseLanguage(const std::string& tag) {
+  if (const auto* language = ce::host::FindLanguage(tag)) return language->id;
+  throw HandheldError(fmt::format("language: \"{}\" is no tag that is known, such as de-DE", tag));
+}
+
+std::pair<std::uint32_t, std::uint32_t> ParseVersion(const std::string& text) {
+  const std::size_t dot = text.find('.');
+  if (dot == std::string::npos)
+    throw HandheldError(fmt::format("os-version: \"{}\" is not MAJOR.MINOR", text));
+  return {ParseNumber("os-version", text.substr(0, dot)),
+          ParseNumber("os-version", text.substr(dot + 1))};
+}
+
+std::string TagOf(ce::LANGID id) {
+  const auto* language = ce::host::FindLanguage(id);
+  return language ? std::string(language->tag) : fmt::format("0x{:04X}", id);
+}
+
+std::string ParseZone(const std::string& name) {
+  if (!ce::host::ValidZoneName(name) || !ce::host::ReadZone(name))
+    throw HandheldError(
+        fmt::format("zone: \"{}\" is not in the zone database; try Europe/Berlin", name));
+  return name;
+}
+
+void SetLanguage(Handheld& handheld, const std::string& value) {
+  handheld.Set(setting::kLanguage, ParseLanguage(value));
+}
+void SetOsVersion(Handheld& handheld, const std::string& value) {
+  const auto [major, minor] = ParseVersion(value);
+  handheld.Set(setting::kOsMajor, major);
+  handheld.Set(setting::kOsMinor, minor);
+}
+void SetZone(Handheld& handheld, const std::string& value) {
+  handheld.Set(setting::kZone, *FromUtf8(ParseZone(value)));
+}
+void SetOwner(Handheld& handheld, const std::string& value) {
+  const auto owner = FromUtf8(value);
+  if (!owner) throw HandheldError("owner: the text is no UTF-8");
+  handheld.Set(setting::kOwner, *owner);
+}
+void SetYomi(Handheld& handheld, const std::string& value) {
+  if (value != "on" && value != "off")
+    throw HandheldError(fmt::format("yomi: \"{}\" is neither on nor off", value));
+  handheld.Set(setting::kYomiFields, value == "on" ? 1 : 0);
+}
+template <const char16_t* Name>
+void SetNumber(Handheld& handheld, const std::string& value) {
+  handheld.Set(Name, ParseNumber(ce::host::ToUtf8Lossy(Name), value));
+}
+
+struct SettingRow {
+  const char* key;
+  const char* values;
+  void (*set)(Handheld&, const std::string&);
+};
+constexpr SettingRow kSettings[] = {
+    {"language", "a tag such as de-DE", SetLanguage},
+    {"os-version", "MAJOR.MINOR", SetOsVersion},
+    {"zone", "a name of the zone database, such as Europe/Berlin", SetZone},
+    {"owner", "text", SetOwner},
+    {"yomi", "on or off: whether contacts have phonetic names", SetYomi},
+    {"peer-timeout", "seconds after which a silent peer counts as gone",
+     SetNumber<setting::kPeerTimeout>},
+    {"max-block", "bytes: the largest block of memory, and so of an upload's chunk",
+     SetNumber<setting::kMaxBlock>},
+    {"max-contact-text", "characters of a contact's field", SetNumber<setting::kMaxContactText>},
+    {"max-body", "bytes of a note", SetNumber<setting::kMaxBody>},
+};
+
+struct Facts {
+  std::string directory, language, zone, owner, clock;
+  std::uint32_t osMajor = 0, osMinor = 0;
+  std::uint32_t contacts = 0;
+  std::uintmax_t storeBytes = 0;
+};
+
+Facts FactsOf(Session& session) {
+  Handheld& handheld = session.handheld();
+  Facts facts;
+  facts.directory = handheld.directory().string();
+  facts.language =
+      TagOf(static_cast<ce::LANGID>(handheld.Number(setting::kLanguage, ce::host::kLangEnglishUs)));
+  facts.zone = ce::host::ToUtf8Lossy(handheld.Text(setting::kZone, u"UTC"));
+  facts.owner = ce::host::ToUtf8Lossy(handheld.Text(setting::kOwner, u""));
+  facts.osMajor = handheld.Number(setting::kOsMajor, 5);
+  facts.osMinor = handheld.Number(setting::kOsMinor, 2);
+  ce::SYSTEMTIME now{};
+  ce::GetSystemTime(&now);
+  facts.clock = fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}Z", now.wYear, now.wMonth, now.wDay,
+                            now.wHour, now.wMinute, now.wSecond);
+  ce::INT count = 0;
+  Check(session.Contacts()->get_Count(&count), "the contacts");
+  facts.contacts = static_cast<std::uint32_t>(count);
+  std::error_code none;
+  facts.storeBytes = std::filesystem::file_size(handheld.storePath(), none);
+  return facts;
+}
+
+}  // namespace
+
+Outcome InitHandheld(const std::filesystem::path& directory, const InitOptions& options,
+                     const Report& report) {
+  ce::host::HandheldSettings settings;
+  settings.language =
+      options.language ? ParseLanguage(*options.language) : ce::host::HostLanguage();
+  settings.zone = options.zone ? ParseZone(*options.zone) : ce::host::HostZoneName();
+  if (options.osVersion)
+    std::tie(settings.osMajor, settings.osMinor) = ParseVersion(*options.osVersion);
+  if (options.firstOid) {
+    if (*options.firstOid == 0)
+      throw HandheldError("first-oid: 0 names no item; identifiers start at 1");
+    settings.firstOid = *options.firstOid;
+  }
+  Handheld::Create(directory, settings);
+  fmt::print(report.out, "{}: a handheld, {}, {}, version {}.{}\n", directory.string(),
+             TagOf(settings.language), settings.zone, settings.osMajor, settings.osMinor);
+  return Outcome::kDone;
+}
+
+std::vector<SettingHelp> SettingKeys() {
+  std::vector<SettingHelp> keys;
+  for (const SettingRow& row : kSettings) keys.push_back({row.key, row.values});
+  return keys;
+}
+
+Outcome SetSetting(Session& session, const std::string& key, const std::string& value,
+                   const Report& report) {
+  for (const SettingRow& row : kSettings) {
+    if (key != row.key) continue;
+    row.set(session.handheld(), value);
+    fmt::print(report.out, "{} = {}\n", key, value);
+    return Outcome::kDone;
+  }
+  std::string known;
+  for (const SettingRow& row : kSettings) known += fmt::format(" {}", row.key);
+  throw HandheldError(fmt::format("there is no setting \"{}\"; there are:{}", key, known));
+}
+
+Outcome ShowHandheld(Session& session, bool json, const Report& report) {
+  const Facts facts = FactsOf(session);
+  if (json) {
+    const nlohmann::ordered_json object = {
+        {"directory", facts.directory},
+        {"language", facts.language},
+        {"osVersion", fmt::format("{}.{}", facts.osMajor, facts.osMinor)},
+        {"zone", facts.zone},
+        {"owner", facts.owner},
+        {"clock", facts.clock},
+        {"contacts", facts.contacts},
+        {"storeBytes", facts.storeBytes}};
+    fmt::print(report.out, "{}\n",
+               object.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+    return Outcome::kDone;
+  }
+  fmt::print(report.out,
+             "Directory   {}\nLanguage    {}\nVersion     {}.{}\nZone        {}\nOwner       {}\n"
+             "Clock       {}\nContacts    {}\nStore       {} bytes\n",
+             facts.directory, facts.language, facts.osMajor, facts.osMinor, facts.zone,
+             facts.owner.empty() ? "-" : facts.owner, facts.clock, facts.contacts,
+             facts.storeBytes);
+  return Outcome::kDone;
+}
+
+Outcome CheckHandheld(Session& session, const Report& report) {
+  const std::vector<std::string> problems = ce::host::CheckStore(session.handheld());
+  for (const std::string& problem : problems)
+    fmt::print(report.err, "corvane-device: {}\n", problem);
+  if (!problems.empty()) return Outcome::kFailed;
+  fmt::print(report.out, "The store is sound.\n");
+  return Outcome::kDone;
+}
+
+}  // namespace maintenance

@@ -1,0 +1,32 @@
+// A handheld in use by corvane-device: locked, the process's current one, logged on to.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+
+#include "platform/com_ptr.h"
+#include "platform/host/handheld.h"
+#include "platform/pocket_outlook.h"
+
+namespace maintenance {
+
+class Session {
+ public:
+  // Throws ce::host::HandheldError.
+  explicit Session(const std::filesystem::path& directory);
+  ~Session();
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  ce::host::Handheld& handheld() { return *handheld_; }
+  // Logs on at the first use. Throws ce::host::HandheldError, which says what is wrong with the
+  // store.
+  ce::ComPtr<ce::IPOutlookApp> Outlook();
+  ce::ComPtr<ce::IPOutlookItemCollection> Contacts();
+
+ private:
+  std::unique_ptr<ce::host::Handheld> handheld_;
+  ce::ComPtr<ce::IPOutlookApp> outlook_;
+};
+
+}  // namespace maintenance

@@ -1,0 +1,206 @@
+#include "maintenance/handheld_commands.h"
+
+#include <nlohmann/json.hpp>
+
+#include "maintenance/clock_commands.h"
+#include "maintenance/registry_commands.h"
+#include "tests/maintenance/maintenance_support.h"
+
+namespace maintenance::testing {
+namespace {
+
+using ce::host::HandheldError;
+
+class HandheldCommands : public MaintenanceTest {
+ protected:
+  nlohmann::json Info() {
+    Capture capture;
+    Session session(HandheldPath());
+    EXPECT_EQ(ShowHandheld(session, true, capture.report()), Outcome::kDone);
+    return nlohmann::json::parse(capture.Out());
+  }
+  void Set(const std::string& key, const std::string& value) {
+    Capture capture;
+    Session session(HandheldPath());
+    EXPECT_EQ(SetSetting(session, key, value, capture.report()), Outcome::kDone);
+  }
+};
+
+TEST_F(HandheldCommands, InitMakesAHandheldAsAsked) {
+  Init({.language = "ja-JP", .osVersion = "4.21", .zone = "Asia/Tokyo", .firstOid = 5});
+  const nlohmann::json info = Info();
+  EXPECT_EQ(info["language"], "ja-JP");
+  EXPECT_EQ(info["osVersion"], "4.21");
+  EXPECT_EQ(info["zone"], "Asia/Tokyo");
+  EXPECT_EQ(info["contacts"], 0);
+}
+
+TEST_F(HandheldCommands, InitRefusesWhatMakesNoSense) {
+  EXPECT_THROW(Init({.language = "xx-nowhere"}), HandheldError);
+  EXPECT_THROW(Init({.osVersion = "five"}), HandheldError);
+  EXPECT_THROW(Init({.osVersion = "5.x"}), HandheldError);
+  EXPECT_THROW(Init({.zone = "../etc/passwd"}), HandheldError);
+  EXPECT_THROW(Init({.zone = "Mars/Olympus"}), HandheldError);
+  EXPECT_THROW(Init({.firstOid = 0}), HandheldError);
+  EXPECT_FALSE(std::filesystem::exists(HandheldPath()));
+}
+
+TEST_F(HandheldCommands, InitLeavesADirectoryWithFilesAlone) {
+  std::filesystem::create_directory(HandheldPath());
+  std::ofstream(HandheldPath() / "precious") << "x";
+  EXPECT_THROW(Init(), HandheldError);
+  EXPECT_EQ(ReadFile(HandheldPath() / "precious"), "x");
+}
+
+TEST_F(HandheldCommands, SetChangesEverySetting) {
+  Init();
+  Set("language", "de-DE");
+  Set("os-version", "4.0");
+  Set("zone", "America/New_York");
+  Set("owner", "Zoë");
+  const nlohmann::json info = Info();
+  EXPECT_EQ(info["language"], "de-DE");
+  EXPECT_EQ(info["osVersion"], "4.0");
+  EXPECT_EQ(info["zone"], "America/New_York");
+  EXPECT_EQ(info["owner"], "Zoë");
+  for (const SettingHelp& setting : SettingKeys()) {
+    Capture capture;
+    Session session(HandheldPath());
+    EXPECT_FALSE(setting.values.empty()) << setting.key;
+    if (setting.key == "owner") continue;
+    EXPECT_THROW(SetSetting(session, setting.key, "nonsense!", capture.report()), HandheldError)
+        << setting.key;
+  }
+}
+
+TEST_F(HandheldCommands, SetRefusesAnUnknownKeyAndNamesTheKnownOnes) {
+  Init();
+  Capture capture;
+  Session session(HandheldPath());
+  try {
+    SetSetting(session, "colour", "red", capture.report());
+    FAIL() << "an unknown key was taken";
+  } catch (const HandheldError& error) {
+    EXPECT_NE(std::string(error.what()).find("language"), std::string::npos);
+  }
+}
+
+TEST_F(HandheldCommands, ASecondProgramIsToldWhoHasTheHandheld) {
+  Init();
+  Session session(HandheldPath());
+  try {
+    Session second(HandheldPath());
+    FAIL() << "opened twice";
+  } catch (const HandheldError& error) {
+    EXPECT_NE(std::string(error.what()).find("corvane-device"), std::string::npos) << error.what();
+  }
+}
+
+TEST_F(HandheldCommands, CheckFindsASoundStoreSound) {
+  Init();
+  Capture capture;
+  Session session(HandheldPath());
+  EXPECT_EQ(CheckHandheld(session, capture.report()), Outcome::kDone);
+  EXPECT_EQ(capture.Out(), "The store is sound.\n");
+}
+
+TEST_F(HandheldCommands, CheckNamesADamagedStore) {
+  Init();
+  WriteFile("handheld/store.db", std::string(8192, 'x'));
+  Capture capture;
+  Session session(HandheldPath());
+  EXPECT_EQ(CheckHandheld(session, capture.report()), Outcome::kFailed);
+  EXPECT_NE(capture.Err().find("store.db"), std::string::npos) << capture.Err();
+  EXPECT_THROW(session.Outlook(), HandheldError);
+}
+
+TEST_F(HandheldCommands, ClockIsSetAndReset) {
+  Init({.zone = "Europe/Berlin"});
+  Session session(HandheldPath());
+  Capture capture;
+  EXPECT_EQ(SetClock(session, "2008-02-15T14:45:00+01:00", capture.report()), Outcome::kDone);
+  EXPECT_NE(capture.Out().find("UTC    2008-02-15 13:45:"), std::string::npos) << capture.Out();
+  EXPECT_NE(capture.Out().find("local  2008-02-15 14:45:"), std::string::npos);
+  EXPECT_NE(capture.Out().find("Europe/Berlin"), std::string::npos);
+  EXPECT_EQ(ResetClock(session, capture.report()), Outcome::kDone);
+}
+
+TEST_F(HandheldCommands, ClockStaysResetForTheNextSession) {
+  Init();
+  Capture capture;
+  {
+    Session session(HandheldPath());
+    SetClock(session, "2008-02-15T14:45:00Z", capture.report());
+    ResetClock(session, capture.report());
+  }
+  Session session(HandheldPath());
+  Capture shown;
+  ShowClock(session, shown.report());
+  EXPECT_EQ(shown.Out().find("2008"), std::string::npos) << shown.Out();
+}
+
+TEST_F(HandheldCommands, ClockRefusesWhatIsNoTime) {
+  Init();
+  Session session(HandheldPath());
+  for (const char* text :
+       {"", "now", "2008-02-30T00:00", "2008-02-15", "2008-02-15T24:00", "1600-01-01T00:00:00Z"}) {
+    Capture capture;
+    EXPECT_EQ(SetClock(session, text, capture.report()), Outcome::kFailed) << text;
+    EXPECT_NE(capture.Err(), "") << text;
+  }
+}
+
+class RegistryCommands : public MaintenanceTest {
+ protected:
+  RegistryCommands() {
+    Init();
+    session_ = std::make_unique<Session>(HandheldPath());
+  }
+  ce::host::Handheld& handheld() { return session_->handheld(); }
+  std::unique_ptr<Session> session_;
+  Capture capture_;
+  const std::string key_ = "SOFTWARE\\Tenbrook\\Corvane";
+};
+
+TEST_F(RegistryCommands, SetsAndGetsEachType) {
+  for (const char* value : {"sz:some text", "dword:42", "binary:00FF10"}) {
+    Capture capture;
+    EXPECT_EQ(RegistrySet(handheld(), key_, "Value", value, capture.report()), Outcome::kDone);
+    EXPECT_EQ(RegistryGet(handheld(), key_, "value", capture.report()), Outcome::kDone);
+    EXPECT_EQ(capture.Out(), std::string(value) + "\n");
+  }
+}
+
+TEST_F(RegistryCommands, ReadsHexadecimalNumbers) {
+  RegistrySet(handheld(), key_, "IPAddr", "dword:0x0100007F", capture_.report());
+  RegistryGet(handheld(), key_, "IPAddr", capture_.report());
+  EXPECT_EQ(capture_.Out(), "dword:16777343\n");
+}
+
+TEST_F(RegistryCommands, RefusesAValueThatIsNone) {
+  for (const char* value : {"42", "dword:", "dword:x", "dword:-1", "dword:4294967296", "binary:0",
+                            "binary:xy", "qword:1"}) {
+    EXPECT_EQ(RegistrySet(handheld(), key_, "V", value, capture_.report()), Outcome::kFailed)
+        << value;
+  }
+  EXPECT_EQ(RegistrySet(handheld(), key_, "V", std::nullopt, capture_.report()), Outcome::kFailed);
+}
+
+TEST_F(RegistryCommands, ListsAKey) {
+  RegistrySet(handheld(), key_, "Logging", "dword:1", capture_.report());
+  RegistrySet(handheld(), key_ + "\\Sub", std::nullopt, std::nullopt, capture_.report());
+  EXPECT_EQ(RegistryGet(handheld(), key_, std::nullopt, capture_.report()), Outcome::kDone);
+  EXPECT_EQ(capture_.Out(), "Logging = dword:1\n[Sub]\n");
+}
+
+TEST_F(RegistryCommands, DeletesValuesAndKeys) {
+  RegistrySet(handheld(), key_, "Logging", "dword:1", capture_.report());
+  EXPECT_EQ(RegistryDelete(handheld(), key_, "Logging", capture_.report()), Outcome::kDone);
+  EXPECT_EQ(RegistryDelete(handheld(), key_, "Logging", capture_.report()), Outcome::kFailed);
+  EXPECT_NE(capture_.Err().find("it is not there"), std::string::npos);
+  EXPECT_EQ(RegistryDelete(handheld(), key_, std::nullopt, capture_.report()), Outcome::kDone);
+  EXPECT_EQ(RegistryGet(handheld(), key_, std::nullopt, capture_.report()), Outcome::kFailed);
+}
+
+}  // namespace
+}  // namespace maintenance::testing
