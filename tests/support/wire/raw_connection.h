@@ -1,0 +1,30 @@
+// A connection that speaks bytes: knows sockets and nothing of the protocol's meaning.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace corvane::testing {
+
+class RawConnection {
+ public:
+  // Connects to 127.0.0.1; throws std::runtime_error when nobody listens.
+  explicit RawConnection(std::uint16_t port);
+  ~RawConnection();
+  RawConnection(RawConnection&& other) noexcept;
+  RawConnection(const RawConnection&) = delete;
+  RawConnection& operator=(const RawConnection&) = delete;
+
+  void Send(std::string_view bytes);  // in one piece
+  void FinishSending();               // closes this end's sending side
+  // Exactly this many bytes; fewer when the connection ends first.
+  std::string Receive(std::size_t bytes);
+  std::string ReceiveToEnd();
+  std::uint32_t ReceiveWord();  // little-endian; throws when the connection ends first
+
+ private:
+  int socket_;
+};
+
+}  // namespace corvane::testing

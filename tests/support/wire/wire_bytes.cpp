@@ -1,0 +1,65 @@
+#include "tests/support/wire/wire_bytes.h"
+
+#include <cstdlib>
+
+namespace corvane::testing {
+
+std::string Word(std::uint32_t value) {
+  std::string bytes;
+  for (int shift = 0; shift < 32; shift += 8) bytes += static_cast<char>(value >> shift);
+  return bytes;
+}
+
+std::string Utf16(std::string_view text) {
+  std::string bytes;
+  for (const char c : text) {
+    bytes += c;
+    bytes += '\0';
+  }
+  return bytes;
+}
+
+std::uint32_t WordAt(std::string_view bytes, std::size_t offset) {
+  std::uint32_t word = 0;
+  for (int i = 3; i >= 0; --i) word = word << 8 | static_cast<std::uint8_t>(bytes.at(offset + i));
+  return word;
+}
+
+std::string Invoke::Body() const {
+  const std::string name = function + (terminated ? std::string(1, '\0') : std::string());
+  return Word(kind) + reserved + Word(static_cast<std::uint32_t>(dll.size())) + Utf16(dll) +
+         unused + Word(static_cast<std::uint32_t>(name.size())) + Utf16(name) +
+         Word(static_cast<std::uint32_t>(input.size())) + input + Word(streamFlag);
+}
+
+std::string Record(std::string_view body) {
+  return Word(static_cast<std::uint32_t>(body.size())) + std::string(body);
+}
+
+std::size_t CountElements(std::string_view document, std::string_view name) {
+  std::size_t count = 0;
+  const std::string open = "<" + std::string(name);
+  for (std::size_t at = document.find(open); at != std::string_view::npos;
+       at = document.find(open, at + 1)) {
+    const char next = document.at(at + open.size());
+    if (next == ' ' || next == '>' || next == '/') ++count;
+  }
+  return count;
+}
+
+std::vector<std::uint32_t> OidsOf(std::string_view document) {
+  std::vector<std::uint32_t> oids;
+  constexpr std::string_view kOid = " Oid=\"";
+  for (std::size_t at = document.find(kOid); at != std::string_view::npos;
+       at = document.find(kOid, at + 1)) {
+    const std::string text(document.substr(at + kOid.size(), 12));
+    oids.push_back(static_cast<std::uint32_t>(std::strtoll(text.c_str(), nullptr, 10)));
+  }
+  return oids;
+}
+
+std::string Chunk(std::string_view document) {
+  return Word(static_cast<std::uint32_t>(document.size())) + std::string(document);
+}
+
+}  // namespace corvane::testing

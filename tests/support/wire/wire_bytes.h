@@ -1,0 +1,62 @@
+// The wire's records, built byte by byte from the protocol's tables.
+#pragma once
+
+#include <cstdint>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace corvane::testing {
+
+inline constexpr std::uint32_t kInvoke = 69;
+inline constexpr std::uint32_t kQuit = 0xDEADBEEF;
+
+inline constexpr std::uint32_t kInvalidArgument = 0x80070057;
+inline constexpr std::uint32_t kNotImplemented = 0x80004001;
+
+std::string Word(std::uint32_t value);     // 4 bytes, little-endian
+std::string Utf16(std::string_view text);  // ASCII widened, no terminator
+std::uint32_t WordAt(std::string_view bytes, std::size_t offset);
+
+// The fields of an invoke body; lengths follow the names unless they are set.
+struct Invoke {
+  std::string function = {};
+  std::string input = {};
+  std::uint32_t streamFlag = 0;
+  std::string dll = "corvane";
+  bool terminated = true;  // whether the function name's NUL is sent and counted
+  std::uint32_t kind = kInvoke;
+  std::string reserved = std::string(8, '\0');
+  std::string unused = std::string(4, '\0');
+
+  std::string Body() const;
+};
+
+// The length prefix and the body.
+std::string Record(std::string_view body);
+
+struct BufferedReply {
+  std::uint32_t totalLength, reserved, status, statusAgain, outputCount;
+  std::string output;
+};
+
+struct Download {
+  std::vector<std::string> documents;
+  std::uint32_t finalStatus = 0;
+  std::string rest;  // what followed the trailer until the connection ended
+};
+
+struct UploadReply {
+  std::uint32_t oid, result;
+  friend bool operator==(const UploadReply&, const UploadReply&) = default;
+};
+
+// Elements of this name that a document holds.
+std::size_t CountElements(std::string_view document, std::string_view name);
+// The value of every "Oid" attribute, in order.
+std::vector<std::uint32_t> OidsOf(std::string_view document);
+// A chunk of an upload: the count and the document.
+std::string Chunk(std::string_view document);
+
+}  // namespace corvane::testing
