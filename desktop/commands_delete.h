@@ -1,0 +1,25 @@
+// "delete": contacts away from the handheld.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <vector>
+
+#include "desktop/connection.h"
+#include "desktop/console.h"
+#include "desktop/oid.h"
+
+namespace desktop {
+
+struct DeleteOptions {
+  std::vector<Oid> oids;                         // empty for all contacts
+  bool yes = false;                              // all without asking
+  std::optional<std::filesystem::path> mapping;  // nothing for the target's own
+};
+
+// Deleting all asks on a terminal; elsewhere it is kUsage without yes. What is deleted leaves the
+// mapping too. The agent does not tell a deleted item from one that was not there.
+int Delete(const ConnectionOptions& connection, const DeleteOptions& options,
+           const Console& console);
+
+}  // namespace desktop

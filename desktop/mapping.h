@@ -1,0 +1,68 @@
+// Which item of a handheld a record of this computer is, remembered from one run to the next.
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "desktop/oid.h"
+#include "desktop/target.h"
+
+namespace desktop {
+
+struct MappedItem {
+  Oid oid = 0;
+  std::string kind;     // "contact", or the element name of another kind of record
+  std::string uid;      // the identity that people's programs know it by; empty for none
+  std::string content;  // stands in for a UID that the record does not have; empty for none
+  std::string hash;     // of the content that it had when it was last sent or received
+};
+
+inline constexpr std::string_view kContactKind = "contact";
+
+// Held by one process at a time: a lock file beside it says so. Throws Error where it cannot go on;
+// a file that cannot be understood is never written over.
+class Mapping {
+ public:
+  // A file that does not exist is an empty mapping; its directory is made.
+  explicit Mapping(std::filesystem::path path);
+  ~Mapping();
+  Mapping(const Mapping&) = delete;
+  Mapping& operator=(const Mapping&) = delete;
+
+  // Null when there is none. The pointers hold until the next change.
+  [[nodiscard]] const MappedItem* FindOid(Oid oid) const;
+  [[nodiscard]] const MappedItem* FindUid(std::string_view kind, std::string_view uid) const;
+  [[nodiscard]] const MappedItem* FindContent(std::string_view kind,
+                                              std::string_view content) const;
+  [[nodiscard]] const std::map<Oid, MappedItem>& items() const { return items_; }
+
+  // Takes the place of the item of that OID, whose UID and content key it keeps where it has none,
+  // and of items that had its UID or its content key.
+  void Put(MappedItem item);
+  // The item is now another one: keeps all but the OID.
+  void Move(Oid from, Oid to);
+  void Remove(Oid oid);
+  void RemoveKind(std::string_view kind);
+
+  // Writes the file if anything has changed; whole or not at all.
+  void Save();
+
+ private:
+  void Lock();
+  void Load();
+
+  std::filesystem::path path_;
+  int lock_ = -1;
+  bool changed_ = false;
+  std::map<Oid, MappedItem> items_;
+  std::unordered_map<std::string, Oid> byKey_;
+};
+
+// $XDG_STATE_HOME/corvane/<host>_<port>.json, by default below ~/.local/state. Throws Error when
+// neither is known.
+std::filesystem::path DefaultMappingPath(const Target& target);
+
+}  // namespace desktop

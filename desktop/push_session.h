@@ -1,0 +1,91 @@
+// Sends records in chunks, and keeps the mapping in step with what the agent answers.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <set>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "desktop/connection.h"
+#include "desktop/mapping.h"
+#include "desktop/push_records.h"
+#include "desktop/upload.h"
+
+namespace desktop {
+
+enum class PushOutcome {
+  kAdded,
+  kAddedAnew,  // its item was gone
+  kChanged,
+  kDeleted,
+  kNothingToDelete,  // a deletion that names no item
+  kUnchanged,        // not sent: the same as when it was last sent or received
+  kFailed,
+  kUnanswered,  // sent, but the connection failed before the answer: it may have been done
+  kNotSent,
+  kWouldAdd,
+  kWouldChange,
+  kWouldDelete,
+};
+
+struct PushResult {
+  const PushRecord* record = nullptr;
+  PushOutcome outcome = PushOutcome::kNotSent;
+  Oid oid = 0;            // 0 when there is none
+  std::int32_t code = 0;  // as answered
+  std::string xml;        // what would be sent, of a dry run
+};
+
+struct PushPolicy {
+  std::size_t chunk = 20;  // records to a document, at least 1
+  bool force = false;      // send unchanged ones too
+  bool dryRun = false;     // connect to nobody, change no mapping
+};
+
+using PushHandler = std::function<void(const PushResult&)>;
+
+class PushSession {
+ public:
+  // The mapping must outlive the session.
+  PushSession(const ConnectionOptions& connection, const PushPolicy& policy, Mapping& mapping,
+              PushHandler onResult);
+
+  // Hands out one result a record, in their order. The mapping is saved after every chunk. When the
+  // connection or the mapping's file fails, or the person interrupts (between chunks), the results
+  // of the records concerned say so before it throws Error. Call it once.
+  void Run(std::span<const PushRecord> records);
+
+ private:
+  struct Planned {
+    const PushRecord* record;
+    std::optional<Oid> oid;
+    bool unchanged;
+  };
+
+  [[nodiscard]] Planned Plan(const PushRecord& record) const;
+  void Add(const PushRecord& record);
+  void Flush();
+  void TakeAnswer(const RecordAnswer& answer);
+  PushResult Apply(const Planned& planned, const RecordAnswer& answer);
+  void ReportUnchanged();
+  void ReportWould(const PushRecord& record);
+  void GiveUp(std::span<const PushRecord> notPlanned);
+
+  ConnectionOptions connection_;
+  PushPolicy policy_;
+  Mapping& mapping_;
+  PushHandler onResult_;
+  std::optional<Upload> upload_;
+  std::vector<Planned> pending_;
+  std::size_t reported_ = 0;  // of the pending ones
+  std::size_t toSend_ = 0;
+  std::size_t bytesToSend_ = 0;
+  bool mayHaveArrived_ = false;  // the chunk whose sending or answers failed
+  std::set<std::string> keys_;   // of the pending ones; of all in a dry run
+};
+
+}  // namespace desktop

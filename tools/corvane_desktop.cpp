@@ -1,0 +1,246 @@
+// corvane-desktop: the desk's end of the wire.
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <chrono>
+#include <cstdio>
+#include <exception>
+#include <functional>
+#include <iostream>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "desktop/clock_text.h"
+#include "desktop/commands_agent.h"
+#include "desktop/commands_delete.h"
+#include "desktop/commands_pull.h"
+#include "desktop/commands_push.h"
+#include "desktop/commands_time.h"
+#include "desktop/interrupt.h"
+#include "desktop/oid.h"
+#include "desktop/target.h"
+
+namespace {
+
+using namespace desktop;
+
+// Everything that a command line can say; the command chosen is run once all of it is read.
+struct CommandLine {
+  ConnectionOptions connection;
+  PullOptions pull;
+  PushOptions push;
+  DeleteOptions remove;
+  RecordKind removed = RecordKind::kContacts;
+  std::optional<UtcTime> time;
+  LoggingLevel logging = LoggingLevel::kOn;
+  bool json = false;
+  std::function<int(const Console&)> run;
+};
+
+// An option or a positional that takes one of a few words.
+template <typename T>
+CLI::Option* AddChoice(CLI::App& command, const std::string& name, T& chosen,
+                       const std::map<std::string, T>& choices, const std::string& help) {
+  return command.add_option_function<std::string>(
+      name,
+      [&chosen, choices, name](const std::string& word) {
+        const auto found = choices.find(word);
+        if (found == choices.end()) {
+          std::string words;
+          for (const auto& choice : choices) words += (words.empty() ? "" : ", ") + choice.first;
+          throw CLI::ValidationError(name, word + " is none of " + words);
+        }
+        chosen = found->second;
+      },
+      help);
+}
+
+void AddOids(CLI::App& command, std::vector<Oid>& oids) {
+  command
+      .add_option_function<std::vector<std::string>>(
+          "--oid",
+          [&oids](const std::vector<std::string>& texts) {
+            for (const std::string& text : texts) {
+              const std::optional<Oid> oid = ParseOid(text);
+              if (!oid) throw CLI::ValidationError("--oid", text + " is no object identifier");
+              oids.push_back(*oid);
+            }
+          },
+          "Only these object identifiers")
+      ->type_name("N");
+}
+
+void AddMapping(CLI::App& command, std::optional<std::filesystem::path>& mapping) {
+  command
+      .add_option("--map", mapping,
+                  "Which contact here is which there; default "
+                  "$XDG_STATE_HOME/corvane/HOST_PORT.json or below ~/.local/state")
+      ->type_name("FILE");
+}
+
+void AddPull(CLI::App& app, CommandLine& line) {
+  CLI::App& command = *app.add_subcommand("pull", "Contacts from the handheld");
+  AddChoice<RecordKind>(
+      command, "what", line.pull.kind,
+      {{"contacts", RecordKind::kContacts}, {"contacts2", RecordKind::kContacts2}},
+      "contacts, or contacts2 for their second form")
+      ->required()
+      ->type_name("");
+  AddOids(command, line.pull.oids);
+  AddChoice<PullFormat>(
+      command, "--format", line.pull.format,
+      {{"vcf", PullFormat::kVcf}, {"xml", PullFormat::kXml}, {"json", PullFormat::kJson}},
+      "vcf (the default), xml or json")
+      ->type_name("FORMAT");
+  AddChoice<formats::VCardVersion>(
+      command, "--vcard-version", line.pull.version,
+      {{"3.0", formats::VCardVersion::k30}, {"4.0", formats::VCardVersion::k40}},
+      "3.0 (the default) or 4.0")
+      ->type_name("VERSION");
+  command.add_option("-o,--output", line.pull.output, "Where to, instead of the standard output")
+      ->type_name("FILE");
+  AddMapping(command, line.pull.mapping);
+  command.callback([&line] {
+    line.run = [&line](const Console& console) {
+      return Pull(line.connection, line.pull, console);
+    };
+  });
+}
+
+void AddPush(CLI::App& app, CommandLine& line) {
+  CLI::App& command = *app.add_subcommand("push", "Contacts and other records to the handheld");
+  command.add_option("files", line.push.files, "vCard (.vcf) or record documents (.xml)")
+      ->required()
+      ->type_name("FILE");
+  command.add_option("--chunk", line.push.policy.chunk, "Records to a document; default 20")
+      ->type_name("N")
+      ->check(CLI::Range(1, 10000).description(""));
+  command.add_flag("--force", line.push.policy.force, "Send what has not changed, too");
+  command.add_flag("--dry-run", line.push.policy.dryRun, "Show what would be sent, send nothing");
+  command.add_flag("--json", line.push.json, "The results as JSON");
+  AddMapping(command, line.push.mapping);
+  command.callback([&line] {
+    line.run = [&line](const Console& console) {
+      return Push(line.connection, line.push, console);
+    };
+  });
+}
+
+void AddDelete(CLI::App& app, CommandLine& line) {
+  CLI::App& command = *app.add_subcommand("delete", "Contacts away from the handheld");
+  AddChoice<RecordKind>(command, "what", line.removed, {{"contacts", RecordKind::kContacts}},
+                        "contacts")
+      ->required()
+      ->type_name("");
+  AddOids(command, line.remove.oids);
+  command.add_flag("--yes", line.remove.yes, "Delete all without asking");
+  AddMapping(command, line.remove.mapping);
+  command.callback([&line] {
+    line.run = [&line](const Console& console) {
+      return Delete(line.connection, line.remove, console);
+    };
+  });
+}
+
+void AddTime(CLI::App& app, CommandLine& line) {
+  CLI::App& command = *app.add_subcommand("time", "The handheld's clock");
+  command.require_subcommand(1);
+  CLI::App& get = *command.add_subcommand("get", "Prints its time, in UTC");
+  get.add_flag("--json", line.json, "As JSON");
+  get.callback([&line] {
+    line.run = [&line](const Console& console) {
+      return GetTime(line.connection, line.json, console);
+    };
+  });
+  CLI::App& set = *command.add_subcommand("set", "Sets its time");
+  set.add_option_function<std::string>(
+         "time",
+         [&line](const std::string& text) {
+           line.time = ParseTime(text);
+           if (!line.time) throw CLI::ValidationError("time", text + " is no time");
+         },
+         "ISO 8601 with a zone, or else in UTC; this computer's time when left out")
+      ->type_name("TIME");
+  set.callback([&line] {
+    line.run = [&line](const Console& console) {
+      return SetTime(line.connection, line.time, console);
+    };
+  });
+}
+
+void AddAgent(CLI::App& app, CommandLine& line) {
+  CLI::App& logging = *app.add_subcommand("logging", "The agent's diagnostic log");
+  AddChoice<LoggingLevel>(
+      logging, "state", line.logging,
+      {{"on", LoggingLevel::kOn}, {"verbose", LoggingLevel::kVerbose}, {"off", LoggingLevel::kOff}},
+      "on, verbose or off")
+      ->required()
+      ->type_name("");
+  logging.callback([&line] {
+    line.run = [&line](const Console& console) {
+      return SetLogging(line.connection, line.logging, console);
+    };
+  });
+  app.add_subcommand("quit", "Asks the agent to end")->callback([&line] {
+    line.run = [&line](const Console& console) { return Quit(line.connection, console); };
+  });
+}
+
+void AddConnection(CLI::App& app, CommandLine& line) {
+  app.add_option_function<std::string>(
+         "--to",
+         [&line](const std::string& text) {
+           const std::optional<Target> target = ParseTarget(text);
+           if (!target) throw CLI::ValidationError("--to", text + " is no HOST[:PORT]");
+           line.connection.target = *target;
+         },
+         "Where the agent listens; default 127.0.0.1:2005")
+      ->type_name("HOST[:PORT]");
+  app.add_option_function<double>(
+         "--timeout",
+         [&line](const double& seconds) {
+           line.connection.timeout =
+               std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));
+         },
+         "How long the agent may be silent; default 30")
+      ->type_name("SECONDS")
+      ->check(CLI::Range(0.001, 1e6).description(""));
+}
+
+int Run(int argc, char** argv) {
+  CommandLine line;
+  CLI::App app("Talks to the synchronisation agent of a handheld.", "corvane-desktop");
+  app.set_version_flag("--version", "corvane-desktop " CORVANE_VERSION);
+  app.require_subcommand(1);
+  app.fallthrough();
+  app.footer("Exit status: 0 all done, 1 failed, 2 wrong usage, 3 partly done.");
+  AddConnection(app, line);
+  AddPull(app, line);
+  AddPush(app, line);
+  AddDelete(app, line);
+  AddTime(app, line);
+  AddAgent(app, line);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? kDone : kUsage;
+  }
+  line.connection.interruptFd = CatchInterruptions();
+  const Console console{
+      std::cout,   std::cerr, std::cin, isatty(STDERR_FILENO) == 1, isatty(STDIN_FILENO) == 1,
+      STDIN_FILENO};
+  return line.run(console);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Run(argc, argv);
+  } catch (const std::exception& problem) {
+    std::fprintf(stderr, "corvane-desktop: %s\n", problem.what());
+    return kFailed;
+  }
+}
