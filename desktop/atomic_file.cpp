@@ -17,15 +17,6 @@ namespace {
 
 constexpr std::size_t kBuffer = 256 * 1024;
 
-// A rename within a directory lasts once the directory is on the disk. Some file systems cannot be
-// asked for that; the file's content is safe with them all the same.
-void SyncDirectory(const std::filesystem::path& directory) {
-  const int opened = open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (opened < 0) return;
-  fsync(opened);
-  close(opened);
-}
-
 std::filesystem::path DirectoryOf(const std::filesystem::path& path) {
   return path.has_parent_path() ? path.parent_path() : std::filesystem::path(".");
 }
@@ -96,7 +87,14 @@ void AtomicFile::Commit(std::string_view suffix) {
   target += suffix;
   if (rename(temporary_.c_str(), target.c_str()) != 0) Fail("write");
   temporary_.clear();
-  SyncDirectory(DirectoryOf(path_));
+  SyncDirectoryOf(path_);
+}
+
+void SyncDirectoryOf(const std::filesystem::path& path) {
+  const int opened = open(DirectoryOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (opened < 0) return;
+  fsync(opened);
+  close(opened);
 }
 
 std::string ReadWholeFile(const std::filesystem::path& path) {

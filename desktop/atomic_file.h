@@ -32,6 +32,10 @@ class AtomicFile {
   int file_ = -1;
 };
 
+// A file's appearing in or leaving its directory lasts once this has put the directory on the disk.
+// Some file systems cannot be asked for that; the file's content is safe with them all the same.
+void SyncDirectoryOf(const std::filesystem::path& path);
+
 // The whole file. Throws Error.
 std::string ReadWholeFile(const std::filesystem::path& path);
 

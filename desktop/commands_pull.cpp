@@ -82,7 +82,11 @@ class PullRun {
     if (mapping_ != nullptr) mapping_->Save();
     output_.Write(writer_->End());
     output_.Commit(problem.empty() ? std::string_view() : kPartialSuffix);
-    if (!problem.empty()) ReportPartial(problem);
+    if (!problem.empty()) {
+      ReportPartial(problem);
+    } else if (options_.output) {
+      SayWhatIsThere(*options_.output);
+    }
     return problem.empty() && errors_ == 0 ? kDone : kPartlyDone;
   }
 
@@ -170,6 +174,12 @@ class PullRun {
     progress_.Hide();
     console_.err << fmt::format("OID {}: {}\n", error.oid.value_or(0),
                                 StatusText(ErrorValue(error)));
+  }
+
+  void SayWhatIsThere(const std::filesystem::path& file) {
+    console_.out << fmt::format("{}: {} contact{}\n", file.string(), written_,
+                                written_ == 1 ? "" : "s");
+    FlushOutput(console_);
   }
 
   void ReportPartial(const std::string& problem) {

@@ -27,6 +27,7 @@ struct PullOptions {
 // kPartlyDone when the handheld reported errors for some identifiers, or when the download broke
 // off after some complete documents: what they held then goes to the output with ".partial" added
 // to its name, or to the standard output. An interrupted one writes nothing.
+// A complete pull to a file says on the standard output how many contacts are in it.
 int Pull(const ConnectionOptions& connection, const PullOptions& options, const Console& console);
 
 }  // namespace desktop

@@ -45,16 +45,35 @@ json ToJson(const MappedItem& item) {
   return object;
 }
 
-MappedItem ItemFrom(const json& object) {
+Oid OidFrom(const json& object) {
   const auto oid = object.at("oid").get<std::int64_t>();
   if (oid <= 0 || oid > std::int64_t{UINT32_MAX}) throw Error(fmt::format("an OID of {}", oid));
-  return {static_cast<Oid>(oid), object.at("kind").get<std::string>(), object.value("uid", ""),
+  return static_cast<Oid>(oid);
+}
+
+MappedItem ItemFrom(const json& object) {
+  return {OidFrom(object), object.at("kind").get<std::string>(), object.value("uid", ""),
           object.value("content", ""), object.at("hash").get<std::string>()};
+}
+
+// A line of the journal: an item as it now is, or an OID that has none any more.
+json LineFor(Oid oid, const MappedItem* item) {
+  return item == nullptr ? json{{"oid", oid}, {"gone", true}} : ToJson(*item);
+}
+
+std::string Dump(const json& value, int indent) {
+  return value.dump(indent, ' ', false, json::error_handler_t::replace) + "\n";
+}
+
+void CheckVersion(const json& object) {
+  const int version = object.at("version").get<int>();
+  if (version != kVersion) throw Error(fmt::format("it has version {}", version));
 }
 
 }  // namespace
 
-Mapping::Mapping(std::filesystem::path path) : path_(std::move(path)) {
+Mapping::Mapping(std::filesystem::path path)
+    : path_(std::move(path)), journal_(path_.string() + ".journal") {
   Lock();
   try {
     Load();
@@ -84,26 +103,62 @@ void Mapping::Lock() {
 }
 
 void Mapping::Load() {
+  LoadFile();
+  changed_ = false;
+  if (journal_.exists()) {
+    LoadJournal();
+    Save();
+  }
+  unsaved_.clear();
+}
+
+void Mapping::Refuse(const std::filesystem::path& path, const std::string& why) {
+  throw Error(fmt::format(
+      "the mapping file {} cannot be understood ({}). It tells which contact here is which on "
+      "the handheld. Bring back a good copy; or move it away and pull the contacts as vcf, "
+      "which makes a new one",
+      path.string(), why));
+}
+
+void Mapping::LoadFile() {
   std::error_code error;
   if (!std::filesystem::exists(path_, error) && !error) return;
   const std::string bytes = ReadWholeFile(path_);
   try {
     const json file = json::parse(bytes);
-    const int version = file.at("version").get<int>();
-    if (version != kVersion) throw Error(fmt::format("it has version {}", version));
+    CheckVersion(file);
     for (const json& object : file.at("items")) {
       const MappedItem item = ItemFrom(object);
       if (FindOid(item.oid) != nullptr) throw Error(fmt::format("it has OID {} twice", item.oid));
       Put(item);
     }
   } catch (const std::exception& problem) {
-    throw Error(fmt::format(
-        "the mapping file {} cannot be understood ({}). It tells which contact here is which on "
-        "the handheld. Bring back a good copy; or move it away and pull the contacts as vcf, "
-        "which makes a new one",
-        path_.string(), problem.what()));
+    Refuse(path_, problem.what());
   }
-  changed_ = false;
+}
+
+// Each line sets what is so from then on. That lines are there which the file has already taken in
+// does no harm: the process may have ended between the two.
+void Mapping::LoadJournal() {
+  const std::vector<std::string> lines = journal_.Lines();
+  std::size_t number = 0;
+  try {
+    for (const std::string& line : lines) {
+      ++number;
+      const json object = json::parse(line);
+      if (number == 1) {
+        CheckVersion(object);
+      } else if (object.contains("gone")) {
+        Remove(OidFrom(object));
+      } else {
+        const MappedItem item = ItemFrom(object);
+        Remove(item.oid);
+        Put(item);
+      }
+    }
+  } catch (const std::exception& problem) {
+    Refuse(journal_.path(), fmt::format("line {}: {}", number, problem.what()));
+  }
 }
 
 const MappedItem* Mapping::FindOid(Oid oid) const {
@@ -133,6 +188,7 @@ void Mapping::Put(MappedItem item) {
     if (other != byKey_.end()) Remove(Oid{other->second});
     byKey_[key] = item.oid;
   }
+  unsaved_.insert(item.oid);
   items_[item.oid] = std::move(item);
   changed_ = true;
 }
@@ -151,6 +207,7 @@ void Mapping::Remove(Oid oid) {
   if (found == items_.end()) return;
   for (const std::string& key : KeysOf(found->second)) byKey_.erase(key);
   items_.erase(found);
+  unsaved_.insert(oid);
   changed_ = true;
 }
 
@@ -162,16 +219,26 @@ void Mapping::RemoveKind(std::string_view kind) {
   for (const Oid oid : oids) Remove(oid);
 }
 
+void Mapping::SaveChanges() {
+  if (unsaved_.empty()) return;
+  std::string lines;
+  if (journal_.empty()) lines = Dump({{"version", kVersion}}, -1);
+  for (const Oid oid : unsaved_) lines += Dump(LineFor(oid, FindOid(oid)), -1);
+  journal_.Append(lines);
+  unsaved_.clear();
+}
+
 void Mapping::Save() {
-  if (!changed_) return;
-  json items = json::array();
-  for (const auto& [oid, item] : items_) items.push_back(ToJson(item));
-  const json file = {{"version", kVersion}, {"items", std::move(items)}};
-  AtomicFile output(path_);
-  output.Write(file.dump(1, ' ', false, json::error_handler_t::replace));
-  output.Write("\n");
-  output.Commit();
-  changed_ = false;
+  if (changed_) {
+    json items = json::array();
+    for (const auto& [oid, item] : items_) items.push_back(ToJson(item));
+    AtomicFile output(path_);
+    output.Write(Dump({{"version", kVersion}, {"items", std::move(items)}}, 1));
+    output.Commit();
+    changed_ = false;
+    unsaved_.clear();
+  }
+  journal_.Discard();
 }
 
 std::filesystem::path DefaultMappingPath(const Target& target) {

@@ -3,10 +3,12 @@
 
 #include <filesystem>
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 
+#include "desktop/journal.h"
 #include "desktop/oid.h"
 #include "desktop/target.h"
 
@@ -23,7 +25,8 @@ struct MappedItem {
 inline constexpr std::string_view kContactKind = "contact";
 
 // Held by one process at a time: a lock file beside it says so. Throws Error where it cannot go on;
-// a file that cannot be understood is never written over.
+// a file that cannot be understood is never written over. While a command is under way its changes
+// are in a journal beside the file; the journal of one that did not come to its end is taken in.
 class Mapping {
  public:
   // A file that does not exist is an empty mapping; its directory is made.
@@ -47,16 +50,24 @@ class Mapping {
   void Remove(Oid oid);
   void RemoveKind(std::string_view kind);
 
-  // Writes the file if anything has changed; whole or not at all.
+  // Remembers what has changed since the last time, at the cost of the changes alone.
+  void SaveChanges();
+  // Writes the file if anything has changed, whole or not at all, and ends the journal. When it
+  // fails, what SaveChanges has remembered is not lost.
   void Save();
 
  private:
   void Lock();
   void Load();
+  void LoadFile();
+  void LoadJournal();
+  [[noreturn]] static void Refuse(const std::filesystem::path& path, const std::string& why);
 
   std::filesystem::path path_;
   int lock_ = -1;
-  bool changed_ = false;
+  Journal journal_;
+  bool changed_ = false;   // since the file was written
+  std::set<Oid> unsaved_;  // changed since the journal was written
   std::map<Oid, MappedItem> items_;
   std::unordered_map<std::string, Oid> byKey_;
 };

@@ -37,13 +37,17 @@ int RunPush(const ConnectionOptions& connection, const PushPolicy& policy,
     progress.Update(results.size());
   });
   int code = kDone;
-  try {
-    session.Run(records);
-  } catch (const Error& problem) {
-    progress.Hide();
-    console.err << "corvane-desktop: " << problem.what() << '\n';
-    code = summary.done > 0 ? kPartlyDone : kFailed;
-  }
+  const auto attempt = [&](const auto& step) {
+    try {
+      step();
+    } catch (const Error& problem) {
+      progress.Hide();
+      console.err << "corvane-desktop: " << problem.what() << '\n';
+      code = summary.done > 0 ? kPartlyDone : kFailed;
+    }
+  };
+  attempt([&] { session.Run(records); });
+  attempt([&] { known.Save(); });
   progress.Hide();
   if (reporting.json) console.out << ResultsToJson(results) << '\n';
   console.err << SummaryText(results) << '\n';

@@ -95,7 +95,7 @@ void PushSession::Flush() {
   pending_.clear();
   keys_.clear();
   reported_ = toSend_ = bytesToSend_ = 0;
-  mapping_.Save();
+  mapping_.SaveChanges();
 }
 
 void PushSession::ReportUnchanged() {
@@ -164,7 +164,7 @@ void PushSession::GiveUp(std::span<const PushRecord> notPlanned) {
     onResult_({&record, PushOutcome::kNotSent, record.ownOid.value_or(0), 0, {}});
   }
   try {
-    mapping_.Save();
+    mapping_.SaveChanges();
   } catch (const Error&) {
     // The failure that brought us here is the one to hear about.
   }

@@ -54,9 +54,10 @@ class PushSession {
   PushSession(const ConnectionOptions& connection, const PushPolicy& policy, Mapping& mapping,
               PushHandler onResult);
 
-  // Hands out one result a record, in their order. The mapping is saved after every chunk. When the
-  // connection or the mapping's file fails, or the person interrupts (between chunks), the results
-  // of the records concerned say so before it throws Error. Call it once.
+  // Hands out one result a record, in their order. The mapping's changes are saved after every
+  // chunk, the mapping itself is left to the caller to save. When the connection or the mapping's
+  // file fails, or the person interrupts (between chunks), the results of the records concerned say
+  // so before it throws Error. Call it once.
   void Run(std::span<const PushRecord> records);
 
  private:

@@ -147,6 +147,117 @@ TEST_F(MappingTest, IsFreeAgainAfterADamagedOneWasRefused) {
   EXPECT_EQ(WhyNot(), "");
 }
 
+class MappingJournalTest : public MappingTest {
+ protected:
+  std::filesystem::path journal() const { return directory_ / "map.json.journal"; }
+
+  // What a process leaves that has saved its changes and ended before it saved the whole.
+  void LeaveAJournal() {
+    {
+      Mapping mapping(path());
+      mapping.Put({1, "contact", "a", "", "h1"});
+      mapping.Put({2, "contact", "b", "", "h2"});
+      mapping.Put({3, "contact", "c", "k", "h3"});
+      mapping.Save();
+      mapping.Move(1, 9);
+      mapping.SaveChanges();
+      mapping.Remove(2);
+      mapping.Put({3, "TASK", "", "t", "h4"});
+      mapping.SaveChanges();
+    }
+    ASSERT_TRUE(std::filesystem::exists(journal()));
+  }
+
+  void ExpectWhatTheJournalTells() {
+    const Mapping mapping(path());
+    EXPECT_EQ(mapping.items().size(), 2U);
+    ASSERT_NE(mapping.FindUid("contact", "a"), nullptr);
+    EXPECT_EQ(mapping.FindUid("contact", "a")->oid, 9U);
+    EXPECT_EQ(mapping.FindUid("contact", "b"), nullptr);
+    EXPECT_EQ(mapping.FindContent("contact", "k"), nullptr);
+    ASSERT_NE(mapping.FindContent("TASK", "t"), nullptr);
+    EXPECT_EQ(mapping.FindContent("TASK", "t")->hash, "h4");
+    EXPECT_EQ(mapping.FindContent("TASK", "t")->uid, "");
+    EXPECT_FALSE(std::filesystem::exists(journal()));
+  }
+};
+
+TEST_F(MappingJournalTest, TakesInWhatAProcessThatEndedEarlyHasLeft) {
+  LeaveAJournal();
+  ExpectWhatTheJournalTells();
+  ExpectWhatTheJournalTells();
+}
+
+TEST_F(MappingJournalTest, TakesInTwiceWhatTheFileHasAlready) {
+  LeaveAJournal();
+  const std::string lines = ReadFile(journal());
+  ExpectWhatTheJournalTells();
+  WriteFile(journal(), lines);
+  ExpectWhatTheJournalTells();
+}
+
+TEST_F(MappingJournalTest, CostsTheChangesAlone) {
+  Mapping mapping(path());
+  mapping.Put({1, "contact", "a", "", "h"});
+  mapping.SaveChanges();
+  const std::string first = ReadFile(journal());
+  mapping.SaveChanges();
+  EXPECT_EQ(ReadFile(journal()), first);
+  mapping.Put({2, "contact", "b", "", "h"});
+  mapping.SaveChanges();
+  EXPECT_EQ(ReadFile(journal()),
+            first + R"({"hash":"h","kind":"contact","oid":2,"uid":"b"})" + "\n");
+  EXPECT_FALSE(std::filesystem::exists(path()));
+  mapping.Save();
+  EXPECT_FALSE(std::filesystem::exists(journal()));
+}
+
+TEST_F(MappingJournalTest, LeavesOutALastLineThatWasCutOff) {
+  LeaveAJournal();
+  const std::string file = ReadFile(path());
+  const std::string lines = ReadFile(journal());
+  for (std::size_t length = 0; length <= lines.size(); ++length) {
+    WriteFile(path(), file);
+    WriteFile(journal(), lines.substr(0, length));
+    EXPECT_EQ(WhyNot(), "") << length;
+    EXPECT_FALSE(std::filesystem::exists(journal()));
+  }
+}
+
+TEST_F(MappingJournalTest, RefusesADamagedJournalAndLeavesBothFilesAsTheyAre) {
+  const std::string head = "{\"version\":1}\n";
+  const std::string item = R"({"hash":"h","kind":"contact","oid":2})";
+  const std::string cases[] = {"\n",
+                               "{}\n",
+                               "{\"version\":2}\n",
+                               item + "\n",
+                               head + "\n",
+                               head + item.substr(1) + "\n" + item + "\n",
+                               head + R"({"gone":true,"oid":-1})" + "\n",
+                               head + R"({"hash":"h","kind":"contact","oid":0})" + "\n",
+                               head + R"({"hash":"h","oid":2})" + "\n"};
+  const std::string file = R"({"version":1,"items":[]})";
+  for (const std::string& lines : cases) {
+    WriteFile(path(), file);
+    WriteFile(journal(), lines);
+    const std::string why = WhyNot();
+    EXPECT_EQ(why.find("the mapping file " + journal().string() + " cannot be understood (line "),
+              0U)
+        << lines << ": " << why;
+    EXPECT_EQ(ReadFile(journal()), lines);
+    EXPECT_EQ(ReadFile(path()), file);
+  }
+}
+
+TEST_F(MappingJournalTest, KeepsItWhenTheFileCannotBeWritten) {
+  Mapping mapping(path());
+  std::filesystem::create_directory(path());
+  mapping.Put({1, "contact", "a", "", "h"});
+  mapping.SaveChanges();
+  EXPECT_THROW(mapping.Save(), Error);
+  EXPECT_TRUE(std::filesystem::exists(journal()));
+}
+
 class DefaultMappingPathTest : public ::testing::Test {
  protected:
   void SetUp() override {

@@ -244,6 +244,23 @@ TEST_F(PullXmlTest, SaysWhenNobodyListensAndLeavesTheFile) {
   EXPECT_EQ(ReadFile(directory_ / "out"), "before");
 }
 
+TEST_F(PullXmlTest, SaysHowManyContactsAreInTheFile) {
+  ToFile();
+  const std::string name = (directory_ / "out").string();
+  EXPECT_EQ(RunAgainst(kTwoDocuments), kDone);
+  EXPECT_EQ(out(), name + ": 2 contacts\n");
+  EXPECT_EQ(err(), "");
+  console_.out.str("");
+  EXPECT_EQ(RunAgainst(Word(0) + Counted(Document(kFirst)) + kTrailer), kDone);
+  EXPECT_EQ(out(), name + ": 1 contact\n");
+}
+
+TEST_F(PullXmlTest, SaysNothingOfAFileThatIsOnlyThereInPart) {
+  ToFile();
+  EXPECT_EQ(RunAgainst(Word(0) + Counted(Document(kFirst))), kPartlyDone);
+  EXPECT_EQ(out(), "");
+}
+
 TEST_F(PullXmlTest, SaysWhenTheOutputTakesNothing) {
   console_.out.setstate(std::ios::badbit);
   EXPECT_EQ(RunAgainst(kTwoDocuments), kFailed);

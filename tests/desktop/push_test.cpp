@@ -199,6 +199,29 @@ TEST_F(PushTest, TellsACodeThatIsNoFailure) {
                        "exist)\n");
 }
 
+TEST_F(PushTest, TakesAPositiveCodeWithoutAnOidForFailed) {
+  Input(Card("u1", "Lee"));
+  const auto refuse = [](Peer& peer) {
+    peer.ReceiveCounted();
+    peer.Send(Word(0));
+    peer.ReceiveCounted();
+    peer.Send(Word(0) + Word(87));
+    peer.AwaitEnd();
+  };
+  EXPECT_EQ(RunAgainst(refuse), kFailed);
+  EXPECT_EQ(out(),
+            place(1) + "Lee: failed: 87 (invalid value, such as a date that does not exist)\n");
+  EXPECT_EQ(err(), "1 failed\n");
+  EXPECT_TRUE(Mapping(directory_ / "map.json").items().empty());
+
+  EXPECT_EQ(PushTo(store_), kDone);
+  const std::string before = ReadFile(directory_ / "map.json");
+  Input(Card("u1", "Leeds"));
+  EXPECT_EQ(RunAgainst(refuse), kFailed);
+  EXPECT_THAT(out(), HasSubstr("Leeds: failed (OID 101): 87 (invalid value"));
+  EXPECT_EQ(ReadFile(directory_ / "map.json"), before);
+}
+
 TEST_F(PushTest, TakesAnAddWithoutAnOidForFailed) {
   Input(Card("u1", "Lee"));
   EXPECT_EQ(RunAgainst([](Peer& peer) {
@@ -243,7 +266,8 @@ TEST_F(PushTest, DuplicatesNothingThatWasAnsweredBeforeTheConnectionBroke) {
   }
 }
 
-TEST_F(PushTest, SavesTheMappingWithEveryAnsweredChunk) {
+// As if the process ended there: what is on the disk then is all that the next one has.
+TEST_F(PushTest, HasEveryAnsweredChunkOnTheDiskBeforeItSendsTheNext) {
   Input(Card("u1", "Lee") + Card("u2", "Ray"));
   options_.policy.chunk = 1;
   std::string afterFirst;
@@ -253,14 +277,19 @@ TEST_F(PushTest, SavesTheMappingWithEveryAnsweredChunk) {
     peer.ReceiveCounted();
     peer.Send(Word(11) + Word(0));
     peer.ReceiveCounted();
-    afterFirst = ReadFile(directory_ / "map.json");
+    afterFirst = ReadFile(directory_ / "map.json.journal");
     peer.Send(Word(12) + Word(0));
     peer.AwaitEnd();
   }});
   EXPECT_EQ(Run(agent.options()), kDone);
   agent.Join();
-  ASSERT_FALSE(afterFirst.empty());
-  EXPECT_EQ(nlohmann::json::parse(afterFirst).at("items").size(), 1U);
+  EXPECT_FALSE(std::filesystem::exists(directory_ / "map.json.journal"));
+  std::filesystem::remove(directory_ / "map.json");
+  WriteFile(directory_ / "map.json.journal", afterFirst);
+  const Mapping left(directory_ / "map.json");
+  EXPECT_EQ(left.items().size(), 1U);
+  ASSERT_NE(left.FindUid("contact", "u1"), nullptr);
+  EXPECT_EQ(left.FindUid("contact", "u1")->oid, 11U);
 }
 
 TEST_F(PushTest, BringsAChunkToItsEndBeforeItStopsForAnInterruption) {
