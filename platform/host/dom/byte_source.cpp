@@ -7,19 +7,18 @@
 namespace ce::host::dom {
 namespace {
 
-using std::string_view_literals::operator""sv;
+using namespace std::string_view_literals;
 
 // How the first characters of a document lie in its bytes.
 struct Start {
   std::string_view bytes;
-  std::size_t skip;   // the byte-order mark
-  std::size_t width;  // bytes of a character
-  std::size_t low;    // which of them is the ASCII one
+  std::size_t skip;  // the byte-order mark
+  ByteLayout layout;
 };
 
 constexpr Start kStarts[] = {
-    {"\xEF\xBB\xBF"sv, 3, 1, 0}, {"\xFF\xFE"sv, 2, 2, 0}, {"\xFE\xFF"sv, 2, 2, 1},
-    {"<\0"sv, 0, 2, 0},          {"\0<"sv, 0, 2, 1},      {""sv, 0, 1, 0},
+    {"\xEF\xBB\xBF"sv, 3, {1, 0}}, {"\xFF\xFE"sv, 2, {2, 0}}, {"\xFE\xFF"sv, 2, {2, 1}},
+    {"<\0"sv, 0, {2, 0}},          {"\0<"sv, 0, {2, 1}},      {""sv, 0, {1, 0}},
 };
 
 constexpr std::u16string_view kBlanks = u" \t\r\n";
@@ -36,13 +35,14 @@ void ByteSource::FindDeclaration() {
   const std::string_view bytes(reinterpret_cast<const char*>(head_.data()), headSize_);
   const Start& start = *std::find_if(std::begin(kStarts), std::end(kStarts),
                                      [&](const Start& s) { return bytes.starts_with(s.bytes); });
+  layout_ = start.layout;
   // "<?xml" and a blank.
   constexpr std::size_t kLength = 6;
-  if (start.skip + kLength * start.width > headSize_) return;
-  const auto place = [&](std::size_t i) { return start.skip + i * start.width + start.low; };
+  if (start.skip + kLength * layout_.width > headSize_) return;
+  const auto place = [&](std::size_t i) { return start.skip + i * layout_.width + layout_.low; };
   std::u16string text;
   for (std::size_t i = 0; i < kLength; ++i) {
-    if (start.width == 2 && head_[place(i) ^ 1] != 0) return;
+    if (layout_.width == 2 && head_[place(i) ^ 1] != 0) return;
     text += head_[place(i)];
   }
   std::u16string lower = text.substr(2, 3);

@@ -10,12 +10,19 @@
 
 namespace ce::host::dom {
 
+// Where the ASCII characters of a document lie in its bytes.
+struct ByteLayout {
+  std::size_t width = 1;  // bytes of a character
+  std::size_t low = 0;    // which of them is the ASCII one; the other is 0
+};
+
 class ByteSource {
  public:
   explicit ByteSource(std::span<const BYTE> document);  // borrowed
 
   // The target of the declaration as written ("xml", "XML"), empty without one.
   const std::u16string& declaration() const { return declaration_; }
+  ByteLayout layout() const { return layout_; }
   // Copies up to `bytes` of what is left; returns how many, 0 at the end.
   int Read(char* buffer, int bytes);
   bool atEnd() const { return read_ == document_.size(); }
@@ -27,6 +34,7 @@ class ByteSource {
   std::array<BYTE, 16> head_{};  // the first bytes, corrected
   std::size_t headSize_ = 0;
   std::size_t read_ = 0;
+  ByteLayout layout_;
   std::u16string declaration_;
 };
 

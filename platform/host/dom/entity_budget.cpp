@@ -29,8 +29,6 @@ void ForEachReference(std::string_view content, Visit visit) {
 }  // namespace
 
 bool EntityBudget::Charge(xmlParserCtxtPtr parser, const xmlEntity& entity) {
-  // The parser looks an entity up once when it is declared, too.
-  if (parser->inSubset != 0 && !entity.orig) return true;
   switch (entity.etype) {
     case XML_INTERNAL_PREDEFINED_ENTITY:
       return true;

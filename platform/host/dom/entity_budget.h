@@ -12,6 +12,10 @@ class EntityBudget {
  public:
   explicit EntityBudget(std::size_t bytes) : left_(bytes) {}
 
+  // The parser looks an entity up once when it is declared, too; that is no reference.
+  [[nodiscard]] static bool IsReference(const xmlParserCtxt& parser, const xmlEntity& entity) {
+    return parser.inSubset == 0 || entity.orig;
+  }
   // Called for every reference, before it is expanded. False when it may not be: the entity lies
   // outside the document, or its text, with that of the entities named in it, goes beyond what is
   // left. The cost of a call does not depend on how often entities name each other.

@@ -11,8 +11,11 @@
 #include <mutex>
 #include <new>
 #include <string_view>
+#include <vector>
 
+#include "platform/host/dom/attribute_bound.h"
 #include "platform/host/dom/byte_source.h"
+#include "platform/host/dom/encoding.h"
 #include "platform/host/dom/entity_budget.h"
 #include "platform/host/dom/tree_builder.h"
 
@@ -52,10 +55,23 @@ const char* Chars(const xmlChar* text) {
   return reinterpret_cast<const char*>(text);
 }
 
+// Whether the text of an entity keeps to the bound by itself. That of a parameter entity must be
+// whole declarations.
+bool WithinBound(const xmlEntity& entity) {
+  if (!entity.content) return true;
+  const bool parameter = entity.etype == XML_INTERNAL_PARAMETER_ENTITY;
+  AttributeBound bound({},
+                       parameter ? AttributeBound::Part::kSubset : AttributeBound::Part::kContent);
+  return bound.Pass(Chars(entity.content)) && (!parameter || bound.complete());
+}
+
 class Loader {
  public:
-  Loader(Document& document, std::span<const BYTE> bytes, bool preserveWhiteSpace)
-      : source_(bytes), builder_(document, preserveWhiteSpace, kMaxDepth) {}
+  Loader(Document& document, std::span<const BYTE> bytes, bool preserveWhiteSpace,
+         std::size_t maxTreeBytes)
+      : source_(bytes),
+        bound_(source_.layout(), AttributeBound::Part::kContent),
+        builder_(document, preserveWhiteSpace, kMaxDepth, maxTreeBytes) {}
 
   HRESULT Run();
 
@@ -76,6 +92,11 @@ class Loader {
   static void Comment(void* context, const xmlChar* text);
   static void Instruction(void* context, const xmlChar* target, const xmlChar* data);
   static void OnError(void* context, xmlErrorPtr error);
+  static void AttributeDeclaration(void* context, const xmlChar* element, const xmlChar* name,
+                                   int type, int defaultKind, const xmlChar* defaultValue,
+                                   xmlEnumerationPtr alternatives);
+  static void EntityDeclaration(void* context, const xmlChar* name, int type,
+                                const xmlChar* publicId, const xmlChar* systemId, xmlChar* content);
   static xmlEntityPtr GetEntity(void* context, const xmlChar* name);
   static xmlEntityPtr GetParameterEntity(void* context, const xmlChar* name);
 
@@ -89,8 +110,12 @@ class Loader {
   bool ReadToTheEnd(const xmlParserCtxt& parser) const;
 
   ByteSource source_;
+  AttributeBound bound_;
   TreeBuilder builder_;
   EntityBudget budget_{kMaxEntityExpansion};
+  int attributeDeclarations_ = 0;
+  std::vector<int> namespaces_;  // of each open element
+  int namespacesInScope_ = 0;
   HRESULT status_ = S_OK;
 };
 
@@ -120,7 +145,8 @@ xmlSAXHandler Loader::Handler() {
   sax.processingInstruction = Instruction;
   // The library keeps the internal subset's entities in a document of its own.
   sax.internalSubset = xmlSAX2InternalSubset;
-  sax.entityDecl = xmlSAX2EntityDecl;
+  sax.entityDecl = EntityDeclaration;
+  sax.attributeDecl = AttributeDeclaration;
   sax.getEntity = GetEntity;
   sax.getParameterEntity = GetParameterEntity;
   // The mark under which the parser knows the handlers of elements and errors.
@@ -131,7 +157,11 @@ xmlSAXHandler Loader::Handler() {
 
 int Loader::Read(void* context, char* buffer, int bytes) {
   auto* loader = static_cast<Loader*>(context);
-  return Failed(loader->status_) ? 0 : loader->source_.Read(buffer, bytes);
+  if (Failed(loader->status_)) return 0;
+  const int count = loader->source_.Read(buffer, bytes);
+  if (loader->bound_.Pass({buffer, static_cast<std::size_t>(count)})) return count;
+  loader->status_ = E_FAIL;
+  return 0;
 }
 
 template <typename Work>
@@ -153,6 +183,10 @@ void Loader::Do(void* context, Work work) noexcept {
 void Loader::StartDocument(void* context) {
   xmlSAX2StartDocument(context);
   Do(context, [](Loader& loader, xmlParserCtxtPtr parser) {
+    // The bound can count only what it finds, so the parser must find the same.
+    const xmlParserInputBuffer* buffer = parser->input ? parser->input->buf : nullptr;
+    const char* encoding = buffer && buffer->encoder ? buffer->encoder->name : "UTF-8";
+    if (!KeepsAscii(encoding, loader.source_.layout())) throw TreeBuilder::BadDocument{};
     if (loader.source_.declaration().empty()) return;
     loader.builder_.Declaration(loader.source_.declaration(), loader.DeclarationData(*parser));
   });
@@ -162,6 +196,10 @@ void Loader::StartElement(void* context, const xmlChar* name, const xmlChar* pre
                           int namespaceCount, const xmlChar** namespaces, int attributeCount, int,
                           const xmlChar** attributes) {
   Do(context, [&](Loader& loader, xmlParserCtxtPtr parser) {
+    loader.namespaces_.push_back(namespaceCount);
+    loader.namespacesInScope_ += namespaceCount;
+    // The parser goes through all of them to find the one of a prefix.
+    if (loader.namespacesInScope_ > kMaxNamespaces) throw TreeBuilder::BadDocument{};
     loader.builder_.StartElement(Chars(prefix), Chars(name));
     for (int i = 0; i < namespaceCount; ++i) {
       const char* declared = Chars(namespaces[2 * i]);
@@ -190,7 +228,11 @@ void Loader::Attribute(xmlParserCtxtPtr parser, const char* prefix, const char* 
 }
 
 void Loader::EndElement(void* context, const xmlChar*, const xmlChar*, const xmlChar*) {
-  Do(context, [](Loader& loader, xmlParserCtxtPtr) { loader.builder_.EndElement(); });
+  Do(context, [](Loader& loader, xmlParserCtxtPtr) {
+    loader.namespacesInScope_ -= loader.namespaces_.back();
+    loader.namespaces_.pop_back();
+    loader.builder_.EndElement();
+  });
 }
 
 void Loader::Characters(void* context, const xmlChar* text, int bytes) {
@@ -220,8 +262,33 @@ void Loader::Instruction(void* context, const xmlChar* target, const xmlChar* da
 
 void Loader::OnError(void* context, xmlErrorPtr error) {
   // Other faults in the use of namespaces do no harm, but such a declaration would get lost.
-  if (!context || error->code != XML_NS_ERR_XML_NAMESPACE) return;
-  Do(context, [](Loader& loader, xmlParserCtxtPtr) { loader.status_ = E_FAIL; });
+  if (!context || (error->level != XML_ERR_FATAL && error->code != XML_NS_ERR_XML_NAMESPACE)) {
+    return;
+  }
+  // The parser reads on after an error, in another state than the bound: it gets no more bytes. It
+  // cannot be stopped here, where it still points into them.
+  Loader& loader = *static_cast<Loader*>(static_cast<xmlParserCtxtPtr>(context)->_private);
+  if (Failed(loader.status_)) return;
+  loader.status_ = error->code == XML_ERR_NO_MEMORY ? E_OUTOFMEMORY : E_FAIL;
+}
+
+void Loader::AttributeDeclaration(void* context, const xmlChar*, const xmlChar*, int, int,
+                                  const xmlChar*, xmlEnumerationPtr alternatives) {
+  xmlFreeEnumeration(alternatives);
+  // Those with a default are compared with the attributes of every element.
+  Do(context, [](Loader& loader, xmlParserCtxtPtr) {
+    if (++loader.attributeDeclarations_ > kMaxAttributes) throw TreeBuilder::BadDocument{};
+  });
+}
+
+void Loader::EntityDeclaration(void* context, const xmlChar* name, int type,
+                               const xmlChar* publicId, const xmlChar* systemId, xmlChar* content) {
+  Do(context, [&](Loader& loader, xmlParserCtxtPtr) {
+    // The library keeps the text as it was written and as it is used.
+    const std::size_t size = content ? std::strlen(Chars(content)) : 0;
+    loader.builder_.Charge(sizeof(xmlEntity) + 2 * size);
+    xmlSAX2EntityDecl(context, name, type, publicId, systemId, content);
+  });
 }
 
 xmlEntityPtr Loader::GetEntity(void* context, const xmlChar* name) {
@@ -238,7 +305,11 @@ xmlEntityPtr Loader::GetParameterEntity(void* context, const xmlChar* name) {
 xmlEntityPtr Loader::Charged(xmlParserCtxtPtr parser, xmlEntityPtr entity) {
   // The parser itself forgives an unknown name when something outside could have declared it.
   Do(parser, [&](Loader& loader, xmlParserCtxtPtr) {
-    if (!entity || !loader.budget_.Charge(parser, *entity)) loader.status_ = E_FAIL;
+    if (!entity) throw TreeBuilder::BadDocument{};
+    if (!EntityBudget::IsReference(*parser, *entity)) return;
+    if (!loader.budget_.Charge(parser, *entity) || !WithinBound(*entity)) {
+      throw TreeBuilder::BadDocument{};
+    }
   });
   return Failed(status_) ? nullptr : entity;
 }
@@ -265,11 +336,12 @@ bool Loader::ReadToTheEnd(const xmlParserCtxt& parser) const {
 
 }  // namespace
 
-HRESULT Load(Document& document, std::span<const BYTE> bytes, bool preserveWhiteSpace) noexcept {
+HRESULT Load(Document& document, std::span<const BYTE> bytes, bool preserveWhiteSpace,
+             std::size_t maxTreeBytes) noexcept {
   try {
     static std::once_flag initialised;
     std::call_once(initialised, xmlInitParser);
-    return Loader(document, bytes, preserveWhiteSpace).Run();
+    return Loader(document, bytes, preserveWhiteSpace, maxTreeBytes).Run();
   } catch (const std::exception&) {
     return E_OUTOFMEMORY;
   }

@@ -74,6 +74,16 @@ bool AppendUtf8(std::string_view bytes, std::u16string& text) {
   return true;
 }
 
+std::size_t Utf16Length(std::string_view bytes) {
+  std::size_t length = 0;
+  for (const char byte : bytes) {
+    const auto value = static_cast<unsigned char>(byte);
+    // One for the first byte of a character, another for one beyond the first plane.
+    length += static_cast<std::size_t>((value & 0xC0) != 0x80) + (value >= 0xF0 ? 1 : 0);
+  }
+  return length;
+}
+
 std::u16string XmlCharacters(std::u16string_view text) {
   std::u16string kept;
   kept.reserve(text.size());

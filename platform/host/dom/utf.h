@@ -10,6 +10,9 @@ namespace ce::host::dom {
 // undefined.
 [[nodiscard]] bool AppendUtf8(std::string_view bytes, std::u16string& text);
 
+// The units that strict UTF-8 bytes make.
+[[nodiscard]] std::size_t Utf16Length(std::string_view bytes);
+
 constexpr bool IsLeadSurrogate(char16_t unit) {
   return (unit & 0xFC00) == 0xD800;
 }

@@ -35,7 +35,9 @@ constexpr Replacements kReplacements[] = {MakeReplacements(Escape::kNone),
 
 constexpr PlainTable MakePlain(const Replacements& replacements) {
   PlainTable plain{};
-  for (char16_t c = 0; c < plain.size(); ++c) plain[c] = IsXmlUnit(c) && replacements[c].empty();
+  for (std::size_t c = 0; c < plain.size(); ++c) {
+    plain[c] = IsXmlUnit(static_cast<char16_t>(c)) && replacements[c].empty();
+  }
   return plain;
 }
 
