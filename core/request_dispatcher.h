@@ -31,8 +31,8 @@ struct ReplyHeader {
 };
 static_assert(sizeof(ReplyHeader) == 20);
 
-// Thread routine; `socket` is the SOCKET itself. Serves one request and answers 0. The socket stays
-// open, except after a streamed request.
+// Thread routine; `socket` is the SOCKET itself. Serves one request and answers 0. The socket is
+// left open, for the platform to close after its peer, except after a streamed request.
 ce::DWORD handleRequest(void* socket);
 
 // Serves the invoke request in `body`. A malformed body answers kMalformedBody and sends nothing.

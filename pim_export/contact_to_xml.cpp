@@ -95,8 +95,7 @@ HRESULT AddField(const ContactRecord& record, const ContactField& field, HRESULT
   }
 }
 
-HRESULT AddFields(const ContactRecord& record) {
-  HRESULT status = S_OK;
+HRESULT AddFields(const ContactRecord& record, HRESULT status) {
   bool yomiAsked = false;
   bool yomi = false;
   for (const ContactField& field : ContactFields()) {
@@ -135,10 +134,10 @@ HRESULT AddContactToXML(IXMLDOMDocument* document, IXMLDOMNode* parent, IContact
   LOG(u"AddContactToXML");
   if (!parent || !contact) return E_POINTER;
   LONG oid = 0;
-  RETURN_IF_FAILED(contact->get_Oid(&oid));
   ComPtr<IXMLDOMElement> element;
-  RETURN_IF_FAILED(CreateRecord(document, parent, oid, variant, element.put()));
-  return AddFields({document, element.get(), contact});
+  HRESULT status = contact->get_Oid(&oid);
+  if (Succeeded(status)) status = CreateRecord(document, parent, oid, variant, element.put());
+  return AddFields({document, element.get(), contact}, status);
 }
 
 }  // namespace corvane

@@ -11,11 +11,6 @@ using namespace ce;
 
 namespace {
 
-constexpr GUID kAppointmentInterface{
-    0x05F6F1E4, 0x6C4D, 0x4C1B, {0x9A, 0x2D, 0x1E, 0x1F, 0x6B, 0x84, 0x53, 0x11}};
-constexpr GUID kTaskInterface{
-    0x05F6F1E5, 0x6C4D, 0x4C1B, {0x9A, 0x2D, 0x1E, 0x1F, 0x6B, 0x84, 0x53, 0x11}};
-
 template <LONG variant>
 HRESULT ExportContact(IXMLDOMDocument* document, IXMLDOMNode* parent, IUnknown* item) {
   return AddContactToXML(document, parent, static_cast<IContact*>(item), variant);
@@ -35,11 +30,11 @@ HRESULT DeleteUnsupported(IUnknown*) {
 }
 
 constexpr RecordKind kRecordKinds[] = {
-    {kPIMDataAppointment, olFolderCalendar, &kAppointmentInterface, ExportUnsupported,
+    {kPIMDataAppointment, olFolderCalendar, &IID_IAppointment, ExportUnsupported,
      DeleteUnsupported, u"AddAppointmentToXML returned %ld", u"kPIMDataAppointment returned %ld"},
     {kPIMDataContact, olFolderContacts, &IContact::kIid, ExportContact<1>, DeleteContact,
      u"AddContactToXML returned %ld", u"AddContactToXML returned %ld"},
-    {kPIMDataTask, olFolderTasks, &kTaskInterface, ExportUnsupported, DeleteUnsupported,
+    {kPIMDataTask, olFolderTasks, &IID_ITask, ExportUnsupported, DeleteUnsupported,
      u"AddTaskToXML returned %ld", u"AddTaskToXML returned %ld"},
     {kPIMDataContact2, olFolderContacts, &IContact::kIid, ExportContact<2>, DeleteContact,
      u"AddContactToXML returned %ld", u"AddContactToXML returned %ld"},

@@ -21,6 +21,11 @@ inline constexpr INT olAppointmentItem = 1;
 inline constexpr INT olContactItem = 2;
 inline constexpr INT olTaskItem = 3;
 
+inline constexpr GUID IID_IAppointment{
+    0x05F6F1E4, 0x6C4D, 0x4C1B, {0x9A, 0x2D, 0x1E, 0x1F, 0x6B, 0x84, 0x53, 0x11}};
+inline constexpr GUID IID_ITask{
+    0x05F6F1E5, 0x6C4D, 0x4C1B, {0x9A, 0x2D, 0x1E, 0x1F, 0x6B, 0x84, 0x53, 0x11}};
+
 // A setter's answer to a text beyond the property's length; nothing is stored.
 inline constexpr HRESULT kTextTooLong = static_cast<HRESULT>(0x80040066);
 

@@ -26,6 +26,12 @@ HRESULT LastErrorStatus() {
   return static_cast<HRESULT>(GetLastError());
 }
 
+// A time that has no text is left out: only a negative code stops an exporter.
+HRESULT LeftOut() {
+  const HRESULT status = LastErrorStatus();
+  return Failed(status) ? status : S_OK;
+}
+
 HRESULT AddValueElement(IXMLDOMDocument* document, IXMLDOMNode* parent, const WCHAR* name,
                         const Bstr& text) {
   if (!document || !parent) return E_POINTER;
@@ -91,7 +97,7 @@ HRESULT AddDateElement(IXMLDOMDocument* document, IXMLDOMNode* parent, const WCH
   DateText text{};
   if (!GetDateFormatW(0, 0, &time, u"yyyyMMdd'T000000'", text.data(),
                       static_cast<INT>(text.size()))) {
-    return LastErrorStatus();
+    return LeftOut();
   }
   return AddStringElement(document, parent, name, text.data());
 }
@@ -101,11 +107,11 @@ HRESULT AddSystemTimeElement(IXMLDOMDocument* document, IXMLDOMNode* parent, con
   DateText text{};
   constexpr INT kRoom = static_cast<INT>(std::tuple_size_v<DateText>);
   const INT written = GetDateFormatW(0, 0, &time, u"yyyyMMdd'T'", text.data(), kRoom);
-  if (written <= 0) return LastErrorStatus();
+  if (written <= 0) return LeftOut();
   // Over the terminator. Half a time is as good as none.
   const INT end = written - 1;
   if (!GetTimeFormatW(0, 0, &time, u"HHmmss", text.data() + end, kRoom - end)) {
-    return LastErrorStatus();
+    return LeftOut();
   }
   return AddStringElement(document, parent, name, text.data());
 }
@@ -121,7 +127,7 @@ HRESULT AddDateTimeElement(IXMLDOMDocument* document, IXMLDOMNode* parent, const
 HRESULT AddFileTimeElement(IXMLDOMDocument* document, IXMLDOMNode* parent, const WCHAR* name,
                            const FILETIME& ticks) {
   SYSTEMTIME time{};
-  if (!FileTimeToSystemTime(&ticks, &time)) return LastErrorStatus();
+  if (!FileTimeToSystemTime(&ticks, &time)) return LeftOut();
   return AddSystemTimeElement(document, parent, name, time);
 }
 

@@ -234,7 +234,7 @@ TEST_F(ListenerTest, ListensOnTheConfiguredAddressOfTheHost) {
   EXPECT_TRUE((match + 1)->starts_with("Request coming in"));  // the walk stops there
 }
 
-TEST_F(ListenerTest, ComparesEveryAddressOfTheHostInOrder) {
+TEST_F(ListenerTest, ListensOnAnyAddressWhenTheHostLacksTheConfiguredOne) {
   char name[128];
   ASSERT_EQ(ce::gethostname(name, sizeof(name)), 0);
   const ce::hostent* host = ce::gethostbyname(name);

@@ -82,6 +82,15 @@ TEST_F(MemoryStreams, ReadsOnFromWhereItStopped) {
   EXPECT_EQ(Read(9), "gh");
 }
 
+TEST_F(MemoryStreams, ReadsNothingAndSucceedsAfterAllBytesWereRead) {
+  ASSERT_EQ(Write("ab"), 0);
+  EXPECT_EQ(Read(2), "ab");
+  char byte = 0;
+  ce::DWORD read = 9;
+  EXPECT_EQ(stream_.Read(&byte, 1, &read), ce::S_OK);
+  EXPECT_EQ(read, 0u);
+}
+
 TEST_F(MemoryStreams, CountsAreOptional) {
   ASSERT_EQ(stream_.Write("ab", 2, nullptr), 0);
   char byte = 0;

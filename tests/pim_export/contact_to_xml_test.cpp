@@ -228,5 +228,14 @@ TEST_F(ContactToXml, LogsTheLastStepsAlsoAfterAFailure) {
                                          "after get_Birthday hr = 0x80004005"));
 }
 
+TEST_F(ContactToXml, LogsTheLastStepsAlsoWithoutARecord) {
+  SwitchLogOn();
+  const ComPtr<IContact> contact = store_->New();
+  Exported(contact.get(), 7, E_INVALIDARG);
+  EXPECT_THAT(LogMessages(), ElementsAre("AddContactToXML", "after get_Body hr = 0x80070057",
+                                         "after get_BodyInk hr = 0x80070057",
+                                         "after get_Birthday hr = 0x80070057"));
+}
+
 }  // namespace
 }  // namespace corvane::testing
