@@ -1,5 +1,6 @@
 // corvane: the synchronisation agent, on a virtual handheld.
 #include <CLI/CLI.hpp>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -8,6 +9,7 @@
 #include "log/log.h"
 #include "platform/host/handheld.h"
 #include "platform/host/network/listen_options.h"
+#include "platform/host/network/silent_connections.h"
 #include "platform/host/network/socket_watcher.h"
 #include "platform/host/outlook/store_check.h"
 #include "platform/host/system/threads.h"
@@ -16,6 +18,9 @@ namespace {
 
 constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
+
+// For the request of a connection that came last, perhaps still on its way.
+constexpr std::chrono::seconds kTimeToSpeak{1};
 
 struct Options {
   std::string handheld;
@@ -57,6 +62,7 @@ int RunAgent(const Options& options) {
   do {
     corvane::ResetAgent();
     result = corvane::WinMain(1, 0, nullptr, 0);
+    ce::host::EndSilentConnections(kTimeToSpeak);
     ce::host::WaitForRequestThreads();
     corvane::CloseLog();
   } while (result == 0 && options.stay && !corvane::QuitByRequest());
@@ -67,9 +73,7 @@ int RunAgent(const Options& options) {
   return result;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int ParseAndRun(int argc, char** argv) {
   Options options;
   CLI::App app("The synchronisation agent of a handheld: serves a desktop over TCP.", "corvane");
   app.set_version_flag("--version", "corvane " CORVANE_VERSION);
@@ -89,9 +93,15 @@ int main(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : kExitUsage;
   }
+  return RunAgent(options);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
   try {
-    return RunAgent(options);
-  } catch (const ce::host::HandheldError& error) {
+    return ParseAndRun(argc, argv);
+  } catch (const std::exception& error) {
     std::fprintf(stderr, "corvane: %s\n", error.what());
     return kExitFailed;
   }

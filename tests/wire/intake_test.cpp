@@ -209,7 +209,7 @@ TEST_F(IntakeWire, EndsAfterAQuitRequestWithTheNextConnection) {
   quit.Send(Record(Word(kQuit)));
   quit.FinishSending();
   EXPECT_EQ(quit.ReceiveToEnd(), "");
-  { const RawConnection wake = Connect(); }
+  Wake();
   EXPECT_EQ(WaitForAgent(), 0);
 }
 

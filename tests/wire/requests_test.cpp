@@ -164,7 +164,7 @@ TEST_F(RequestsWire, LogsTheQuitAndTheEnd) {
     quit.FinishSending();
     quit.ReceiveToEnd();
   }
-  { const RawConnection wake = Connect(); }
+  Wake();
   EXPECT_EQ(WaitForAgent(), 0);
   const std::string log = Log();
   EXPECT_NE(log.find("Got Quit Request"), std::string::npos);

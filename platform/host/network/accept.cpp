@@ -1,13 +1,16 @@
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <new>
 #include <utility>
 
 #include "platform/host/fault.h"
 #include "platform/host/handheld.h"
+#include "platform/host/network/silent_connections.h"
 #include "platform/host/network/socket_address.h"
 #include "platform/host/network/socket_errors.h"
 #include "platform/host/network/socket_table.h"
@@ -19,6 +22,8 @@ namespace host {
 namespace {
 
 constexpr DWORD kDefaultPeerTimeout = 600;
+// For what the process always has open, and for the store and files of the requests under way.
+constexpr rlim_t kReservedDescriptors = 24;
 
 // 0, which the host takes for no limit, when the setting is 0.
 ::timeval PeerTimeout() {
@@ -44,15 +49,30 @@ bool WantOfDescriptors(int error) {
   return error == EMFILE || error == ENFILE;
 }
 
-// The descriptor, or -1 and errno. Abandoned sockets make room when there is none for this one.
+bool DescriptorsAreShort() {
+  ::rlimit limit{};
+  if (::getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY) return false;
+  const rlim_t reserve = std::min(kReservedDescriptors, limit.rlim_cur / 2);
+  return OpenSocketCount() >= limit.rlim_cur - reserve;
+}
+
+// Ends a connection that has no request under way; false when there is none.
+bool MakeRoom() {
+  return CloseOldestAbandonedSocket() || EndOldestSilentConnection();
+}
+
+// The descriptor, or -1 and errno. A connection that comes when descriptors are short costs another
+// one its place, so that some are left for more than sockets.
 int AcceptDescriptor(int listener, ::sockaddr_storage* peer) {
   for (;;) {
     socklen_t length = sizeof(*peer);
     const int fd = ::accept4(listener, reinterpret_cast<sockaddr*>(peer), &length, SOCK_CLOEXEC);
-    if (fd >= 0) return fd;
+    if (fd >= 0) {
+      if (DescriptorsAreShort()) MakeRoom();
+      return fd;
+    }
     const int error = errno;
-    const bool again = error == EINTR || (WantOfDescriptors(error) && CloseOldestAbandonedSocket());
-    if (again) continue;
+    if (error == EINTR || (WantOfDescriptors(error) && MakeRoom())) continue;
     errno = error;
     return -1;
   }
@@ -71,7 +91,9 @@ SOCKET Accept(SOCKET listener, sockaddr_in* address, DWORD* error) {
   Prepare(fd.get());
   if (address) *address = DeviceAddress(peer);
   *error = kWsaNoBuffers;
-  return Sockets().Add(std::make_shared<Socket>(std::move(fd), SocketState::kConnected));
+  auto connection = std::make_shared<Socket>(std::move(fd), SocketState::kConnected);
+  connection->silence.Begin(connection->fd.get());
+  return Sockets().Add(std::move(connection));
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <arpa/inet.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <string>
 #include <system_error>
@@ -106,6 +107,12 @@ INT BindOrTell(SOCKET handle, const sockaddr_in& asked, DWORD fault) {
   }
 }
 
+// Where a device refuses the connections beyond its backlog, this host leaves them to try again a
+// second later. Nobody is served in another order for a longer queue.
+int QueueOf(INT backlog) {
+  return std::max<int>(backlog, SOMAXCONN);
+}
+
 INT ListenOrTell(SOCKET handle, INT backlog, DWORD fault) {
   const SocketPtr socket = Sockets().Find(handle);
   if (!socket) return FailSocketCall(fault != 0 ? fault : WSAENOTSOCK);
@@ -114,7 +121,7 @@ INT ListenOrTell(SOCKET handle, INT backlog, DWORD fault) {
   const bool adopted = socket->state == SocketState::kListening;
   if (fault == 0 && !bound && !adopted) return FailSocketCall(kWsaInvalid);
   const int fd = socket->fd.get();
-  if (fault != 0 || (bound && ::listen(fd, backlog) != 0)) {
+  if (fault != 0 || (bound && ::listen(fd, QueueOf(backlog)) != 0)) {
     const Failure failure = fault != 0 ? FromFault(fault) : FromErrno(errno);
     if (socket->agentPort && (bound || adopted)) TellFailure(BoundAddressText(fd), failure.reason);
     return FailSocketCall(failure.code);

@@ -24,7 +24,22 @@ SOCKET NextGeneration(SOCKET generation) {
   return generation + 1 >= kHalfMask ? 1 : generation + 1;
 }
 
+std::atomic<std::size_t> g_openSockets{0};
+
 }  // namespace
+
+Socket::Socket(UniqueFd descriptor, SocketState initial)
+    : fd(std::move(descriptor)), state(initial) {
+  ++g_openSockets;
+}
+
+Socket::~Socket() {
+  --g_openSockets;
+}
+
+std::size_t OpenSocketCount() {
+  return g_openSockets;
+}
 
 SOCKET SocketTable::Add(SocketPtr socket) {
   const std::lock_guard guard(lock_);
@@ -73,8 +88,9 @@ SocketTable& Sockets() {
 }
 
 void CloseNow(SocketPtr socket) {
+  const SocketPtr last = std::move(socket);
   // Another thread's call keeps the descriptor open until it returns; this makes it return.
-  if (socket.use_count() > 1) ::shutdown(socket->fd.get(), SHUT_RDWR);
+  if (last.use_count() > 1) ::shutdown(last->fd.get(), SHUT_RDWR);
 }
 
 }  // namespace ce::host

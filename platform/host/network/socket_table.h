@@ -2,10 +2,12 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <memory>
 #include <mutex>
 #include <vector>
 
+#include "platform/host/network/silent_connections.h"
 #include "platform/host/system/unique_fd.h"
 #include "platform/sockets.h"
 
@@ -15,13 +17,15 @@ enum class SocketState { kNew, kBound, kListening, kConnected };
 
 // Lives as long as the table or a call under way refers to it; its descriptor with it.
 struct Socket {
-  Socket(UniqueFd descriptor, SocketState initial) : fd(std::move(descriptor)), state(initial) {}
+  Socket(UniqueFd descriptor, SocketState initial);
+  ~Socket();
 
   const UniqueFd fd;
   std::atomic<SocketState> state;
   std::atomic<bool> agentPort{false};  // listens, or is to listen, for the agent
   std::atomic<bool> announced{false};  // the user has been told that it listens
   std::atomic<bool> peerGone{false};   // the peer was silent beyond the limit
+  Silence silence;  // lasts from accept to the first byte; behind fd, to be over before it closes
 };
 using SocketPtr = std::shared_ptr<Socket>;
 
@@ -53,6 +57,9 @@ class SocketTable {
 };
 
 SocketTable& Sockets();
+
+// Of the process: those with a value, abandoned ones, and those that a call still refers to.
+std::size_t OpenSocketCount();
 
 // Ends the connection or the listening at once, also for a call that another thread has under way.
 void CloseNow(SocketPtr socket);

@@ -59,6 +59,7 @@ INT recv(SOCKET socket, void* buffer, INT bytes, INT flags) {
   if (bytes == 0) return 0;  // the host would wait for bytes that it is not to take
   for (;;) {
     const ssize_t count = ::recv(source->fd.get(), buffer, static_cast<std::size_t>(bytes), 0);
+    if (count > 0) source->silence.Break();
     if (count >= 0) return static_cast<INT>(count);
     if (errno != EINTR) return host::FailTransfer(*source, errno);
   }

@@ -32,13 +32,22 @@ std::uint16_t WireTest::port() {
   if (!agent_) {
     agent_.emplace(CORVANE_BIN_DIR "/corvane",
                    std::vector<std::string>{"--handheld", handheld().path().string(), "--listen",
-                                            "127.0.0.1:0"});
+                                            "127.0.0.1:0"},
+                   options_);
     const std::string line = agent_->ReadLine();
     const std::size_t colon = line.rfind(':');
     if (colon == std::string::npos) throw std::runtime_error("the agent did not start: " + line);
     port_ = static_cast<std::uint16_t>(std::stoi(line.substr(colon + 1)));
   }
   return port_;
+}
+
+std::optional<RawConnection> WireTest::Wake() {
+  try {
+    return Connect();
+  } catch (const std::runtime_error&) {
+    return std::nullopt;
+  }
 }
 
 void WireTest::StopAgent(int signal) {

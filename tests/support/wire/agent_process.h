@@ -34,11 +34,15 @@ class WireTest : public ::testing::Test {
   // Starts the agent on first use.
   std::uint16_t port();
   RawConnection Connect() { return RawConnection(port()); }
+  // Ends an agent that has been asked to quit, if it has not seen that by itself.
+  std::optional<RawConnection> Wake();
   void StopAgent(int signal);
   int WaitForAgent();  // its exit code
   HandheldDirectory& handheld();
   // Settings of the handheld; before its first use.
   ce::host::HandheldSettings settings_;
+  // How the agent is started; before its first use.
+  ProcessOptions options_;
 
   BufferedReply CallBuffered(const Invoke& invoke);
   Download CallDownload(const std::string& function, const std::string& input);

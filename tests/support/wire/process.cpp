@@ -2,6 +2,9 @@
 
 #include <fcntl.h>
 #include <signal.h>
+#include <stdlib.h>
+#include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -10,18 +13,45 @@
 
 namespace corvane::testing {
 
-Process::Process(const std::string& program, const std::vector<std::string>& arguments) {
+namespace {
+
+constexpr int kHandedOver = 3;  // where a service manager's first socket is
+
+void HandOver(int listener) {
+  if (listener != kHandedOver) {
+    dup2(listener, kHandedOver);
+  } else {
+    fcntl(listener, F_SETFD, 0);
+  }
+  setenv("LISTEN_FDS", "1", 1);
+  setenv("LISTEN_PID", std::to_string(getpid()).c_str(), 1);
+}
+
+[[noreturn]] void Become(char** argv, const ProcessOptions& options, int output, int errors) {
+  dup2(open("/dev/null", O_RDONLY | O_CLOEXEC), STDIN_FILENO);
+  dup2(output, STDOUT_FILENO);
+  if (errors >= 0) dup2(errors, STDERR_FILENO);
+  for (const auto& [name, value] : options.environment) setenv(name.c_str(), value.c_str(), 1);
+  if (options.listener >= 0) HandOver(options.listener);
+  const rlimit limit{options.descriptorLimit, options.descriptorLimit};
+  if (options.descriptorLimit != 0 && setrlimit(RLIMIT_NOFILE, &limit) != 0) _exit(127);
+  execv(argv[0], argv);
+  _exit(127);
+}
+
+}  // namespace
+
+Process::Process(const std::string& program, const std::vector<std::string>& arguments,
+                 const ProcessOptions& options) {
   int pipe[2];
   if (pipe2(pipe, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+  // A file, so that nobody has to read it for the program to go on.
+  if (options.captureErrors) errors_ = memfd_create("errors", MFD_CLOEXEC);
   std::vector<char*> argv{const_cast<char*>(program.c_str())};
   for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
   argv.push_back(nullptr);
   pid_ = fork();
-  if (pid_ == 0) {
-    dup2(pipe[1], STDOUT_FILENO);
-    execv(program.c_str(), argv.data());
-    _exit(127);
-  }
+  if (pid_ == 0) Become(argv.data(), options, pipe[1], errors_);
   close(pipe[1]);
   output_ = pipe[0];
 }
@@ -32,6 +62,7 @@ Process::~Process() {
     Wait();
   }
   close(output_);
+  if (errors_ >= 0) close(errors_);
 }
 
 std::string Process::ReadLine() {
@@ -39,6 +70,23 @@ std::string Process::ReadLine() {
   char c;
   while (read(output_, &c, 1) == 1 && c != '\n') line += c;
   return line;
+}
+
+std::string Process::ReadToEnd() {
+  std::string text;
+  char buffer[4096];
+  for (ssize_t got; (got = read(output_, buffer, sizeof(buffer))) > 0;)
+    text.append(buffer, static_cast<std::size_t>(got));
+  return text;
+}
+
+std::string Process::ReadErrors() const {
+  std::string text;
+  char buffer[4096];
+  for (ssize_t got;
+       (got = pread(errors_, buffer, sizeof(buffer), static_cast<off_t>(text.size()))) > 0;)
+    text.append(buffer, static_cast<std::size_t>(got));
+  return text;
 }
 
 int Process::Wait() {

@@ -5,26 +5,43 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace corvane::testing {
 
-// A running program whose standard output can be read line by line.
+struct ProcessOptions {
+  // Set in place of, or beside, the variables of the test itself.
+  std::vector<std::pair<std::string, std::string>> environment = {};
+  // A listening socket to hand over as a service manager does; stays the caller's. -1 for none.
+  int listener = -1;
+  // Whether ReadErrors() gives the standard error, instead of the test's own showing it.
+  bool captureErrors = false;
+  // How many descriptors the program may have; 0 for as many as the test.
+  unsigned descriptorLimit = 0;
+};
+
+// A running program whose standard output can be read line by line. Its standard input is empty.
 class Process {
  public:
-  Process(const std::string& program, const std::vector<std::string>& arguments);
+  Process(const std::string& program, const std::vector<std::string>& arguments,
+          const ProcessOptions& options = {});
   ~Process();  // kills it when it still runs
   Process(const Process&) = delete;
   Process& operator=(const Process&) = delete;
 
-  std::string ReadLine();  // without the line end; empty at the end of the output
-  int Wait();              // the exit code, or -signal
+  std::string ReadLine();   // without the line end; empty at the end of the output
+  std::string ReadToEnd();  // all the output that has not been read
+  // The standard error until now; whole once the program has ended.
+  std::string ReadErrors() const;
+  int Wait();  // the exit code, or -signal
   void Kill(int signal);
   pid_t pid() const { return pid_; }
 
  private:
   pid_t pid_ = -1;
   int output_ = -1;
+  int errors_ = -1;
   std::optional<int> status_;
 };
 
