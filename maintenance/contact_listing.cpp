@@ -2,13 +2,13 @@
 
 #include <fmt/core.h>
 
-#include <fstream>
-
 #include "formats/contact_json.h"
 #include "formats/identity.h"
 #include "maintenance/contact_walk.h"
 #include "maintenance/imported_contacts.h"
+#include "maintenance/output_file.h"
 #include "maintenance/status_error.h"
+#include "platform/host/outlook/store_batch.h"
 
 namespace maintenance {
 namespace {
@@ -50,6 +50,18 @@ void PrintRow(const Report& report, std::uint32_t oid, const Contact& contact) {
              Column(contact[ContactField::kCompanyName], 20), Column(phone, 20), email);
 }
 
+const char* Plural(std::size_t count) {
+  return count == 1 ? "" : "s";
+}
+
+void RememberAll(Session& session, ImportedContacts& imported,
+                 const std::vector<std::pair<std::uint32_t, Contact>>& contacts) {
+  ce::host::StoreBatch batch;
+  Check(batch.Begin(session.Outlook().get()), "the store");
+  for (const auto& [oid, contact] : contacts) imported.Remember(contact, oid);
+  Check(batch.Commit(), "the memory of imports");
+}
+
 }  // namespace
 
 Outcome ShowContacts(Session& session, bool json, const Report& report) {
@@ -69,28 +81,16 @@ Outcome ShowContacts(Session& session, bool json, const Report& report) {
   if (json)
     fmt::print(report.out, "{}]\n", count ? "\n" : "");
   else
-    fmt::print(report.out, "{} contact{}\n", count, count == 1 ? "" : "s");
+    fmt::print(report.out, "{} contact{}\n", count, Plural(count));
   return Outcome::kDone;
 }
 
 Outcome ExportContacts(Session& session, const std::optional<std::filesystem::path>& file,
                        formats::VCardVersion version, const Report& report) {
   ImportedContacts imported(session);
+  OutputFile output(file, report.out);
   std::vector<std::pair<std::uint32_t, Contact>> strangers;
-  // Into a neighbour that takes the file's place when it is whole.
-  std::filesystem::path partial;
-  std::FILE* out = report.out;
-  if (file) {
-    partial = *file;
-    partial += ".partial";
-    out = std::fopen(partial.c_str(), "wb");
-    if (!out) {
-      fmt::print(report.err, "corvane-device: {} cannot be written\n", file->string());
-      return Outcome::kFailed;
-    }
-  }
   std::size_t count = 0;
-  bool written = true;
   ForEachContact(session, [&](std::uint32_t oid, const Contact& stored) {
     Contact contact = stored;
     contact.uid = imported.UidOf(oid);
@@ -98,22 +98,16 @@ Outcome ExportContacts(Session& session, const std::optional<std::filesystem::pa
       contact.uid = formats::NewUid();
       strangers.emplace_back(oid, contact);
     }
-    const std::string card = formats::WriteVCard(contact, version);
-    written = std::fwrite(card.data(), 1, card.size(), out) == card.size() && written;
+    output.Write(formats::WriteVCard(contact, version));
     ++count;
   });
-  if (file) {
-    written = std::fclose(out) == 0 && written;
-    std::error_code failed;
-    if (written) std::filesystem::rename(partial, *file, failed);
-    if (!written || failed) {
-      std::filesystem::remove(partial, failed);
-      fmt::print(report.err, "corvane-device: {} cannot be written\n", file->string());
-      return Outcome::kFailed;
-    }
-    fmt::print(report.out, "{}: {} contact{}\n", file->string(), count, count == 1 ? "" : "s");
+  if (!output.Finish()) {
+    fmt::print(report.err, "corvane-device: {} cannot be written\n",
+               file ? file->string() : "standard output");
+    return Outcome::kFailed;
   }
-  for (const auto& [oid, contact] : strangers) imported.Remember(contact, oid);
+  if (file) fmt::print(report.out, "{}: {} contact{}\n", file->string(), count, Plural(count));
+  RememberAll(session, imported, strangers);
   return Outcome::kDone;
 }
 

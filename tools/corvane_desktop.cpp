@@ -213,7 +213,8 @@ int Run(int argc, char** argv) {
   CommandLine line;
   CLI::App app("Talks to the synchronisation agent of a handheld.", "corvane-desktop");
   app.set_version_flag("--version", "corvane-desktop " CORVANE_VERSION);
-  app.require_subcommand(1);
+  // Not required: CLI11 would ask for one before it names a word that it does not know.
+  app.require_subcommand(0, 1);
   app.fallthrough();
   app.footer("Exit status: 0 all done, 1 failed, 2 wrong usage, 3 partly done.");
   AddConnection(app, line);
@@ -226,6 +227,10 @@ int Run(int argc, char** argv) {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? kDone : kUsage;
+  }
+  if (!line.run) {
+    std::fprintf(stderr, "A command is required\nRun with --help for more information.\n");
+    return kUsage;
   }
   line.connection.interruptFd = CatchInterruptions();
   const Console console{

@@ -151,20 +151,19 @@ void AddSystemCommands(CLI::App& app, Arguments& a, Command& chosen) {
   clock->add_option("VERB", a.verb, "set or reset (default: show)")
       ->check(CLI::IsMember({"show", "set", "reset"}));
   clock->add_option("TIME", a.time, "For set: 2008-02-15T13:45:00Z; UTC unless it says otherwise");
-  clock->final_callback([&a] {
+  clock->parse_complete_callback([&a] {
     if ((a.verb == "set") != !a.time.empty())
       throw CLI::ValidationError("TIME", "goes with set, and set wants it");
   });
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int ParseAndRun(int argc, char** argv) {
   Arguments arguments;
   Command chosen;
   CLI::App app("Makes, fills, shows and maintains a virtual handheld.", "corvane-device");
   app.set_version_flag("--version", "corvane-device " CORVANE_VERSION);
-  app.require_subcommand(1);
+  // Not required: CLI11 would ask for one before it names a word that it does not know.
+  app.require_subcommand(0, 1);
   app.footer("Exit codes: 0 all done, 1 failed, 2 wrong use, 3 partly done.");
   AddHandheldCommands(app, arguments, chosen);
   AddItemCommands(app, arguments, chosen);
@@ -174,10 +173,20 @@ int main(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : kExitUsage;
   }
+  if (!chosen) {
+    fmt::print(stderr, "A command is required\nRun with --help for more information.\n");
+    return kExitUsage;
+  }
+  return static_cast<int>(chosen(Report{}));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
   try {
-    return static_cast<int>(chosen(Report{}));
+    return ParseAndRun(argc, argv);
   } catch (const std::exception& error) {
-    fmt::print(stderr, "corvane-device: {}\n", error.what());
+    std::fprintf(stderr, "corvane-device: %s\n", error.what());
     return static_cast<int>(Outcome::kFailed);
   }
 }
