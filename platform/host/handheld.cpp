@@ -110,6 +110,9 @@ void Handheld::Create(const fs::path& directory, const HandheldSettings& setting
     throw HandheldError(directory.string() +
                         (error ? " cannot be read: " + error.message() : " is not empty"));
   }
+  // Whom the owner knows is nobody else's business.
+  fs::permissions(directory, fs::perms::owner_all, error);
+  if (error) throw HandheldError(directory.string() + " cannot be changed: " + error.message());
   unfinished.MakeDirectory(directory / "files");
   // The registry comes last: it is what makes the directory a handheld.
   unfinished.Expect(RegistryFile(directory));
@@ -127,7 +130,7 @@ std::unique_ptr<Handheld> Handheld::Open(const fs::path& directory, std::string_
   return std::unique_ptr<Handheld>(new Handheld(directory, std::move(lock)));
 }
 
-Handheld::Handheld(fs::path directory, std::unique_ptr<DirectoryLock> lock)
+Handheld::Handheld(const fs::path& directory, std::unique_ptr<DirectoryLock> lock)
     : directory_(fs::absolute(directory)),
       lock_(std::move(lock)),
       registry_(LoadRegistry(directory_)),

@@ -92,7 +92,7 @@ class Handheld {
   std::optional<TIME_ZONE_INFORMATION> ZoneRules() const;
 
  private:
-  Handheld(std::filesystem::path directory, std::unique_ptr<DirectoryLock> lock);
+  Handheld(const std::filesystem::path& directory, std::unique_ptr<DirectoryLock> lock);
 
   const std::filesystem::path directory_;
   const std::unique_ptr<DirectoryLock> lock_;

@@ -65,6 +65,11 @@ TEST_F(HandheldCreate, MakesADirectoryThatOpens) {
   EXPECT_FALSE(fs::exists(handheld->storePath())) << "made by its first user";
 }
 
+TEST_F(HandheldCreate, LetsNobodyElseLookIn) {
+  Handheld::Create(Path(), {});
+  EXPECT_EQ(fs::status(Path()).permissions(), fs::perms::owner_all);
+}
+
 TEST_F(HandheldCreate, TakesAnEmptyDirectory) {
   fs::create_directory(Path());
   EXPECT_EQ(CreateError(), "");
