@@ -33,7 +33,7 @@ std::string LooseTextOf(const Property& property) {
 // "tel:+1-418-656-9254;ext=102" is +1-418-656-9254 ext. 102.
 std::string NumberOf(const Property& property) {
   const std::string* value = property.Parameter("VALUE");
-  const std::string text = LooseTextOf(property);
+  std::string text = LooseTextOf(property);
   if ((value != nullptr && EqualsNoCase(*value, "text")) || !StartsWithNoCase(text, "tel:")) {
     return text;
   }

@@ -22,7 +22,7 @@ class ItemList final : public WriteGroup {
 
   ItemList(SessionPtr session, const ItemKind& kind)
       : WriteGroup(kDeletesPerCommit), session_(std::move(session)), kind_(kind) {}
-  ~ItemList();
+  ~ItemList() override;
 
   const SessionPtr& session() const { return session_; }
   const ItemKind& kind() const { return kind_; }

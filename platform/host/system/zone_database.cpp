@@ -108,11 +108,11 @@ std::string HostZoneName(const fs::path& etc) {
   constexpr std::string_view kDirectory = "zoneinfo/";
   const std::size_t at = link.find(kDirectory);
   if (!error && at != std::string::npos) {
-    const std::string name = link.substr(at + kDirectory.size());
+    std::string name = link.substr(at + kDirectory.size());
     if (ValidZoneName(name)) return name;
   }
   if (const std::optional<std::string> file = ReadWholeFile(etc / "timezone", 4096)) {
-    const std::string name = file->substr(0, file->find_first_of(" \t\r\n"));
+    std::string name = file->substr(0, file->find_first_of(" \t\r\n"));
     if (ValidZoneName(name)) return name;
   }
   return "UTC";
