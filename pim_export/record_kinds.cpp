@@ -30,8 +30,8 @@ HRESULT DeleteUnsupported(IUnknown*) {
 }
 
 constexpr RecordKind kRecordKinds[] = {
-    {kPIMDataAppointment, olFolderCalendar, &IID_IAppointment, ExportUnsupported,
-     DeleteUnsupported, u"AddAppointmentToXML returned %ld", u"kPIMDataAppointment returned %ld"},
+    {kPIMDataAppointment, olFolderCalendar, &IID_IAppointment, ExportUnsupported, DeleteUnsupported,
+     u"AddAppointmentToXML returned %ld", u"kPIMDataAppointment returned %ld"},
     {kPIMDataContact, olFolderContacts, &IContact::kIid, ExportContact<1>, DeleteContact,
      u"AddContactToXML returned %ld", u"AddContactToXML returned %ld"},
     {kPIMDataTask, olFolderTasks, &IID_ITask, ExportUnsupported, DeleteUnsupported,
