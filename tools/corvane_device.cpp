@@ -109,7 +109,8 @@ void AddItemCommands(CLI::App& app, Arguments& a, Command& chosen) {
         a.vcardVersion == "4.0" ? formats::VCardVersion::k40 : formats::VCardVersion::k30, report);
   });
   out->add_option("KIND", a.kind, "contacts")->required()->check(kinds);
-  out->add_option("-o,--output", a.output, "The file (default: standard output)")->type_name("FILE");
+  out->add_option("-o,--output", a.output, "The file (default: standard output)")
+      ->type_name("FILE");
   out->add_option("--vcard-version", a.vcardVersion, "3.0 or 4.0")
       ->check(CLI::IsMember({"3.0", "4.0"}))
       ->capture_default_str();
