@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "platform/host/handheld.h"
+#include "tests/support/paths.h"
 #include "tests/support/wire/process.h"
 #include "tests/support/wire/raw_connection.h"
 #include "tests/support/wire/wire_bytes.h"
@@ -67,7 +68,7 @@ class Agent {
   void Start() {
     const auto begin = Clock::now();
     process_ = std::make_unique<corvane::testing::Process>(
-        CORVANE_BIN_DIR "/corvane",
+        corvane::testing::ProgramPath("corvane"),
         std::vector<std::string>{"--handheld", directory_.string(), "--listen", "127.0.0.1:0"});
     const std::string line = process_->ReadLine();
     startSeconds_ = SecondsSince(begin);

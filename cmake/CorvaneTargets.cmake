@@ -32,8 +32,6 @@ function(corvane_tests name)
   if(sources)
     add_executable(${name} ${sources})
     target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} test_support GTest::gtest GTest::gmock)
-    target_compile_definitions(${name} PRIVATE
-      CORVANE_SOURCE_DIR="${CMAKE_SOURCE_DIR}" CORVANE_BIN_DIR="${CMAKE_BINARY_DIR}/bin")
     gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 300)
   endif()
 endfunction()

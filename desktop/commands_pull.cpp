@@ -9,13 +9,13 @@
 #include <span>
 #include <string>
 
-#include "desktop/atomic_file.h"
 #include "desktop/error.h"
 #include "desktop/mapping.h"
 #include "desktop/progress.h"
 #include "desktop/record_writers.h"
 #include "desktop/status_text.h"
 #include "desktop/xml_records.h"
+#include "files/atomic_file.h"
 
 namespace desktop {
 namespace {
@@ -34,7 +34,7 @@ class Output {
  public:
   Output(const std::optional<std::filesystem::path>& path, const Console& console)
       : console_(console) {
-    if (path) file_ = std::make_unique<AtomicFile>(*path);
+    if (path) file_ = std::make_unique<files::AtomicFile>(*path);
   }
 
   void Write(std::string_view bytes) {
@@ -53,7 +53,7 @@ class Output {
 
  private:
   const Console& console_;
-  std::unique_ptr<AtomicFile> file_;
+  std::unique_ptr<files::AtomicFile> file_;
   std::string held_;
 };
 

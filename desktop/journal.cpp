@@ -9,8 +9,8 @@
 #include <system_error>
 #include <utility>
 
-#include "desktop/atomic_file.h"
 #include "desktop/error.h"
+#include "files/atomic_file.h"
 
 namespace desktop {
 
@@ -31,7 +31,7 @@ bool Journal::exists() const {
 
 std::vector<std::string> Journal::Lines() const {
   std::vector<std::string> lines;
-  const std::string bytes = ReadWholeFile(path_);
+  const std::string bytes = files::ReadWholeFile(path_);
   std::size_t begin = 0;
   for (std::size_t end; (end = bytes.find('\n', begin)) != std::string::npos; begin = end + 1) {
     lines.push_back(bytes.substr(begin, end - begin));
@@ -42,7 +42,7 @@ std::vector<std::string> Journal::Lines() const {
 void Journal::Open() {
   file_ = open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC, 0666);
   if (file_ < 0) Fail(errno);
-  SyncDirectoryOf(path_);
+  files::SyncDirectoryOf(path_);
 }
 
 bool Journal::Add(std::string_view lines) const {

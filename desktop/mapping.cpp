@@ -13,8 +13,8 @@
 #include <utility>
 #include <vector>
 
-#include "desktop/atomic_file.h"
 #include "desktop/error.h"
+#include "files/atomic_file.h"
 
 namespace desktop {
 namespace {
@@ -42,6 +42,7 @@ json ToJson(const MappedItem& item) {
   json object = {{"oid", item.oid}, {"kind", item.kind}, {"hash", item.hash}};
   if (!item.uid.empty()) object["uid"] = item.uid;
   if (!item.content.empty()) object["content"] = item.content;
+  if (!item.state.empty()) object["state"] = item.state;
   return object;
 }
 
@@ -51,14 +52,30 @@ Oid OidFrom(const json& object) {
   return static_cast<Oid>(oid);
 }
 
+MappedItem ExpectedFrom(const json& object) {
+  return {0,
+          object.at("kind").get<std::string>(),
+          object.value("uid", ""),
+          object.value("content", ""),
+          object.at("hash").get<std::string>(),
+          object.value("state", "")};
+}
+
 MappedItem ItemFrom(const json& object) {
-  return {OidFrom(object), object.at("kind").get<std::string>(), object.value("uid", ""),
-          object.value("content", ""), object.at("hash").get<std::string>()};
+  MappedItem item = ExpectedFrom(object);
+  item.oid = OidFrom(object);
+  return item;
 }
 
 // A line of the journal: an item as it now is, or an OID that has none any more.
 json LineFor(Oid oid, const MappedItem* item) {
   return item == nullptr ? json{{"oid", oid}, {"gone", true}} : ToJson(*item);
+}
+
+json ExpectedLine(const MappedItem& item, bool expected) {
+  json object = ToJson(item);
+  object["expected"] = expected;
+  return object;
 }
 
 std::string Dump(const json& value, int indent) {
@@ -110,6 +127,7 @@ void Mapping::Load() {
     Save();
   }
   unsaved_.clear();
+  unsavedExpected_.clear();
 }
 
 void Mapping::Refuse(const std::filesystem::path& path, const std::string& why) {
@@ -123,7 +141,7 @@ void Mapping::Refuse(const std::filesystem::path& path, const std::string& why) 
 void Mapping::LoadFile() {
   std::error_code error;
   if (!std::filesystem::exists(path_, error) && !error) return;
-  const std::string bytes = ReadWholeFile(path_);
+  const std::string bytes = files::ReadWholeFile(path_);
   try {
     const json file = json::parse(bytes);
     CheckVersion(file);
@@ -131,6 +149,9 @@ void Mapping::LoadFile() {
       const MappedItem item = ItemFrom(object);
       if (FindOid(item.oid) != nullptr) throw Error(fmt::format("it has OID {} twice", item.oid));
       Put(item);
+    }
+    if (file.contains("expected")) {
+      for (const json& object : file.at("expected")) Expect(ExpectedFrom(object));
     }
   } catch (const std::exception& problem) {
     Refuse(path_, problem.what());
@@ -145,19 +166,29 @@ void Mapping::LoadJournal() {
   try {
     for (const std::string& line : lines) {
       ++number;
-      const json object = json::parse(line);
       if (number == 1) {
-        CheckVersion(object);
-      } else if (object.contains("gone")) {
-        Remove(OidFrom(object));
+        CheckVersion(json::parse(line));
       } else {
-        const MappedItem item = ItemFrom(object);
-        Remove(item.oid);
-        Put(item);
+        LoadLine(line);
       }
     }
   } catch (const std::exception& problem) {
     Refuse(journal_.path(), fmt::format("line {}: {}", number, problem.what()));
+  }
+}
+
+void Mapping::LoadLine(std::string_view line) {
+  const json object = json::parse(line);
+  if (object.contains("gone")) {
+    Remove(OidFrom(object));
+  } else if (object.contains("expected")) {
+    const MappedItem item = ExpectedFrom(object);
+    Settle(item);
+    if (object.at("expected").get<bool>()) Expect(item);
+  } else {
+    const MappedItem item = ItemFrom(object);
+    Remove(item.oid);
+    Put(item);
   }
 }
 
@@ -183,6 +214,7 @@ void Mapping::Put(MappedItem item) {
     if (item.content.empty()) item.content = before->content;
   }
   Remove(item.oid);
+  Settle(item);
   for (const std::string& key : KeysOf(item)) {
     const auto other = byKey_.find(key);
     if (other != byKey_.end()) Remove(Oid{other->second});
@@ -219,24 +251,47 @@ void Mapping::RemoveKind(std::string_view kind) {
   for (const Oid oid : oids) Remove(oid);
 }
 
+void Mapping::Expect(MappedItem item) {
+  const std::vector<std::string> keys = KeysOf(item);
+  if (keys.empty()) return;
+  item.oid = 0;
+  unsavedExpected_ += Dump(ExpectedLine(item, true), -1);
+  expected_[keys.front()] = std::move(item);
+  changed_ = true;
+}
+
+void Mapping::Settle(const MappedItem& item) {
+  for (const std::string& key : KeysOf(item)) {
+    if (expected_.erase(key) == 0) continue;
+    unsavedExpected_ += Dump(ExpectedLine(item, false), -1);
+    changed_ = true;
+  }
+}
+
 void Mapping::SaveChanges() {
-  if (unsaved_.empty()) return;
+  if (unsaved_.empty() && unsavedExpected_.empty()) return;
   std::string lines;
   if (journal_.empty()) lines = Dump({{"version", kVersion}}, -1);
   for (const Oid oid : unsaved_) lines += Dump(LineFor(oid, FindOid(oid)), -1);
+  // After the items, since taking in an item settles it.
+  lines += unsavedExpected_;
   journal_.Append(lines);
   unsaved_.clear();
+  unsavedExpected_.clear();
 }
 
 void Mapping::Save() {
   if (changed_) {
     json items = json::array();
     for (const auto& [oid, item] : items_) items.push_back(ToJson(item));
-    AtomicFile output(path_);
-    output.Write(Dump({{"version", kVersion}, {"items", std::move(items)}}, 1));
+    json file = {{"version", kVersion}, {"items", std::move(items)}};
+    for (const auto& [key, item] : expected_) file["expected"].push_back(ToJson(item));
+    files::AtomicFile output(path_);
+    output.Write(Dump(file, 1));
     output.Commit();
     changed_ = false;
     unsaved_.clear();
+    unsavedExpected_.clear();
   }
   journal_.Discard();
 }

@@ -16,10 +16,11 @@ namespace desktop {
 
 struct MappedItem {
   Oid oid = 0;
-  std::string kind;     // "contact", or the element name of another kind of record
-  std::string uid;      // the identity that people's programs know it by; empty for none
-  std::string content;  // stands in for a UID that the record does not have; empty for none
-  std::string hash;     // of the content that it had when it was last sent or received
+  std::string kind;        // "contact", or the element name of another kind of record
+  std::string uid;         // the identity that people's programs know it by; empty for none
+  std::string content;     // stands in for a UID that the record does not have; empty for none
+  std::string hash;        // of the content that it had when it was last sent or received
+  std::string state = {};  // StateHash of that, for contacts; empty when it is not known
 };
 
 inline constexpr std::string_view kContactKind = "contact";
@@ -50,6 +51,12 @@ class Mapping {
   void Remove(Oid oid);
   void RemoveKind(std::string_view kind);
 
+  // Contacts, with an OID of 0, that were about to be sent and whose answer has not come. Put and
+  // Settle end that for an item with the same UID or content key.
+  void Expect(MappedItem item);
+  void Settle(const MappedItem& item);
+  [[nodiscard]] const std::map<std::string, MappedItem>& expected() const { return expected_; }
+
   // Remembers what has changed since the last time, at the cost of the changes alone.
   void SaveChanges();
   // Writes the file if anything has changed, whole or not at all, and ends the journal. When it
@@ -61,13 +68,16 @@ class Mapping {
   void Load();
   void LoadFile();
   void LoadJournal();
+  void LoadLine(std::string_view line);
   [[noreturn]] static void Refuse(const std::filesystem::path& path, const std::string& why);
 
   std::filesystem::path path_;
   int lock_ = -1;
   Journal journal_;
-  bool changed_ = false;   // since the file was written
-  std::set<Oid> unsaved_;  // changed since the journal was written
+  bool changed_ = false;                        // since the file was written
+  std::set<Oid> unsaved_;                       // changed since the journal was written
+  std::map<std::string, MappedItem> expected_;  // by key
+  std::string unsavedExpected_;                 // lines that the journal does not have yet
   std::map<Oid, MappedItem> items_;
   std::unordered_map<std::string, Oid> byKey_;
 };

@@ -5,12 +5,14 @@
 #include <algorithm>
 #include <cctype>
 
-#include "desktop/atomic_file.h"
 #include "desktop/contact_xml.h"
 #include "desktop/error.h"
 #include "desktop/mapping.h"
+#include "desktop/upload.h"
 #include "desktop/wire_hash.h"
+#include "desktop/wire_losses.h"
 #include "desktop/xml_records.h"
+#include "files/atomic_file.h"
 #include "formats/identity.h"
 #include "formats/vcard.h"
 
@@ -39,6 +41,7 @@ PushRecord FromContact(const std::filesystem::path& path, const formats::ParsedC
   record.uid = parsed.contact.uid;
   record.xml = ContactToXml(formats::WithFileAs(parsed.contact));
   record.hash = formats::ContentHash(record.xml);
+  record.state = StateHash(ContactFromXml(ParseRecords(DocumentOf({&record.xml, 1}))[0].element));
   if (record.uid.empty()) record.content = record.hash;
   return record;
 }
@@ -52,6 +55,7 @@ std::vector<PushRecord> FromVCards(const std::filesystem::path& path, std::strin
   std::vector<PushRecord> records;
   for (const formats::ParsedContact& parsed : file.contacts) {
     std::for_each(parsed.notices.begin(), parsed.notices.end(), report);
+    for (const std::string& loss : WireLosses(parsed.contact)) report({parsed.line, loss});
     records.push_back(FromContact(path, parsed));
   }
   std::for_each(file.notices.begin(), file.notices.end(), report);
@@ -71,6 +75,7 @@ PushRecord FromXmlRecord(const std::filesystem::path& path, Record& parsed) {
     record.kind = kContactKind;
     record.title = formats::DisplayName(contact);
     record.hash = WireHash(contact);
+    record.state = StateHash(contact);
   } else {
     record.kind = parsed.element.name;
     record.title = parsed.element.ChildText("SUBJECT");
@@ -105,7 +110,7 @@ std::vector<PushRecord> FromXml(const std::filesystem::path& path, std::string_v
 }  // namespace
 
 std::vector<PushRecord> ReadPushFile(const std::filesystem::path& path, std::ostream& notices) {
-  const std::string bytes = ReadWholeFile(path);
+  const std::string bytes = files::ReadWholeFile(path);
   if (bytes.find_first_not_of(" \t\r\n\xEF\xBB\xBF") == std::string::npos) return {};
   const bool xml = IsXml(path, bytes);
   std::vector<PushRecord> records =

@@ -18,6 +18,7 @@ struct PushRecord {
   std::string uid;
   std::string content;  // the mapping's stand-in for a UID; empty when there is one, or an own OID
   std::string hash;
+  std::string state;          // StateHash of a contact; empty for other records
   std::string xml;            // with an "Oid" only when ownOid has it
   std::optional<Oid> ownOid;  // the file itself says which item it is
   bool deletes = false;

@@ -25,9 +25,14 @@ constexpr std::array kRows = {
     Row{PushOutcome::kAdded, "added", "added with OID {}", false},
     Row{PushOutcome::kAddedAnew, "added anew", "was gone, added anew with OID {}", false},
     Row{PushOutcome::kChanged, "changed", "changed (OID {})", false},
-    Row{PushOutcome::kDeleted, "deleted", "deleted (OID {})", false},
+    Row{PushOutcome::kDeleted, "deleted", "is not there any more (OID {})", false},
     Row{PushOutcome::kNothingToDelete, "nothing to delete", "names no item to delete", false},
     Row{PushOutcome::kUnchanged, "unchanged", "unchanged (OID {})", false},
+    Row{PushOutcome::kConflict, "conflict",
+        "conflict: changed on the handheld since, or another handheld (OID {}); pull first, or "
+        "push "
+        "with --force",
+        true},
     Row{PushOutcome::kFailed, "failed", "failed (OID {})", true},
     Row{PushOutcome::kUnanswered, "unanswered",
         "sent, but not answered, it may have been done (OID {})", true},

@@ -28,15 +28,26 @@ PushSession::PushSession(const ConnectionOptions& connection, const PushPolicy& 
     : connection_(connection), policy_(policy), mapping_(mapping), onResult_(std::move(onResult)) {}
 
 PushSession::Planned PushSession::Plan(const PushRecord& record) const {
-  if (record.ownOid) return {&record, record.ownOid, false};
-  const MappedItem* item = nullptr;
-  if (!record.uid.empty()) {
-    item = mapping_.FindUid(record.kind, record.uid);
-  } else if (!record.content.empty()) {
-    item = mapping_.FindContent(record.kind, record.content);
+  if (record.ownOid) return {&record, record.ownOid, std::nullopt};
+  const MappedItem* item = FindMapped(mapping_, record);
+  if (item == nullptr) return {&record, std::nullopt, std::nullopt};
+  Planned planned{&record, item->oid, std::nullopt};
+  const auto checked = checked_.find(item->oid);
+  if (checked != checked_.end()) {
+    if (checked->second == ItemState::kGone) return planned;
+    if (checked->second == ItemState::kChanged) planned.settled = PushOutcome::kConflict;
+    planned.verified = true;
   }
-  if (item == nullptr) return {&record, std::nullopt, false};
-  return {&record, item->oid, !policy_.force && item->hash == record.hash};
+  if (!planned.settled && !policy_.force && item->hash == record.hash) {
+    planned.settled = PushOutcome::kUnchanged;
+  }
+  return planned;
+}
+
+void PushSession::LookAtHandheld(std::span<const PushRecord> records) {
+  AdoptExpected(connection_, mapping_);
+  mapping_.SaveChanges();
+  if (!policy_.force) checked_ = CheckMapped(connection_, mapping_, records);
 }
 
 void PushSession::Run(std::span<const PushRecord> records) {
@@ -46,6 +57,7 @@ void PushSession::Run(std::span<const PushRecord> records) {
     return;
   }
   try {
+    if (!records.empty()) LookAtHandheld(records);
     while (next < records.size()) {
       const PushRecord& record = records[next];
       // What becomes of the first of two decides what the second is.
@@ -69,50 +81,63 @@ void PushSession::Run(std::span<const PushRecord> records) {
 void PushSession::Add(const PushRecord& record) {
   pending_.push_back(Plan(record));
   if (const std::string key = KeyOf(record); !key.empty()) keys_.insert(key);
-  if (pending_.back().unchanged) return;
+  if (pending_.back().settled) return;
   ++toSend_;
   bytesToSend_ += record.xml.size();
   if (toSend_ >= policy_.chunk || bytesToSend_ >= kMostChunkBytes) Flush();
 }
 
 void PushSession::Flush() {
-  if (toSend_ > 0) {
-    std::vector<std::string> chunk;
-    for (const Planned& each : pending_) {
-      if (!each.unchanged) chunk.push_back(ToSend(*each.record, each.oid));
-    }
-    if (!upload_) upload_.emplace(connection_);
-    try {
-      upload_->Send(chunk, [this](const RecordAnswer& answer) { TakeAnswer(answer); });
-    } catch (const Interrupted&) {
-      throw;
-    } catch (...) {
-      mayHaveArrived_ = true;
-      throw;
-    }
-  }
-  ReportUnchanged();
+  if (toSend_ > 0) SendPending();
+  ReportSettled();
   pending_.clear();
   keys_.clear();
   reported_ = toSend_ = bytesToSend_ = 0;
   mapping_.SaveChanges();
 }
 
-void PushSession::ReportUnchanged() {
-  while (reported_ < pending_.size() && pending_[reported_].unchanged) {
+void PushSession::SendPending() {
+  std::vector<std::string> chunk;
+  for (const Planned& each : pending_) {
+    if (!each.settled) chunk.push_back(ToSend(*each.record, each.oid));
+  }
+  if (!upload_) upload_.emplace(connection_);
+  RememberWhatMayBeAdded();
+  try {
+    upload_->Send(chunk, [this](const RecordAnswer& answer) { TakeAnswer(answer); });
+  } catch (const Interrupted&) {
+    throw;
+  } catch (...) {
+    mayHaveArrived_ = true;
+    throw;
+  }
+}
+
+void PushSession::RememberWhatMayBeAdded() {
+  for (const Planned& each : pending_) {
+    const PushRecord& record = *each.record;
+    if (each.settled || each.verified || record.ownOid || record.state.empty()) continue;
+    mapping_.Expect({0, record.kind, record.uid, record.content, record.hash, record.state});
+  }
+  mapping_.SaveChanges();
+}
+
+void PushSession::ReportSettled() {
+  while (reported_ < pending_.size() && pending_[reported_].settled) {
     const Planned& each = pending_[reported_++];
-    onResult_({each.record, PushOutcome::kUnchanged, *each.oid, 0, {}});
+    onResult_({each.record, *each.settled, *each.oid, 0, {}});
   }
 }
 
 void PushSession::TakeAnswer(const RecordAnswer& answer) {
-  ReportUnchanged();
+  ReportSettled();
   onResult_(Apply(pending_[reported_++], answer));
 }
 
 PushResult PushSession::Apply(const Planned& planned, const RecordAnswer& answer) {
   const PushRecord& record = *planned.record;
   PushResult result{&record, PushOutcome::kFailed, planned.oid.value_or(0), answer.result, {}};
+  if (!record.ownOid) mapping_.Settle({0, record.kind, record.uid, record.content, {}});
   if (answer.result < 0) return result;
   if (record.deletes) {
     result.outcome = planned.oid ? PushOutcome::kDeleted : PushOutcome::kNothingToDelete;
@@ -129,7 +154,9 @@ PushResult PushSession::Apply(const Planned& planned, const RecordAnswer& answer
     result.outcome = PushOutcome::kAddedAnew;
     mapping_.Move(*planned.oid, answer.oid);
   }
-  mapping_.Put({answer.oid, record.kind, record.uid, record.content, record.hash});
+  // With a code the item is there, but not all of it as it was sent.
+  mapping_.Put({answer.oid, record.kind, record.uid, record.content, record.hash,
+                answer.result == 0 ? record.state : std::string()});
   return result;
 }
 
@@ -138,7 +165,7 @@ void PushSession::ReportWould(const PushRecord& record) {
   PushResult result{&record, PushOutcome::kWouldAdd, planned.oid.value_or(0), 0, {}};
   const std::string key = KeyOf(record);
   const bool again = !key.empty() && !keys_.insert(key).second;
-  if (planned.unchanged || (again && !planned.oid && !record.content.empty())) {
+  if (planned.settled || (again && !planned.oid && !record.content.empty())) {
     result.outcome = PushOutcome::kUnchanged;
   } else {
     result.xml = ToSend(record, planned.oid);
@@ -152,10 +179,10 @@ void PushSession::ReportWould(const PushRecord& record) {
 }
 
 void PushSession::GiveUp(std::span<const PushRecord> notPlanned) {
-  ReportUnchanged();
+  ReportSettled();
   for (; reported_ < pending_.size(); ++reported_) {
     const Planned& each = pending_[reported_];
-    const PushOutcome outcome = each.unchanged    ? PushOutcome::kUnchanged
+    const PushOutcome outcome = each.settled      ? *each.settled
                                 : mayHaveArrived_ ? PushOutcome::kUnanswered
                                                   : PushOutcome::kNotSent;
     onResult_({each.record, outcome, each.oid.value_or(0), 0, {}});

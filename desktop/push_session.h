@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <optional>
 #include <set>
 #include <span>
@@ -12,6 +13,7 @@
 
 #include "desktop/connection.h"
 #include "desktop/mapping.h"
+#include "desktop/push_check.h"
 #include "desktop/push_records.h"
 #include "desktop/upload.h"
 
@@ -24,6 +26,7 @@ enum class PushOutcome {
   kDeleted,
   kNothingToDelete,  // a deletion that names no item
   kUnchanged,        // not sent: the same as when it was last sent or received
+  kConflict,         // not sent: the handheld has something else there than the mapping remembers
   kFailed,
   kUnanswered,  // sent, but the connection failed before the answer: it may have been done
   kNotSent,
@@ -42,7 +45,7 @@ struct PushResult {
 
 struct PushPolicy {
   std::size_t chunk = 20;  // records to a document, at least 1
-  bool force = false;      // send unchanged ones too
+  bool force = false;      // send unchanged ones too, whatever the handheld has there
   bool dryRun = false;     // connect to nobody, change no mapping
 };
 
@@ -54,25 +57,30 @@ class PushSession {
   PushSession(const ConnectionOptions& connection, const PushPolicy& policy, Mapping& mapping,
               PushHandler onResult);
 
-  // Hands out one result a record, in their order. The mapping's changes are saved after every
-  // chunk, the mapping itself is left to the caller to save. When the connection or the mapping's
-  // file fails, or the person interrupts (between chunks), the results of the records concerned say
-  // so before it throws Error. Call it once.
+  // Hands out one result a record, in their order. Looks first at what the handheld has under the
+  // OIDs that the mapping gives, and for what a push before this one may have added. The mapping's
+  // changes are saved after every chunk, the mapping itself is left to the caller to save. When the
+  // connection or the mapping's file fails, or the person interrupts (between chunks), the results
+  // of the records concerned say so before it throws Error. Call it once.
   void Run(std::span<const PushRecord> records);
 
  private:
   struct Planned {
     const PushRecord* record;
     std::optional<Oid> oid;
-    bool unchanged;
+    std::optional<PushOutcome> settled;  // known without sending it
+    bool verified = false;               // the handheld has its item
   };
 
   [[nodiscard]] Planned Plan(const PushRecord& record) const;
+  void LookAtHandheld(std::span<const PushRecord> records);
   void Add(const PushRecord& record);
   void Flush();
+  void SendPending();
+  void RememberWhatMayBeAdded();
   void TakeAnswer(const RecordAnswer& answer);
   PushResult Apply(const Planned& planned, const RecordAnswer& answer);
-  void ReportUnchanged();
+  void ReportSettled();
   void ReportWould(const PushRecord& record);
   void GiveUp(std::span<const PushRecord> notPlanned);
 
@@ -80,6 +88,7 @@ class PushSession {
   PushPolicy policy_;
   Mapping& mapping_;
   PushHandler onResult_;
+  std::map<Oid, ItemState> checked_;
   std::optional<Upload> upload_;
   std::vector<Planned> pending_;
   std::size_t reported_ = 0;  // of the pending ones

@@ -1,5 +1,8 @@
 #include "desktop/record_writers.h"
 
+#include <string>
+#include <utility>
+
 #include "desktop/contact_xml.h"
 #include "desktop/wire_hash.h"
 #include "formats/contact_json.h"
@@ -36,16 +39,35 @@ class VCardWriter : public RecordWriter {
 
   std::string Write(const Record& record) override {
     formats::Contact contact = ContactFromXml(record.element);
-    contact.uid = UidFor(*record.oid);
-    mapping_.Put({*record.oid, std::string(kContactKind), contact.uid, {}, WireHash(contact)});
+    MappedItem item{*record.oid, std::string(kContactKind), {},
+                    {},          WireHash(contact),         StateHash(contact)};
+    Identify(item);
+    contact.uid = item.uid;
+    mapping_.Put(std::move(item));
     return formats::WriteVCard(contact, version_);
   }
 
  private:
-  std::string UidFor(Oid oid) const {
-    const MappedItem* item = mapping_.FindOid(oid);
-    const bool known = item != nullptr && item->kind == kContactKind && !item->uid.empty();
-    return known ? item->uid : formats::NewUid();
+  void Identify(MappedItem& item) const {
+    const MappedItem* known = mapping_.FindOid(item.oid);
+    if (known != nullptr && known->kind == kContactKind) {
+      item.uid = known->uid;
+    } else if (const MappedItem* added = FindExpected(item.state)) {
+      item.uid = added->uid;
+      item.content = added->content;
+    }
+    if (item.uid.empty()) item.uid = formats::NewUid();
+  }
+
+  // What a push has added without hearing of it, or null.
+  const MappedItem* FindExpected(const std::string& state) const {
+    for (const auto& [key, item] : mapping_.expected()) {
+      const bool mapped = item.uid.empty()
+                              ? mapping_.FindContent(item.kind, item.content) != nullptr
+                              : mapping_.FindUid(item.kind, item.uid) != nullptr;
+      if (item.state == state && !mapped) return &item;
+    }
+    return nullptr;
   }
 
   formats::VCardVersion version_;

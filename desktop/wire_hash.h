@@ -11,4 +11,8 @@ namespace desktop {
 // UID and the fields that never leave the handheld do not count.
 std::string WireHash(const formats::Contact& contact);
 
+// The same for a contact that was sent and for what every handheld gives back of it: the furigana,
+// which some take no notice of, kinds of line ends and blanks at the ends of a text do not count.
+std::string StateHash(const formats::Contact& contact);
+
 }  // namespace desktop

@@ -71,4 +71,14 @@ std::string XmlText(std::string_view text) {
   return xml;
 }
 
+bool HasWhatXmlLeavesOut(std::string_view text) {
+  constexpr std::string_view kCarried = "\t\n\r";
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const bool control = static_cast<unsigned char>(text[i]) < ' ';
+    if (control && kCarried.find(text[i]) == std::string_view::npos) return true;
+    if (IsNonCharacter(text.substr(i, 3))) return true;
+  }
+  return false;
+}
+
 }  // namespace desktop

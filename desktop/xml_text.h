@@ -10,4 +10,7 @@ namespace desktop {
 // U+FFFD (bytes that are not UTF-8); carriage return plus line feed becomes a line feed.
 std::string XmlText(std::string_view text);
 
+// Whether XmlText leaves out more of it than a line end's carriage return.
+bool HasWhatXmlLeavesOut(std::string_view text);
+
 }  // namespace desktop

@@ -3,7 +3,7 @@
 #include <fmt/core.h>
 
 #include "formats/iso_time.h"
-#include "maintenance/status_error.h"
+#include "maintenance/usage_error.h"
 #include "platform/clock.h"
 #include "platform/host/system/handheld_clock.h"
 #include "platform/host/system/utf.h"
@@ -32,11 +32,8 @@ Outcome ShowClock(Session& session, const Report& report) {
 Outcome SetClock(Session& session, const std::string& time, const Report& report) {
   const auto parsed = formats::ParseIsoTime(time);
   if (!parsed) {
-    fmt::print(report.err,
-               "corvane-device: \"{}\" is no time; write 2008-02-15T13:45:00Z or "
-               "2008-02-15T14:45+01:00\n",
-               time);
-    return Outcome::kFailed;
+    throw UsageError(fmt::format(
+        "\"{}\" is no time; write 2008-02-15T13:45:00Z or 2008-02-15T14:45+01:00", time));
   }
   ce::SYSTEMTIME system{};
   system.wYear = static_cast<ce::WORD>(parsed->date.year);

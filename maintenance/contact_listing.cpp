@@ -2,11 +2,11 @@
 
 #include <fmt/core.h>
 
+#include "files/atomic_file.h"
 #include "formats/contact_json.h"
 #include "formats/identity.h"
 #include "maintenance/contact_walk.h"
 #include "maintenance/imported_contacts.h"
-#include "maintenance/output_file.h"
 #include "maintenance/status_error.h"
 #include "platform/host/outlook/store_batch.h"
 
@@ -88,7 +88,8 @@ Outcome ShowContacts(Session& session, bool json, const Report& report) {
 Outcome ExportContacts(Session& session, const std::optional<std::filesystem::path>& file,
                        formats::VCardVersion version, const Report& report) {
   ImportedContacts imported(session);
-  OutputFile output(file, report.out);
+  std::optional<files::AtomicFile> output;
+  if (file) output.emplace(*file);
   std::vector<std::pair<std::uint32_t, Contact>> strangers;
   std::size_t count = 0;
   ForEachContact(session, [&](std::uint32_t oid, const Contact& stored) {
@@ -98,14 +99,11 @@ Outcome ExportContacts(Session& session, const std::optional<std::filesystem::pa
       contact.uid = formats::NewUid();
       strangers.emplace_back(oid, contact);
     }
-    output.Write(formats::WriteVCard(contact, version));
+    const std::string card = formats::WriteVCard(contact, version);
+    output ? output->Write(card) : fmt::print(report.out, "{}", card);
     ++count;
   });
-  if (!output.Finish()) {
-    fmt::print(report.err, "corvane-device: {} cannot be written\n",
-               file ? file->string() : "standard output");
-    return Outcome::kFailed;
-  }
+  if (output) output->Commit();
   if (file) fmt::print(report.out, "{}: {} contact{}\n", file->string(), count, Plural(count));
   RememberAll(session, imported, strangers);
   return Outcome::kDone;

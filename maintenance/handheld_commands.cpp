@@ -7,7 +7,9 @@
 #include <tuple>
 
 #include "maintenance/status_error.h"
+#include "maintenance/usage_error.h"
 #include "platform/clock.h"
+#include "platform/host/outlook/oid_counter.h"
 #include "platform/host/outlook/store_check.h"
 #include "platform/host/system/language.h"
 #include "platform/host/system/utf.h"
@@ -18,26 +20,30 @@ namespace {
 
 using ce::host::FromUtf8;
 using ce::host::Handheld;
-using ce::host::HandheldError;
 namespace setting = ce::host::setting;
 
 std::uint32_t ParseNumber(const std::string& key, const std::string& text) {
   std::uint32_t number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
   if (error != std::errc() || end != text.data() + text.size())
-    throw HandheldError(fmt::format("{}: \"{}\" is no number from 0 to 4294967295", key, text));
+    throw UsageError(fmt::format("{}: \"{}\" is no number from 0 to 4294967295", key, text));
+  return number;
+}
+
+std::uint32_t ParseFirstOid(std::uint32_t number) {
+  if (number == 0) throw UsageError("first-oid: 0 names no item; identifiers start at 1");
   return number;
 }
 
 ce::LANGID ParseLanguage(const std::string& tag) {
   if (const auto* language = ce::host::FindLanguage(tag)) return language->id;
-  throw HandheldError(fmt::format("language: \"{}\" is no tag that is known, such as de-DE", tag));
+  throw UsageError(fmt::format("language: \"{}\" is no tag that is known, such as de-DE", tag));
 }
 
 std::pair<std::uint32_t, std::uint32_t> ParseVersion(const std::string& text) {
   const std::size_t dot = text.find('.');
   if (dot == std::string::npos)
-    throw HandheldError(fmt::format("os-version: \"{}\" is not MAJOR.MINOR", text));
+    throw UsageError(fmt::format("os-version: \"{}\" is not MAJOR.MINOR", text));
   return {ParseNumber("os-version", text.substr(0, dot)),
           ParseNumber("os-version", text.substr(dot + 1))};
 }
@@ -49,46 +55,57 @@ std::string TagOf(ce::LANGID id) {
 
 std::string ParseZone(const std::string& name) {
   if (!ce::host::ValidZoneName(name) || !ce::host::ReadZone(name))
-    throw HandheldError(
+    throw UsageError(
         fmt::format("zone: \"{}\" is not in the zone database; try Europe/Berlin", name));
   return name;
 }
 
-void SetLanguage(Handheld& handheld, const std::string& value) {
-  handheld.Set(setting::kLanguage, ParseLanguage(value));
+void SetLanguage(Session& session, const std::string& value) {
+  session.handheld().Set(setting::kLanguage, ParseLanguage(value));
 }
-void SetOsVersion(Handheld& handheld, const std::string& value) {
+void SetOsVersion(Session& session, const std::string& value) {
   const auto [major, minor] = ParseVersion(value);
-  handheld.Set(setting::kOsMajor, major);
-  handheld.Set(setting::kOsMinor, minor);
+  session.handheld().Set(setting::kOsMajor, major);
+  session.handheld().Set(setting::kOsMinor, minor);
 }
-void SetZone(Handheld& handheld, const std::string& value) {
-  handheld.Set(setting::kZone, *FromUtf8(ParseZone(value)));
+void SetZone(Session& session, const std::string& value) {
+  session.handheld().Set(setting::kZone, *FromUtf8(ParseZone(value)));
 }
-void SetOwner(Handheld& handheld, const std::string& value) {
+void SetOwner(Session& session, const std::string& value) {
   const auto owner = FromUtf8(value);
-  if (!owner) throw HandheldError("owner: the text is no UTF-8");
-  handheld.Set(setting::kOwner, *owner);
+  if (!owner) throw UsageError("owner: the text is no UTF-8");
+  session.handheld().Set(setting::kOwner, *owner);
 }
-void SetYomi(Handheld& handheld, const std::string& value) {
+void SetYomi(Session& session, const std::string& value) {
   if (value != "on" && value != "off")
-    throw HandheldError(fmt::format("yomi: \"{}\" is neither on nor off", value));
-  handheld.Set(setting::kYomiFields, value == "on" ? 1 : 0);
+    throw UsageError(fmt::format("yomi: \"{}\" is neither on nor off", value));
+  session.handheld().Set(setting::kYomiFields, value == "on" ? 1 : 0);
 }
 template <const char16_t* Name>
-void SetNumber(Handheld& handheld, const std::string& value) {
-  handheld.Set(Name, ParseNumber(ce::host::ToUtf8Lossy(Name), value));
+void SetNumber(Session& session, const std::string& value) {
+  session.handheld().Set(Name, ParseNumber(ce::host::ToUtf8Lossy(Name), value));
+}
+
+void SetFirstOid(Session& session, const std::string& value) {
+  const std::uint32_t first = ParseFirstOid(ParseNumber("first-oid", value));
+  const ce::HRESULT status = ce::host::StartOidsAt(session.Outlook().get(), first);
+  if (status == ce::E_INVALIDARG)
+    throw UsageError(
+        fmt::format("first-oid: identifiers up to {} or beyond have been given", value));
+  Check(status, "the store");
+  session.handheld().Set(setting::kFirstOid, first);
 }
 
 struct SettingRow {
   const char* key;
   const char* values;
-  void (*set)(Handheld&, const std::string&);
+  void (*set)(Session&, const std::string&);
 };
 constexpr SettingRow kSettings[] = {
     {"language", "a tag such as de-DE", SetLanguage},
     {"os-version", "MAJOR.MINOR", SetOsVersion},
     {"zone", "a name of the zone database, such as Europe/Berlin", SetZone},
+    {"first-oid", "where the identifiers of new items go on; none is given twice", SetFirstOid},
     {"owner", "text", SetOwner},
     {"yomi", "on or off: whether contacts have phonetic names", SetYomi},
     {"peer-timeout", "seconds after which a silent peer counts as gone",
@@ -138,11 +155,7 @@ Outcome InitHandheld(const std::filesystem::path& directory, const InitOptions& 
   settings.zone = options.zone ? ParseZone(*options.zone) : ce::host::HostZoneName();
   if (options.osVersion)
     std::tie(settings.osMajor, settings.osMinor) = ParseVersion(*options.osVersion);
-  if (options.firstOid) {
-    if (*options.firstOid == 0)
-      throw HandheldError("first-oid: 0 names no item; identifiers start at 1");
-    settings.firstOid = *options.firstOid;
-  }
+  if (options.firstOid) settings.firstOid = ParseFirstOid(*options.firstOid);
   Handheld::Create(directory, settings);
   fmt::print(report.out, "{}: a handheld, {}, {}, version {}.{}\n", directory.string(),
              TagOf(settings.language), settings.zone, settings.osMajor, settings.osMinor);
@@ -159,13 +172,13 @@ Outcome SetSetting(Session& session, const std::string& key, const std::string& 
                    const Report& report) {
   for (const SettingRow& row : kSettings) {
     if (key != row.key) continue;
-    row.set(session.handheld(), value);
+    row.set(session, value);
     fmt::print(report.out, "{} = {}\n", key, value);
     return Outcome::kDone;
   }
   std::string known;
   for (const SettingRow& row : kSettings) known += fmt::format(" {}", row.key);
-  throw HandheldError(fmt::format("there is no setting \"{}\"; there are:{}", key, known));
+  throw UsageError(fmt::format("there is no setting \"{}\"; there are:{}", key, known));
 }
 
 Outcome ShowHandheld(Session& session, bool json, const Report& report) {

@@ -51,8 +51,8 @@ class Importer {
  private:
   void ImportContact(const fs::path& file, const formats::ParsedContact& parsed, Tally& tally);
   ce::ComPtr<ce::IContact> ItemOf(std::uint32_t oid);
-  std::uint32_t Store(ce::IContact& item, const fs::path& file,
-                      const formats::ParsedContact& parsed, Tally& tally);
+  ce::ComPtr<ce::IContact> NewItem();
+  std::uint32_t Store(ce::IContact& item, const Contact& contact);
   void Notice(const fs::path& file, std::size_t line, std::string_view text, Tally& tally);
   void Say(const char* verb, std::uint32_t oid, const Contact& contact);
 
@@ -86,15 +86,19 @@ ce::ComPtr<ce::IContact> Importer::ItemOf(std::uint32_t oid) {
   return AsContact(item);
 }
 
-std::uint32_t Importer::Store(ce::IContact& item, const fs::path& file,
-                              const formats::ParsedContact& parsed, Tally& tally) {
-  for (const std::string& notKept : WriteContactItem(parsed.contact, item))
-    Notice(file, parsed.line, notKept, tally);
+// Nothing is stored before it is saved.
+ce::ComPtr<ce::IContact> Importer::NewItem() {
+  ce::ComPtr<ce::IDispatch> added;
+  Check(session_.Contacts()->Add(added.put()), "adding");
+  return AsContact(added);
+}
+
+std::uint32_t Importer::Store(ce::IContact& item, const Contact& contact) {
   try {
     Check(item.Save(), "storing");
     ce::LONG oid = 0;
     Check(item.get_Oid(&oid), "storing");
-    imported_.Remember(parsed.contact, static_cast<std::uint32_t>(oid));
+    imported_.Remember(contact, static_cast<std::uint32_t>(oid));
     return static_cast<std::uint32_t>(oid);
   } catch (const StatusError& failure) {
     throw StoreFailure(failure);
@@ -112,15 +116,14 @@ void Importer::ImportContact(const fs::path& file, const formats::ParsedContact&
     ++tally.unchanged;
     return;
   }
+  const ce::ComPtr<ce::IContact> target = item ? item : NewItem();
+  for (const std::string& notKept : WriteContactItem(contact, *target.get()))
+    Notice(file, parsed.line, notKept, tally);
   std::uint32_t oid = 0;
   if (options_.dryRun) {
     imported_.Pretend(contact);
-  } else if (item) {
-    oid = Store(*item.get(), file, parsed, tally);
   } else {
-    ce::ComPtr<ce::IDispatch> added;
-    Check(session_.Contacts()->Add(added.put()), "adding");
-    oid = Store(*AsContact(added).get(), file, parsed, tally);
+    oid = Store(*target.get(), contact);
   }
   ++(exists ? tally.changed : tally.added);
   Say(exists ? "changed" : "added", oid, contact);

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "maintenance/usage_error.h"
 #include "platform/host/system/registry_store.h"
 #include "platform/host/system/utf.h"
 #include "platform/registry.h"
@@ -103,10 +104,8 @@ Outcome RegistrySet(ce::host::Handheld& handheld, const std::string& key,
   if (!name) return Finish(registry.CreateKey(wideKey, nullptr), key, report);
   const auto parsed = value ? ParseValue(*value) : std::nullopt;
   if (!parsed) {
-    fmt::print(report.err,
-               "corvane-device: {}: a value is sz:TEXT, dword:NUMBER or binary:HEX, not \"{}\"\n",
-               Describe(key, name), value.value_or(""));
-    return Outcome::kFailed;
+    throw UsageError(fmt::format("{}: a value is sz:TEXT, dword:NUMBER or binary:HEX, not \"{}\"",
+                                 Describe(key, name), value.value_or("")));
   }
   return Finish(registry.SetValue(wideKey, FromUtf8Lossy(*name), *parsed), Describe(key, name),
                 report);

@@ -117,7 +117,8 @@ void AddPush(CLI::App& app, CommandLine& line) {
   command.add_option("--chunk", line.push.policy.chunk, "Records to a document; default 20")
       ->type_name("N")
       ->check(CLI::Range(1, 10000).description(""));
-  command.add_flag("--force", line.push.policy.force, "Send what has not changed, too");
+  command.add_flag("--force", line.push.policy.force,
+                   "Send what has not changed or what the check finds in conflict, too");
   command.add_flag("--dry-run", line.push.policy.dryRun, "Show what would be sent, send nothing");
   command.add_flag("--json", line.push.json, "The results as JSON");
   AddMapping(command, line.push.mapping);

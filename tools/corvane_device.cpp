@@ -12,6 +12,7 @@
 #include "maintenance/import_contacts.h"
 #include "maintenance/registry_commands.h"
 #include "maintenance/session.h"
+#include "maintenance/usage_error.h"
 
 namespace {
 
@@ -178,7 +179,10 @@ int ParseAndRun(int argc, char** argv) {
     fmt::print(stderr, "A command is required\nRun with --help for more information.\n");
     return kExitUsage;
   }
-  return static_cast<int>(chosen(Report{}));
+  const Outcome outcome = chosen(Report{});
+  if (std::fflush(stdout) != 0 || std::ferror(stdout))
+    throw std::runtime_error("the standard output cannot be written");
+  return static_cast<int>(outcome);
 }
 
 }  // namespace
@@ -186,6 +190,9 @@ int ParseAndRun(int argc, char** argv) {
 int main(int argc, char** argv) {
   try {
     return ParseAndRun(argc, argv);
+  } catch (const maintenance::UsageError& error) {
+    std::fprintf(stderr, "corvane-device: %s\n", error.what());
+    return kExitUsage;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "corvane-device: %s\n", error.what());
     return static_cast<int>(Outcome::kFailed);

@@ -296,5 +296,35 @@ TEST_F(DefaultMappingPathTest, IsBelowHomeOtherwise) {
   EXPECT_THROW(DefaultMappingPath({"h", "1"}), Error);
 }
 
+TEST_F(MappingTest, ExpectsAnItemUntilItIsThereOrSettled) {
+  for (const bool whole : {false, true}) {  // by the journal alone, or by the file
+    SCOPED_TRACE(whole);
+    std::filesystem::remove(path());
+    const auto step = [&](const auto& change) {
+      Mapping mapping(path());
+      change(mapping);
+      mapping.SaveChanges();
+      if (whole) mapping.Save();
+    };
+    step([](Mapping& mapping) {
+      mapping.Expect({0, "contact", "a", "", "h", "s"});
+      mapping.Expect({0, "contact", "", "b", "h", "s"});
+      mapping.Expect({0, "contact", "", "", "h", "s"});  // could never be told from another
+    });
+    step([](Mapping& mapping) {
+      ASSERT_EQ(mapping.expected().size(), 2U);
+      EXPECT_EQ(mapping.expected().rbegin()->second.uid, "a");
+      EXPECT_EQ(mapping.expected().rbegin()->second.state, "s");
+      mapping.Put({1, "contact", "a", "", "h", "s1"});
+    });
+    step([](Mapping& mapping) {
+      ASSERT_EQ(mapping.expected().size(), 1U);
+      EXPECT_EQ(mapping.FindOid(1)->state, "s1");
+      mapping.Settle({0, "contact", "", "b", ""});
+    });
+    EXPECT_TRUE(Mapping(path()).expected().empty());
+  }
+}
+
 }  // namespace
 }  // namespace desktop

@@ -109,7 +109,7 @@ TEST_F(DeleteTest, OfSomeSendsDeletionsAndForgetsThem) {
             "<?xml version=\"1.0\" encoding=\"UTF-8\"?><root><CONTACT Oid=\"5\" Delete=\"1\"/>"
             "<CONTACT Oid=\"-1\" Delete=\"1\"/></root>");
   EXPECT_EQ(console_.out.str(),
-            "contact: deleted (OID 5)\n"
+            "contact: is not there any more (OID 5)\n"
             "contact: failed (OID 4294967295): 0x80070005 (access denied)\n");
   EXPECT_EQ(Mapped(), 2U);
 }

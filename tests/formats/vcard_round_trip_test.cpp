@@ -7,6 +7,7 @@
 
 #include "formats/vcard_dates.h"
 #include "tests/formats/card_support.h"
+#include "tests/support/paths.h"
 
 namespace formats {
 
@@ -160,7 +161,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& test) { return std::string(test.param.name); });
 
 VCardFile ReadSample(const std::string& name) {
-  std::ifstream in(std::string(CORVANE_SOURCE_DIR) + "/samples/" + name, std::ios::binary);
+  std::ifstream in(corvane::testing::SourcePath("samples/" + name), std::ios::binary);
   EXPECT_TRUE(in.is_open());
   return ReadVCards(std::string(std::istreambuf_iterator<char>(in), {}));
 }

@@ -115,6 +115,12 @@ TEST_F(ImportContacts, CutsATextThatIsTooLongAndSaysSo) {
   EXPECT_NE(Contacts().find("\"" + std::string(1023, 'x') + "\""), std::string::npos);
 }
 
+TEST_F(ImportContacts, NamesInADryRunWhatItWouldNotKeep) {
+  const auto file = WriteFile("a.vcf", Card("N:" + std::string(2000, 'x') + ";;;;\r\n"));
+  Import({file}, {.dryRun = true});
+  EXPECT_NE(err_.find("LastName: cut from 2000 to 1023 characters"), std::string::npos) << err_;
+}
+
 TEST_F(ImportContacts, CutsNoCharacterInHalves) {
   std::string text(1022, 'x');
   text += "\xF0\x9F\x98\x80";  // two UTF-16 units: the second would be the 1024th

@@ -5,15 +5,15 @@
 
 #include <string>
 
+#include "tests/support/paths.h"
+
 namespace corvane::testing {
 
 // Success when the file holds exactly `actual`; the failure names the first difference.
 ::testing::AssertionResult EqualsFile(const std::string& path, const std::string& actual);
 
-#ifdef CORVANE_SOURCE_DIR
 inline ::testing::AssertionResult EqualsGolden(const std::string& name, const std::string& actual) {
-  return EqualsFile(CORVANE_SOURCE_DIR "/tests/golden/" + name, actual);
+  return EqualsFile(SourcePath("tests/golden/" + name), actual);
 }
-#endif
 
 }  // namespace corvane::testing

@@ -106,13 +106,14 @@ TEST_F(DesktopPush, DeletesTheContactsNamed) {
   Desktop({"push", Sample("people.vcf")});
   const Ended ended = Desktop({"delete", "contacts", "--oid", "1", "--oid", "5"});
   EXPECT_EQ(ended.code, 0);
-  EXPECT_EQ(ended.out, "contact: deleted (OID 1)\ncontact: deleted (OID 5)\n");
+  EXPECT_EQ(ended.out,
+            "contact: is not there any more (OID 1)\ncontact: is not there any more (OID 5)\n");
   EXPECT_EQ(ended.err, "2 deleted\n");
   const std::string left = Pulled();
   EXPECT_THAT(left, Not(HasSubstr("{\"oid\":1,")));
   EXPECT_THAT(left, Not(HasSubstr("{\"oid\":5,")));
   EXPECT_THAT(left, HasSubstr("{\"oid\":2,"));
-  EXPECT_EQ(Desktop({"push", Sample("people.vcf")}).err, "2 added, 25 unchanged\n")
+  EXPECT_THAT(Desktop({"push", Sample("people.vcf")}).err, HasSubstr("2 added, 25 unchanged\n"))
       << "it knows that they have gone";
 }
 

@@ -22,8 +22,12 @@ class DeviceTool : public ToolTest {
     EXPECT_EQ(ended.out, out);
     EXPECT_EQ(ended.err, "");
   }
-  void ExpectRefusal(const Ended& ended, const std::string& says) {
-    EXPECT_EQ(ended.code, 1);
+  // A value that makes no sense is wrong use.
+  void ExpectWrongUse(const Ended& ended, const std::string& says) {
+    ExpectRefusal(ended, says, 2);
+  }
+  void ExpectRefusal(const Ended& ended, const std::string& says, int code = 1) {
+    EXPECT_EQ(ended.code, code);
     EXPECT_EQ(ended.out, "");
     EXPECT_TRUE(IsOneLine(ended.err)) << ended.err;
     EXPECT_THAT(ended.err, StartsWith("corvane-device: "));
@@ -57,10 +61,10 @@ TEST_F(DeviceTool, MakesNoHandheldOverAnother) {
 }
 
 TEST_F(DeviceTool, MakesNothingOfAWrongOption) {
-  ExpectRefusal(Device({"init", Path("mine"), "--zone", "Mars/Base"}), "\"Mars/Base\"");
-  ExpectRefusal(Device({"init", Path("mine"), "--language", "klingon"}), "\"klingon\"");
-  ExpectRefusal(Device({"init", Path("mine"), "--os-version", "five"}), "\"five\"");
-  ExpectRefusal(Device({"init", Path("mine"), "--first-oid", "0"}), "first-oid");
+  ExpectWrongUse(Device({"init", Path("mine"), "--zone", "Mars/Base"}), "\"Mars/Base\"");
+  ExpectWrongUse(Device({"init", Path("mine"), "--language", "klingon"}), "\"klingon\"");
+  ExpectWrongUse(Device({"init", Path("mine"), "--os-version", "five"}), "\"five\"");
+  ExpectWrongUse(Device({"init", Path("mine"), "--first-oid", "0"}), "first-oid");
   EXPECT_FALSE(std::filesystem::exists(Path("mine")));
 }
 
@@ -87,10 +91,10 @@ TEST_F(DeviceTool, ChangesASetting) {
 TEST_F(DeviceTool, RefusesASettingOrAValueThatItDoesNotKnow) {
   const std::string handheld = MakeHandheld();
   const std::string registry = directory_.Read("handheld/registry.reg");
-  ExpectRefusal(Device({"set", handheld, "colour", "red"}), "no setting \"colour\"");
-  ExpectRefusal(Device({"set", handheld, "zone", "Mars/Base"}), "\"Mars/Base\"");
-  ExpectRefusal(Device({"set", handheld, "peer-timeout", "soon"}), "\"soon\"");
-  ExpectRefusal(Device({"set", handheld, "yomi", "maybe"}), "\"maybe\"");
+  ExpectWrongUse(Device({"set", handheld, "colour", "red"}), "no setting \"colour\"");
+  ExpectWrongUse(Device({"set", handheld, "zone", "Mars/Base"}), "\"Mars/Base\"");
+  ExpectWrongUse(Device({"set", handheld, "peer-timeout", "soon"}), "\"soon\"");
+  ExpectWrongUse(Device({"set", handheld, "yomi", "maybe"}), "\"maybe\"");
   EXPECT_EQ(directory_.Read("handheld/registry.reg"), registry);
 }
 
@@ -114,8 +118,8 @@ TEST_F(DeviceTool, SetsGetsAndDeletesRegistryValues) {
   ExpectRefusal(registry({"get", kAgentKey, "Greeting"}), "\"Greeting\": it is not there");
   ExpectDone(registry({"delete", std::string(kAgentKey) + "\\Below"}), "");
   ExpectRefusal(registry({"get", std::string(kAgentKey) + "\\Below"}), "it is not there");
-  ExpectRefusal(registry({"set", kAgentKey, "Logging", "two"}), "\"two\"");
-  ExpectRefusal(registry({"set", kAgentKey, "Logging", "dword:4294967296"}), "Logging");
+  ExpectWrongUse(registry({"set", kAgentKey, "Logging", "two"}), "\"two\"");
+  ExpectWrongUse(registry({"set", kAgentKey, "Logging", "dword:4294967296"}), "Logging");
   ExpectDone(registry({"get", kAgentKey, "Logging"}), "dword:2\n");
 }
 
@@ -135,7 +139,7 @@ TEST_F(DeviceTool, ShowsSetsAndResetsTheClock) {
 }
 
 TEST_F(DeviceTool, RefusesATimeThatIsNone) {
-  ExpectRefusal(Device({"clock", MakeHandheld(), "set", "yesterday"}), "\"yesterday\"");
+  ExpectWrongUse(Device({"clock", MakeHandheld(), "set", "yesterday"}), "\"yesterday\"");
 }
 
 TEST_F(DeviceTool, FindsDamageInTheStore) {

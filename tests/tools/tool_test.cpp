@@ -8,14 +8,9 @@
 #include <regex>
 #include <stdexcept>
 
+#include "tests/support/paths.h"
+
 namespace corvane::testing {
-namespace {
-
-std::string Program(const std::string& name) {
-  return std::string(CORVANE_BIN_DIR "/") + name;
-}
-
-}  // namespace
 
 void PrintTo(const Ended& ended, std::ostream* stream) {
   *stream << "exit code " << ended.code << "\nstandard output:\n"
@@ -60,7 +55,7 @@ ProcessOptions ToolTest::Options(int listener) const {
 }
 
 Ended ToolTest::Run(const std::string& program, const Arguments& arguments) const {
-  Process process(Program(program), arguments, Options());
+  Process process(ProgramPath(program), arguments, Options());
   Ended ended;
   ended.out = process.ReadToEnd();
   ended.code = process.Wait();
@@ -92,13 +87,13 @@ std::string ToolTest::File(const std::string& name, std::string_view content) co
 }
 
 std::string ToolTest::Sample(const std::string& name) {
-  return std::string(CORVANE_SOURCE_DIR "/samples/") + name;
+  return SourcePath("samples/" + name);
 }
 
 void ToolTest::StartAgent(const std::string& handheld, const Arguments& more, int listener) {
   Arguments arguments{"--handheld", handheld, "--listen", "127.0.0.1:0"};
   arguments.insert(arguments.end(), more.begin(), more.end());
-  agent_.emplace(Program("corvane"), arguments, Options(listener));
+  agent_.emplace(ProgramPath("corvane"), arguments, Options(listener));
   greeting_ = agent_->ReadLine();
   const std::size_t colon = greeting_.rfind(':');
   if (colon == std::string::npos)

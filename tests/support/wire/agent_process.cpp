@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include "platform/registry.h"
+#include "tests/support/paths.h"
 
 namespace corvane::testing {
 
@@ -30,7 +31,7 @@ HandheldDirectory& WireTest::handheld() {
 
 std::uint16_t WireTest::port() {
   if (!agent_) {
-    agent_.emplace(CORVANE_BIN_DIR "/corvane",
+    agent_.emplace(ProgramPath("corvane"),
                    std::vector<std::string>{"--handheld", handheld().path().string(), "--listen",
                                             "127.0.0.1:0"},
                    options_);

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace desktop {
+namespace files {
 
 // Writes beside the file and takes its place on Commit; without one, nothing is left behind. What
 // is no plain file (a device, a pipe) is written to directly. A symbolic link keeps pointing to the
@@ -39,4 +39,4 @@ void SyncDirectoryOf(const std::filesystem::path& path);
 // The whole file. Throws Error.
 std::string ReadWholeFile(const std::filesystem::path& path);
 
-}  // namespace desktop
+}  // namespace files

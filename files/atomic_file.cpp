@@ -1,4 +1,4 @@
-#include "desktop/atomic_file.h"
+#include "files/atomic_file.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -10,9 +10,9 @@
 #include <random>
 #include <system_error>
 
-#include "desktop/error.h"
+#include "files/error.h"
 
-namespace desktop {
+namespace files {
 namespace {
 
 constexpr std::size_t kBuffer = 256 * 1024;
@@ -121,4 +121,4 @@ std::string ReadWholeFile(const std::filesystem::path& path) {
   return bytes;
 }
 
-}  // namespace desktop
+}  // namespace files

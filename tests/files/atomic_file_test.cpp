@@ -1,19 +1,41 @@
-#include "desktop/atomic_file.h"
+#include "files/atomic_file.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "desktop/error.h"
-#include "tests/desktop/fixtures.h"
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
 
-namespace desktop {
+#include "files/error.h"
+#include "tests/support/temporary_directory.h"
+
+namespace files {
 namespace {
 
-using testing::ReadFile;
-using testing::TempDirectory;
-using testing::WriteFile;
-
 using Names = std::vector<std::string>;
+
+struct TempDirectory : corvane::testing::TemporaryDirectory {
+  Names names() const {
+    Names found;
+    for (const auto& entry : std::filesystem::directory_iterator(path()))
+      found.push_back(entry.path().filename().string());
+    std::sort(found.begin(), found.end());
+    return found;
+  }
+};
+
+std::string ReadFile(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void WriteFile(const std::filesystem::path& path, std::string_view bytes) {
+  std::ofstream(path, std::ios::binary) << bytes;
+}
 
 TEST(AtomicFile, AppearsOnlyOnCommit) {
   const TempDirectory directory;
@@ -95,4 +117,4 @@ TEST(ReadWholeFile, SaysWhichFileItCannotRead) {
 }
 
 }  // namespace
-}  // namespace desktop
+}  // namespace files

@@ -1,0 +1,12 @@
+// Where the identifiers of new items go on.
+#pragma once
+
+#include "platform/pocket_outlook.h"
+
+namespace ce::host {
+
+// New items are numbered from `first` on. E_INVALIDARG for 0, and when that would give out an
+// identifier a second time; E_FAIL when the application is not logged on.
+[[nodiscard]] HRESULT StartOidsAt(IPOutlookApp* app, DWORD first);
+
+}  // namespace ce::host
