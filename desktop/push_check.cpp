@@ -95,7 +95,8 @@ void AdoptExpected(const ConnectionOptions& connection, Mapping& mapping) {
   Require(DownloadAll(connection, RecordKind::kContacts,
                       [&](const std::string& document) { found.Take(document); }));
   const std::map<std::string, MappedItem> expected = mapping.expected();
-  for (const auto& [key, item] : expected) {
+  for (const auto& entry : expected) {
+    const MappedItem& item = entry.second;
     mapping.Settle(item);
     const MappedItem* before = item.uid.empty() ? mapping.FindContent(item.kind, item.content)
                                                 : mapping.FindUid(item.kind, item.uid);
