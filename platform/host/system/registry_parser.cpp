@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <charconv>
 #include <optional>
 #include <utility>
@@ -76,7 +77,7 @@ class Parser {
 
  private:
   [[noreturn]] void Fail(const std::string& problem) const {
-    throw RegistryTextError(number_, problem);
+    throw RegistryTextError(std::max<std::size_t>(number_, 1), problem);
   }
 
   bool NextLine() {

@@ -122,7 +122,7 @@ TEST_P(ParseRegistryDamaged, NamesTheLine) {
 INSTANTIATE_TEST_SUITE_P(
     Texts, ParseRegistryDamaged,
     ::testing::Values(
-        DamagedText{"Empty", "", 0, "first line"},
+        DamagedText{"Empty", "", 1, "first line"},
         DamagedText{"OtherHeading", "REGEDIT4\r\n", 1, ""},
         DamagedText{"Binary", std::string("\x00\x01\xFF", 3), 1, "UTF-8"},
         DamagedText{"HalfUnit", "\xFF\xFEW", 1, "UTF-16"},
