@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <map>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -27,6 +28,7 @@ class Store {
   // midway, or a download.
   FakeAgent::Script Serve(std::size_t mostAnswers = SIZE_MAX) {
     return [this, mostAnswers](Peer& peer) {
+      const std::scoped_lock lock(mutex_);  // an agent that a test holds, and the next one
       const SeenRequest seen = ReadRequest(peer.ReceiveCounted());
       requests.push_back(seen.function);
       peer.Send(Word(0));
@@ -101,6 +103,7 @@ class Store {
     return Word(stored) + Word(0);
   }
 
+  std::mutex mutex_;
   Oid next_ = 101;
 };
 
