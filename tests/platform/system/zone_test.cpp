@@ -1,8 +1,6 @@
 #include "platform/host/system/zone.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
 #include <time.h>
 
 #include <cstdio>
@@ -13,7 +11,7 @@
 #include <utility>
 
 #include "platform/host/system/handheld_clock.h"
-#include "tests/support/temporary_directory.h"
+#include "tests/support/zone_database.h"
 
 namespace corvane {
 namespace {
@@ -22,30 +20,8 @@ namespace fs = std::filesystem;
 using namespace ce;
 using host::ReadZone;
 using host::ZoneFromPosixRule;
-using ::testing::Contains;
-using ::testing::Not;
-
-// An environment variable for the length of a test.
-class Environment {
- public:
-  Environment(const char* name, const std::string& value) : name_(name) {
-    if (const char* old = ::getenv(name)) old_ = old;
-    ::setenv(name, value.c_str(), 1);
-  }
-  Environment(const Environment&) = delete;
-  Environment& operator=(const Environment&) = delete;
-  ~Environment() {
-    if (old_) {
-      ::setenv(name_, old_->c_str(), 1);
-    } else {
-      ::unsetenv(name_);
-    }
-  }
-
- private:
-  const char* name_;
-  std::optional<std::string> old_;
-};
+using testing::Environment;
+using testing::ZoneFile;
 
 // "M10.5.0 03:00:00.000": the device's form, spelt like a POSIX rule.
 std::string Describe(const SYSTEMTIME& rule) {
@@ -243,23 +219,8 @@ TEST(ReadZone, RefusesNamesThatLeadElsewhere) {
 // A database of our own, of files that are whole or damaged.
 class ZoneDatabase : public ::testing::Test {
  protected:
-  static std::string Header(char version, int transitions) {
-    std::string header = "TZif";
-    header += version;
-    header += std::string(15, '\0');
-    for (const int count : {0, 0, 0, transitions, 1, 4}) {
-      header += std::string(3, '\0') + static_cast<char>(count);
-    }
-    return header;
-  }
-  static std::string ZoneFile(const std::string& rule, char version = '2') {
-    const std::string type = std::string(6, '\0') + std::string("CET\0", 4);
-    return Header(version, 1) + std::string(5, '\0') + type + Header(version, 1) +
-           std::string(9, '\0') + type + "\n" + rule + "\n";
-  }
-
-  testing::TemporaryDirectory directory_;
-  Environment setting_{"TZDIR", directory_.path().string()};
+  testing::OwnZoneDatabase database_;
+  const testing::TemporaryDirectory& directory_ = database_.directory;
 };
 
 TEST_F(ZoneDatabase, IsWhereTzdirSays) {
@@ -290,45 +251,6 @@ TEST_F(ZoneDatabase, RefusesDamagedFiles) {
   fs::remove(directory_ / "Zone");
   fs::create_directory(directory_ / "Zone");
   EXPECT_FALSE(ReadZone("Zone"));
-}
-
-TEST_F(ZoneDatabase, ListsItsZonesInOrder) {
-  fs::create_directories(directory_ / "Europe");
-  fs::create_directories(directory_ / "posix/Europe");
-  for (const char* name : {"UTC", "Europe/Zagreb", "Europe/Berlin", "posix/Europe/Berlin"}) {
-    directory_.Write(name, ZoneFile("CET-1"));
-  }
-  directory_.Write("zone.tab", "# text");
-  directory_.Write("Europe/leapseconds", "# text");
-  EXPECT_THAT(host::ListZones(), ::testing::ElementsAre("Europe/Berlin", "Europe/Zagreb", "UTC"));
-}
-
-TEST(ListZones, KnowsTheSystemsZones) {
-  const auto zones = host::ListZones();
-  EXPECT_THAT(zones, Contains("Europe/Berlin"));
-  EXPECT_THAT(zones, Contains("UTC"));
-  EXPECT_THAT(zones, Not(Contains("zone.tab")));
-}
-
-TEST(HostZoneName, IsWhatTheLinkSays) {
-  const testing::TemporaryDirectory etc;
-  fs::create_symlink("../usr/share/zoneinfo/Europe/Berlin", etc / "localtime");
-  etc.Write("timezone", "Asia/Tokyo\n");
-  EXPECT_EQ(host::HostZoneName(etc.path()), "Europe/Berlin");
-}
-
-TEST(HostZoneName, IsWhatTheFileSaysWithoutALink) {
-  const testing::TemporaryDirectory etc;
-  etc.Write("localtime", "TZif2");
-  etc.Write("timezone", "Asia/Tokyo\n");
-  EXPECT_EQ(host::HostZoneName(etc.path()), "Asia/Tokyo");
-}
-
-TEST(HostZoneName, FallsBackToUtc) {
-  const testing::TemporaryDirectory etc;
-  EXPECT_EQ(host::HostZoneName(etc.path()), "UTC");
-  etc.Write("timezone", "../../etc/passwd\n");
-  EXPECT_EQ(host::HostZoneName(etc.path()), "UTC");
 }
 
 }  // namespace

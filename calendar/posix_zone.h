@@ -1,11 +1,12 @@
 // The POSIX form of a time zone's present rules: "CET-1CEST,M3.5.0,M10.5.0/3".
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <string_view>
 
-namespace ce::host {
+namespace calendar {
 
 // A day of each year, and the wall-clock time before the change.
 struct PosixDate {
@@ -32,7 +33,13 @@ struct PosixZone {
   std::optional<PosixDate> daylightEnd;
 };
 
+// The week-th such weekday (0 is Sunday) of a month; week 5 is the last.
+std::chrono::local_days WeekdayOfMonth(int year, int month, int week, int weekday);
+
+// Where in a year the date falls, its time apart.
+std::chrono::local_days DayInYear(const PosixDate& date, int year);
+
 // Nothing for a text that is no rule.
 std::optional<PosixZone> ParsePosixZone(std::string_view rule);
 
-}  // namespace ce::host
+}  // namespace calendar

@@ -1,8 +1,13 @@
-#include "platform/host/system/posix_zone.h"
+#include "calendar/posix_zone.h"
 
 #include <cctype>
 
-namespace ce::host {
+namespace calendar {
+
+using std::chrono::days;
+using std::chrono::local_days;
+using std::chrono::year_month_day;
+
 namespace {
 
 class Parser {
@@ -106,4 +111,29 @@ std::optional<PosixZone> ParsePosixZone(std::string_view rule) {
   return Parser(rule).Parse();
 }
 
-}  // namespace ce::host
+local_days WeekdayOfMonth(int year, int month, int week, int weekday) {
+  const year_month_day first = std::chrono::year{year} / month / 1;
+  const std::chrono::weekday wanted{static_cast<unsigned>(weekday)};
+  const local_days firstSuch =
+      local_days{first} + (wanted - std::chrono::weekday{local_days{first}});
+  local_days day = firstSuch + days{7 * (week - 1)};
+  if (year_month_day{day}.month() != first.month()) day -= days{7};
+  return day;
+}
+
+local_days DayInYear(const PosixDate& date, int year) {
+  const local_days newYear{std::chrono::year{year} / 1 / 1};
+  switch (date.kind) {
+    case PosixDate::Kind::kMonthWeekDay:
+      return WeekdayOfMonth(year, date.month, date.week, date.weekday);
+    case PosixDate::Kind::kDayNoLeap: {
+      const bool afterLeapDay = std::chrono::year{year}.is_leap() && date.day > 31 + 28;
+      return newYear + days{date.day - 1 + (afterLeapDay ? 1 : 0)};
+    }
+    case PosixDate::Kind::kDayFromZero:
+      break;
+  }
+  return newYear + days{date.day};
+}
+
+}  // namespace calendar
