@@ -1,17 +1,11 @@
 // The contact's text properties: one row each, in the order of the interface.
 #pragma once
 
-#include <array>
 #include <cstddef>
 
-namespace ce::host {
+#include "platform/host/outlook/item_texts.h"
 
-enum class TextKind {
-  kPlain,   // up to MaxContactText characters
-  kFileAs,  // as kPlain; derived from other properties while it was never set
-  kBody,    // up to MaxBody bytes of UTF-16
-  kYomi,    // as kPlain; only on a handheld that has Yomi fields
-};
+namespace ce::host {
 
 // X(property, kind)
 #define CE_CONTACT_TEXTS(X)            \
@@ -70,12 +64,7 @@ enum class ContactText {
 #undef CE_CONTACT_TEXT
 };
 
-struct ContactTextRow {
-  const char* name;  // of the property, and of the store's column
-  TextKind kind;
-};
-
-inline constexpr ContactTextRow kContactTexts[] = {
+inline constexpr TextRow kContactTexts[] = {
 #define CE_CONTACT_TEXT(Name, Kind) {#Name, TextKind::Kind},
     CE_CONTACT_TEXTS(CE_CONTACT_TEXT)
 #undef CE_CONTACT_TEXT

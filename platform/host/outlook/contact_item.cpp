@@ -7,6 +7,7 @@
 #include "platform/host/outlook/contact_row.h"
 #include "platform/host/outlook/guard.h"
 #include "platform/host/outlook/item_list.h"
+#include "platform/host/outlook/item_property.h"
 #include "platform/host/outlook/ole_date.h"
 #include "platform/host/outlook/stored_text.h"
 #include "platform/pocket_outlook.h"
@@ -44,21 +45,27 @@ class ContactItem final : public ComObject<IContact> {
 #undef CE_CONTACT_TEXT
 
   HRESULT get_Birthday(DATE* value) override {
-    return GetDate("IContact::get_Birthday", row_.birthday, value);
+    return GetValue("IContact::get_Birthday", row_.birthday, value, kNoDate);
   }
   HRESULT put_Birthday(DATE value) override {
     return PutDate("IContact::put_Birthday", row_.birthday, value);
   }
   HRESULT get_Anniversary(DATE* value) override {
-    return GetDate("IContact::get_Anniversary", row_.anniversary, value);
+    return GetValue("IContact::get_Anniversary", row_.anniversary, value, kNoDate);
   }
   HRESULT put_Anniversary(DATE value) override {
     return PutDate("IContact::put_Anniversary", row_.anniversary, value);
   }
 
-  HRESULT get_BodyInk(DWORD* bytes, const BYTE** block) override;
-  HRESULT put_BodyInk(DWORD bytes, const BYTE* block) override;
-  HRESULT get_Oid(LONG* oid) override;
+  HRESULT get_BodyInk(DWORD* bytes, const BYTE** block) override {
+    return GetInk("IContact::get_BodyInk", row_.ink, bytes, block);
+  }
+  HRESULT put_BodyInk(DWORD bytes, const BYTE* block) override {
+    return PutInk("IContact::put_BodyInk", changed_, row_.ink, bytes, block);
+  }
+  HRESULT get_Oid(LONG* oid) override {
+    return GetValue("IContact::get_Oid", static_cast<LONG>(oid_), oid);
+  }
   HRESULT Save() override;
   HRESULT Delete() override;
 
@@ -67,8 +74,13 @@ class ContactItem final : public ComObject<IContact> {
 
   HRESULT GetText(const char* call, ContactText text, BSTR* value);
   HRESULT PutText(const char* call, ContactText text, BSTR value);
-  HRESULT GetDate(const char* call, DATE date, DATE* value);
-  HRESULT PutDate(const char* call, DATE& date, DATE value);
+  HRESULT PutDate(const char* call, DATE& date, DATE value) {
+    return PutValue(call, changed_, [&] {
+      if (!IsItemDate(value)) return false;
+      date = value;
+      return true;
+    });
+  }
   HRESULT StoreNew(Store& store);
   HRESULT StoreChanges(Store& store);
 
@@ -79,7 +91,7 @@ class ContactItem final : public ComObject<IContact> {
   bool changed_ = false;
 };
 
-const ContactTextRow& RowOf(ContactText text) {
+const TextRow& RowOf(ContactText text) {
   return kContactTexts[static_cast<std::size_t>(text)];
 }
 
@@ -114,54 +126,6 @@ HRESULT ContactItem::PutText(const char* call, ContactText text, BSTR value) {
   });
 }
 
-HRESULT ContactItem::GetDate(const char* call, DATE date, DATE* value) {
-  if (!value) return E_POINTER;
-  *value = kNoDate;
-  return Guarded(call, [&] {
-    *value = date;
-    return S_OK;
-  });
-}
-
-HRESULT ContactItem::PutDate(const char* call, DATE& date, DATE value) {
-  return Guarded(call, [&] {
-    if (!IsItemDate(value)) return E_INVALIDARG;
-    date = value;
-    changed_ = true;
-    return S_OK;
-  });
-}
-
-HRESULT ContactItem::get_BodyInk(DWORD* bytes, const BYTE** block) {
-  if (!bytes || !block) return E_POINTER;
-  *bytes = 0;
-  *block = nullptr;
-  return Guarded("IContact::get_BodyInk", [&] {
-    if (row_.ink.empty()) return E_NOTIMPL;
-    *bytes = static_cast<DWORD>(row_.ink.size());
-    *block = row_.ink.data();
-    return S_OK;
-  });
-}
-
-HRESULT ContactItem::put_BodyInk(DWORD bytes, const BYTE* block) {
-  return Guarded("IContact::put_BodyInk", [&] {
-    if (bytes > 0 && !block) return E_INVALIDARG;
-    row_.ink.assign(block, block + bytes);
-    changed_ = true;
-    return S_OK;
-  });
-}
-
-HRESULT ContactItem::get_Oid(LONG* oid) {
-  if (!oid) return E_POINTER;
-  *oid = 0;
-  return Guarded("IContact::get_Oid", [&] {
-    *oid = static_cast<LONG>(oid_);
-    return S_OK;
-  });
-}
-
 HRESULT ContactItem::Save() {
   return Guarded("IContact::Save", [&] {
     Store* store = session_->store();
@@ -191,10 +155,7 @@ HRESULT ContactItem::Delete() {
   return Guarded("IContact::Delete", [&] {
     Store* store = session_->store();
     if (!store) return E_FAIL;
-    if (oid_ == 0) return S_OK;
-    if (const auto list = list_.lock()) return list->Delete(oid_);
-    return store->Write(nullptr,
-                        [&] { return DeleteItem(*store, *KindOfItemType(olContactItem), oid_); });
+    return DeleteStored(*store, list_, olContactItem, oid_);
   });
 }
 

@@ -1,16 +1,22 @@
 #include "platform/host/outlook/item_kind.h"
 
+#include "platform/host/outlook/appointment_item.h"
 #include "platform/host/outlook/contact_item.h"
+#include "platform/host/outlook/task_item.h"
 #include "platform/pocket_outlook.h"
 
 namespace ce::host {
 namespace {
 
 constexpr ItemKind kKinds[] = {
-    {olFolderCalendar, olAppointmentItem, nullptr, nullptr, nullptr, nullptr, nullptr},
+    // The exceptions of a series go with it: the store sees to that.
+    {olFolderCalendar, olAppointmentItem, "appointments",
+     "SELECT oid FROM appointments ORDER BY oid", "DELETE FROM appointments WHERE oid = ?1",
+     &MakeAppointment, &LoadAppointment},
     {olFolderContacts, olContactItem, "contacts", "SELECT oid FROM contacts ORDER BY oid",
      "DELETE FROM contacts WHERE oid = ?1", &MakeContact, &LoadContact},
-    {olFolderTasks, olTaskItem, nullptr, nullptr, nullptr, nullptr, nullptr},
+    {olFolderTasks, olTaskItem, "tasks", "SELECT oid FROM tasks ORDER BY oid",
+     "DELETE FROM tasks WHERE oid = ?1", &MakeTask, &LoadTask},
 };
 
 }  // namespace

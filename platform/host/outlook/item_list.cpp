@@ -80,4 +80,11 @@ void ItemList::RolledBack() {
   undo_.clear();
 }
 
+HRESULT DeleteStored(Store& store, const std::weak_ptr<ItemList>& list, INT itemType,
+                     std::uint32_t oid) {
+  if (oid == 0) return S_OK;
+  if (const auto held = list.lock()) return held->Delete(oid);
+  return store.Write(nullptr, [&] { return DeleteItem(store, *KindOfItemType(itemType), oid); });
+}
+
 }  // namespace ce::host

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -49,5 +50,10 @@ class ItemList final : public WriteGroup {
   bool read_ = false;
   bool hasDeleted_ = false;
 };
+
+// Deletes a stored item of this kind, through its list as long as there is one. Succeeds as well
+// for an item that was never stored (0) or has gone.
+[[nodiscard]] HRESULT DeleteStored(Store& store, const std::weak_ptr<ItemList>& list, INT itemType,
+                                   std::uint32_t oid);
 
 }  // namespace ce::host

@@ -4,9 +4,17 @@ namespace ce::host {
 
 ItemLimits ReadItemLimits(const Handheld& handheld) {
   ItemLimits limits;
-  limits.text = handheld.Number(setting::kMaxContactText, static_cast<DWORD>(ItemLimits{}.text));
-  limits.body = handheld.Number(setting::kMaxBody, static_cast<DWORD>(ItemLimits{}.body));
+  const auto read = [&handheld](const char16_t* name, std::size_t& value) {
+    value = handheld.Number(name, static_cast<DWORD>(value));
+  };
+  read(setting::kMaxContactText, limits.text);
+  read(setting::kMaxSubject, limits.subject);
+  read(setting::kMaxCalendarText, limits.calendarText);
+  read(setting::kMaxBody, limits.body);
   limits.yomiFields = handheld.Number(setting::kYomiFields, 1) != 0;
+  limits.reminderSet = handheld.Number(setting::kReminderSet, 1) != 0;
+  limits.reminderMinutes = static_cast<LONG>(
+      handheld.Number(setting::kReminderMinutes, static_cast<DWORD>(limits.reminderMinutes)));
   return limits;
 }
 

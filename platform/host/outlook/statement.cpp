@@ -29,6 +29,11 @@ void Statement::BindBlob(int parameter, const void* bytes, std::size_t count) {
   Note(sqlite3_bind_blob64(statement_, parameter, bytes, count, SQLITE_STATIC));
 }
 
+void Statement::BindInk(int parameter, const std::vector<BYTE>& ink) {
+  if (ink.empty()) return BindNull(parameter);
+  BindBlob(parameter, ink.data(), ink.size());
+}
+
 void Statement::BindNull(int parameter) {
   Note(sqlite3_bind_null(statement_, parameter));
 }

@@ -36,6 +36,8 @@ class Statement {
   void BindReal(int parameter, double value);
   void BindText(int parameter, std::string_view utf8);
   void BindBlob(int parameter, const void* bytes, std::size_t count);
+  // NULL for no bytes.
+  void BindInk(int parameter, const std::vector<BYTE>& ink);
   void BindNull(int parameter);
 
   // `row` tells whether there is one; false ends the statement. `faultPoint` names this step for

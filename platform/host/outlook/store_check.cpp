@@ -4,13 +4,11 @@
 #include <memory>
 #include <utility>
 
-#include "platform/host/outlook/contact_row.h"
+#include "platform/host/outlook/item_check.h"
 #include "platform/host/outlook/item_kind.h"
-#include "platform/host/outlook/ole_date.h"
 #include "platform/host/outlook/store.h"
 #include "platform/host/outlook/store_error.h"
 #include "platform/host/outlook/store_schema.h"
-#include "platform/host/outlook/stored_text.h"
 
 namespace ce::host {
 namespace {
@@ -25,7 +23,9 @@ std::string Sentence(const Handheld& handheld, const std::string& problem) {
 class Check {
  public:
   Check(const Handheld& handheld, Store& store)
-      : store_(store), limits_(ReadItemLimits(handheld)) {}
+      : store_(store),
+        items_(ReadItemLimits(handheld), [this](std::string problem) { Add(std::move(problem)); }) {
+  }
 
   std::vector<std::string> Run() {
     Integrity();
@@ -35,7 +35,8 @@ class Check {
     for (const ItemKind& kind : ItemKinds()) {
       if (kind.table) Identifiers(kind);
     }
-    Contacts();
+    Items();
+    LostExceptions();
     Ledger();
     return problems_;
   }
@@ -92,37 +93,60 @@ class Check {
     }
   }
 
-  void Contacts() {
+  // Reads every item of a table, one after the other, and calls `visit` with each.
+  template <typename Row, typename Visit>
+  void Items(const char* table, const char* noun,
+             HRESULT (*read)(Store&, std::uint32_t, Row&, bool&), Visit&& visit) {
     std::vector<std::uint32_t> oids;
     ForEach(
-        "SELECT oid FROM contacts WHERE oid BETWEEN 1 AND 4294967295",
+        std::string("SELECT oid FROM ") + table + " WHERE oid BETWEEN 1 AND 4294967295",
         [&](const Statement& row) { oids.push_back(static_cast<std::uint32_t>(row.Integer(0))); });
     for (const std::uint32_t oid : oids) {
-      ContactRow contact;
+      Row item;
       bool found = false;
-      const HRESULT status = ReadContact(store_, oid, contact, found);
-      const std::string name = "contact " + std::to_string(oid) + ": ";
+      const HRESULT status = read(store_, oid, item, found);
+      const std::string name = noun + (" " + std::to_string(oid));
       if (Failed(status)) {
-        Add(name + StoreStatusText(status));
+        Add(name + ": " + StoreStatusText(status));
       } else if (found) {
-        Contact(name, contact);
+        items_.Check(name, item);
+        visit(name, oid, item);
       }
     }
   }
 
-  void Contact(const std::string& name, const ContactRow& contact) {
-    if (!IsItemDate(contact.birthday)) Add(name + "Birthday is not a possible date");
-    if (!IsItemDate(contact.anniversary)) Add(name + "Anniversary is not a possible date");
-    for (std::size_t i = 0; i < kContactTextCount; ++i) {
-      const ContactTextRow& row = kContactTexts[i];
-      const std::string_view stored = contact.texts.View(i);
-      const std::size_t limit = LongestText(limits_, row.kind);
-      if (!IsStoredText(stored)) Add(name + row.name + " is not text");
-      if (StoredUnits(stored) > limit) {
-        Add(name + row.name + " is longer than this handheld's " + std::to_string(limit) +
-            " characters");
-      }
-    }
+  void Items() {
+    const auto noMore = [](const std::string&, std::uint32_t, const auto&) {};
+    Items("contacts", "contact", &ReadContact, noMore);
+    Items("appointments", "appointment", &ReadAppointment,
+          [&](const std::string& name, std::uint32_t oid, const AppointmentRow& appointment) {
+            ExceptionsOf(name, oid, appointment);
+          });
+    Items("tasks", "task", &ReadTask, noMore);
+  }
+
+  void ExceptionsOf(const std::string& name, std::uint32_t oid, const AppointmentRow& appointment) {
+    std::vector<ExceptionRow> rows;
+    std::chrono::seconds timeOfDay{};
+    const HRESULT status = ReadExceptions(store_, oid, rows, timeOfDay);
+    if (Failed(status)) Add(name + ", exceptions: " + StoreStatusText(status));
+    for (const ExceptionRow& row : rows) items_.Check(name, appointment, row);
+  }
+
+  // What the walk through the appointments does not meet.
+  void LostExceptions() {
+    ForEach("SELECT oid FROM exceptions WHERE oid NOT IN (SELECT oid FROM appointments)",
+            [&](const Statement& row) {
+              Add("exception of appointment " + std::to_string(row.Integer(0)) +
+                  ": there is no such appointment");
+            });
+    ForEach("SELECT oid, OriginalDay FROM exceptions WHERE OriginalDay NOT BETWEEN " +
+                std::to_string(DayNumber(kFirstItemDay)) + " AND " +
+                std::to_string(DayNumber(kLastItemDay)),
+            [&](const Statement& row) {
+              Add("appointment " + std::to_string(row.Integer(0)) + ", exception of day " +
+                  std::to_string(row.Integer(1)) + ": it is not a possible date");
+            });
   }
 
   void Ledger() {
@@ -135,7 +159,7 @@ class Check {
   }
 
   Store& store_;
-  const ItemLimits limits_;
+  const ItemCheck items_;
   std::int64_t next_ = 1;
   std::vector<std::unique_ptr<std::string>> sql_;
   std::vector<std::string> problems_;

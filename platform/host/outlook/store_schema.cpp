@@ -14,7 +14,9 @@ namespace {
 // What leads from format n to n + 1 stands at n and never changes once a store has taken it.
 //
 // Text is UTF-8; a surrogate without its partner is kept as the three bytes that its value would
-// take. FileAs is NULL while it was never set. Dates are OLE dates, 949998.0 for none.
+// take. FileAs is NULL while it was never set. Dates are OLE dates, 949998.0 for none. An item that
+// does not recur has NULL in RecurrenceType and all that belongs to it. The OriginalDay of an
+// exception is the whole number of an OLE date.
 constexpr const char* kSteps[] = {
     R"sql(
 CREATE TABLE oid_counter (
@@ -83,6 +85,76 @@ CREATE TABLE import_ledger (
   content TEXT NOT NULL,
   PRIMARY KEY (kind, identity)
 ) WITHOUT ROWID;
+)sql",
+    R"sql(
+CREATE TABLE appointments (
+  oid INTEGER PRIMARY KEY,
+  Start REAL NOT NULL,
+  "End" REAL NOT NULL,
+  Duration INTEGER NOT NULL,
+  AllDayEvent INTEGER NOT NULL,
+  BusyStatus INTEGER NOT NULL,
+  Sensitivity INTEGER NOT NULL,
+  ReminderSet INTEGER NOT NULL,
+  ReminderMinutesBeforeStart INTEGER NOT NULL,
+  Subject TEXT NOT NULL,
+  Location TEXT NOT NULL,
+  Categories TEXT NOT NULL,
+  RecurrenceType INTEGER,
+  Interval INTEGER,
+  DayOfWeekMask INTEGER,
+  DayOfMonth INTEGER,
+  Instance INTEGER,
+  MonthOfYear INTEGER,
+  Occurrences INTEGER,
+  PatternEndDate REAL,
+  PatternStartDate REAL,
+  Body TEXT NOT NULL,
+  BodyInk BLOB
+);
+CREATE TABLE exceptions (
+  oid INTEGER NOT NULL REFERENCES appointments ON DELETE CASCADE,
+  OriginalDay INTEGER NOT NULL,
+  Deleted INTEGER NOT NULL,
+  Start REAL NOT NULL,
+  "End" REAL NOT NULL,
+  Duration INTEGER NOT NULL,
+  AllDayEvent INTEGER NOT NULL,
+  BusyStatus INTEGER NOT NULL,
+  Sensitivity INTEGER NOT NULL,
+  ReminderSet INTEGER NOT NULL,
+  ReminderMinutesBeforeStart INTEGER NOT NULL,
+  Subject TEXT NOT NULL,
+  Location TEXT NOT NULL,
+  Categories TEXT NOT NULL,
+  Body TEXT NOT NULL,
+  BodyInk BLOB,
+  PRIMARY KEY (oid, OriginalDay)
+);
+CREATE TABLE tasks (
+  oid INTEGER PRIMARY KEY,
+  StartDate REAL NOT NULL,
+  DueDate REAL NOT NULL,
+  DateCompleted REAL NOT NULL,
+  ReminderTime REAL NOT NULL,
+  Importance INTEGER NOT NULL,
+  Complete INTEGER NOT NULL,
+  Sensitivity INTEGER NOT NULL,
+  ReminderSet INTEGER NOT NULL,
+  Subject TEXT NOT NULL,
+  Categories TEXT NOT NULL,
+  RecurrenceType INTEGER,
+  Interval INTEGER,
+  DayOfWeekMask INTEGER,
+  DayOfMonth INTEGER,
+  Instance INTEGER,
+  MonthOfYear INTEGER,
+  Occurrences INTEGER,
+  PatternEndDate REAL,
+  PatternStartDate REAL,
+  Body TEXT NOT NULL,
+  BodyInk BLOB
+);
 )sql",
 };
 static_assert(std::size(kSteps) == kStoreFormat);
@@ -153,10 +225,14 @@ std::string MigrationSql(std::int64_t from, DWORD firstOid) {
 // A store that its own tables can be read from, as far as that can be told without reading it all.
 HRESULT CheckTables(sqlite3* database, std::string& problem) {
   std::int64_t ignored = 0;
-  HRESULT status = ReadNumber(database, "SELECT next_oid FROM oid_counter", ignored);
-  if (Succeeded(status))
-    status = ReadNumber(database, "SELECT count(1) WHERE EXISTS(SELECT oid, BodyInk FROM contacts)",
-                        ignored);
+  HRESULT status = S_OK;
+  for (const char* sql : {"SELECT next_oid FROM oid_counter",
+                          "SELECT count(1) WHERE EXISTS(SELECT oid, BodyInk FROM contacts)",
+                          "SELECT count(1) WHERE EXISTS(SELECT oid, BodyInk FROM appointments)",
+                          "SELECT count(1) WHERE EXISTS(SELECT oid, BodyInk FROM exceptions)",
+                          "SELECT count(1) WHERE EXISTS(SELECT oid, BodyInk FROM tasks)"}) {
+    if (Succeeded(status)) status = ReadNumber(database, sql, ignored);
+  }
   if (Failed(status)) problem = StoreStatusText(status);
   return status;
 }

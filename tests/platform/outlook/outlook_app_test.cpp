@@ -73,20 +73,27 @@ TEST_F(OutlookApp, HasTheThreeDefaultFoldersAndNoOther) {
   EXPECT_EQ(none, nullptr);
 }
 
-TEST_F(OutlookApp, TakesNoAppointmentsAndTasks) {
+TEST_F(OutlookApp, MakesItemsOfTheThreeKindsAndNoOther) {
   const ComPtr<IPOutlookApp> app = LoggedOn();
-  AddContact(app, u"Ada");
-  for (const INT folder : {olFolderCalendar, olFolderTasks}) {
-    const ComPtr<IPOutlookItemCollection> items = Items(app, folder);
-    IDispatch* item = reinterpret_cast<IDispatch*>(1);
-    EXPECT_EQ(items->Add(&item), E_NOTIMPL);
-    EXPECT_EQ(item, nullptr);
-    EXPECT_EQ(CountOf(items), 0);
-    EXPECT_EQ(items->Item(1, &item), E_INVALIDARG);
+  const struct {
+    INT folder;
+    INT itemType;
+    GUID iid;
+  } kinds[] = {{olFolderCalendar, olAppointmentItem, IID_IAppointment},
+               {olFolderContacts, olContactItem, IContact::kIid},
+               {olFolderTasks, olTaskItem, IID_ITask}};
+  for (const auto& kind : kinds) {
+    ComPtr<IDispatch> created;
+    ComPtr<IDispatch> added;
+    EXPECT_EQ(app->CreateItem(kind.itemType, created.put()), S_OK) << kind.itemType;
+    EXPECT_EQ(Items(app, kind.folder)->Add(added.put()), S_OK) << kind.folder;
+    for (const auto& item : {created, added}) {
+      ComPtr<IUnknown> known;
+      EXPECT_EQ(item->QueryInterface(kind.iid, known.put_void()), S_OK) << kind.folder;
+    }
+    EXPECT_EQ(CountOf(Items(app, kind.folder)), 0);
   }
   IDispatch* item = reinterpret_cast<IDispatch*>(1);
-  EXPECT_EQ(app->CreateItem(olAppointmentItem, &item), E_NOTIMPL);
-  EXPECT_EQ(app->CreateItem(olTaskItem, &item), E_NOTIMPL);
   EXPECT_EQ(app->CreateItem(4, &item), E_INVALIDARG);
   EXPECT_EQ(item, nullptr);
 }

@@ -76,9 +76,9 @@ TEST_F(StoreFile, IsOpenedForFullSynchronisationWithABoundedCache) {
 
 TEST_F(StoreFile, OfANewerFormatIsRefusedAndLeftAlone) {
   AddContact(LoggedOn(), u"Ada");
-  ASSERT_TRUE(RunSql(*handheld_, "PRAGMA user_version = 2"));
+  ASSERT_TRUE(RunSql(*handheld_, "PRAGMA user_version = 3"));
   const std::string before = Content();
-  ExpectRefused(kStoreNewerFormat, "newer version of this program (format 2");
+  ExpectRefused(kStoreNewerFormat, "newer version of this program (format 3");
   EXPECT_EQ(Content(), before);
 }
 
@@ -96,11 +96,16 @@ TEST_F(StoreFile, OfAnotherProgramIsRefusedAndLeftAlone) {
   EXPECT_EQ(Content(), before);
 }
 
-TEST_F(StoreFile, WithoutItsTablesIsRefused) {
-  LoggedOn();
-  ASSERT_TRUE(RunSql(*handheld_, "DROP TABLE contacts"));
-  EXPECT_TRUE(Failed(LogonStatus()));
-  EXPECT_NE(DescribeStoreProblem(*handheld_), "");
+TEST_F(StoreFile, WithoutOneOfItsTablesIsRefused) {
+  for (const char* table : {"oid_counter", "contacts", "appointments", "exceptions", "tasks"}) {
+    LoggedOn();
+    const std::string hide = std::string("ALTER TABLE ") + table + " RENAME TO hidden";
+    ASSERT_TRUE(RunSql(*handheld_, hide.c_str()));
+    EXPECT_TRUE(Failed(LogonStatus())) << table;
+    EXPECT_NE(DescribeStoreProblem(*handheld_), "") << table;
+    const std::string show = std::string("ALTER TABLE hidden RENAME TO ") + table;
+    ASSERT_TRUE(RunSql(*handheld_, show.c_str()));
+  }
 }
 
 TEST_F(StoreFile, CutShortIsRefusedOrReportedByTheCheck) {

@@ -2,7 +2,7 @@
 #include "platform/host/outlook/store_batch.h"
 #include "platform/host/outlook/store_check.h"
 #include "platform/host/outlook/store_error.h"
-#include "tests/platform/outlook/outlook_support.h"
+#include "tests/platform/outlook/calendar_support.h"
 
 namespace ce::host::testing {
 namespace {
@@ -169,6 +169,82 @@ TEST_F(CheckStoreTest, ReportsImpossibleDatesLongTextsAndBytesThatAreNoText) {
                                      " characters"));
   EXPECT_THAT(Problems("UPDATE contacts SET Title = CAST(x'41FF' AS TEXT)"),
               ::testing::ElementsAre("contact 1: Title is not text"));
+}
+
+// A weekly series with one changed occurrence, and a task.
+void AddCalendar() {
+  const auto app = LoggedOn();
+  const auto item = NewAppointment(app);
+  EXPECT_EQ(item->put_Start(At(2026, 3, 2, 10)), S_OK);
+  const auto pattern = PatternOf(item);
+  EXPECT_EQ(pattern->put_Occurrences(3), S_OK);
+  EXPECT_EQ(item->Save(), S_OK);
+  EXPECT_EQ(OccurrenceAt(pattern, At(2026, 3, 9, 10))->Save(), S_OK);
+  EXPECT_EQ(NewTask(app)->Save(), S_OK);
+}
+
+TEST_F(CheckStoreTest, ReportsAppointmentsThatDoNotKeepTheirPromises) {
+  AddCalendar();
+  EXPECT_EQ(CheckStore(*handheld_), std::vector<std::string>{});
+  EXPECT_THAT(Problems("UPDATE appointments SET \"End\" = \"End\" + 1, Sensitivity = 9"),
+              ::testing::ElementsAre("appointment 1: Start, End and Duration do not agree",
+                                     "appointment 1: Sensitivity has an unknown value"));
+  EXPECT_THAT(Problems("UPDATE appointments SET \"End\" = 0, Sensitivity = 0,"
+                       " Subject = printf('%.4096c', 'x')"),
+              ::testing::ElementsAre("appointment 1: End is not a possible date",
+                                     "appointment 1: Subject is longer than this handheld's 4095"
+                                     " characters"));
+}
+
+TEST_F(CheckStoreTest, ReportsSeriesAndExceptionsThatCannotBe) {
+  AddCalendar();
+  EXPECT_THAT(Problems("UPDATE appointments SET Occurrences = 4"),
+              ::testing::ElementsAre("appointment 1: its Occurrences and PatternEndDate do not"
+                                     " agree"));
+  EXPECT_THAT(Problems("UPDATE appointments SET Occurrences = 3; UPDATE exceptions SET"
+                       " OriginalDay = OriginalDay + 1, Sensitivity = 7"),
+              ::testing::ElementsAre("appointment 1, exception of 2026-03-10: its series has no"
+                                     " such day",
+                                     "appointment 1, exception of 2026-03-10: Sensitivity has an"
+                                     " unknown value"));
+  EXPECT_THAT(Problems("UPDATE exceptions SET OriginalDay = -5"),
+              ::testing::ElementsAre("appointment 1, exception of day -5: it is not a possible"
+                                     " date"));
+  EXPECT_THAT(Problems("UPDATE exceptions SET OriginalDay = 46090, Deleted = 1;"
+                       "UPDATE appointments SET RecurrenceType = 4"),
+              ::testing::ElementsAre("appointment 1: its recurrence pattern is not a possible one",
+                                     "appointment 1, exception of 2026-03-09: its series has no"
+                                     " such day"));
+  EXPECT_THAT(Problems("UPDATE appointments SET RecurrenceType = 1; UPDATE exceptions SET oid = 2"),
+              ::testing::ElementsAre("exception of appointment 2: there is no such appointment"));
+}
+
+TEST_F(CheckStoreTest, ReportsTasksThatDoNotKeepTheirPromises) {
+  AddCalendar();
+  EXPECT_THAT(Problems("UPDATE tasks SET DueDate = 5e6, Importance = 3"),
+              ::testing::ElementsAre("task 2: DueDate is not a possible date",
+                                     "task 2: Importance has an unknown value"));
+  EXPECT_THAT(Problems("UPDATE tasks SET DueDate = 949998, Importance = 1, oid = 1"),
+              ::testing::Contains("appointments 1: the identifier is also one of tasks"));
+}
+
+TEST_F(CheckStoreTest, AStoreWithImpossibleSeriesCanStillBeRead) {
+  AddCalendar();
+  for (const char* sql :
+       {"UPDATE appointments SET RecurrenceType = 99, DayOfWeekMask = 1e12",
+        "UPDATE appointments SET RecurrenceType = 1, DayOfWeekMask = 0, Interval = -1",
+        "UPDATE appointments SET Start = 9e300, PatternStartDate = -9e300",
+        "UPDATE appointments SET RecurrenceType = 'x', PatternEndDate = 'y', Start = 'z'"}) {
+    ASSERT_TRUE(RunSql(*handheld_, sql));
+    EXPECT_NE(CheckStore(*handheld_), std::vector<std::string>{}) << sql;
+    const auto app = LoggedOn();
+    const auto item = AppointmentByOid(app, 1);
+    ASSERT_TRUE(item) << sql;
+    const auto pattern = PatternOf(item);
+    Value(pattern, &IRecurrencePattern::get_RecurrenceType);
+    EXPECT_EQ(ExceptionsOf(pattern).size(), 1u) << sql;
+    EXPECT_FALSE(OccurrenceAt(pattern, At(2026, 3, 9, 10))) << sql;
+  }
 }
 
 TEST_F(CheckStoreTest, ReportsLedgerEntriesOfUnknownIdentifiers) {
