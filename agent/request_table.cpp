@@ -1,6 +1,7 @@
 #include "core/request_table.h"
 
 #include "log/logging_request.h"
+#include "pim_export/database_keys.h"
 #include "pim_export/delete_request.h"
 #include "pim_export/download_requests.h"
 #include "pim_import/upload_request.h"
@@ -16,9 +17,8 @@ constexpr RequestEntry kStreamed[] = {
 };
 
 constexpr RequestEntry kBuffered[] = {
-    {u"CVCeGetSystemTime", CVCeGetSystemTime},
-    {u"CVCeSetSystemTime", CVCeSetSystemTime},
-    {u"DeleteAllPIMRecords", DeleteAllPIMRecords},
+    {u"CVCeGetSystemTime", CVCeGetSystemTime},     {u"CVCeSetSystemTime", CVCeSetSystemTime},
+    {u"DeleteAllPIMRecords", DeleteAllPIMRecords}, {u"GetDatabaseKeys", GetDatabaseKeys},
     {u"CVResetLoggingState", CVResetLoggingState},
 };
 

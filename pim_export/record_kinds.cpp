@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <iterator>
 
+#include "pim_export/appointment_to_xml.h"
 #include "pim_export/contact_to_xml.h"
+#include "pim_export/task_to_xml.h"
+#include "platform/pocket_outlook_calendar.h"
 
 namespace corvane {
 
@@ -16,27 +19,28 @@ HRESULT ExportContact(IXMLDOMDocument* document, IXMLDOMNode* parent, IUnknown* 
   return AddContactToXML(document, parent, static_cast<IContact*>(item), variant);
 }
 
-HRESULT DeleteContact(IUnknown* item) {
-  return static_cast<IContact*>(item)->Delete();
+HRESULT ExportAppointment(IXMLDOMDocument* document, IXMLDOMNode* parent, IUnknown* item) {
+  return AddAppointmentToXML(document, parent, static_cast<IAppointment*>(item));
 }
 
-// The handheld's folder may hold items of a kind that this agent has no form for.
-HRESULT ExportUnsupported(IXMLDOMDocument*, IXMLDOMNode*, IUnknown*) {
-  return E_NOTIMPL;
+HRESULT ExportTask(IXMLDOMDocument* document, IXMLDOMNode* parent, IUnknown* item) {
+  return AddTaskToXML(document, parent, static_cast<ITask*>(item));
 }
 
-HRESULT DeleteUnsupported(IUnknown*) {
-  return E_NOTIMPL;
+template <typename Item>
+HRESULT DeleteItem(IUnknown* item) {
+  return static_cast<Item*>(item)->Delete();
 }
 
 constexpr RecordKind kRecordKinds[] = {
-    {kPIMDataAppointment, olFolderCalendar, &IID_IAppointment, ExportUnsupported, DeleteUnsupported,
-     u"AddAppointmentToXML returned %ld", u"kPIMDataAppointment returned %ld"},
-    {kPIMDataContact, olFolderContacts, &IContact::kIid, ExportContact<1>, DeleteContact,
+    {kPIMDataAppointment, olFolderCalendar, &IAppointment::kIid, ExportAppointment,
+     DeleteItem<IAppointment>, u"AddAppointmentToXML returned %ld",
+     u"kPIMDataAppointment returned %ld"},
+    {kPIMDataContact, olFolderContacts, &IContact::kIid, ExportContact<1>, DeleteItem<IContact>,
      u"AddContactToXML returned %ld", u"AddContactToXML returned %ld"},
-    {kPIMDataTask, olFolderTasks, &IID_ITask, ExportUnsupported, DeleteUnsupported,
+    {kPIMDataTask, olFolderTasks, &ITask::kIid, ExportTask, DeleteItem<ITask>,
      u"AddTaskToXML returned %ld", u"AddTaskToXML returned %ld"},
-    {kPIMDataContact2, olFolderContacts, &IContact::kIid, ExportContact<2>, DeleteContact,
+    {kPIMDataContact2, olFolderContacts, &IContact::kIid, ExportContact<2>, DeleteItem<IContact>,
      u"AddContactToXML returned %ld", u"AddContactToXML returned %ld"},
 };
 

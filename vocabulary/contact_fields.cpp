@@ -2,6 +2,8 @@
 
 #include <iterator>
 
+#include "vocabulary/field_order.h"
+
 namespace corvane {
 namespace {
 
@@ -29,8 +31,8 @@ constexpr ContactField kFields[] = {
     {.element = u"PHONE_HOME_FAX", .kind = kText, TEXT_OF(HomeFaxNumber)},
     {.element = u"Assistant", .kind = kText, TEXT_OF(AssistantName)},
     {.element = u"CHILDREN", .kind = kText, TEXT_OF(Children)},
-    {.element = u"CATEGORIES", .kind = kCategoryList, TEXT_OF(Categories)},
-    {.element = u"BUSINESS_WEB_PAGE", .kind = kText, TEXT_OF(WebPage)},
+    {.element = u"CATEGORIES", .kind = kCategoryList, TEXT_OF(Categories), .keyShift = 1},
+    {.element = u"BUSINESS_WEB_PAGE", .kind = kText, TEXT_OF(WebPage), .keyShift = -1},
     {.element = u"PHONE_BUSINESS2", .kind = kText, TEXT_OF(Business2TelephoneNumber)},
     {.element = u"TITLE", .kind = kText, TEXT_OF(Title)},
     {.element = u"MiddleName", .kind = kText, TEXT_OF(MiddleName)},
@@ -67,6 +69,10 @@ constexpr ContactField kFields[] = {
 };
 static_assert(std::size(kFields) == 46);
 
+constexpr auto kKeyFields = FieldsByPlace<std::size(kFields)>(
+    kFields, [](const ContactField& field, int index) { return index + field.keyShift + 1; });
+static_assert(EveryPlaceIsTaken(kKeyFields));
+
 constexpr ContactEmailSlot kEmailSlots[] = {
     {u"email1", &IContact::get_Email1Address, &IContact::put_Email1Address},
     {u"email2", &IContact::get_Email2Address, &IContact::put_Email2Address},
@@ -80,6 +86,10 @@ constexpr ContactEmailSlot kEmailSlots[] = {
 
 std::span<const ContactField> ContactFields() {
   return kFields;
+}
+
+std::span<const ContactField* const> ContactKeyFields() {
+  return kKeyFields;
 }
 
 std::span<const ContactEmailSlot> ContactEmailSlots() {

@@ -44,9 +44,14 @@ struct ContactField {
   const ce::WCHAR* valueTrace = nullptr;
   // What the exporter logs after the attempt to read, failed or not, with the status.
   const ce::WCHAR* statusTrace = nullptr;
+  // How many rows further down the key list names the field.
+  int keyShift = 0;
 };
 
 std::span<const ContactField> ContactFields();
+
+// All of them, in the order of the key list.
+std::span<const ContactField* const> ContactKeyFields();
 
 struct ContactEmailSlot {
   const ce::WCHAR* type;  // the text of "TYPE"
