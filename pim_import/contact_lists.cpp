@@ -1,14 +1,11 @@
 #include "pim_import/contact_lists.h"
 
-#include <algorithm>
-#include <array>
 #include <string_view>
 
 #include "base/status.h"
 #include "log/log.h"
+#include "pim_import/child_nodes.h"
 #include "pim_import/field_values.h"
-#include "platform/com_ptr.h"
-#include "platform/last_error.h"
 #include "vocabulary/contact_fields.h"
 
 namespace corvane {
@@ -16,22 +13,6 @@ namespace corvane {
 using namespace ce;
 
 namespace {
-
-// Calls `visit(child, name)` for every child; the first failure ends the walk.
-template <typename Visitor>
-HRESULT ForEachChild(IXMLDOMNode* node, Visitor visit) {
-  ComPtr<IXMLDOMNode> child;
-  HRESULT status = node->get_firstChild(child.put());
-  while (Succeeded(status) && child) {
-    Bstr name;
-    RETURN_IF_FAILED(child->get_nodeName(name.put()));
-    RETURN_IF_FAILED(visit(child.get(), name));
-    ComPtr<IXMLDOMNode> next;
-    status = child->get_nextSibling(next.put());
-    child = std::move(next);
-  }
-  return status;
-}
 
 HRESULT StoreAddress(IContact* contact, std::u16string_view type, const Bstr& address) {
   for (const ContactEmailSlot& slot : ContactEmailSlots()) {
@@ -61,37 +42,6 @@ HRESULT ParseEmailAddress(IXMLDOMNode* entry, IContact* contact) {
   return address && type ? StoreAddress(contact, type.view(), address) : S_OK;
 }
 
-// The joined names, in the room that the device gives them.
-class CategoriesText {
- public:
-  HRESULT Append(std::u16string_view name) {
-    const std::size_t comma = length_ > 0 ? 1 : 0;
-    if (name.size() + comma > text_.size() - length_) return kTextTooLong;
-    if (comma) text_[length_++] = u',';
-    std::ranges::copy(name, text_.begin() + static_cast<std::ptrdiff_t>(length_));
-    length_ += name.size();
-    return S_OK;
-  }
-  std::u16string_view view() const { return {text_.data(), length_}; }
-
- private:
-  std::array<WCHAR, kMaxCategoriesText> text_;
-  std::size_t length_ = 0;
-};
-
-HRESULT CollectCategories(IXMLDOMNode* container, CategoriesText* names) {
-  return ForEachChild(container, [&](IXMLDOMNode* child, const Bstr& elementName) {
-    HRESULT status = S_OK;
-    if (elementName.view() == kCategoryElement) {
-      Variant name;
-      status = GetChildValue(child, kCategoryNameElement, name.put());
-      if (Succeeded(status)) status = names->Append(name.text());
-    }
-    LOG(u"bstrCntrName = %s", elementName);
-    return status;
-  });
-}
-
 }  // namespace
 
 HRESULT ParseXMLEmailAddresses(IXMLDOMNode* container, IContact* contact) {
@@ -105,20 +55,6 @@ HRESULT ParseXMLEmailAddresses(IXMLDOMNode* container, IContact* contact) {
     LOG(u"bstrCntrName = %s", name);
     return parsed;
   });
-  LOG(u"returning %ld", status);
-  return status;
-}
-
-HRESULT ParseXMLCategoriesList(IXMLDOMNode* container, BSTR* categories) {
-  LOG(u"ParseXMLCategoriesList called");
-  *categories = nullptr;
-  CategoriesText names;
-  HRESULT status = CollectCategories(container, &names);
-  if (Succeeded(status) && !names.view().empty()) {
-    Bstr text(names.view());
-    if (!text) status = static_cast<HRESULT>(GetLastError());
-    *categories = text.detach();
-  }
   LOG(u"returning %ld", status);
   return status;
 }

@@ -102,6 +102,12 @@ HRESULT Decide(const RecordRules& rules, IXMLDOMNode* record, IPOutlookApp* app,
   return AddOrModify(rules, record, folder, std::move(item), oid);
 }
 
+void WriteRecordReply(CorvaneStream* stream, LONG oid, HRESULT result) {
+  LOG(u"Writing oid 0x%08lX, hr = %ld", oid, result);
+  static_cast<void>(WriteWord(stream, static_cast<DWORD>(oid)));
+  static_cast<void>(WriteWord(stream, static_cast<DWORD>(result)));
+}
+
 }  // namespace
 
 HRESULT ApplyRecord(const RecordRules& rules, IXMLDOMNode* record, IPOutlookApp* app,
@@ -112,12 +118,6 @@ HRESULT ApplyRecord(const RecordRules& rules, IXMLDOMNode* record, IPOutlookApp*
   WriteRecordReply(stream, oid, status);
   LOG(rules.exitingTrace, status, status);
   return status;
-}
-
-void WriteRecordReply(CorvaneStream* stream, LONG oid, HRESULT result) {
-  LOG(u"Writing oid 0x%08lX, hr = %ld", oid, result);
-  static_cast<void>(WriteWord(stream, static_cast<DWORD>(oid)));
-  static_cast<void>(WriteWord(stream, static_cast<DWORD>(result)));
 }
 
 }  // namespace corvane

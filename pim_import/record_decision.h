@@ -29,7 +29,4 @@ struct RecordRules {
 ce::HRESULT ApplyRecord(const RecordRules& rules, ce::IXMLDOMNode* record, ce::IPOutlookApp* app,
                         CorvaneStream* stream);
 
-// The reply alone.
-void WriteRecordReply(CorvaneStream* stream, ce::LONG oid, ce::HRESULT result);
-
 }  // namespace corvane

@@ -11,10 +11,11 @@ using namespace ce;
 
 namespace {
 
-HRESULT ReadLong(IXMLDOMNode* attribute, LONG* number) {
+template <typename Conversion>
+HRESULT ReadLong(IXMLDOMNode* attribute, Conversion convert, LONG* number) {
   Variant value;
   const HRESULT status = attribute->get_nodeValue(value.put());
-  if (Succeeded(status)) *number = TextToLong(value.text());
+  if (Succeeded(status)) *number = convert(value.text());
   return status;
 }
 
@@ -37,7 +38,7 @@ HRESULT ReadRecordTags(IXMLDOMNode* record, LONG* oid, LONG* deleteFlag) {
   LOG(u"getNamedItem returned %ld", status);
   const bool hasOid = Succeeded(status) && tag;
   if (hasOid) {
-    status = ReadLong(tag.get(), oid);
+    status = ReadLong(tag.get(), TextToOid, oid);
     LOG(u"get_nodeValue returned %ld", status);
     RETURN_IF_FAILED(status);
   }
@@ -47,7 +48,9 @@ HRESULT ReadRecordTags(IXMLDOMNode* record, LONG* oid, LONG* deleteFlag) {
     if (hasOid) LOG(u"Didn't find delete tag");
     return S_OK;
   }
-  if (Succeeded(ReadLong(tag.get(), deleteFlag))) LOG(u"bDelete = %ld", *deleteFlag);
+  if (Succeeded(ReadLong(tag.get(), TextToLong, deleteFlag))) {
+    LOG(u"bDelete = %ld", *deleteFlag);
+  }
   return S_OK;
 }
 

@@ -1,6 +1,8 @@
 #include "pim_import/scan.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <limits>
 
 namespace corvane {
 
@@ -24,22 +26,31 @@ void SkipBlanks(std::u16string_view* text) {
   while (!text->empty() && IsBlank(text->front())) text->remove_prefix(1);
 }
 
+// Far beyond 32 bits; digits behind this many change nothing that is asked for.
+constexpr LONGLONG kEnoughDigits = LONGLONG{1} << 58;
+
 // A sign and digits at the front of `text`, of which as much as is read is taken away.
-bool TakeNumber(std::u16string_view* text, LONG* number) {
+bool TakeNumber(std::u16string_view* text, LONGLONG* number) {
   const bool negative = !text->empty() && text->front() == u'-';
   if (!text->empty() && IsSign(text->front())) text->remove_prefix(1);
   if (text->empty() || !IsDigit(text->front())) return false;
-  DWORD magnitude = 0;
+  LONGLONG magnitude = 0;
   for (; !text->empty() && IsDigit(text->front()); text->remove_prefix(1)) {
-    magnitude = magnitude * 10 + (text->front() - u'0');
+    if (magnitude < kEnoughDigits) magnitude = magnitude * 10 + (text->front() - u'0');
   }
-  *number = static_cast<LONG>(negative ? 0 - magnitude : magnitude);
+  *number = negative ? -magnitude : magnitude;
   return true;
 }
 
 // The text up to its first zero, as the C library sees it.
 std::u16string_view CText(std::u16string_view text) {
   return text.substr(0, text.find(u'\0'));
+}
+
+LONGLONG LeadingNumber(std::u16string_view text) {
+  SkipBlanks(&text);
+  LONGLONG number = 0;
+  return TakeNumber(&text, &number) ? number : 0;
 }
 
 }  // namespace
@@ -57,7 +68,9 @@ int ScanNumbers(std::u16string_view text, std::span<const ScanField> fields,
     if (text.empty()) return read == 0 ? kScanEndOfText : read;
     std::u16string_view item = text.substr(0, static_cast<std::size_t>(field.width));
     const std::size_t length = item.size();
-    if (!TakeNumber(&item, &numbers[static_cast<std::size_t>(read)])) return read;
+    LONGLONG number = 0;
+    if (!TakeNumber(&item, &number)) return read;
+    numbers[static_cast<std::size_t>(read)] = static_cast<LONG>(number);
     text.remove_prefix(length - item.size());
     ++read;
   }
@@ -65,10 +78,12 @@ int ScanNumbers(std::u16string_view text, std::span<const ScanField> fields,
 }
 
 LONG TextToLong(std::u16string_view text) {
-  text = CText(text);
-  SkipBlanks(&text);
-  LONG number = 0;
-  return TakeNumber(&text, &number) ? number : 0;
+  using Limits = std::numeric_limits<LONG>;
+  return static_cast<LONG>(std::clamp<LONGLONG>(LeadingNumber(text), Limits::min(), Limits::max()));
+}
+
+LONG TextToOid(std::u16string_view text) {
+  return static_cast<LONG>(LeadingNumber(text));
 }
 
 }  // namespace corvane

@@ -22,9 +22,12 @@ inline constexpr int kScanEndOfText = -1;
 int ScanNumbers(std::u16string_view text, std::span<const ScanField> fields,
                 std::span<ce::LONG> numbers);
 
-// As wcstol with base 10 (blanks, a sign, digits, the rest ignored; 0 without digits), except that
-// a number beyond 32 bits wraps, so that an identifier is read alike in signed and unsigned
-// decimal.
+// As wcstol with base 10: blanks, a sign, digits, the rest ignored; 0 without digits; a number
+// beyond 32 bits gives the nearest one.
 ce::LONG TextToLong(std::u16string_view text);
+
+// The same, except that a number beyond 32 bits wraps: an identifier is the same in signed and in
+// unsigned decimal.
+ce::LONG TextToOid(std::u16string_view text);
 
 }  // namespace corvane

@@ -8,13 +8,16 @@
 #include "base/status.h"
 #include "core/corvane_stream.h"
 #include "log/log.h"
+#include "pim_import/appointment_from_xml.h"
 #include "pim_import/contact_from_xml.h"
-#include "pim_import/record_decision.h"
+#include "pim_import/task_from_xml.h"
 #include "pim_import/upload_chunk.h"
 #include "pim_import/upload_document.h"
 #include "platform/last_error.h"
 #include "time/zone.h"
+#include "vocabulary/appointment_fields.h"
 #include "vocabulary/contact_fields.h"
+#include "vocabulary/task_fields.h"
 
 namespace corvane {
 
@@ -29,13 +32,6 @@ HRESULT ReadContact(IXMLDOMNode* record, IPOutlookApp* app, CorvaneStream* strea
   return ParseXMLContact(record, app, stream, tagForm);
 }
 
-// A record of a kind that this agent does not keep is answered, so that the desktop's pairing of
-// replies and records holds.
-HRESULT RefuseRecord(IXMLDOMNode*, IPOutlookApp*, CorvaneStream* stream) {
-  WriteRecordReply(stream, 0, E_NOTIMPL);
-  return E_NOTIMPL;
-}
-
 struct RecordRoute {
   std::u16string_view element;
   RecordReader read;
@@ -44,8 +40,8 @@ struct RecordRoute {
 constexpr RecordRoute kRoutes[] = {
     {kContactElement, ReadContact<1>},
     {kContact2Element, ReadContact<2>},
-    {u"CALENDAR", RefuseRecord},
-    {u"TASK", RefuseRecord},
+    {kCalendarElement, ParseXMLAppointment},
+    {kTaskElement, ParseXMLTask},
 };
 
 // The reader's own failure is in its reply and ends nothing.

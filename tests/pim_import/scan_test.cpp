@@ -111,9 +111,20 @@ TEST(TextToLong, IsZeroWithoutDigits) {
   EXPECT_EQ(TextToLong(u"0x1F"), 0);
 }
 
-TEST(TextToLong, WrapsSoThatUnsignedIdentifiersAreTheSame) {
-  EXPECT_EQ(TextToLong(u"4294967280"), -16);
-  EXPECT_EQ(TextToLong(u"2147483648"), -2147483647 - 1);
+TEST(TextToLong, StaysWithinItsBounds) {
+  EXPECT_EQ(TextToLong(u"2147483648"), 2147483647);
+  EXPECT_EQ(TextToLong(u"4294967297"), 2147483647);
+  EXPECT_EQ(TextToLong(u"-2147483649"), -2147483647 - 1);
+  EXPECT_EQ(TextToLong(std::u16string(100'000, u'9')), 2147483647);
+  EXPECT_EQ(TextToLong(u"-" + std::u16string(100'000, u'9')), -2147483647 - 1);
+  EXPECT_EQ(TextToLong(std::u16string(100'000, u'0') + u"7"), 7);
+}
+
+TEST(TextToOid, WrapsSoThatUnsignedIdentifiersAreTheSame) {
+  EXPECT_EQ(TextToOid(u"4294967280"), -16);
+  EXPECT_EQ(TextToOid(u"2147483648"), -2147483647 - 1);
+  EXPECT_EQ(TextToOid(u"-16"), -16);
+  EXPECT_EQ(TextToOid(u" 12abc"), 12);
 }
 
 }  // namespace

@@ -63,10 +63,12 @@ TEST_F(UploadRequest, GoesOnBehindADocumentWithoutRecords) {
   EXPECT_THAT(answer.replies, ElementsAre(RecordReply{1, S_OK}));
 }
 
-TEST_F(UploadRequest, AnswersRecordsOfKindsThatItDoesNotKeep) {
-  const UploadAnswer answer = Upload({RootOf("<CALENDAR Oid='5'/><TASK/>" + Named("a"))});
-  EXPECT_THAT(answer.replies, ElementsAre(RecordReply{0, E_NOTIMPL}, RecordReply{0, E_NOTIMPL},
-                                          RecordReply{1, S_OK}));
+TEST_F(UploadRequest, ReadsEveryKindOfOneDocument) {
+  const UploadAnswer answer = Upload({RootOf("<CALENDAR><SUBJECT>a</SUBJECT></CALENDAR><TASK/>" +
+                                             Named("a") + "<calendar/><Task/><APPOINTMENT/>")});
+  EXPECT_THAT(answer.replies,
+              ElementsAre(RecordReply{1, S_OK}, RecordReply{2, S_OK}, RecordReply{3, S_OK}));
+  EXPECT_THAT(store_->Oids(), ElementsAre(3));
 }
 
 TEST_F(UploadRequest, GoesOnBehindARecordThatFails) {
