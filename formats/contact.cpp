@@ -72,14 +72,6 @@ constexpr ContactField kCallNames[] = {
     ContactField::kWebPage,
 };
 
-std::string OnOneLine(std::string_view text) {
-  std::string line(TrimBlanks(text));
-  for (char& c : line) {
-    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = ' ';
-  }
-  return std::string(TrimBlanks(line));
-}
-
 }  // namespace
 
 std::string_view ContactFieldName(ContactField field) {

@@ -5,6 +5,7 @@
 #include <set>
 #include <string>
 
+#include "formats/category_list.h"
 #include "formats/personal_name.h"
 #include "formats/slot_placement.h"
 #include "formats/text.h"
@@ -276,21 +277,8 @@ void ContactBuilder::TakeNote(const Property& property) {
 }
 
 void ContactBuilder::TakeCategories(const Property& property) {
-  std::string value = property.value;
-  if (property.dialect == VCardDialect::k21) std::replace(value.begin(), value.end(), ';', ',');
-  const std::vector<std::string_view> parts = SplitValue(value, ',');
-  Unescaper unescape(property);
-  bool commaReplaced = false;
-  for (std::string_view part : parts) {
-    std::string category = unescape(part);
-    if (parts.size() > 1) category = TrimBlanks(category);
-    commaReplaced = commaReplaced || category.find(',') != std::string::npos;
-    std::replace(category.begin(), category.end(), ',', ';');
-    if (category.empty() || !categories_.insert(category).second) continue;
-    contact_.categories.push_back(std::move(category));
-  }
-  if (commaReplaced) {
-    notices_.Add(property, "a category's name cannot hold a comma, kept with a semicolon");
+  for (std::string& category : CategoriesOf(property, notices_)) {
+    if (categories_.insert(category).second) contact_.categories.push_back(std::move(category));
   }
 }
 

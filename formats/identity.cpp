@@ -4,13 +4,26 @@
 
 #include <cstdint>
 #include <random>
+#include <utility>
 
+#include "formats/calendar_json.h"
 #include "formats/contact_json.h"
+#include "formats/text.h"
 
 namespace formats {
 namespace {
 
 constexpr std::uint64_t kPrime = 0x100000001B3;
+
+void Normalize(std::string& text) {
+  text = NormalizeLineBreaks(std::move(text));
+}
+
+void NormalizeTexts(Occurrence& occurrence) {
+  Normalize(occurrence.subject);
+  Normalize(occurrence.location);
+  Normalize(occurrence.body);
+}
 
 }  // namespace
 
@@ -45,6 +58,26 @@ Contact WithFileAs(Contact contact) {
 
 std::string ContentHash(const Contact& contact) {
   return ContentHash(ContactToJson(WithFileAs(contact), 0));
+}
+
+std::string ContentHash(const Appointment& appointment) {
+  Appointment plain = appointment;
+  plain.uid.clear();
+  NormalizeTexts(plain);
+  for (std::string& category : plain.categories) Normalize(category);
+  if (plain.series) {
+    for (ChangedOccurrence& change : plain.series->changed) NormalizeTexts(change.occurrence);
+  }
+  return ContentHash(AppointmentToJson(plain, 0));
+}
+
+std::string ContentHash(const Task& task) {
+  Task plain = task;
+  plain.uid.clear();
+  Normalize(plain.subject);
+  Normalize(plain.body);
+  for (std::string& category : plain.categories) Normalize(category);
+  return ContentHash(TaskToJson(plain, 0));
 }
 
 std::string NewUid() {

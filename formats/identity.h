@@ -4,7 +4,9 @@
 #include <string>
 #include <string_view>
 
+#include "formats/appointment.h"
 #include "formats/contact.h"
+#include "formats/task.h"
 
 namespace formats {
 
@@ -15,6 +17,9 @@ Contact WithFileAs(Contact contact);
 std::string ContentHash(std::string_view bytes);
 // Of everything but the UID, the FileAs as WithFileAs gives it.
 std::string ContentHash(const Contact& contact);
+// Of everything but the UID. Text counts with its line breaks as LF.
+std::string ContentHash(const Appointment& appointment);
+std::string ContentHash(const Task& task);
 
 // A new random one, "urn:uuid:...".
 std::string NewUid();

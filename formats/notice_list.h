@@ -1,4 +1,4 @@
-// Collects the notices of one card.
+// Collects the notices of one card, appointment or task.
 #pragma once
 
 #include <cstddef>
@@ -6,12 +6,12 @@
 #include <string_view>
 #include <vector>
 
-#include "formats/vcard.h"
+#include "formats/notice.h"
 #include "formats/vcard_property.h"
 
 namespace formats {
 
-// Keeps up to kMost notices; a hostile card cannot make more than it is worth reading.
+// Keeps up to kMost notices; a hostile file cannot make more than it is worth reading.
 class NoticeList {
  public:
   static constexpr std::size_t kMost = 200;

@@ -235,6 +235,14 @@ std::string Excerpt(std::string_view text) {
   return excerpt;
 }
 
+std::string OnOneLine(std::string_view text) {
+  std::string line(TrimBlanks(text));
+  for (char& c : line) {
+    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = ' ';
+  }
+  return std::string(TrimBlanks(line));
+}
+
 std::string NormalizeLineBreaks(std::string text) {
   std::size_t length = 0;
   for (std::size_t i = 0; i < text.size(); ++i) {

@@ -33,6 +33,9 @@ Conversion DecodeFile(std::string_view bytes);
 // At most 60 bytes of valid UTF-8, on one line, for a message; "…" stands for what was cut off.
 std::string Excerpt(std::string_view text);
 
+// Without blanks at both ends; a control character, a line break too, becomes a blank.
+std::string OnOneLine(std::string_view text);
+
 // Every CR LF and CR becomes LF.
 std::string NormalizeLineBreaks(std::string text);
 

@@ -8,14 +8,9 @@
 #include <vector>
 
 #include "formats/contact.h"
+#include "formats/notice.h"
 
 namespace formats {
-
-// One thing that was read but could not be kept, or that was odd.
-struct Notice {
-  std::size_t line = 0;  // 1-based line of the input where it begins
-  std::string text;      // what and why: "PHOTO: a contact holds no pictures"
-};
 
 struct ParsedContact {
   Contact contact;

@@ -1,5 +1,5 @@
-// The content lines of a vCard file: physical lines joined by the rules of the card's version and
-// of the value's encoding.
+// The content lines of a vCard or iCalendar file: physical lines joined by the rules of the card's
+// version (an iCalendar file's are those of 3.0) and of the value's encoding.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,5 @@
-// One property of a vCard, taken apart: group, name, parameters and the value as UTF-8 text.
+// One property of a vCard or an iCalendar file, taken apart: group, name, parameters and the value
+// as UTF-8 text.
 #pragma once
 
 #include <cstddef>
