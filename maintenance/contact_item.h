@@ -1,20 +1,18 @@
 // Between people's contacts (UTF-8) and Pocket Outlook's items (UTF-16).
 #pragma once
 
-#include <string>
-#include <vector>
-
 #include "formats/contact.h"
+#include "maintenance/item_fields.h"
 #include "platform/pocket_outlook.h"
 
 namespace maintenance {
 
 // Everything but the identity that another program gave it. Throws StatusError.
-formats::Contact ReadContactItem(ce::IContact& item);
+formats::Contact ReadItem(ce::IContact& item);
 
 // Sets every field, clearing those that the contact lacks; does not save. A text that is too long
 // is cut, a field that the handheld does not have is left out: each is a line of the result.
 // Throws StatusError.
-std::vector<std::string> WriteContactItem(const formats::Contact& contact, ce::IContact& item);
+NotKept WriteItem(const formats::Contact& contact, ce::IContact& item);
 
 }  // namespace maintenance

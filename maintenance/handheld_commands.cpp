@@ -3,13 +3,16 @@
 #include <fmt/core.h>
 
 #include <charconv>
+#include <limits>
 #include <nlohmann/json.hpp>
 #include <tuple>
 
+#include "maintenance/item_walk.h"
 #include "maintenance/status_error.h"
 #include "maintenance/usage_error.h"
 #include "platform/clock.h"
 #include "platform/host/outlook/oid_counter.h"
+#include "platform/host/outlook/session.h"
 #include "platform/host/outlook/store_check.h"
 #include "platform/host/system/language.h"
 #include "platform/host/system/utf.h"
@@ -60,33 +63,42 @@ std::string ParseZone(const std::string& name) {
   return name;
 }
 
-void SetLanguage(Session& session, const std::string& value) {
+void SetLanguage(Session& session, const std::string&, const std::string& value) {
   session.handheld().Set(setting::kLanguage, ParseLanguage(value));
 }
-void SetOsVersion(Session& session, const std::string& value) {
+void SetOsVersion(Session& session, const std::string&, const std::string& value) {
   const auto [major, minor] = ParseVersion(value);
   session.handheld().Set(setting::kOsMajor, major);
   session.handheld().Set(setting::kOsMinor, minor);
 }
-void SetZone(Session& session, const std::string& value) {
+void SetZone(Session& session, const std::string&, const std::string& value) {
   session.handheld().Set(setting::kZone, *FromUtf8(ParseZone(value)));
 }
-void SetOwner(Session& session, const std::string& value) {
+void SetOwner(Session& session, const std::string&, const std::string& value) {
   const auto owner = FromUtf8(value);
   if (!owner) throw UsageError("owner: the text is no UTF-8");
   session.handheld().Set(setting::kOwner, *owner);
 }
-void SetYomi(Session& session, const std::string& value) {
+template <const char16_t* Name>
+void SetSwitch(Session& session, const std::string& key, const std::string& value) {
   if (value != "on" && value != "off")
-    throw UsageError(fmt::format("yomi: \"{}\" is neither on nor off", value));
-  session.handheld().Set(setting::kYomiFields, value == "on" ? 1 : 0);
+    throw UsageError(fmt::format("{}: \"{}\" is neither on nor off", key, value));
+  session.handheld().Set(Name, value == "on" ? 1 : 0);
 }
 template <const char16_t* Name>
-void SetNumber(Session& session, const std::string& value) {
-  session.handheld().Set(Name, ParseNumber(ce::host::ToUtf8Lossy(Name), value));
+void SetNumber(Session& session, const std::string& key, const std::string& value) {
+  session.handheld().Set(Name, ParseNumber(key, value));
 }
 
-void SetFirstOid(Session& session, const std::string& value) {
+template <const char16_t* Name>
+void SetMinutes(Session& session, const std::string& key, const std::string& value) {
+  const std::uint32_t minutes = ParseNumber(key, value);
+  if (minutes > std::numeric_limits<ce::LONG>::max())
+    throw UsageError(fmt::format("{}: {} minutes are too many", key, value));
+  session.handheld().Set(Name, minutes);
+}
+
+void SetFirstOid(Session& session, const std::string&, const std::string& value) {
   const std::uint32_t first = ParseFirstOid(ParseNumber("first-oid", value));
   const ce::HRESULT status = ce::host::StartOidsAt(session.Outlook().get(), first);
   if (status == ce::E_INVALIDARG)
@@ -99,7 +111,7 @@ void SetFirstOid(Session& session, const std::string& value) {
 struct SettingRow {
   const char* key;
   const char* values;
-  void (*set)(Session&, const std::string&);
+  void (*set)(Session&, const std::string& key, const std::string& value);
 };
 constexpr SettingRow kSettings[] = {
     {"language", "a tag such as de-DE", SetLanguage},
@@ -107,19 +119,26 @@ constexpr SettingRow kSettings[] = {
     {"zone", "a name of the zone database, such as Europe/Berlin", SetZone},
     {"first-oid", "where the identifiers of new items go on; none is given twice", SetFirstOid},
     {"owner", "text", SetOwner},
-    {"yomi", "on or off: whether contacts have phonetic names", SetYomi},
+    {"yomi", "on or off: whether contacts have phonetic names", SetSwitch<setting::kYomiFields>},
     {"peer-timeout", "seconds after which a silent peer counts as gone",
      SetNumber<setting::kPeerTimeout>},
     {"max-block", "bytes: the largest block of memory, and so of an upload's chunk",
      SetNumber<setting::kMaxBlock>},
     {"max-contact-text", "characters of a contact's field", SetNumber<setting::kMaxContactText>},
+    {"max-subject", "characters of the subject of an appointment or a task",
+     SetNumber<setting::kMaxSubject>},
+    {"max-calendar-text", "characters of another field of an appointment or a task",
+     SetNumber<setting::kMaxCalendarText>},
     {"max-body", "bytes of a note", SetNumber<setting::kMaxBody>},
+    {"reminder", "on or off: whether a new appointment reminds", SetSwitch<setting::kReminderSet>},
+    {"reminder-minutes", "minutes before its start at which a new appointment reminds",
+     SetMinutes<setting::kReminderMinutes>},
 };
 
 struct Facts {
   std::string directory, language, zone, owner, clock;
   std::uint32_t osMajor = 0, osMinor = 0;
-  std::uint32_t contacts = 0;
+  std::uint32_t contacts = 0, appointments = 0, tasks = 0;
   std::uintmax_t storeBytes = 0;
 };
 
@@ -137,9 +156,9 @@ Facts FactsOf(Session& session) {
   ce::GetSystemTime(&now);
   facts.clock = fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}Z", now.wYear, now.wMonth, now.wDay,
                             now.wHour, now.wMinute, now.wSecond);
-  ce::INT count = 0;
-  Check(session.Contacts()->get_Count(&count), "the contacts");
-  facts.contacts = static_cast<std::uint32_t>(count);
+  facts.contacts = CountItems(session, ce::olFolderContacts);
+  facts.appointments = CountItems(session, ce::olFolderCalendar);
+  facts.tasks = CountItems(session, ce::olFolderTasks);
   std::error_code none;
   facts.storeBytes = std::filesystem::file_size(handheld.storePath(), none);
   return facts;
@@ -172,7 +191,7 @@ Outcome SetSetting(Session& session, const std::string& key, const std::string& 
                    const Report& report) {
   for (const SettingRow& row : kSettings) {
     if (key != row.key) continue;
-    row.set(session, value);
+    row.set(session, key, value);
     fmt::print(report.out, "{} = {}\n", key, value);
     return Outcome::kDone;
   }
@@ -192,17 +211,20 @@ Outcome ShowHandheld(Session& session, bool json, const Report& report) {
         {"owner", facts.owner},
         {"clock", facts.clock},
         {"contacts", facts.contacts},
+        {"appointments", facts.appointments},
+        {"tasks", facts.tasks},
         {"storeBytes", facts.storeBytes}};
     fmt::print(report.out, "{}\n",
                object.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
     return Outcome::kDone;
   }
-  fmt::print(report.out,
-             "Directory   {}\nLanguage    {}\nVersion     {}.{}\nZone        {}\nOwner       {}\n"
-             "Clock       {}\nContacts    {}\nStore       {} bytes\n",
-             facts.directory, facts.language, facts.osMajor, facts.osMinor, facts.zone,
-             facts.owner.empty() ? "-" : facts.owner, facts.clock, facts.contacts,
-             facts.storeBytes);
+  fmt::print(
+      report.out,
+      "Directory   {}\nLanguage    {}\nVersion     {}.{}\nZone        {}\nOwner       {}\n"
+      "Clock       {}\nContacts    {}\nCalendar    {}\nTasks       {}\nStore       {} bytes\n",
+      facts.directory, facts.language, facts.osMajor, facts.osMinor, facts.zone,
+      facts.owner.empty() ? "-" : facts.owner, facts.clock, facts.contacts, facts.appointments,
+      facts.tasks, facts.storeBytes);
   return Outcome::kDone;
 }
 

@@ -2,6 +2,7 @@
 
 #include "maintenance/status_error.h"
 #include "platform/host/outlook/store_check.h"
+#include "platform/host/system/utf.h"
 
 namespace maintenance {
 
@@ -30,12 +31,18 @@ ce::ComPtr<ce::IPOutlookApp> Session::Outlook() {
   return outlook_;
 }
 
-ce::ComPtr<ce::IPOutlookItemCollection> Session::Contacts() {
-  ce::ComPtr<ce::IFolder> folder;
+ce::ComPtr<ce::IPOutlookItemCollection> Session::Items(ce::INT folder) {
+  ce::ComPtr<ce::IFolder> opened;
   ce::ComPtr<ce::IPOutlookItemCollection> items;
-  Check(Outlook()->GetDefaultFolder(ce::olFolderContacts, folder.put()), "the contacts folder");
-  Check(folder->get_Items(items.put()), "the contacts");
+  Check(Outlook()->GetDefaultFolder(folder, opened.put()), "the folder");
+  Check(opened->get_Items(items.put()), "the folder");
   return items;
+}
+
+calendar::Zone Session::Zone() const {
+  const std::string name = ce::host::ToUtf8Lossy(handheld_->Text(ce::host::setting::kZone, u"UTC"));
+  if (auto zone = calendar::Zone::Find(name)) return *std::move(zone);
+  throw ce::host::HandheldError("the handheld's zone \"" + name + "\" is not in the zone database");
 }
 
 }  // namespace maintenance

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "calendar/zone.h"
 #include "platform/com_ptr.h"
 #include "platform/host/handheld.h"
 #include "platform/pocket_outlook.h"
@@ -22,7 +23,10 @@ class Session {
   // Logs on at the first use. Throws ce::host::HandheldError, which says what is wrong with the
   // store.
   ce::ComPtr<ce::IPOutlookApp> Outlook();
-  ce::ComPtr<ce::IPOutlookItemCollection> Contacts();
+  // Of a default folder (olFolder...). Throws StatusError as well.
+  ce::ComPtr<ce::IPOutlookItemCollection> Items(ce::INT folder);
+  // Throws ce::host::HandheldError when the zone database lacks the handheld's zone.
+  calendar::Zone Zone() const;
 
  private:
   std::unique_ptr<ce::host::Handheld> handheld_;

@@ -7,11 +7,13 @@
 #include <vector>
 
 #include "maintenance/clock_commands.h"
-#include "maintenance/contact_listing.h"
+#include "maintenance/export_items.h"
 #include "maintenance/handheld_commands.h"
-#include "maintenance/import_contacts.h"
+#include "maintenance/import_files.h"
 #include "maintenance/registry_commands.h"
+#include "maintenance/remove_items.h"
 #include "maintenance/session.h"
+#include "maintenance/show_items.h"
 #include "maintenance/usage_error.h"
 
 namespace {
@@ -85,34 +87,54 @@ void AddHandheldCommands(CLI::App& app, Arguments& a, Command& chosen) {
   });
 }
 
+void AddKind(CLI::App& command, Arguments& a) {
+  command.add_option("KIND", a.kind, "contacts, calendar or tasks")
+      ->required()
+      ->check(CLI::IsMember({"contacts", "calendar", "appointments", "tasks"}));
+}
+
+// Another word for the calendar.
+bool IsCalendar(const std::string& kind) {
+  return kind == "calendar" || kind == "appointments";
+}
+
+Outcome RunShow(const Arguments& a, const Report& report) {
+  Session session(a.directory);
+  if (IsCalendar(a.kind)) return ShowCalendar(session, a.json, report);
+  if (a.kind == "tasks") return ShowTasks(session, a.json, report);
+  return ShowContacts(session, a.json, report);
+}
+
+Outcome RunExport(const Arguments& a, const Report& report) {
+  Session session(a.directory);
+  if (IsCalendar(a.kind)) return ExportCalendar(session, a.output, report);
+  if (a.kind == "tasks") return ExportTasks(session, a.output, report);
+  const auto version =
+      a.vcardVersion == "4.0" ? formats::VCardVersion::k40 : formats::VCardVersion::k30;
+  return ExportContacts(session, a.output, version, report);
+}
+
 void AddItemCommands(CLI::App& app, Arguments& a, Command& chosen) {
-  auto* import =
-      AddCommand(app, "import", "Put vCards on it", a, chosen, [&](const Report& report) {
-        Session session(a.directory);
-        return maintenance::ImportFiles(session, a.files, a.import, report);
-      });
-  import->add_option("FILE", a.files, "vCard files (2.1, 3.0, 4.0)")->required();
+  auto* import = AddCommand(app, "import", "Put vCards and iCalendar files on it", a, chosen,
+                            [&](const Report& report) {
+                              Session session(a.directory);
+                              return maintenance::ImportFiles(session, a.files, a.import, report);
+                            });
+  import->add_option("FILE", a.files, "vCard (2.1, 3.0, 4.0) and iCalendar files")->required();
   import->add_flag("--dry-run", a.import.dryRun, "Only say what would be done");
   import->add_flag("--duplicate", a.import.duplicate, "Add what was imported before once more");
 
-  const CLI::IsMember kinds({"contacts"});
-  auto* show = AddCommand(app, "show", "List what is on it", a, chosen, [&](const Report& report) {
-    Session session(a.directory);
-    return maintenance::ShowContacts(session, a.json, report);
-  });
-  show->add_option("KIND", a.kind, "contacts")->required()->check(kinds);
+  auto* show = AddCommand(app, "show", "List what is on it", a, chosen,
+                          [&](const Report& report) { return RunShow(a, report); });
+  AddKind(*show, a);
   show->add_flag("--json", a.json, "As JSON");
 
-  auto* out = AddCommand(app, "export", "Write vCards of it", a, chosen, [&](const Report& report) {
-    Session session(a.directory);
-    return maintenance::ExportContacts(
-        session, a.output,
-        a.vcardVersion == "4.0" ? formats::VCardVersion::k40 : formats::VCardVersion::k30, report);
-  });
-  out->add_option("KIND", a.kind, "contacts")->required()->check(kinds);
+  auto* out = AddCommand(app, "export", "Write vCards or iCalendar of it", a, chosen,
+                         [&](const Report& report) { return RunExport(a, report); });
+  AddKind(*out, a);
   out->add_option("-o,--output", a.output, "The file (default: standard output)")
       ->type_name("FILE");
-  out->add_option("--vcard-version", a.vcardVersion, "3.0 or 4.0")
+  out->add_option("--vcard-version", a.vcardVersion, "Of contacts: 3.0 or 4.0")
       ->check(CLI::IsMember({"3.0", "4.0"}))
       ->capture_default_str();
 

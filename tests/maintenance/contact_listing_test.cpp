@@ -1,8 +1,10 @@
-#include "maintenance/contact_listing.h"
+#include "maintenance/export_items.h"
 
 #include "files/error.h"
 #include "formats/vcard.h"
-#include "maintenance/import_contacts.h"
+#include "maintenance/import_files.h"
+#include "maintenance/remove_items.h"
+#include "maintenance/show_items.h"
 #include "tests/maintenance/maintenance_support.h"
 
 namespace maintenance::testing {

@@ -3,7 +3,8 @@
 #include <nlohmann/json.hpp>
 
 #include "maintenance/clock_commands.h"
-#include "maintenance/import_contacts.h"
+#include "maintenance/import_files.h"
+#include "maintenance/item_kinds.h"
 #include "maintenance/registry_commands.h"
 #include "maintenance/usage_error.h"
 #include "tests/maintenance/maintenance_support.h"
@@ -73,6 +74,61 @@ TEST_F(HandheldCommands, SetChangesEverySetting) {
     EXPECT_THROW(SetSetting(session, setting.key, "nonsense!", capture.report()), UsageError)
         << setting.key;
   }
+}
+
+TEST_F(HandheldCommands, SetGivesNewAppointmentsTheirReminder) {
+  Init();
+  Set("reminder-minutes", "30");
+  Session session(HandheldPath());
+  const auto item = NewItemOf<formats::Appointment>(session);
+  ce::LONG minutes = 0;
+  EXPECT_EQ(item->get_ReminderMinutesBeforeStart(&minutes), ce::S_OK);
+  EXPECT_EQ(minutes, 30);
+  ce::VARIANT_BOOL set = ce::VARIANT_FALSE;
+  EXPECT_EQ(item->get_ReminderSet(&set), ce::S_OK);
+  EXPECT_EQ(set, ce::VARIANT_TRUE);
+}
+
+TEST_F(HandheldCommands, SetTakesTheReminderFromNewAppointments) {
+  Init();
+  Set("reminder", "off");
+  Session session(HandheldPath());
+  ce::VARIANT_BOOL set = ce::VARIANT_TRUE;
+  EXPECT_EQ(NewItemOf<formats::Appointment>(session)->get_ReminderSet(&set), ce::S_OK);
+  EXPECT_EQ(set, ce::VARIANT_FALSE);
+  Capture capture;
+  EXPECT_THROW(SetSetting(session, "reminder-minutes", "2147483648", capture.report()), UsageError);
+}
+
+TEST_F(HandheldCommands, SetShortensTheTextsOfTheCalendar) {
+  Init();
+  Set("max-subject", "5");
+  Set("max-calendar-text", "3");
+  Session session(HandheldPath());
+  const auto task = NewItemOf<formats::Task>(session);
+  EXPECT_EQ(task->put_Subject(ce::Bstr(u"12345").get()), ce::S_OK);
+  EXPECT_EQ(task->put_Subject(ce::Bstr(u"123456").get()), ce::kTextTooLong);
+  const auto appointment = NewItemOf<formats::Appointment>(session);
+  EXPECT_EQ(appointment->put_Location(ce::Bstr(u"1234").get()), ce::kTextTooLong);
+}
+
+TEST_F(HandheldCommands, InfoCountsEachKind) {
+  Init();
+  {
+    Session session(HandheldPath());
+    for (int i = 0; i < 2; ++i)
+      EXPECT_EQ(NewItemOf<formats::Appointment>(session)->Save(), ce::S_OK);
+    EXPECT_EQ(NewItemOf<formats::Task>(session)->Save(), ce::S_OK);
+    Capture capture;
+    ShowHandheld(session, false, capture.report());
+    EXPECT_NE(capture.Out().find("Contacts    0\nCalendar    2\nTasks       1\n"),
+              std::string::npos)
+        << capture.Out();
+  }
+  const nlohmann::json info = Info();
+  EXPECT_EQ(info["contacts"], 0);
+  EXPECT_EQ(info["appointments"], 2);
+  EXPECT_EQ(info["tasks"], 1);
 }
 
 TEST_F(HandheldCommands, SetMovesTheIdentifiersOnButNeverBack) {

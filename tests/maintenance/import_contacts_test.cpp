@@ -1,6 +1,7 @@
-#include "maintenance/import_contacts.h"
+#include "maintenance/import_files.h"
 
-#include "maintenance/contact_listing.h"
+#include "maintenance/remove_items.h"
+#include "maintenance/show_items.h"
 #include "platform/host/fault.h"
 #include "tests/maintenance/maintenance_support.h"
 
@@ -165,6 +166,16 @@ TEST_F(ImportContacts, StoresLineBreaksAsAHandheldDoesAndGivesThemBackAsPeopleDo
   ce::Bstr body;
   ASSERT_EQ(item.query<ce::IContact>()->get_Body(body.put()), ce::S_OK);
   EXPECT_EQ(body.view(), u"one\r\ntwo");
+}
+
+TEST_F(ImportContacts, StoresNoTextAsEmptyForWantOfMemory) {
+  Capture capture;
+  Session session(HandheldPath());
+  session.Outlook();
+  const auto plan = FaultPlan::FailCalls("SysAllocStringLen", ce::ERROR_NOT_ENOUGH_MEMORY);
+  const auto file = WriteFile("a.vcf", Card("N:Doe;John;;;\r\n"));
+  EXPECT_EQ(ImportFiles(session, {file}, {}, capture.report()), Outcome::kFailed);
+  EXPECT_NE(capture.Err().find("a.vcf:1: Doe, John: "), std::string::npos) << capture.Err();
 }
 
 TEST_F(ImportContacts, IsHonestWhenAnyPlatformCallFails) {
