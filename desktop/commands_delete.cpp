@@ -5,8 +5,8 @@
 
 #include <cerrno>
 #include <string>
+#include <string_view>
 
-#include "desktop/download.h"
 #include "desktop/error.h"
 #include "desktop/mapping.h"
 #include "desktop/push_run.h"
@@ -25,8 +25,8 @@ void AwaitInput(const Console& console, int interruptFd) {
   if (watched[1].revents != 0) throw Interrupted();
 }
 
-bool Confirm(const ConnectionOptions& connection, const Console& console) {
-  console.err << fmt::format("Delete all contacts on the handheld at {}? [y/N] ",
+bool Confirm(const ConnectionOptions& connection, std::string_view what, const Console& console) {
+  console.err << fmt::format("Delete all {} on the handheld at {}? [y/N] ", what,
                              ToString(connection.target))
               << std::flush;
   AwaitInput(console, connection.interruptFd);
@@ -37,24 +37,26 @@ bool Confirm(const ConnectionOptions& connection, const Console& console) {
 
 int DeleteAll(const ConnectionOptions& connection, const DeleteOptions& options,
               const Console& console) {
+  const KindWords& words = WordsOf(options.kind);
   if (!options.yes && !console.inIsTerminal) {
-    console.err << "corvane-desktop: deleting all contacts needs --yes\n";
+    console.err << fmt::format("corvane-desktop: deleting all {} needs --yes\n", words.plural);
     return kUsage;
   }
   Mapping mapping(options.mapping ? *options.mapping : DefaultMappingPath(connection.target));
-  if (!options.yes && !Confirm(connection, console)) {
+  if (!options.yes && !Confirm(connection, words.plural, console)) {
     console.err << "nothing deleted\n";
     return kFailed;
   }
   std::string input;
-  PutWord(input, static_cast<std::uint32_t>(RecordKind::kContacts));
+  PutWord(input, static_cast<std::uint32_t>(options.kind));
   const Reply reply = Invoke(connection, kDeleteAll, input);
   if (reply.status != 0) {
-    throw Error(fmt::format("not all contacts could be deleted: {}", StatusText(reply.status)));
+    throw Error(
+        fmt::format("not all {} could be deleted: {}", words.plural, StatusText(reply.status)));
   }
-  mapping.RemoveKind(kContactKind);
+  mapping.RemoveKind(words.name);
   mapping.Save();
-  console.out << "all contacts deleted\n";
+  console.out << fmt::format("all {} deleted\n", words.plural);
   FlushOutput(console);
   return kDone;
 }
@@ -62,7 +64,7 @@ int DeleteAll(const ConnectionOptions& connection, const DeleteOptions& options,
 int DeleteSome(const ConnectionOptions& connection, const DeleteOptions& options,
                const Console& console) {
   std::vector<PushRecord> records;
-  for (const Oid oid : options.oids) records.push_back(DeletionOf(oid));
+  for (const Oid oid : options.oids) records.push_back(DeletionOf(options.kind, oid));
   return RunPush(connection, {}, options.mapping, records, {"Deleting"}, console);
 }
 

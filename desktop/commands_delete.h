@@ -1,4 +1,4 @@
-// "delete": contacts away from the handheld.
+// "delete": items away from the handheld.
 #pragma once
 
 #include <filesystem>
@@ -8,11 +8,13 @@
 #include "desktop/connection.h"
 #include "desktop/console.h"
 #include "desktop/oid.h"
+#include "desktop/record_kind.h"
 
 namespace desktop {
 
 struct DeleteOptions {
-  std::vector<Oid> oids;                         // empty for all contacts
+  RecordKind kind = RecordKind::kContacts;
+  std::vector<Oid> oids;                         // empty for all of the kind
   bool yes = false;                              // all without asking
   std::optional<std::filesystem::path> mapping;  // nothing for the target's own
 };

@@ -29,6 +29,11 @@ std::int32_t ErrorValue(const Record& error) {
   return value;
 }
 
+// The one that people's other programs take.
+PullFormat UsualFormat(RecordKind kind) {
+  return WordsOf(kind).name == kContactKind ? PullFormat::kVcf : PullFormat::kIcs;
+}
+
 // Holds back what goes to the standard output until it is known to be whole.
 class Output {
  public:
@@ -64,8 +69,10 @@ class PullRun {
         options_(options),
         console_(console),
         output_(options.output, console),
-        progress_(console.err, console.errIsTerminal, "Pulling contacts", Total(options)) {
-    if (options.format == PullFormat::kVcf) {
+        words_(WordsOf(options.kind)),
+        progress_(console.err, console.errIsTerminal, fmt::format("Pulling {}", words_.plural),
+                  Total(options)) {
+    if (UsualFormat(options.kind) == Format()) {
       mapping_ = std::make_unique<Mapping>(options.mapping ? *options.mapping
                                                            : DefaultMappingPath(connection.target));
     }
@@ -82,6 +89,7 @@ class PullRun {
     if (mapping_ != nullptr) mapping_->Save();
     output_.Write(writer_->End());
     output_.Commit(problem.empty() ? std::string_view() : kPartialSuffix);
+    for (const std::string& loss : writer_->Losses()) console_.err << loss << '\n';
     if (!problem.empty()) {
       ReportPartial(problem);
     } else if (options_.output) {
@@ -96,12 +104,20 @@ class PullRun {
     return options.oids.size();
   }
 
+  PullFormat Format() const { return options_.format.value_or(UsualFormat(options_.kind)); }
+
+  bool IsWanted(const Record& record) const {
+    return KindOfElement(record.element.name) == words_.name;
+  }
+
   std::unique_ptr<RecordWriter> MakeWriter() {
-    switch (options_.format) {
+    switch (Format()) {
       case PullFormat::kXml:
         return MakeXmlWriter();
       case PullFormat::kJson:
-        return MakeJsonWriter();
+        return MakeJsonWriter(options_.zone);
+      case PullFormat::kIcs:
+        return MakeICalendarWriter(options_.zone, *mapping_);
       case PullFormat::kVcf:
         break;
     }
@@ -149,17 +165,17 @@ class PullRun {
     std::set<Oid> failed;
     for (const Record& record : records) {
       if (record.element.name == "Error") failed.insert(record.oid.value_or(0));
-      if (IsContact(record.element.name) && !record.oid) {
-        throw Error(fmt::format("the answer makes no sense: document {}: a contact without an OID",
-                                documents_));
+      if (IsWanted(record) && !record.oid) {
+        throw Error(fmt::format("the answer makes no sense: document {}: {} without an OID",
+                                documents_, words_.withArticle));
       }
     }
     for (const Record& record : records) {
       if (record.element.name == "Error") {
         ReportError(record);
-      } else if (!IsContact(record.element.name)) {
+      } else if (!IsWanted(record)) {
         progress_.Hide();
-        console_.err << fmt::format("left out: {} is no contact\n", record.element.name);
+        console_.err << fmt::format("left out: {} is no {}\n", record.element.name, words_.name);
       } else if (!failed.contains(*record.oid)) {  // one that failed midway is there in part
         output_.Write(writer_->Write(record));
         seen_.insert(*record.oid);
@@ -177,8 +193,8 @@ class PullRun {
   }
 
   void SayWhatIsThere(const std::filesystem::path& file) {
-    console_.out << fmt::format("{}: {} contact{}\n", file.string(), written_,
-                                written_ == 1 ? "" : "s");
+    console_.out << fmt::format("{}: {} {}\n", file.string(), written_,
+                                written_ == 1 ? words_.name : words_.plural);
     FlushOutput(console_);
   }
 
@@ -188,17 +204,15 @@ class PullRun {
       where = fmt::format("are in {0}{1}, and {0} is as it was", options_.output->string(),
                           kPartialSuffix);
     }
-    console_.err << fmt::format(
-        "corvane-desktop: partial: {}; the {} contacts received until "
-        "then {}\n",
-        problem, written_, where);
+    console_.err << fmt::format("corvane-desktop: partial: {}; the {} {} received until then {}\n",
+                                problem, written_, words_.plural, where);
   }
 
   void ForgetVanished() {
     if (mapping_ == nullptr) return;
     std::vector<Oid> vanished;
     for (const auto& [oid, item] : mapping_->items()) {
-      if (item.kind == kContactKind && !seen_.contains(oid)) vanished.push_back(oid);
+      if (item.kind == words_.name && !seen_.contains(oid)) vanished.push_back(oid);
     }
     for (const Oid oid : vanished) mapping_->Remove(oid);
   }
@@ -207,6 +221,7 @@ class PullRun {
   const PullOptions& options_;
   const Console& console_;
   Output output_;
+  const KindWords& words_;
   Progress progress_;
   std::unique_ptr<Mapping> mapping_;
   std::unique_ptr<RecordWriter> writer_;
@@ -217,6 +232,10 @@ class PullRun {
 };
 
 }  // namespace
+
+bool IsFormatOf(PullFormat format, RecordKind kind) {
+  return format == PullFormat::kXml || format == PullFormat::kJson || format == UsualFormat(kind);
+}
 
 int Pull(const ConnectionOptions& connection, const PullOptions& options, const Console& console) {
   return RunGuarded(console, [&] { return PullRun(connection, options, console).Run(); });

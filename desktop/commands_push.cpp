@@ -10,7 +10,7 @@ int Push(const ConnectionOptions& connection, const PushOptions& options, const 
   return RunGuarded(console, [&] {
     std::vector<PushRecord> records;
     for (const std::filesystem::path& file : options.files) {
-      for (PushRecord& record : ReadPushFile(file, console.err)) {
+      for (PushRecord& record : ReadPushFile(file, options.zone, console.err)) {
         records.push_back(std::move(record));
       }
     }

@@ -1,10 +1,11 @@
-// "push": contacts and other records to the handheld.
+// "push": contacts, appointments and tasks to the handheld.
 #pragma once
 
 #include <filesystem>
 #include <optional>
 #include <vector>
 
+#include "calendar/zone.h"
 #include "desktop/connection.h"
 #include "desktop/console.h"
 #include "desktop/push_session.h"
@@ -15,10 +16,12 @@ struct PushOptions {
   std::vector<std::filesystem::path> files;
   PushPolicy policy;
   bool json = false;
-  std::optional<std::filesystem::path> mapping;  // nothing for the target's own
+  calendar::Zone zone = calendar::Zone::OfHost();  // the handheld's
+  std::optional<std::filesystem::path> mapping;    // nothing for the target's own
 };
 
-// Reads all files before it sends anything. Says on the output what became of each record.
+// Reads all files before it sends anything. Says on the output what became of each record, and on
+// the error output what those that were sent lost.
 int Push(const ConnectionOptions& connection, const PushOptions& options, const Console& console);
 
 }  // namespace desktop

@@ -4,9 +4,9 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <chrono>
 
+#include "desktop/wire_values.h"
 #include "desktop/xml_text.h"
 
 namespace desktop {
@@ -87,32 +87,11 @@ constexpr std::array kEmailSlots = {
     EmailSlot{"email3", ContactField::kEmail3Address},
 };
 
-std::string Element(std::string_view name, std::string_view innerXml) {
-  return fmt::format("<{0}>{1}</{0}>", name, innerXml);
-}
-
-std::string TextElement(std::string_view name, std::string_view text) {
-  const std::string xml = XmlText(text);
-  return xml.empty() ? xml : Element(name, xml);
-}
-
 std::string EmailsToXml(const Contact& contact) {
   std::string xml;
   for (const EmailSlot& slot : kEmailSlots) {
     const std::string name = TextElement("NAME", contact[slot.field]);
     if (!name.empty()) xml += Element("EMAIL_ADDRESS", name + TextElement("TYPE", slot.type));
-  }
-  return xml;
-}
-
-// A category whose name the agent cannot read would fail the whole record, and it reads no text
-// from blanks alone.
-std::string CategoriesToXml(const Contact& contact) {
-  std::string xml;
-  for (const std::string& category : contact.categories) {
-    if (category.find_first_not_of(" \t\r\n") == std::string::npos) continue;
-    const std::string name = TextElement("Name", category);
-    if (!name.empty()) xml += Element("CATEGORY", name);
   }
   return xml;
 }
@@ -129,7 +108,7 @@ std::string RowToXml(const Row& row, const Contact& contact) {
     case RowKind::kEmails:
       return EmailsToXml(contact);
     case RowKind::kCategories:
-      return CategoriesToXml(contact);
+      return CategoriesToXml(contact.categories);
     case RowKind::kBirthday:
       return DateToXml(contact.birthday);
     case RowKind::kAnniversary:
@@ -138,20 +117,13 @@ std::string RowToXml(const Row& row, const Contact& contact) {
   return {};
 }
 
-std::optional<formats::Date> DateFromText(std::string_view text) {
-  const auto number = [&](std::size_t at, std::size_t width) {
-    int value = 0;
-    const char* begin = text.data() + at;
-    const auto [end, error] = std::from_chars(begin, begin + width, value);
-    return error == std::errc{} && end == begin + width && value >= 0 ? value : -1;
-  };
-  if (text.size() < 8) return std::nullopt;
-  const formats::Date date{number(0, 4), number(4, 2), number(6, 2)};
-  if (date.year < 0 || date.month < 1 || date.day < 1) return std::nullopt;
-  const std::chrono::year_month_day day{std::chrono::year{date.year},
-                                        std::chrono::month{static_cast<unsigned>(date.month)},
-                                        std::chrono::day{static_cast<unsigned>(date.day)}};
-  return day.ok() ? std::optional(date) : std::nullopt;
+std::optional<formats::Date> DateFromXml(const XmlElement& element) {
+  const std::optional<std::chrono::local_days> date = DateFromText(element.text);
+  if (!date) return std::nullopt;
+  const std::chrono::year_month_day day{*date};
+  return formats::Date{static_cast<int>(day.year()),
+                       static_cast<int>(static_cast<unsigned>(day.month())),
+                       static_cast<int>(static_cast<unsigned>(day.day()))};
 }
 
 void EmailsFromXml(const XmlElement& element, Contact& contact) {
@@ -163,13 +135,6 @@ void EmailsFromXml(const XmlElement& element, Contact& contact) {
   }
 }
 
-void CategoriesFromXml(const XmlElement& element, Contact& contact) {
-  for (const XmlElement& category : element.children) {
-    const std::string_view name = category.ChildText("Name");
-    if (!name.empty()) contact.categories.emplace_back(name);
-  }
-}
-
 void RowFromXml(const Row& row, const XmlElement& element, Contact& contact) {
   switch (row.kind) {
     case RowKind::kText:
@@ -178,12 +143,13 @@ void RowFromXml(const Row& row, const XmlElement& element, Contact& contact) {
     case RowKind::kEmails:
       return EmailsFromXml(element, contact);
     case RowKind::kCategories:
-      return CategoriesFromXml(element, contact);
+      contact.categories = CategoriesFromXml(&element);
+      return;
     case RowKind::kBirthday:
-      contact.birthday = DateFromText(element.text);
+      contact.birthday = DateFromXml(element);
       return;
     case RowKind::kAnniversary:
-      contact.anniversary = DateFromText(element.text);
+      contact.anniversary = DateFromXml(element);
       return;
   }
 }
@@ -193,8 +159,7 @@ void RowFromXml(const Row& row, const XmlElement& element, Contact& contact) {
 std::string ContactToXml(const Contact& contact, std::string_view elementName) {
   std::string xml;
   for (const Row& row : kRows) {
-    const std::string inner = RowToXml(row, contact);
-    if (!inner.empty()) xml += Element(row.element, inner);
+    xml += ElementUnlessEmpty(row.element, RowToXml(row, contact));
   }
   return Element(elementName, xml);
 }

@@ -9,10 +9,9 @@
 
 #include "desktop/connection.h"
 #include "desktop/oid.h"
+#include "desktop/record_kind.h"
 
 namespace desktop {
-
-enum class RecordKind : std::uint32_t { kContacts = 1, kContacts2 = 3 };
 
 // Called with each complete document, in order. What it throws ends the download.
 using DocumentHandler = std::function<void(const std::string& document)>;

@@ -132,9 +132,9 @@ void Mapping::Load() {
 
 void Mapping::Refuse(const std::filesystem::path& path, const std::string& why) {
   throw Error(fmt::format(
-      "the mapping file {} cannot be understood ({}). It tells which contact here is which on "
-      "the handheld. Bring back a good copy; or move it away and pull the contacts as vcf, "
-      "which makes a new one",
+      "the mapping file {} cannot be understood ({}). It tells which item here is which on the "
+      "handheld. Bring back a good copy; or move it away and pull the contacts as vcf and the "
+      "calendar and the tasks as ics, which makes a new one",
       path.string(), why));
 }
 

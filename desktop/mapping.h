@@ -16,14 +16,12 @@ namespace desktop {
 
 struct MappedItem {
   Oid oid = 0;
-  std::string kind;        // "contact", or the element name of another kind of record
+  std::string kind;        // its name: "contact", "appointment", "task"
   std::string uid;         // the identity that people's programs know it by; empty for none
   std::string content;     // stands in for a UID that the record does not have; empty for none
   std::string hash;        // of the content that it had when it was last sent or received
-  std::string state = {};  // StateHash of that, for contacts; empty when it is not known
+  std::string state = {};  // StateHash of that; empty when it is not known
 };
-
-inline constexpr std::string_view kContactKind = "contact";
 
 // Held by one process at a time: a lock file beside it says so. Throws Error where it cannot go on;
 // a file that cannot be understood is never written over. While a command is under way its changes
@@ -51,7 +49,7 @@ class Mapping {
   void Remove(Oid oid);
   void RemoveKind(std::string_view kind);
 
-  // Contacts, with an OID of 0, that were about to be sent and whose answer has not come. Put and
+  // Items, with an OID of 0, that were about to be sent and whose answer has not come. Put and
   // Settle end that for an item with the same UID or content key.
   void Expect(MappedItem item);
   void Settle(const MappedItem& item);

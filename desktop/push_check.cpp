@@ -8,9 +8,9 @@
 #include <utility>
 #include <vector>
 
-#include "desktop/contact_xml.h"
 #include "desktop/download.h"
 #include "desktop/error.h"
+#include "desktop/record_kind.h"
 #include "desktop/status_text.h"
 #include "desktop/wire_hash.h"
 #include "desktop/xml_records.h"
@@ -19,15 +19,14 @@ namespace desktop {
 namespace {
 
 struct Found {
-  std::map<Oid, std::string> states;  // of contacts, by StateHash
+  std::map<Oid, std::string> states;  // by StateHash
   std::set<Oid> failed;
 
   void Take(const std::string& document) {
     for (const Record& record : ParseRecords(document)) {
       if (!record.oid) continue;
       if (record.element.name == "Error") failed.insert(*record.oid);
-      if (!IsContact(record.element.name)) continue;
-      states[*record.oid] = StateHash(ContactFromXml(record.element));
+      if (IsTakenByAgent(record.element.name)) states[*record.oid] = StateHash(record.element);
     }
   }
 };
@@ -36,13 +35,21 @@ void Require(std::int32_t status) {
   if (status != 0) throw Error("the handheld broke off: " + StatusText(status));
 }
 
-Found Fetch(const ConnectionOptions& connection, std::span<const Oid> oids) {
-  Found found;
+void Fetch(const ConnectionOptions& connection, RecordKind kind, std::span<const Oid> oids,
+           Found& found) {
   while (!oids.empty()) {
     const auto batch = oids.first(std::min(oids.size(), OidsPerRequest()));
-    Require(DownloadSpecific(connection, RecordKind::kContacts, batch,
+    Require(DownloadSpecific(connection, kind, batch,
                              [&](const std::string& document) { found.Take(document); }));
     oids = oids.subspan(batch.size());
+  }
+}
+
+Found FetchAll(const ConnectionOptions& connection, const std::set<RecordKind>& kinds) {
+  Found found;
+  for (const RecordKind kind : kinds) {
+    Require(
+        DownloadAll(connection, kind, [&](const std::string& document) { found.Take(document); }));
   }
   return found;
 }
@@ -73,15 +80,17 @@ std::map<Oid, ItemState> CheckMapped(const ConnectionOptions& connection, const 
                                      std::span<const PushRecord> records) {
   std::map<Oid, ItemState> states;
   std::vector<std::pair<const MappedItem*, const PushRecord*>> mapped;
-  std::vector<Oid> oids;
+  std::map<RecordKind, std::vector<Oid>> oids;
   for (const PushRecord& record : records) {
-    if (record.kind != kContactKind) continue;
     const MappedItem* item = FindMapped(mapping, record);
     if (item == nullptr) continue;
     mapped.emplace_back(item, &record);
-    if (states.emplace(item->oid, ItemState::kChanged).second) oids.push_back(item->oid);
+    if (states.emplace(item->oid, ItemState::kChanged).second) {
+      oids[*KindNamed(item->kind)].push_back(item->oid);
+    }
   }
-  const Found found = Fetch(connection, oids);
+  Found found;
+  for (const auto& [kind, wanted] : oids) Fetch(connection, kind, wanted, found);
   for (const auto& [item, record] : mapped) {
     ItemState& state = states[item->oid];
     if (state == ItemState::kChanged) state = StateOf(found, *item, *record);
@@ -91,10 +100,12 @@ std::map<Oid, ItemState> CheckMapped(const ConnectionOptions& connection, const 
 
 void AdoptExpected(const ConnectionOptions& connection, Mapping& mapping) {
   if (mapping.expected().empty()) return;
-  Found found;
-  Require(DownloadAll(connection, RecordKind::kContacts,
-                      [&](const std::string& document) { found.Take(document); }));
   const std::map<std::string, MappedItem> expected = mapping.expected();
+  std::set<RecordKind> kinds;
+  for (const auto& entry : expected) {
+    if (const auto kind = KindNamed(entry.second.kind)) kinds.insert(*kind);
+  }
+  const Found found = FetchAll(connection, kinds);
   for (const auto& entry : expected) {
     const MappedItem& item = entry.second;
     mapping.Settle(item);

@@ -17,16 +17,16 @@ const MappedItem* FindMapped(const Mapping& mapping, const PushRecord& record);
 enum class ItemState {
   kSame,  // as the mapping remembers it, or already as the record has it
   kGone,
-  kChanged,  // or another person altogether
+  kChanged,  // or another one altogether
 };
 
-// What the handheld has under the OIDs that the mapping gives these contacts. Connects to nobody
+// What the handheld has under the OIDs that the mapping gives these records. Connects to nobody
 // when there are none. An item whose state the mapping does not remember counts as the same.
 // Throws Error when the handheld does not tell about each.
 std::map<Oid, ItemState> CheckMapped(const ConnectionOptions& connection, const Mapping& mapping,
                                      std::span<const PushRecord> records);
 
-// Finds the contacts that the mapping expects among those of the handheld that it does not know,
+// Finds the items that the mapping expects among those of the handheld that it does not know,
 // and takes in their OIDs; what is not found is expected no longer. Connects to nobody when none
 // are expected. Throws Error when the download does not come to its good end: all are expected on.
 void AdoptExpected(const ConnectionOptions& connection, Mapping& mapping);

@@ -4,91 +4,142 @@
 
 #include <algorithm>
 #include <cctype>
+#include <map>
+#include <span>
+#include <utility>
 
+#include "desktop/appointment_xml.h"
 #include "desktop/contact_xml.h"
 #include "desktop/error.h"
-#include "desktop/mapping.h"
+#include "desktop/normal_form.h"
+#include "desktop/task_xml.h"
 #include "desktop/upload.h"
 #include "desktop/wire_hash.h"
 #include "desktop/wire_losses.h"
 #include "desktop/xml_records.h"
 #include "files/atomic_file.h"
+#include "formats/icalendar.h"
 #include "formats/identity.h"
 #include "formats/vcard.h"
 
 namespace desktop {
 namespace {
 
+using calendar::Zone;
+
+constexpr std::string_view kBlanks = " \t\r\n\xEF\xBB\xBF";
+
 std::string Place(const std::filesystem::path& path, std::size_t line) {
   return fmt::format("{}:{}", path.string(), line);
 }
 
-bool IsXml(const std::filesystem::path& path, std::string_view bytes) {
+enum class FileKind { kVCards, kICalendar, kXml };
+
+FileKind KindOf(const std::filesystem::path& path, std::string_view bytes) {
   std::string extension = path.extension().string();
   std::transform(extension.begin(), extension.end(), extension.begin(),
                  [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  if (extension == ".xml") return true;
-  if (extension == ".vcf" || extension == ".vcard") return false;
-  const std::size_t first = bytes.find_first_not_of(" \t\r\n\xEF\xBB\xBF");
-  return first != std::string_view::npos && bytes[first] == '<';
+  if (extension == ".xml") return FileKind::kXml;
+  if (extension == ".ics") return FileKind::kICalendar;
+  if (extension == ".vcf" || extension == ".vcard") return FileKind::kVCards;
+  if (bytes[bytes.find_first_not_of(kBlanks)] == '<') return FileKind::kXml;
+  return formats::LooksLikeICalendar(bytes) ? FileKind::kICalendar : FileKind::kVCards;
 }
 
-PushRecord FromContact(const std::filesystem::path& path, const formats::ParsedContact& parsed) {
+void Report(const std::filesystem::path& path, std::span<const formats::Notice> notices,
+            std::ostream& to) {
+  for (const formats::Notice& notice : notices) {
+    to << Place(path, notice.line) << ": " << notice.text << '\n';
+  }
+}
+
+template <typename Item>
+PushRecord FromItem(std::string place, std::string_view kind, const Item& item, std::string xml,
+                    std::vector<std::string> losses) {
   PushRecord record;
-  record.place = Place(path, parsed.line);
-  record.title = formats::DisplayName(parsed.contact);
-  record.kind = kContactKind;
-  record.uid = parsed.contact.uid;
-  record.xml = ContactToXml(formats::WithFileAs(parsed.contact));
-  record.hash = formats::ContentHash(record.xml);
-  record.state = StateHash(ContactFromXml(ParseRecords(DocumentOf({&record.xml, 1}))[0].element));
+  record.place = std::move(place);
+  record.title = DisplayName(item);
+  record.kind = kind;
+  record.uid = item.uid;
+  record.hash = formats::ContentHash(xml);
   if (record.uid.empty()) record.content = record.hash;
+  // As the agent will read it.
+  record.state = StateHash(ParseRecords(DocumentOf({&xml, 1}))[0].element);
+  record.xml = std::move(xml);
+  record.losses = std::move(losses);
   return record;
+}
+
+PushRecord FromContact(std::string place, const formats::Contact& contact) {
+  return FromItem(std::move(place), kContactKind, contact,
+                  ContactToXml(formats::WithFileAs(contact)), WireLosses(contact));
+}
+
+PushRecord FromAppointment(std::string place, const formats::Appointment& appointment,
+                           const Zone& zone) {
+  return FromItem(std::move(place), kAppointmentKind, appointment,
+                  AppointmentToXml(Normalized(appointment), zone), WireLosses(appointment, zone));
+}
+
+PushRecord FromTask(std::string place, const formats::Task& task) {
+  return FromItem(std::move(place), kTaskKind, task, TaskToXml(Normalized(task)), WireLosses(task));
 }
 
 std::vector<PushRecord> FromVCards(const std::filesystem::path& path, std::string_view bytes,
                                    std::ostream& notices) {
   const formats::VCardFile file = formats::ReadVCards(bytes);
-  const auto report = [&](const formats::Notice& notice) {
-    notices << Place(path, notice.line) << ": " << notice.text << '\n';
-  };
   std::vector<PushRecord> records;
   for (const formats::ParsedContact& parsed : file.contacts) {
-    std::for_each(parsed.notices.begin(), parsed.notices.end(), report);
-    for (const std::string& loss : WireLosses(parsed.contact)) report({parsed.line, loss});
-    records.push_back(FromContact(path, parsed));
+    Report(path, parsed.notices, notices);
+    records.push_back(FromContact(Place(path, parsed.line), parsed.contact));
   }
-  std::for_each(file.notices.begin(), file.notices.end(), report);
+  Report(path, file.notices, notices);
+  if (records.empty()) throw Error(fmt::format("{}: no vCard in it", path.string()));
   return records;
 }
 
-PushRecord FromXmlRecord(const std::filesystem::path& path, Record& parsed) {
-  PushRecord record;
-  record.place = Place(path, parsed.line);
+std::vector<PushRecord> FromICalendar(const std::filesystem::path& path, std::string_view bytes,
+                                      const Zone& zone, std::ostream& notices) {
+  if (!formats::LooksLikeICalendar(bytes)) {
+    throw Error(fmt::format("{}: no calendar in it", path.string()));
+  }
+  const formats::CalendarFile file = formats::ReadICalendar(bytes, zone);
+  Report(path, file.notices, notices);
+  std::multimap<std::size_t, PushRecord> byLine;
+  for (const formats::ParsedAppointment& parsed : file.appointments) {
+    byLine.emplace(parsed.line,
+                   FromAppointment(Place(path, parsed.line), parsed.appointment, zone));
+  }
+  for (const formats::ParsedTask& parsed : file.tasks) {
+    byLine.emplace(parsed.line, FromTask(Place(path, parsed.line), parsed.task));
+  }
+  std::vector<PushRecord> records;
+  for (auto& entry : byLine) records.push_back(std::move(entry.second));
+  return records;
+}
+
+PushRecord FromElement(std::string place, const XmlElement& element, const Zone& zone) {
+  const std::string_view kind = KindOfElement(element.name);
+  if (kind == kContactKind) return FromContact(std::move(place), ContactFromXml(element));
+  if (kind == kTaskKind) return FromTask(std::move(place), TaskFromXml(element, zone));
+  return FromAppointment(std::move(place), AppointmentFromXml(element, zone), zone);
+}
+
+PushRecord FromXmlRecord(const std::filesystem::path& path, Record& parsed, const Zone& zone) {
+  PushRecord record = FromElement(Place(path, parsed.line), parsed.element, zone);
   if (!parsed.oid && !parsed.oidText.empty()) {
     throw Error(fmt::format("{}: \"{}\" is no object identifier", record.place, parsed.oidText));
   }
   record.ownOid = parsed.oid;
   record.deletes = parsed.deletes;
-  if (IsContact(parsed.element.name)) {
-    const formats::Contact contact = ContactFromXml(parsed.element);
-    record.kind = kContactKind;
-    record.title = formats::DisplayName(contact);
-    record.hash = WireHash(contact);
-    record.state = StateHash(contact);
-  } else {
-    record.kind = parsed.element.name;
-    record.title = parsed.element.ChildText("SUBJECT");
-    if (record.title.empty()) record.title = parsed.element.name;
-    record.hash = formats::ContentHash(parsed.bytes);
-  }
-  if (!record.ownOid && !record.deletes) record.content = record.hash;
+  if (record.ownOid || record.deletes) record.content.clear();
+  record.losses.clear();  // it is sent as it stands
   record.xml = std::move(parsed.bytes);
   return record;
 }
 
 std::vector<PushRecord> FromXml(const std::filesystem::path& path, std::string_view bytes,
-                                std::ostream& notices) {
+                                const Zone& zone, std::ostream& notices) {
   std::vector<Record> parsed;
   try {
     parsed = ParseRecords(bytes);
@@ -98,7 +149,7 @@ std::vector<PushRecord> FromXml(const std::filesystem::path& path, std::string_v
   std::vector<PushRecord> records;
   for (Record& each : parsed) {
     if (IsTakenByAgent(each.element.name)) {
-      records.push_back(FromXmlRecord(path, each));
+      records.push_back(FromXmlRecord(path, each, zone));
     } else {
       notices << Place(path, each.line) << ": " << each.element.name
               << ": the handheld takes in no such record\n";
@@ -109,21 +160,27 @@ std::vector<PushRecord> FromXml(const std::filesystem::path& path, std::string_v
 
 }  // namespace
 
-std::vector<PushRecord> ReadPushFile(const std::filesystem::path& path, std::ostream& notices) {
+std::vector<PushRecord> ReadPushFile(const std::filesystem::path& path, const Zone& zone,
+                                     std::ostream& notices) {
   const std::string bytes = files::ReadWholeFile(path);
-  if (bytes.find_first_not_of(" \t\r\n\xEF\xBB\xBF") == std::string::npos) return {};
-  const bool xml = IsXml(path, bytes);
-  std::vector<PushRecord> records =
-      xml ? FromXml(path, bytes, notices) : FromVCards(path, bytes, notices);
-  if (records.empty() && !xml) throw Error(fmt::format("{}: no vCard in it", path.string()));
-  return records;
+  if (bytes.find_first_not_of(kBlanks) == std::string::npos) return {};
+  switch (KindOf(path, bytes)) {
+    case FileKind::kXml:
+      return FromXml(path, bytes, zone, notices);
+    case FileKind::kICalendar:
+      return FromICalendar(path, bytes, zone, notices);
+    case FileKind::kVCards:
+      break;
+  }
+  return FromVCards(path, bytes, notices);
 }
 
-PushRecord DeletionOf(Oid oid) {
+PushRecord DeletionOf(RecordKind kind, Oid oid) {
+  const KindWords& words = WordsOf(kind);
   PushRecord record;
-  record.place = "contact";
-  record.kind = kContactKind;
-  record.xml = fmt::format(R"(<CONTACT Oid="{}" Delete="1"/>)", OidAttribute(oid));
+  record.place = words.name;
+  record.kind = words.name;
+  record.xml = fmt::format(R"(<{} Oid="{}" Delete="1"/>)", words.element, OidAttribute(oid));
   record.ownOid = oid;
   record.deletes = true;
   return record;

@@ -18,13 +18,14 @@ struct Row {
   PushOutcome outcome;
   std::string_view name;  // for programs, and in the summary
   std::string_view text;  // {} is the OID
-  bool failure;
+  bool failure = false;
+  bool takenIn = false;
 };
 
 constexpr std::array kRows = {
-    Row{PushOutcome::kAdded, "added", "added with OID {}", false},
-    Row{PushOutcome::kAddedAnew, "added anew", "was gone, added anew with OID {}", false},
-    Row{PushOutcome::kChanged, "changed", "changed (OID {})", false},
+    Row{PushOutcome::kAdded, "added", "added with OID {}", false, true},
+    Row{PushOutcome::kAddedAnew, "added anew", "was gone, added anew with OID {}", false, true},
+    Row{PushOutcome::kChanged, "changed", "changed (OID {})", false, true},
     Row{PushOutcome::kDeleted, "deleted", "is not there any more (OID {})", false},
     Row{PushOutcome::kNothingToDelete, "nothing to delete", "names no item to delete", false},
     Row{PushOutcome::kUnchanged, "unchanged", "unchanged (OID {})", false},
@@ -35,10 +36,10 @@ constexpr std::array kRows = {
         true},
     Row{PushOutcome::kFailed, "failed", "failed (OID {})", true},
     Row{PushOutcome::kUnanswered, "unanswered",
-        "sent, but not answered, it may have been done (OID {})", true},
+        "sent, but not answered, it may have been done (OID {})", true, true},
     Row{PushOutcome::kNotSent, "not sent", "not sent (OID {})", true},
-    Row{PushOutcome::kWouldAdd, "would add", "would be added", false},
-    Row{PushOutcome::kWouldChange, "would change", "would be changed (OID {})", false},
+    Row{PushOutcome::kWouldAdd, "would add", "would be added", false, true},
+    Row{PushOutcome::kWouldChange, "would change", "would be changed (OID {})", false, true},
     Row{PushOutcome::kWouldDelete, "would delete", "would be deleted (OID {})", false},
 };
 
@@ -57,6 +58,10 @@ std::string OutcomeText(const PushResult& result) {
   if (result.code != 0) text += ": " + StatusText(result.code);
   if (result.outcome == PushOutcome::kFailed && result.code == 0) text += ": no reason given";
   return text;
+}
+
+bool IsTakenIn(PushOutcome outcome) {
+  return RowOf(outcome).takenIn;
 }
 
 std::string ResultsToJson(std::span<const PushResult> results) {

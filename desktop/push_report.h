@@ -13,6 +13,9 @@ namespace desktop {
 // "added with OID 12", "failed: 0x80040066 (text too long)".
 std::string OutcomeText(const PushResult& result);
 
+// Whether the handheld now has the record, or would have it: what it loses is worth telling.
+bool IsTakenIn(PushOutcome outcome);
+
 // An array with one object a record: "source", "name", "outcome", "oid", "code", "meaning", and of
 // a dry run "record".
 std::string ResultsToJson(std::span<const PushResult> results);

@@ -17,6 +17,12 @@ void PrintResult(const PushResult& result, const Console& console) {
   if (!result.xml.empty()) console.out << "  " << result.xml << '\n';
 }
 
+void PrintLosses(const PushRecord& record, const Console& console) {
+  for (const std::string& loss : record.losses) {
+    console.err << record.place << ": " << loss << '\n';
+  }
+}
+
 }  // namespace
 
 int RunPush(const ConnectionOptions& connection, const PushPolicy& policy,
@@ -33,6 +39,10 @@ int RunPush(const ConnectionOptions& connection, const PushPolicy& policy,
     if (!reporting.json) {
       progress.Hide();
       PrintResult(result, console);
+    }
+    if (IsTakenIn(result.outcome) && !result.record->losses.empty()) {
+      progress.Hide();
+      PrintLosses(*result.record, console);
     }
     progress.Update(results.size());
   });

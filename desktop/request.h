@@ -15,6 +15,7 @@ inline constexpr std::string_view kDownloadAll = "DownloadAllPIMRecords";
 inline constexpr std::string_view kDownloadSpecific = "DownloadSpecificPIMRecords";
 inline constexpr std::string_view kUpload = "UploadPIMRecords";
 inline constexpr std::string_view kDeleteAll = "DeleteAllPIMRecords";
+inline constexpr std::string_view kGetKeys = "GetDatabaseKeys";
 inline constexpr std::string_view kGetSystemTime = "CVCeGetSystemTime";
 inline constexpr std::string_view kSetSystemTime = "CVCeSetSystemTime";
 inline constexpr std::string_view kResetLoggingState = "CVResetLoggingState";

@@ -2,12 +2,18 @@
 
 #include <utility>
 
+#include "desktop/appointment_xml.h"
 #include "desktop/contact_xml.h"
+#include "desktop/normal_form.h"
+#include "desktop/record_kind.h"
+#include "desktop/task_xml.h"
 #include "formats/identity.h"
 #include "formats/text.h"
 
 namespace desktop {
 namespace {
+
+using calendar::Zone;
 
 std::string Normal(std::string text) {
   constexpr std::string_view kBlanks = " \t\n";
@@ -17,10 +23,28 @@ std::string Normal(std::string text) {
   return text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
 }
 
+void NormalizeTexts(XmlElement& element) {
+  element.text = Normal(std::move(element.text));
+  for (XmlElement& child : element.children) NormalizeTexts(child);
+}
+
+const Zone& Utc() {
+  static const Zone utc = *Zone::Find("UTC");
+  return utc;
+}
+
 }  // namespace
 
 std::string WireHash(const formats::Contact& contact) {
   return formats::ContentHash(ContactToXml(formats::WithFileAs(contact)));
+}
+
+std::string WireHash(const formats::Appointment& appointment, const Zone& zone) {
+  return formats::ContentHash(AppointmentToXml(Normalized(appointment), zone));
+}
+
+std::string WireHash(const formats::Task& task) {
+  return formats::ContentHash(TaskToXml(Normalized(task)));
 }
 
 std::string StateHash(const formats::Contact& contact) {
@@ -33,6 +57,16 @@ std::string StateHash(const formats::Contact& contact) {
   for (std::string& text : state.fields) text = Normal(std::move(text));
   for (std::string& category : state.categories) category = Normal(std::move(category));
   return WireHash(state);
+}
+
+std::string StateHash(const XmlElement& record) {
+  const std::string_view kind = KindOfElement(record.name);
+  if (kind == kContactKind) return StateHash(ContactFromXml(record));
+  XmlElement state = record;
+  NormalizeTexts(state);
+  return formats::ContentHash(kind == kAppointmentKind
+                                  ? AppointmentToXml(AppointmentFromXml(state, Utc()), Utc())
+                                  : TaskToXml(TaskFromXml(state, Utc())));
 }
 
 }  // namespace desktop

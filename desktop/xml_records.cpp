@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "desktop/error.h"
+#include "desktop/record_kind.h"
 #include "desktop/xml_spans.h"
 
 namespace desktop {
@@ -157,12 +158,8 @@ std::string WithOid(std::string_view record, Oid oid) {
                      record.substr(nameEnd));
 }
 
-bool IsContact(std::string_view elementName) {
-  return elementName == "CONTACT" || elementName == "Contact2";
-}
-
 bool IsTakenByAgent(std::string_view elementName) {
-  return IsContact(elementName) || elementName == "CALENDAR" || elementName == "TASK";
+  return !KindOfElement(elementName).empty();
 }
 
 }  // namespace desktop

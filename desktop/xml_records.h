@@ -43,6 +43,5 @@ std::string WithOid(std::string_view record, Oid oid);
 
 // "CONTACT", "Contact2", "CALENDAR" and "TASK": the agent answers these and skips all others.
 bool IsTakenByAgent(std::string_view elementName);
-bool IsContact(std::string_view elementName);
 
 }  // namespace desktop

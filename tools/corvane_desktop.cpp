@@ -15,6 +15,7 @@
 #include "desktop/clock_text.h"
 #include "desktop/commands_agent.h"
 #include "desktop/commands_delete.h"
+#include "desktop/commands_keys.h"
 #include "desktop/commands_pull.h"
 #include "desktop/commands_push.h"
 #include "desktop/commands_time.h"
@@ -32,7 +33,7 @@ struct CommandLine {
   PullOptions pull;
   PushOptions push;
   DeleteOptions remove;
-  RecordKind removed = RecordKind::kContacts;
+  RecordKind keys = RecordKind::kContacts;
   std::optional<UtcTime> time;
   LoggingLevel logging = LoggingLevel::kOn;
   bool json = false;
@@ -40,8 +41,8 @@ struct CommandLine {
 };
 
 // An option or a positional that takes one of a few words.
-template <typename T>
-CLI::Option* AddChoice(CLI::App& command, const std::string& name, T& chosen,
+template <typename T, typename Chosen>
+CLI::Option* AddChoice(CLI::App& command, const std::string& name, Chosen& chosen,
                        const std::map<std::string, T>& choices, const std::string& help) {
   return command.add_option_function<std::string>(
       name,
@@ -75,25 +76,55 @@ void AddOids(CLI::App& command, std::vector<Oid>& oids) {
 void AddMapping(CLI::App& command, std::optional<std::filesystem::path>& mapping) {
   command
       .add_option("--map", mapping,
-                  "Which contact here is which there; default "
+                  "Which item here is which there; default "
                   "$XDG_STATE_HOME/corvane/HOST_PORT.json or below ~/.local/state")
       ->type_name("FILE");
 }
 
-void AddPull(CLI::App& app, CommandLine& line) {
-  CLI::App& command = *app.add_subcommand("pull", "Contacts from the handheld");
-  AddChoice<RecordKind>(
-      command, "what", line.pull.kind,
-      {{"contacts", RecordKind::kContacts}, {"contacts2", RecordKind::kContacts2}},
-      "contacts, or contacts2 for their second form")
+void AddZone(CLI::App& command, calendar::Zone& zone) {
+  command
+      .add_option_function<std::string>(
+          "--zone",
+          [&zone](const std::string& name) {
+            const std::optional<calendar::Zone> found = calendar::Zone::Find(name);
+            if (!found) throw CLI::ValidationError("--zone", name + " is no time zone");
+            zone = *found;
+          },
+          "The handheld's time zone, such as Europe/Berlin; this computer's by default")
+      ->type_name("NAME");
+}
+
+CLI::Option* AddKind(CLI::App& command, RecordKind& kind) {
+  return AddChoice<RecordKind>(command, "what", kind,
+                               {{"contacts", RecordKind::kContacts},
+                                {"contacts2", RecordKind::kContacts2},
+                                {"calendar", RecordKind::kAppointments},
+                                {"tasks", RecordKind::kTasks}},
+                               "contacts, contacts2 for their second form, calendar or tasks")
       ->required()
       ->type_name("");
+}
+
+// Both may stand before the other on the command line.
+void RequireFormatOfKind(const PullOptions& pull) {
+  if (!pull.format || IsFormatOf(*pull.format, pull.kind)) return;
+  throw CLI::ValidationError("--format", *pull.format == PullFormat::kVcf
+                                             ? "vcf is for contacts"
+                                             : "ics is for the calendar and tasks");
+}
+
+void AddPull(CLI::App& app, CommandLine& line) {
+  CLI::App& command = *app.add_subcommand("pull", "Contacts, calendar or tasks from the handheld");
+  AddKind(command, line.pull.kind);
   AddOids(command, line.pull.oids);
-  AddChoice<PullFormat>(
-      command, "--format", line.pull.format,
-      {{"vcf", PullFormat::kVcf}, {"xml", PullFormat::kXml}, {"json", PullFormat::kJson}},
-      "vcf (the default), xml or json")
+  AddChoice<PullFormat>(command, "--format", line.pull.format,
+                        {{"vcf", PullFormat::kVcf},
+                         {"ics", PullFormat::kIcs},
+                         {"xml", PullFormat::kXml},
+                         {"json", PullFormat::kJson}},
+                        "vcf (contacts) and ics (calendar, tasks) are the defaults; xml or json")
       ->type_name("FORMAT");
+  AddZone(command, line.pull.zone);
   AddChoice<formats::VCardVersion>(
       command, "--vcard-version", line.pull.version,
       {{"3.0", formats::VCardVersion::k30}, {"4.0", formats::VCardVersion::k40}},
@@ -103,6 +134,7 @@ void AddPull(CLI::App& app, CommandLine& line) {
       ->type_name("FILE");
   AddMapping(command, line.pull.mapping);
   command.callback([&line] {
+    RequireFormatOfKind(line.pull);
     line.run = [&line](const Console& console) {
       return Pull(line.connection, line.pull, console);
     };
@@ -110,8 +142,10 @@ void AddPull(CLI::App& app, CommandLine& line) {
 }
 
 void AddPush(CLI::App& app, CommandLine& line) {
-  CLI::App& command = *app.add_subcommand("push", "Contacts and other records to the handheld");
-  command.add_option("files", line.push.files, "vCard (.vcf) or record documents (.xml)")
+  CLI::App& command = *app.add_subcommand("push", "Contacts, calendar and tasks to the handheld");
+  command
+      .add_option("files", line.push.files,
+                  "vCard (.vcf), iCalendar (.ics) or record documents (.xml)")
       ->required()
       ->type_name("FILE");
   command.add_option("--chunk", line.push.policy.chunk, "Records to a document; default 20")
@@ -121,6 +155,7 @@ void AddPush(CLI::App& app, CommandLine& line) {
                    "Send what has not changed or what the check finds in conflict, too");
   command.add_flag("--dry-run", line.push.policy.dryRun, "Show what would be sent, send nothing");
   command.add_flag("--json", line.push.json, "The results as JSON");
+  AddZone(command, line.push.zone);
   AddMapping(command, line.push.mapping);
   command.callback([&line] {
     line.run = [&line](const Console& console) {
@@ -130,9 +165,13 @@ void AddPush(CLI::App& app, CommandLine& line) {
 }
 
 void AddDelete(CLI::App& app, CommandLine& line) {
-  CLI::App& command = *app.add_subcommand("delete", "Contacts away from the handheld");
-  AddChoice<RecordKind>(command, "what", line.removed, {{"contacts", RecordKind::kContacts}},
-                        "contacts")
+  CLI::App& command =
+      *app.add_subcommand("delete", "Contacts, calendar or tasks away from the handheld");
+  AddChoice<RecordKind>(command, "what", line.remove.kind,
+                        {{"contacts", RecordKind::kContacts},
+                         {"calendar", RecordKind::kAppointments},
+                         {"tasks", RecordKind::kTasks}},
+                        "contacts, calendar or tasks")
       ->required()
       ->type_name("");
   AddOids(command, line.remove.oids);
@@ -141,6 +180,17 @@ void AddDelete(CLI::App& app, CommandLine& line) {
   command.callback([&line] {
     line.run = [&line](const Console& console) {
       return Delete(line.connection, line.remove, console);
+    };
+  });
+}
+
+void AddKeys(CLI::App& app, CommandLine& line) {
+  CLI::App& command = *app.add_subcommand("keys", "The elements that the handheld's records have");
+  AddKind(command, line.keys);
+  command.add_flag("--json", line.json, "As JSON");
+  command.callback([&line] {
+    line.run = [&line](const Console& console) {
+      return PrintKeys(line.connection, line.keys, line.json, console);
     };
   });
 }
@@ -222,6 +272,7 @@ int Run(int argc, char** argv) {
   AddPull(app, line);
   AddPush(app, line);
   AddDelete(app, line);
+  AddKeys(app, line);
   AddTime(app, line);
   AddAgent(app, line);
   try {

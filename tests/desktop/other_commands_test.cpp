@@ -3,6 +3,7 @@
 
 #include "desktop/commands_agent.h"
 #include "desktop/commands_delete.h"
+#include "desktop/commands_keys.h"
 #include "desktop/commands_time.h"
 #include "desktop/mapping.h"
 #include "desktop/request.h"
@@ -12,6 +13,7 @@
 namespace desktop {
 namespace {
 
+using testing::Document;
 using testing::FakeAgent;
 using ::testing::HasSubstr;
 using testing::NobodyThere;
@@ -112,6 +114,95 @@ TEST_F(DeleteTest, OfSomeSendsDeletionsAndForgetsThem) {
             "contact: is not there any more (OID 5)\n"
             "contact: failed (OID 4294967295): 0x80070005 (access denied)\n");
   EXPECT_EQ(Mapped(), 2U);
+}
+
+TEST_F(DeleteTest, OfAnotherKindNamesItAndForgetsThatKindAlone) {
+  {
+    Mapping mapping(*options_.mapping);
+    mapping.Put({8, "appointment", "u8", "", "h"});
+    mapping.Put({9, "task", "u9", "", "h"});
+    mapping.Save();
+  }
+  options_.kind = RecordKind::kAppointments;
+  EXPECT_EQ(Delete(NobodyThere(), options_, console_.console), kUsage);
+  EXPECT_EQ(err(), "corvane-desktop: deleting all appointments needs --yes\n");
+  options_.yes = true;
+  FakeAgent agent({Buffered(seen_, ReplyRecord(0)), Buffered(seen_, ReplyRecord(0))});
+  EXPECT_EQ(Delete(agent.options(), options_, console_.console), kDone);
+  EXPECT_EQ(Mapping(*options_.mapping).FindOid(8), nullptr);
+  EXPECT_EQ(Mapped(), 4U);
+  options_.kind = RecordKind::kTasks;
+  EXPECT_EQ(Delete(agent.options(), options_, console_.console), kDone);
+  agent.Join();
+  EXPECT_EQ(Mapping(*options_.mapping).FindOid(9), nullptr);
+  EXPECT_EQ(console_.out.str(), "all appointments deleted\nall tasks deleted\n");
+  ASSERT_EQ(seen_.size(), 2U);
+  EXPECT_EQ(seen_[0].input, Word(0));
+  EXPECT_EQ(seen_[1].input, Word(2));
+}
+
+TEST_F(DeleteTest, OfSomeSendsElementsOfTheKind) {
+  std::string chunk;
+  FakeAgent agent({[&](Peer& peer) {
+    peer.ReceiveCounted();
+    peer.Send(Word(0));
+    chunk = peer.ReceiveCounted();
+    peer.Send(Word(5) + Word(0));
+    peer.AwaitEnd();
+  }});
+  options_.kind = RecordKind::kTasks;
+  options_.oids = {5};
+  EXPECT_EQ(Delete(agent.options(), options_, console_.console), kDone);
+  agent.Join();
+  EXPECT_THAT(chunk, HasSubstr("<root><TASK Oid=\"5\" Delete=\"1\"/></root>"));
+  EXPECT_EQ(console_.out.str(), "task: is not there any more (OID 5)\n");
+}
+
+class KeysTest : public ::testing::Test {
+ protected:
+  int Run(const std::string& reply, bool json = false) {
+    FakeAgent agent({Buffered(seen_, reply)});
+    const int code = PrintKeys(agent.options(), RecordKind::kTasks, json, console_.console);
+    agent.Join();
+    return code;
+  }
+  std::string out() const { return console_.out.str(); }
+  std::string err() const { return console_.err.str(); }
+
+  TestConsole console_;
+  std::vector<SeenRequest> seen_;
+};
+
+TEST_F(KeysTest, AreOneALineInTheHandheldsOrder) {
+  EXPECT_EQ(Run(ReplyRecord(0, Document("<SUBJECT/><CATEGORIES/><NOTES/>"))), kDone);
+  EXPECT_EQ(out(), "SUBJECT\nCATEGORIES\nNOTES\n");
+  ASSERT_EQ(seen_.size(), 1U);
+  EXPECT_EQ(seen_[0].function, "GetDatabaseKeys");
+  EXPECT_EQ(seen_[0].input, Word(2));
+  EXPECT_EQ(seen_[0].streamed, 0U);
+}
+
+TEST_F(KeysTest, AreAnArrayAsJson) {
+  EXPECT_EQ(Run(ReplyRecord(0, Document("<SUBJECT/><NOTES/>")), true), kDone);
+  EXPECT_EQ(out(), "[\"SUBJECT\",\"NOTES\"]\n");
+}
+
+TEST_F(KeysTest, AreNotToldByAnAgentThatFails) {
+  EXPECT_EQ(Run(ReplyRecord(0x80070057)), kFailed);
+  EXPECT_EQ(err(),
+            "corvane-desktop: the handheld does not tell its keys: 0x80070057 (invalid argument, "
+            "or no such item)\n");
+  EXPECT_EQ(out(), "");
+}
+
+TEST_F(KeysTest, AreNotToldByAnAgentThatDoesNotKnowTheRequest) {
+  EXPECT_EQ(Run(ReplyRecord(0)), kFailed);
+  EXPECT_EQ(err(), "corvane-desktop: the agent does not know the request GetDatabaseKeys\n");
+}
+
+TEST_F(KeysTest, AreNoneInAnAnswerThatIsNoDocument) {
+  EXPECT_EQ(Run(ReplyRecord(0, "<root>")), kFailed);
+  EXPECT_THAT(err(), HasSubstr("the answer to GetDatabaseKeys makes no sense: line 1: "));
 }
 
 UtcTime Time(const char* text) {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "desktop/commands_push.h"
+#include "desktop/record_kind.h"
 #include "desktop/words.h"
 #include "desktop/xml_records.h"
 #include "tests/desktop/fixtures.h"
@@ -69,7 +70,11 @@ class Store {
   std::string Download(const SeenRequest& seen) const {
     std::string records;
     if (seen.function == "DownloadAllPIMRecords") {
-      for (const auto& [oid, bytes] : items) records += Stored(oid);
+      const auto kind = WordsOf(static_cast<RecordKind>(WordAt(seen.input, 0))).name;
+      for (const auto& [oid, bytes] : items) {
+        const std::string name = bytes.substr(1, bytes.find_first_of(" />") - 1);
+        if (KindOfElement(name) == kind) records += Stored(oid);
+      }
       return records;
     }
     for (std::size_t at = 4; at < seen.input.size(); at += 4) {
