@@ -1,11 +1,14 @@
-// What a desktop sees of the agent's speed: uploads, downloads and deletes of contacts, small
+// What a desktop sees of the agent's speed: uploads, downloads and deletes of records, small
 // requests, and the agent's peak memory, over loopback against a store on a real disk.
 //
-//   sync_bench [--directory DIR] [CONTACTS…]     default: the working directory; 1000 10000 100000
+//   sync_bench [--directory DIR] [contacts|calendar|tasks] [COUNT…]
+//
+// Default: the working directory; all three; 1000 10000 and, of contacts alone, 100000.
 #include <fmt/core.h>
 #include <signal.h>
 #include <unistd.h>
 
+#include <array>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -13,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/bench_records.h"
 #include "platform/host/handheld.h"
 #include "tests/support/paths.h"
 #include "tests/support/wire/process.h"
@@ -21,6 +25,7 @@
 
 namespace {
 namespace fs = std::filesystem;
+using bench::Workload;
 using corvane::testing::Chunk;
 using corvane::testing::Invoke;
 using corvane::testing::RawConnection;
@@ -30,6 +35,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int kRecordsPerChunk = 20;
 constexpr int kSmallRequests = 5000;
+constexpr std::array kWorkloads = {&bench::kContacts, &bench::kCalendar, &bench::kTasks};
 
 double SecondsSince(Clock::time_point begin) {
   return std::chrono::duration<double>(Clock::now() - begin).count();
@@ -85,38 +91,21 @@ class Agent {
   std::uint16_t port_ = 0;
 };
 
-std::string ContactXml(int i) {
-  const std::string n = std::to_string(i);
-  return "<CONTACT><EMAIL_ADDRESSES><EMAIL_ADDRESS><NAME>person" + n +
-         "@example.org</NAME><TYPE>email1</TYPE></EMAIL_ADDRESS></"
-         "EMAIL_ADDRESSES><FIRST_NAME>First" +
-         n + "</FIRST_NAME><LAST_NAME>Last" + n +
-         "</LAST_NAME><COMPANY>Example Company</COMPANY><FileAs>Last" + n + ", First" + n +
-         "</FileAs><DEPARTMENT>Department</DEPARTMENT><PHONE_MOBILE>+49 170 " + n +
-         "</PHONE_MOBILE><PHONE_BUSINESS>+49 30 " + n +
-         "</PHONE_BUSINESS><BUSINESS_TITLE>Engineer</BUSINESS_TITLE><PHONE_HOME>+49 89 " + n +
-         "</PHONE_HOME><CATEGORIES><CATEGORY><Name>Business</Name></CATEGORY></CATEGORIES>"
-         "<BUSINESS_WEB_PAGE>https://example.org/</BUSINESS_WEB_PAGE>"
-         "<HOME_ADDRESS>1 Example Street</HOME_ADDRESS><HOME_CITY>Example City</HOME_CITY>"
-         "<HOME_ZIP>12345</HOME_ZIP><HOME_COUNTRY>Germany</HOME_COUNTRY>"
-         "<NOTES>A note that says a few words about this person.</NOTES>"
-         "<BIRTHDAY>19700101T000000</BIRTHDAY></CONTACT>";
-}
-
-double Upload(const Agent& agent, int contacts) {
+double Upload(const Agent& agent, const Workload& workload, int total) {
   const auto begin = Clock::now();
   RawConnection connection = agent.Connect();
   connection.Send(Record(Invoke{.function = "UploadPIMRecords", .streamFlag = 1}.Body()));
   connection.ReceiveWord();
-  for (int sent = 0; sent < contacts;) {
+  for (int sent = 0; sent < total;) {
     std::string document = "<root>";
     int records = 0;
-    for (; records < kRecordsPerChunk && sent < contacts; ++records) document += ContactXml(++sent);
+    for (; records < kRecordsPerChunk && sent < total; ++records)
+      document += workload.record(++sent);
     connection.Send(Chunk(document + "</root>"));
     const std::string replies = connection.Receive(8 * static_cast<std::size_t>(records));
     for (int i = 0; i < records; ++i)
       if (corvane::testing::WordAt(replies, 8 * i + 4) != 0)
-        throw std::runtime_error("a contact was refused");
+        throw std::runtime_error("a record was refused");
   }
   connection.Send(Word(0));
   connection.ReceiveToEnd();
@@ -128,28 +117,30 @@ struct DownloadResult {
   double megabytes;
 };
 
-DownloadResult Download(const Agent& agent, int expected) {
+DownloadResult Download(const Agent& agent, const Workload& workload, int expected) {
   const auto begin = Clock::now();
   RawConnection connection = agent.Connect();
   connection.Send(Record(
-      Invoke{.function = "DownloadAllPIMRecords", .input = Word(1), .streamFlag = 1}.Body()));
+      Invoke{.function = "DownloadAllPIMRecords", .input = Word(workload.kind), .streamFlag = 1}
+          .Body()));
   connection.ReceiveWord();
   std::size_t bytes = 0;
   std::size_t records = 0;
   for (std::uint32_t count; (count = connection.ReceiveWord()) != 0;) {
     const std::string document = connection.Receive(count);
     bytes += document.size();
-    records += corvane::testing::CountElements(document, "CONTACT");
+    records += corvane::testing::CountElements(document, workload.element);
   }
   if (connection.ReceiveWord() != 0 || records != static_cast<std::size_t>(expected))
     throw std::runtime_error("the download is not complete");
   return {SecondsSince(begin), static_cast<double>(bytes) / 1e6};
 }
 
-double DeleteAll(const Agent& agent) {
+double DeleteAll(const Agent& agent, const Workload& workload) {
   const auto begin = Clock::now();
   RawConnection connection = agent.Connect();
-  connection.Send(Record(Invoke{.function = "DeleteAllPIMRecords", .input = Word(1)}.Body()));
+  connection.Send(
+      Record(Invoke{.function = "DeleteAllPIMRecords", .input = Word(workload.kind)}.Body()));
   if (corvane::testing::WordAt(connection.Receive(20), 8) != 0)
     throw std::runtime_error("the delete failed");
   return SecondsSince(begin);
@@ -166,48 +157,71 @@ double SmallRequestsPerSecond(const Agent& agent) {
   return kSmallRequests / SecondsSince(begin);
 }
 
-void MeasureContacts(const fs::path& parent, int contacts) {
+void Measure(const fs::path& parent, const Workload& workload, int count) {
   Agent agent(parent);
-  const double upload = Upload(agent, contacts);
+  const double upload = Upload(agent, workload, count);
   const long uploadPeak = agent.PeakMemory();
   agent.Restart();
-  const DownloadResult download = Download(agent, contacts);
+  const DownloadResult download = Download(agent, workload, count);
   const long downloadPeak = agent.PeakMemory();
-  const double deletion = DeleteAll(agent);
-  fmt::print("{:>9} {:>10.2f} {:>11.0f} {:>10} {:>10.3f} {:>11.0f} {:>8.1f} {:>10} {:>10.3f}\n",
-             contacts, upload, contacts / upload, uploadPeak, download.seconds,
-             contacts / download.seconds, download.megabytes, downloadPeak, deletion);
+  const double deletion = DeleteAll(agent, workload);
+  fmt::print("{:>9} {:>8} {:>8.2f} {:>8.0f} {:>9} {:>8.3f} {:>8.0f} {:>7.1f} {:>9} {:>9.3f}\n",
+             workload.name, count, upload, count / upload, uploadPeak, download.seconds,
+             count / download.seconds, download.megabytes, downloadPeak, deletion);
 }
 
-int Run(const fs::path& directory, const std::vector<int>& counts) {
+struct Options {
+  fs::path directory = fs::current_path();
+  std::vector<const Workload*> workloads;
+  std::vector<int> counts;
+};
+
+Options ParseArguments(int argc, char** argv) {
+  Options options;
+  for (int i = 1; i < argc; ++i) {
+    const std::string argument = argv[i];
+    if (argument == "--directory" && i + 1 < argc) {
+      options.directory = argv[++i];
+      continue;
+    }
+    bool named = false;
+    for (const Workload* workload : kWorkloads) {
+      if (argument != workload->name) continue;
+      options.workloads.push_back(workload);
+      named = true;
+    }
+    if (!named) options.counts.push_back(std::stoi(argument));
+  }
+  if (options.workloads.empty()) options.workloads.assign(kWorkloads.begin(), kWorkloads.end());
+  return options;
+}
+
+std::vector<int> DefaultCounts(const Workload& workload) {
+  if (&workload == &bench::kContacts) return {1000, 10000, 100000};
+  return {1000, 10000};
+}
+
+void Run(const Options& options) {
   {
-    const Agent agent(directory);
+    const Agent agent(options.directory);
     fmt::print("start to listening: {:.1f} ms, idle peak memory: {} KiB\n",
                agent.startSeconds_ * 1e3, agent.PeakMemory());
     fmt::print("CVCeGetSystemTime: {:.0f} requests/s ({} requests, a connection each)\n\n",
                SmallRequestsPerSecond(agent), kSmallRequests);
   }
-  fmt::print("{:>9} {:>10} {:>11} {:>10} {:>10} {:>11} {:>8} {:>10} {:>10}\n", "contacts", "up s",
-             "up /s", "peak KiB", "down s", "down /s", "MB", "peak KiB", "delete s");
-  for (const int contacts : counts) MeasureContacts(directory, contacts);
-  return 0;
+  fmt::print("{:>9} {:>8} {:>8} {:>8} {:>9} {:>8} {:>8} {:>7} {:>9} {:>9}\n", "records", "count",
+             "up s", "up /s", "peak KiB", "down s", "down /s", "MB", "peak KiB", "delete s");
+  for (const Workload* workload : options.workloads) {
+    for (const int count : options.counts.empty() ? DefaultCounts(*workload) : options.counts)
+      Measure(options.directory, *workload, count);
+  }
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  fs::path directory = fs::current_path();
-  std::vector<int> counts;
   try {
-    for (int i = 1; i < argc; ++i) {
-      const std::string argument = argv[i];
-      if (argument == "--directory" && i + 1 < argc)
-        directory = argv[++i];
-      else
-        counts.push_back(std::stoi(argument));
-    }
-    if (counts.empty()) counts = {1000, 10000, 100000};
-    return Run(directory, counts);
+    Run(ParseArguments(argc, argv));
   } catch (const std::exception& error) {
     fmt::print(stderr, "sync_bench: {}\n", error.what());
     return 1;

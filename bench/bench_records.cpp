@@ -1,0 +1,72 @@
+#include "bench/bench_records.h"
+
+#include <fmt/core.h>
+
+namespace bench {
+namespace {
+
+std::string ContactXml(int i) {
+  const std::string n = std::to_string(i);
+  return "<CONTACT><EMAIL_ADDRESSES><EMAIL_ADDRESS><NAME>person" + n +
+         "@example.org</NAME><TYPE>email1</TYPE></EMAIL_ADDRESS></"
+         "EMAIL_ADDRESSES><FIRST_NAME>First" +
+         n + "</FIRST_NAME><LAST_NAME>Last" + n +
+         "</LAST_NAME><COMPANY>Example Company</COMPANY><FileAs>Last" + n + ", First" + n +
+         "</FileAs><DEPARTMENT>Department</DEPARTMENT><PHONE_MOBILE>+49 170 " + n +
+         "</PHONE_MOBILE><PHONE_BUSINESS>+49 30 " + n +
+         "</PHONE_BUSINESS><BUSINESS_TITLE>Engineer</BUSINESS_TITLE><PHONE_HOME>+49 89 " + n +
+         "</PHONE_HOME><CATEGORIES><CATEGORY><Name>Business</Name></CATEGORY></CATEGORIES>"
+         "<BUSINESS_WEB_PAGE>https://example.org/</BUSINESS_WEB_PAGE>"
+         "<HOME_ADDRESS>1 Example Street</HOME_ADDRESS><HOME_CITY>Example City</HOME_CITY>"
+         "<HOME_ZIP>12345</HOME_ZIP><HOME_COUNTRY>Germany</HOME_COUNTRY>"
+         "<NOTES>A note that says a few words about this person.</NOTES>"
+         "<BIRTHDAY>19700101T000000</BIRTHDAY></CONTACT>";
+}
+
+// The series are of 1 to 28 January 2026, weekly, with 40 occurrences each.
+std::string SeriesXml(int i, int day) {
+  const int deleted = day + 14 > 31 ? day + 14 - 31 : day + 14;
+  const int changed = day + 21 > 31 ? day + 21 - 31 : day + 21;
+  const int deletedMonth = day + 14 > 31 ? 2 : 1;
+  const int changedMonth = day + 21 > 31 ? 2 : 1;
+  const int weekday = (4 + day - 1) % 7;  // 1 January 2026 is a Thursday
+  return fmt::format(
+      "<IS_RECURRING>TRUE</IS_RECURRING><RECURRENCE><TYPE>WEEKLY</TYPE>"
+      "<DAYS_OF_WEEK>{}</DAYS_OF_WEEK><Occurrences>40</Occurrences>"
+      "<DeletedException>2026{:02}{:02}T000000</DeletedException>"
+      "<ChangedException><SUBJECT>Moved meeting {}</SUBJECT>"
+      "<EVENT_START>2026{:02}{:02}T150000</EVENT_START>"
+      "<EVENT_END>2026{:02}{:02}T160000</EVENT_END><BusyStatus>2</BusyStatus>"
+      "<OriginalDate>2026{:02}{:02}T000000</OriginalDate></ChangedException></RECURRENCE>",
+      weekday, deletedMonth, deleted, i, changedMonth, changed, changedMonth, changed, changedMonth,
+      changed);
+}
+
+std::string AppointmentXml(int i) {
+  const int day = i % 28 + 1;
+  return fmt::format(
+      "<CALENDAR><SUBJECT>Meeting {}</SUBJECT><LOCATION>Room {}</LOCATION>"
+      "<CATEGORIES><CATEGORY><Name>Business</Name></CATEGORY></CATEGORIES>{}"
+      "<HAS_REMINDER>TRUE</HAS_REMINDER><ReminderMinutes>15</ReminderMinutes>"
+      "<EVENT_START>202601{:02}T090000</EVENT_START><EVENT_END>202601{:02}T100000</EVENT_END>"
+      "<BusyStatus>2</BusyStatus><NOTES>A note that says a few words about it.</NOTES></CALENDAR>",
+      i, i % 40, i % 2 == 0 ? SeriesXml(i, day) : "", day, day);
+}
+
+std::string TaskXml(int i) {
+  return fmt::format(
+      "<TASK><SUBJECT>Task {}</SUBJECT>"
+      "<CATEGORIES><CATEGORY><Name>Business</Name></CATEGORY></CATEGORIES>"
+      "<DUE_DATE>202601{:02}T000000</DUE_DATE><HAS_REMINDER>TRUE</HAS_REMINDER>"
+      "<ReminderMinutes>60</ReminderMinutes><StartDate>20260101T000000</StartDate>"
+      "<PRIORITY>{}</PRIORITY><NOTES>A note that says a few words about it.</NOTES></TASK>",
+      i, i % 28 + 1, i % 3 + 2);
+}
+
+}  // namespace
+
+const Workload kContacts = {"contacts", 1, "CONTACT", &ContactXml};
+const Workload kCalendar = {"calendar", 0, "CALENDAR", &AppointmentXml};
+const Workload kTasks = {"tasks", 2, "TASK", &TaskXml};
+
+}  // namespace bench
