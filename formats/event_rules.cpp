@@ -50,6 +50,7 @@ std::optional<EventRules::Rule> EventRules::Read(const RuleText& text) {
     if (!result.until) return leaveOut("its UNTIL is neither a day nor a time");
   }
   if (event_.start->isDate) {
+    if (!result.rule.IsOfDays()) return leaveOut("a day does not come by the hour");
     for (const char* part : {"BYHOUR", "BYMINUTE", "BYSECOND"}) result.rule.Drop(part);
   } else {
     result.rule.DropTimeOfDay(start_ - DayOf(start_));

@@ -78,6 +78,7 @@ class SeriesBuilder {
   bool BuildSeries();
   void BuildSingles();
   Series SeriesOf(local_days firstDay, const Alignment& alignment);
+  std::size_t MostCopies() const;
   void AddExtras(local_days firstDay);
   // Whether it is one that can be kept.
   bool AddOccurrence(local_seconds wall, const ListedDate* listed);
@@ -125,8 +126,8 @@ bool SeriesBuilder::BuildSeries() {
   const local_days firstDay = DayOf(rule->first);
   const auto isChanged = [&](local_days day) { return exceptions_.Has(day + clock_); };
   const std::optional<Alignment> alignment =
-      Align(master_, rule->pattern, firstDay, DayOf(rules_.WindowBegin(rule->first)), isChanged,
-            zones_, budget_);
+      Align(master_, rule->pattern, firstDay, DayOf(rules_.WindowBegin(rule->first)), MostCopies(),
+            isChanged, zones_, budget_);
   if (!alignment || !AreKeepable(alignment->first)) return false;
   budget_.bytes -= SizeOf(master_) * static_cast<long long>(alignment->differing.size());
   lookup_ = rule->pattern;
@@ -141,6 +142,12 @@ bool SeriesBuilder::BuildSeries() {
   Add(std::move(appointment), alignment->first, master_.line);
   AddExtras(firstDay);
   return true;
+}
+
+// As many as are followed, and as the budget has room for.
+std::size_t SeriesBuilder::MostCopies() const {
+  const long long room = std::max<long long>(1, budget_.bytes / SizeOf(master_));
+  return static_cast<std::size_t>(std::min<long long>(room, kMostFollowed));
 }
 
 bool SeriesBuilder::IsOfPattern(local_days firstDay, local_seconds wall) const {
@@ -210,6 +217,12 @@ void SeriesBuilder::AddExtras(local_days firstDay) {
                         "appointment of its own");
   }
   for (const auto& [wall, date] : extras) {
+    if (budget_.isUsedUp()) {
+      master_.notices.Add(master_.line, "RDATE: from " + Shown(wall) +
+                                            " on dates are left out, the file has too many");
+      break;
+    }
+    budget_.units -= kUnitsADate;
     if (!IsOfPattern(firstDay, wall)) AddOccurrence(wall, date);
   }
 }
@@ -217,9 +230,7 @@ void SeriesBuilder::AddExtras(local_days firstDay) {
 void SeriesBuilder::BuildSingles() {
   const local_seconds from =
       rules_.WindowBegin(std::max<local_seconds>(start_, calendar::kFirstDay));
-  const long long affordable = std::max<long long>(1, budget_.bytes / SizeOf(master_));
-  const std::size_t most = static_cast<std::size_t>(
-      std::min<long long>(affordable, static_cast<long long>(kMostFollowed)));
+  const std::size_t most = MostCopies();
   std::map<local_seconds, const ListedDate*> dates = ListedDates();
   RuleTimes times = rules_.Times(from, from + kFollowedDays, most);
   for (const local_seconds wall : times.times) dates.try_emplace(wall, nullptr);

@@ -4,13 +4,6 @@
 
 namespace formats {
 
-local_seconds SeriesTimeOf(const Event& event, const Moment& moment) {
-  const Moment& start = *event.start;
-  if (start.isDate) return DayOf(moment.wall);
-  if (moment.isDate) return DayOf(moment.wall) + (start.wall - DayOf(start.wall));
-  return WallOn(moment, start.clock);
-}
-
 ExceptionBook::ExceptionBook(const Event& master, std::vector<Event>& changes) : master_(master) {
   for (const ListedDate& date : master.exceptionDates) {
     if (date.moment.isDate && !master.start->isDate) {

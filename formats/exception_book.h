@@ -10,9 +10,6 @@
 
 namespace formats {
 
-// The time of one of the event's series that a listed date means: that of a date is the start's.
-local_seconds SeriesTimeOf(const Event& event, const Moment& moment);
-
 class ExceptionBook {
  public:
   // Both must outlive the book. The event has a start.

@@ -129,6 +129,7 @@ void EventReader::Take(const Property& property) {
     case ItemProperty::kExceptionDates:
       return TakeDates(property, event_.exceptionDates);
     case ItemProperty::kRecurrenceId:
+      event_.isChange = true;
       if (const std::string* range = property.Parameter("RANGE")) {
         event_.notices.Add(property,
                            "RANGE=" + Excerpt(*range) + ": this occurrence alone changes");
@@ -232,6 +233,7 @@ bool EventReader::EndsBeforeStart() const {
 }
 
 void EventReader::SettleTimes() {
+  if (event_.isChange && !event_.recurrenceId) event_.recurrenceId = event_.start;
   if (!event_.start) return;
   const auto isMidnight = [](const Moment& moment) { return moment.wall == DayOf(moment.wall); };
   if (event_.end && event_.duration) {
@@ -289,6 +291,13 @@ Event ReadEvent(const Component& vevent, ZoneBook& zones) {
   return EventReader(vevent, zones).Read();
 }
 
+local_seconds SeriesTimeOf(const Event& event, const Moment& moment) {
+  const Moment& start = *event.start;
+  if (start.isDate) return DayOf(moment.wall);
+  if (moment.isDate) return DayOf(moment.wall) + (start.wall - DayOf(start.wall));
+  return WallOn(moment, start.clock);
+}
+
 Times TimesAt(const Event& event, local_seconds wall, const ZoneBook& zones) {
   const local_seconds start = OnOwn(event, wall, zones);
   return {start, std::max(start, OnOwn(event, wall + WallLength(event), zones))};
@@ -307,10 +316,14 @@ Times TimesOf(const Event& event, const ZoneBook& zones) {
 }
 
 Times TimesOf(const Event& event, const ListedDate& date, const ZoneBook& zones) {
-  Times times = TimesAt(event, WallOn(date.moment, event.start->clock), zones);
+  Times times = TimesAt(event, SeriesTimeOf(event, date.moment), zones);
   if (date.end) times.end = WallOn(*date.end, zones.own());
   if (date.length) times.end = Later(date.moment, *date.length, zones);
-  times.end = std::max(times.start, times.end);
+  if (!event.start->isDate) {
+    times.end = std::max(times.start, times.end);
+  } else {
+    times.end = std::max<local_seconds>(std::chrono::ceil<days>(times.end), times.start + days(1));
+  }
   return times;
 }
 

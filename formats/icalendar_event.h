@@ -40,7 +40,8 @@ struct Event {
   std::optional<Alarm> alarm = {};
   std::vector<RuleText> rules, exceptionRules;
   std::vector<ListedDate> dates, exceptionDates;
-  std::optional<Moment> recurrenceId = {};
+  std::optional<Moment> recurrenceId = {};  // of a change; its start where that is unreadable
+  bool isChange = false;
   std::size_t calendar = 0;
   int sequence = 0;
   std::optional<local_seconds> stamp = {};  // UTC
@@ -48,6 +49,9 @@ struct Event {
 };
 
 Event ReadEvent(const Component& vevent, ZoneBook& zones);
+
+// The time of one of the event's series that a listed date means: that of a date is the start's.
+local_seconds SeriesTimeOf(const Event& event, const Moment& moment);
 
 // Start and end of what begins at `wall` on the clock of the event's start, on the handheld's. The
 // event has a start.

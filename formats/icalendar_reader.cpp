@@ -92,6 +92,10 @@ void Collector::Keep(Item& kept, Item item) {
 }
 
 void Collector::AddEvent(Event event) {
+  if (event.isChange && !event.recurrenceId) {
+    notices_.Add(event.line, "RECURRENCE-ID: nobody knows of which occurrence, left out");
+    return;
+  }
   const std::string& uid = event.fields.uid;
   const auto found = uid.empty() ? groupOf_.end() : groupOf_.find(uid);
   if (found == groupOf_.end()) {
@@ -115,7 +119,7 @@ void Collector::AddEvent(Event event) {
 }
 
 void Collector::AddTodo(Todo todo) {
-  if (!todo.recurrenceId && !todo.task.uid.empty()) {
+  if (!todo.isChange && !todo.task.uid.empty()) {
     const auto [at, isNew] = todoOf_.try_emplace(todo.task.uid, todos_.size());
     if (!isNew) return Keep(todos_[at->second], std::move(todo));
   }
@@ -127,7 +131,7 @@ bool Collector::IsKept(Todo& todo) const {
     todo.notices.Add(todo.line, "STATUS: the task is cancelled, left out");
     return false;
   }
-  if (todo.recurrenceId && todoOf_.contains(todo.task.uid)) {
+  if (todo.isChange && todoOf_.contains(todo.task.uid)) {
     todo.notices.Add(todo.line, "RECURRENCE-ID: a task's series has no exceptions, left out");
     return false;
   }

@@ -111,6 +111,7 @@ void TodoReader::Take(const Property& property) {
       rules_.push_back({property.line, property.value});
       return;
     case ItemProperty::kRecurrenceId:
+      todo_.isChange = true;
       return TakeMoment(property, todo_.recurrenceId);
     case ItemProperty::kSequence:
       todo_.sequence = ParseNumber(value).value_or(0);

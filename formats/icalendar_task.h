@@ -17,6 +17,7 @@ struct Todo {
   Task task;
   bool isCancelled = false;
   std::optional<Moment> recurrenceId = {};
+  bool isChange = false;
   int sequence = 0;
   std::optional<local_seconds> stamp = {};  // UTC
   NoticeList notices;

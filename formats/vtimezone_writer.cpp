@@ -135,6 +135,7 @@ int FirstYearOf(const std::vector<YearlyRule>& rules, const std::vector<Change>&
   }
   const auto follows = [&](int inYear) {
     std::vector<Onset> expected;
+    expected.reserve(rules.size());
     for (const YearlyRule& rule : rules) {
       expected.emplace_back(rule.OnsetIn(inYear), rule.before, rule.after);
     }

@@ -92,7 +92,8 @@ bool HasDays(const Pattern& pattern, const std::vector<Shown>& shown, days shift
 }  // namespace
 
 std::optional<Alignment> Align(const Event& event, const Pattern& pattern, local_days firstDay,
-                               local_days from, const std::function<bool(local_days)>& isChanged,
+                               local_days from, std::size_t most,
+                               const std::function<bool(local_days)>& isChanged,
                                const ZoneBook& zones, WorkBudget& budget) {
   Alignment result;
   result.pattern = pattern;
@@ -112,7 +113,7 @@ std::optional<Alignment> Align(const Event& event, const Pattern& pattern, local
   }
   for (const Shown& each : shown) {
     if (each.day < from || PlaceOf(each) == usual || isChanged(each.day)) continue;
-    if (each.day - from > kFollowedDays || result.differing.size() == kMostFollowed) {
+    if (each.day - from > kFollowedDays || result.differing.size() >= most) {
       result.differsAfter = TimesOf(usual, each.day).start;
       break;
     }

@@ -28,10 +28,10 @@ struct Alignment {
 
 // How the handheld shows the series that begins with `firstDay`, on the event's own clock. The
 // pattern takes the time that most occurrences of its next 20 years have; those from `from` on that
-// have another one differ, unless `isChanged` says that a day is none of the pattern's anyway.
-// Nothing when no pattern has the days.
+// have another one differ, `most` at the most, unless `isChanged` says that a day is none of the
+// pattern's anyway. Nothing when no pattern has the days.
 std::optional<Alignment> Align(const Event& event, const calendar::Pattern& pattern,
-                               local_days firstDay, local_days from,
+                               local_days firstDay, local_days from, std::size_t most,
                                const std::function<bool(local_days)>& isChanged,
                                const ZoneBook& zones, WorkBudget& budget);
 

@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 
+#include "formats/event_series.h"
 #include "tests/formats/calendar_support.h"
 
 namespace formats::testing {
@@ -28,15 +30,32 @@ TEST(HostileCalendar, FollowsARuleThatNeverComesForAWhileOnly) {
   }
 }
 
-TEST(HostileCalendar, HasABudgetForTheSeriesOfAFile) {
-  std::string lines;
-  for (int i = 0; i < 60; ++i) {
-    lines += "BEGIN:VEVENT\nUID:" + std::to_string(i) +
-             "\nDTSTART:20080215T090000\nRRULE:FREQ=HOURLY;BYMONTH=2;BYMONTHDAY=30\nEND:VEVENT\n";
-  }
-  const CalendarFile file = ReadLines(lines);
-  EXPECT_EQ(file.appointments.size(), 60u);
-  EXPECT_NE(file.notices.back().text.find("too many to be followed"), std::string::npos);
+TEST(HostileCalendar, KeepsSeriesOnceWhenItsBudgetIsUsedUp) {
+  const calendar::Zone zone = ZoneOf("UTC");
+  WorkBudget budget;
+  ZoneBook zones(zone, budget);
+  const auto read = [&](const char* rule) {
+    EventGroup group;
+    group.master.emplace();
+    group.master->fields.uid = "u";
+    group.master->start = Moment{At(2008, 2, 15, 9), false, true, zones.own()};
+    group.master->rules = {{7, rule}};
+    CalendarFile file;
+    AddAppointments(std::move(group), zones, budget, file);
+    return file;
+  };
+  const CalendarFile first = read("FREQ=HOURLY;BYMONTH=2;BYMONTHDAY=30");
+  EXPECT_EQ(Texts(first.notices),
+            Strings{"7: RRULE: it gives no day, left out: FREQ=HOURLY;BYMONTH=2;BYMONTHDAY=30"});
+  EXPECT_LT(budget.units, WorkBudget().units - 1'000'000);
+  EXPECT_TRUE(read("FREQ=DAILY").appointments.at(0).appointment.series.has_value());
+  budget.units = 0;
+  const CalendarFile last = read("FREQ=DAILY");
+  EXPECT_EQ(Uids(last), Strings{"u"});
+  EXPECT_FALSE(last.appointments[0].appointment.series.has_value());
+  EXPECT_EQ(Texts(last.notices),
+            Strings{"7: RRULE: the series of this file are too many to be followed, left out: "
+                    "FREQ=DAILY"});
 }
 
 TEST(HostileCalendar, HasABudgetForCopiesOfLongTexts) {
@@ -44,6 +63,25 @@ TEST(HostileCalendar, HasABudgetForCopiesOfLongTexts) {
                                       std::string(4 << 20, 'x') + "\n");
   EXPECT_GE(file.appointments.size(), 1u);
   EXPECT_LE(file.appointments.size(), 64u);
+}
+
+TEST(HostileCalendar, HasThatBudgetForChangedOccurrencesAndDates) {
+  const std::string body = "DESCRIPTION:" + std::string(4 << 20, 'x') + "\n";
+  const CalendarFile zones =
+      ReadEvent("DTSTART;TZID=Australia/Sydney:20080215T090000\nRRULE:FREQ=DAILY\n" + body);
+  EXPECT_LE(zones.appointments.at(0).appointment.series->changed.size(), 64u);
+  std::string dates;
+  for (int hour = 10; hour < 24; ++hour) {
+    for (int minute = 10; minute < 20; ++minute) {
+      dates += "20080217T" + std::to_string(hour) + std::to_string(minute) + "00,";
+    }
+  }
+  const CalendarFile listed =
+      ReadEvent("DTSTART:20080215T090000\nRRULE:FREQ=DAILY\nRDATE:" + dates + "\n" + body);
+  EXPECT_LE(listed.appointments.size(), 65u);
+  EXPECT_TRUE(std::any_of(listed.notices.begin(), listed.notices.end(), [](const Notice& notice) {
+    return notice.text.find("dates are left out") != std::string::npos;
+  }));
 }
 
 TEST(HostileCalendar, TakesVeryManyExceptions) {

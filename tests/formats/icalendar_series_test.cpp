@@ -183,6 +183,19 @@ TEST(ReadSeries, NamesExceptionsThatHitNoOccurrence) {
                      "16: RECURRENCE-ID: there is no occurrence on 2008-02-18T09:00:00"}));
 }
 
+TEST(ReadSeries, TakesNoChangeForTheSeriesItself) {
+  const CalendarFile file = ReadLines(
+      "BEGIN:VEVENT\nUID:u\nSUMMARY:S\nDTSTART:20080215T090000\nRRULE:FREQ=DAILY\nEND:VEVENT\n"
+      "BEGIN:VEVENT\nUID:u\nRECURRENCE-ID:soon\nSUMMARY:x\nDTSTART:20080217T090000\nEND:VEVENT\n"
+      "BEGIN:VEVENT\nUID:u\nRECURRENCE-ID:soon\nSUMMARY:y\nEND:VEVENT\n");
+  ASSERT_EQ(Subjects(file), Strings{"S"});
+  EXPECT_EQ(ShowChanges(*file.appointments[0].appointment.series),
+            Strings{"2008-02-17: 2008-02-17T09:00:00 - 2008-02-17T09:00:00"});
+  EXPECT_EQ(Texts(file.notices),
+            (Strings{"11: RECURRENCE-ID: neither a day nor a time, left out: soon",
+                     "15: RECURRENCE-ID: nobody knows of which occurrence, left out"}));
+}
+
 TEST(ReadSeries, KeepsChangesWhoseSeriesIsMissing) {
   const CalendarFile file = ReadLines(
       "BEGIN:VEVENT\nUID:u\nRECURRENCE-ID;VALUE=DATE:20080217\nSUMMARY:day\nEND:VEVENT\n"
@@ -236,6 +249,15 @@ TEST(ReadSeries, MakesAListOfDatesAppointments) {
   EXPECT_EQ(Uids(file), (Strings{"u/20080301", "u/20080401"}));
   EXPECT_EQ(Texts(file.notices), Strings{"6: RDATE: a handheld has no lists of dates; kept as 2 "
                                          "appointments of their own"});
+}
+
+TEST(ReadSeries, TakesAPeriodOfHoursOfAWholeDayAsThatDay) {
+  const CalendarFile file = ReadLines(
+      "BEGIN:VEVENT\nUID:u\nDTSTART;VALUE=DATE:20080215\n"
+      "RDATE;VALUE=PERIOD:20080217T100000/PT3H,20080219T100000/20080220T120000\nEND:VEVENT\n");
+  ASSERT_EQ(file.appointments.size(), 3u);
+  EXPECT_EQ(ShowTimes(file.appointments[1].appointment), "2008-02-17 - 2008-02-17");
+  EXPECT_EQ(ShowTimes(file.appointments[2].appointment), "2008-02-19 - 2008-02-20");
 }
 
 TEST(ReadSeries, SaysWhenNothingIsLeft) {
@@ -344,6 +366,13 @@ TEST(ReadSeries, KeepsOnceWhatItsRuleNeverGives) {
   EXPECT_FALSE(read.appointment.series.has_value());
   EXPECT_EQ(read.notices,
             Strings{"6: RRULE: it gives no day, left out: FREQ=DAILY;BYMONTH=2;BYMONTHDAY=30"});
+}
+
+TEST(ReadSeries, KeepsADayThatIsToComeByTheHourOnce) {
+  const ReadItem read = ReadEventLines("UID:u\nDTSTART;VALUE=DATE:20080215\nRRULE:FREQ=HOURLY\n");
+  EXPECT_EQ(read.appointment.uid, "u");
+  EXPECT_EQ(read.notices,
+            Strings{"6: RRULE: a day does not come by the hour, left out: FREQ=HOURLY"});
 }
 
 TEST(ReadSeries, NamesAReminderAtATime) {
