@@ -44,7 +44,9 @@ HRESULT AddTypeChild(const PatternRecord& record, const RecurrenceChild& child) 
   if (child.isDayList) {
     return AddStringElement(record.document, record.element, child.element, DayList(value).data());
   }
-  return AddLongElement(record.document, record.element, child.element, value - child.offset);
+  // The least number, which only a damaged store holds, becomes the greatest.
+  const DWORD number = static_cast<DWORD>(value) - static_cast<DWORD>(child.offset);
+  return AddLongElement(record.document, record.element, child.element, static_cast<LONG>(number));
 }
 
 // An interval of 1 goes without saying.

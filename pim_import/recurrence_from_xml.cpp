@@ -53,12 +53,10 @@ HRESULT PutChild(IXMLDOMNode* recurrence, IRecurrencePattern* pattern,
   return (pattern->*child.put)(static_cast<LONG>(value));
 }
 
-HRESULT PutType(IXMLDOMNode* recurrence, IRecurrencePattern* pattern) {
-  Variant text;
-  RETURN_UNLESS_OK(GetChildValue(recurrence, kTypeElement, text.put()));
+HRESULT PutType(IXMLDOMNode* recurrence, std::u16string_view text, IRecurrencePattern* pattern) {
   const auto types = RecurrenceTypes();
-  const auto type = std::ranges::find_if(
-      types, [&](const RecurrenceType& row) { return text.text() == row.text; });
+  const auto type =
+      std::ranges::find_if(types, [&](const RecurrenceType& row) { return text == row.text; });
   if (type == types.end()) {
     LOG(u"Unmatched Type");
     return E_FAIL;
@@ -101,7 +99,9 @@ HRESULT PutEnd(IXMLDOMNode* recurrence, IRecurrencePattern* pattern) {
 }  // namespace
 
 HRESULT ParseXMLRecurrence(IXMLDOMNode* recurrence, IRecurrencePattern* pattern) {
-  HRESULT status = PutType(recurrence, pattern);
+  Variant type;
+  RETURN_UNLESS_OK(GetChildValue(recurrence, kTypeElement, type.put()));
+  HRESULT status = PutType(recurrence, type.text(), pattern);
   if (status == S_OK) status = PutEnd(recurrence, pattern);
   LOG(u"returning %X", status);
   return status;

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <limits>
+
 #include "platform/host/fault.h"
 #include "tests/support/calendar_test.h"
 #include "tests/support/fake_calendar.h"
@@ -85,6 +87,14 @@ TEST_F(RecurrenceToXml, CountsTheWeeksOfAMonthFromZero) {
   EXPECT_THAT(Children(), HasSubstr("<WEEK_OF_MONTH>0<"));
   pattern().Instance = 5;
   EXPECT_THAT(Children(), HasSubstr("<WEEK_OF_MONTH>4<"));
+}
+
+TEST_F(RecurrenceToXml, WritesAWeekThatNoMonthHas) {
+  pattern().RecurrenceType = olRecursMonthNth;
+  pattern().Instance = 0;
+  EXPECT_THAT(Children(), HasSubstr("<WEEK_OF_MONTH>-1<"));
+  pattern().Instance = std::numeric_limits<LONG>::min();
+  EXPECT_THAT(Children(), HasSubstr("<WEEK_OF_MONTH>2147483647<"));
 }
 
 TEST_F(RecurrenceToXml, CallsTheDayOfAYearlyPatternByAnotherName) {

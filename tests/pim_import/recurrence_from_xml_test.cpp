@@ -204,6 +204,13 @@ TEST_F(RecurrenceFromXml, LogsItsType) {
   EXPECT_THAT(ReaderMessages(LogMessages()), ElementsAreArray(expected));
 }
 
+TEST_F(RecurrenceFromXml, LogsNothingWithoutAType) {
+  SwitchLogOn();
+  Parsed("", E_FAIL);
+  Parsed("<TYPE/>" + Element("Occurrences", "2"), E_FAIL);
+  EXPECT_THAT(ReaderMessages(LogMessages()), IsEmpty());
+}
+
 using DaysOfWeek = RecurrenceFromXml;
 
 TEST_F(DaysOfWeek, HaveTheWeightsOfTheMask) {
