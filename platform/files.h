@@ -19,12 +19,16 @@ inline constexpr DWORD FILE_BEGIN = 0;
 inline constexpr DWORD FILE_CURRENT = 1;
 inline constexpr DWORD FILE_END = 2;
 inline constexpr DWORD INVALID_SET_FILE_POINTER = 0xFFFFFFFF;
+inline constexpr DWORD INVALID_FILE_SIZE = 0xFFFFFFFF;
 
 // INVALID_HANDLE_VALUE and the last error on failure. `security` and `templateFile` are not used.
 HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share, void* security, DWORD disposition,
                    DWORD attributes, HANDLE templateFile);
 BOOL ReadFile(HANDLE file, void* buffer, DWORD bytes, DWORD* read, void* overlapped);
 BOOL WriteFile(HANDLE file, const void* buffer, DWORD bytes, DWORD* written, void* overlapped);
+// INVALID_FILE_SIZE and the last error on failure. `sizeHigh` may be null; then a file of 4 GiB or
+// more fails with ERROR_INVALID_PARAMETER.
+DWORD GetFileSize(HANDLE file, DWORD* sizeHigh);
 // The new position, or INVALID_SET_FILE_POINTER. `distanceHigh` may be null.
 DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method);
 BOOL FlushFileBuffers(HANDLE file);

@@ -15,22 +15,21 @@ namespace detail {
 void CountObject(LONG change);
 }
 
-// Implements IUnknown and IDispatch for the object `Interface`, which also answers to each of
-// `Bases` (the interfaces that it derives from). Starts with one reference; deletes itself with the
-// last. Override ExtraInterface for interfaces beside the chain.
+// Implements IUnknown for the object `Interface`, which also answers to each of `Bases` (the
+// interfaces that it derives from). Starts with one reference; deletes itself with the last.
+// Override ExtraInterface for interfaces beside the chain.
 template <typename Interface, typename... Bases>
-class ComObject : public Interface {
+class UnknownObject : public Interface {
  public:
-  ComObject() { detail::CountObject(+1); }
-  ComObject(const ComObject&) = delete;
-  ComObject& operator=(const ComObject&) = delete;
+  UnknownObject() { detail::CountObject(+1); }
+  UnknownObject(const UnknownObject&) = delete;
+  UnknownObject& operator=(const UnknownObject&) = delete;
 
   HRESULT QueryInterface(const GUID& iid, void** out) override {
     if (!out) return E_POINTER;
     *out = nullptr;
     if (const HRESULT fault = FaultStatus("QueryInterface"); Failed(fault)) return fault;
-    if (iid == IUnknown::kIid || iid == IDispatch::kIid || iid == Interface::kIid ||
-        (... || (iid == Bases::kIid))) {
+    if (iid == IUnknown::kIid || iid == Interface::kIid || (... || (iid == Bases::kIid))) {
       *out = static_cast<Interface*>(this);
     } else {
       *out = ExtraInterface(iid);
@@ -46,6 +45,20 @@ class ComObject : public Interface {
     return left;
   }
 
+ protected:
+  virtual ~UnknownObject() { detail::CountObject(-1); }
+  // The interface pointer, not yet counted; null when the object does not have it.
+  virtual void* ExtraInterface(const GUID&) { return nullptr; }
+  DWORD references() const { return references_; }
+
+ private:
+  std::atomic<DWORD> references_{1};
+};
+
+// The same for an interface that derives from IDispatch.
+template <typename Interface, typename... Bases>
+class ComObject : public UnknownObject<Interface, Bases..., IDispatch> {
+ public:
   HRESULT GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
   HRESULT GetTypeInfo(UINT, DWORD, IUnknown**) override { return E_NOTIMPL; }
   HRESULT GetIDsOfNames(const GUID&, WCHAR**, UINT, DWORD, LONG*) override { return E_NOTIMPL; }
@@ -54,13 +67,7 @@ class ComObject : public Interface {
   }
 
  protected:
-  virtual ~ComObject() { detail::CountObject(-1); }
-  // The interface pointer, not yet counted; null when the object does not have it.
-  virtual void* ExtraInterface(const GUID&) { return nullptr; }
-  DWORD references() const { return references_; }
-
- private:
-  std::atomic<DWORD> references_{1};
+  ~ComObject() override = default;
 };
 
 }  // namespace ce::host

@@ -2,7 +2,10 @@
 
 #include <iconv.h>
 
+#include <atomic>
 #include <cerrno>
+#include <string>
+#include <unordered_map>
 #include <utility>
 
 #include "platform/host/handheld.h"
@@ -50,41 +53,46 @@ EncodedText EncodeWestern(std::u16string_view text, char substitute) {
   return encoded;
 }
 
-// One open conversion, kept for the thread's next call.
-class Converter {
+std::atomic<std::uint64_t> g_opened{0};
+
+// Open conversions, kept for the thread's next calls: opening one costs far more than a text that
+// changes its code page with every character may cost, so none is opened twice.
+class Converters {
  public:
-  Converter() = default;
-  Converter(const Converter&) = delete;
-  Converter& operator=(const Converter&) = delete;
-  ~Converter() { Close(); }
+  explicit Converters(bool toPage) : toPage_(toPage) {}
+  Converters(const Converters&) = delete;
+  Converters& operator=(const Converters&) = delete;
+  ~Converters() {
+    for (const auto& [codePage, handle] : handles_) {
+      if (handle != kNone) ::iconv_close(handle);
+    }
+  }
 
   // Null when the system knows no such conversion.
-  iconv_t* Open(UINT codePage) {
-    if (codePage != codePage_) {
-      Close();
+  const iconv_t* Open(UINT codePage) {
+    if (codePage > kLastCodePage) return nullptr;
+    const auto [found, isNew] = handles_.try_emplace(codePage, kNone);
+    if (isNew) {
+      ++g_opened;
       const std::string name = "CP" + std::to_string(codePage);
-      handle_ =
+      found->second =
           toPage_ ? ::iconv_open(name.c_str(), "UTF-16LE") : ::iconv_open("UTF-16LE", name.c_str());
-      codePage_ = codePage;
     }
-    if (handle_ == kNone) return nullptr;
-    ::iconv(handle_, nullptr, nullptr, nullptr, nullptr);
-    return &handle_;
+    if (found->second == kNone) {
+      // Another time there may be room for it.
+      if (isNew && errno != EINVAL) handles_.erase(found);
+      return nullptr;
+    }
+    ::iconv(found->second, nullptr, nullptr, nullptr, nullptr);
+    return &found->second;
   }
-  explicit Converter(bool toPage) : toPage_(toPage) {}
 
  private:
+  static constexpr UINT kLastCodePage = 0xFFFF;
   static inline const iconv_t kNone = reinterpret_cast<iconv_t>(-1);
 
-  void Close() {
-    if (handle_ != kNone) ::iconv_close(handle_);
-    handle_ = kNone;
-    codePage_ = 0;
-  }
-
-  bool toPage_ = true;
-  iconv_t handle_ = kNone;
-  UINT codePage_ = 0;
+  const bool toPage_;
+  std::unordered_map<UINT, iconv_t> handles_;  // kNone for a page that the system does not know
 };
 
 // Some pages hold a letter back, for the accent that might follow it.
@@ -137,8 +145,8 @@ std::string BytesOf(std::u16string_view text) {
 }
 
 std::optional<EncodedText> EncodeByTable(UINT codePage, std::u16string_view text, char substitute) {
-  thread_local Converter converter(true);
-  const iconv_t* handle = converter.Open(codePage);
+  thread_local Converters converters(true);
+  const iconv_t* handle = converters.Open(codePage);
   if (!handle) return std::nullopt;
   EncodedText encoded;
   Convert(*handle, BytesOf(text), encoded.bytes, [&](std::string_view& left, std::string& out) {
@@ -152,8 +160,8 @@ std::optional<EncodedText> EncodeByTable(UINT codePage, std::u16string_view text
 
 std::optional<std::u16string> DecodeByTable(UINT codePage, std::string_view bytes,
                                             bool& wellFormed) {
-  thread_local Converter converter(false);
-  const iconv_t* handle = converter.Open(codePage);
+  thread_local Converters converters(false);
+  const iconv_t* handle = converters.Open(codePage);
   if (!handle) return std::nullopt;
   std::string units;
   Convert(*handle, bytes, units, [&](std::string_view& left, std::string& out) {
@@ -165,6 +173,10 @@ std::optional<std::u16string> DecodeByTable(UINT codePage, std::string_view byte
 }
 
 }  // namespace
+
+std::uint64_t ConversionsOpened() {
+  return g_opened;
+}
 
 std::optional<EncodedText> EncodeText(UINT codePage, std::u16string_view text, char substitute) {
   if (codePage == CP_UTF8) {

@@ -1,6 +1,7 @@
 // 8-bit text in the code pages of the device.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,6 +19,10 @@ struct EncodedText {
 std::optional<EncodedText> EncodeText(UINT codePage, std::u16string_view text, char substitute);
 // Bytes that stand for nothing become U+FFFD; `wellFormed` tells whether there were any.
 std::optional<std::u16string> DecodeText(UINT codePage, std::string_view bytes, bool& wellFormed);
+
+// Conversions that this process has asked the system for. A thread asks once for each code page and
+// direction, which is dear.
+std::uint64_t ConversionsOpened();
 
 // The page that CP_ACP stands for on the current handheld; 1252 without one.
 UINT SystemCodePage();

@@ -124,6 +124,29 @@ DWORD ResolveDevicePath(const UniqueFd& root, std::u16string_view path, DevicePa
   return ERROR_SUCCESS;
 }
 
+DWORD OpenDeviceDirectory(const UniqueFd& root, std::u16string_view path, UniqueFd& directory) {
+  if (path.empty()) return ERROR_PATH_NOT_FOUND;
+  if (kSeparators.find(path.back()) != kSeparators.npos) path.remove_suffix(1);
+  DevicePath found;
+  found.directory.reset(::fcntl(root.get(), F_DUPFD_CLOEXEC, 0));
+  if (!found.directory) return ErrorFromErrno(errno, ERROR_ACCESS_DENIED);
+  bool atRoot = true;
+  if (!path.empty()) {
+    for (const std::u16string_view name : SplitPath(path)) {
+      struct stat status = {};
+      if (const DWORD error = FindEntry(name, found, status)) return error;
+      if (const DWORD error = Enter(found, status, atRoot)) return error;
+      atRoot = false;
+    }
+  }
+  directory = std::move(found.directory);
+  return ERROR_SUCCESS;
+}
+
+bool IsDeviceFileName(std::u16string_view name) {
+  return HostName(name).has_value();
+}
+
 DWORD ResolveDevicePath(const WCHAR* path, DevicePath& result) {
   if (!path) return ERROR_INVALID_PARAMETER;
   UniqueFd root;

@@ -32,6 +32,14 @@ struct DevicePath {
 [[nodiscard]] DWORD ResolveDevicePath(const UniqueFd& root, std::u16string_view path,
                                       DevicePath& result);
 
+// The directory that a path means, opened for a look at it: the root for a separator alone, a card
+// for its name. One separator may end the path. ERROR_PATH_NOT_FOUND also for what is no directory.
+[[nodiscard]] DWORD OpenDeviceDirectory(const UniqueFd& root, std::u16string_view path,
+                                        UniqueFd& directory);
+
+// Whether the device allows an entry of this name.
+bool IsDeviceFileName(std::u16string_view name);
+
 // The root of the current handheld's files.
 [[nodiscard]] DWORD OpenFilesRoot(UniqueFd& root);
 

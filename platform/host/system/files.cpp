@@ -143,6 +143,22 @@ BOOL WriteFile(HANDLE file, const void* buffer, DWORD bytes, DWORD* written, voi
   });
 }
 
+DWORD GetFileSize(HANDLE file, DWORD* sizeHigh) {
+  std::uint64_t size = 0;
+  const DWORD error = Guarded("GetFileSize", [&]() -> DWORD {
+    std::shared_ptr<OpenFile> open;
+    if (const DWORD failed = FindFile(file, open)) return failed;
+    struct stat status = {};
+    if (::fstat(open->fd.get(), &status) != 0) return ErrorFromErrno(errno, ERROR_GEN_FAILURE);
+    size = static_cast<std::uint64_t>(status.st_size);
+    return !sizeHigh && size >= INVALID_FILE_SIZE ? ERROR_INVALID_PARAMETER : ERROR_SUCCESS;
+  });
+  SetLastError(error);
+  if (error != ERROR_SUCCESS) return INVALID_FILE_SIZE;
+  if (sizeHigh) *sizeHigh = static_cast<DWORD>(size >> 32);
+  return static_cast<DWORD>(size);
+}
+
 DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method) {
   LONGLONG position = 0;
   const DWORD error = Guarded("SetFilePointer", [&]() -> DWORD {
