@@ -6,7 +6,9 @@
 #include <cstdint>
 
 #include "platform/host/fault.h"
+#include "platform/host/messages/message_schema.h"
 #include "platform/host/outlook/store_error.h"
+#include "platform/host/phone/call_schema.h"
 
 namespace ce::host {
 namespace {
@@ -156,6 +158,8 @@ CREATE TABLE tasks (
   BodyInk BLOB
 );
 )sql",
+    kMessageSchema,
+    kCallSchema,
 };
 static_assert(std::size(kSteps) == kStoreFormat);
 

@@ -10,7 +10,7 @@ struct sqlite3;
 namespace ce::host {
 
 // The store's format; PRAGMA user_version holds it.
-inline constexpr int kStoreFormat = 2;
+inline constexpr int kStoreFormat = 4;
 // PRAGMA application_id of every store.
 inline constexpr int kStoreApplicationId = 0x43525653;
 // A handheld's setting: not 0 once its store has been made. DWORD.

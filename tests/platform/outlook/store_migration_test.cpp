@@ -1,3 +1,5 @@
+#include <sstream>
+
 #include "platform/host/outlook/import_ledger.h"
 #include "platform/host/outlook/store_check.h"
 #include "platform/host/outlook/store_error.h"
@@ -21,9 +23,14 @@ class StoreMigration : public HandheldTest {
     EXPECT_EQ(ledger.Open(app.get()), S_OK);
     EXPECT_EQ(ledger.Remember(olContactItem, "uid", {3, "hash"}), S_OK);
     EXPECT_EQ(app->Logoff(), S_OK);
-    ASSERT_TRUE(RunSql(*handheld_,
-                       "DROP TABLE exceptions; DROP TABLE appointments; DROP TABLE tasks;"
-                       "PRAGMA user_version = 1"));
+    std::istringstream later(
+        QuerySql(*handheld_,
+                 "SELECT name FROM sqlite_schema WHERE type = 'table' AND name NOT LIKE 'sqlite%'"
+                 " AND name NOT IN ('oid_counter', 'contacts', 'import_ledger')"));
+    for (std::string table; later >> table;) {
+      ASSERT_TRUE(RunSql(*handheld_, ("DROP TABLE " + table).c_str())) << table;
+    }
+    ASSERT_TRUE(RunSql(*handheld_, "PRAGMA user_version = 1"));
     before_ = Contacts();
   }
   std::string Format() { return QuerySql(*handheld_, "PRAGMA user_version"); }

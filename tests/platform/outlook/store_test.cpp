@@ -76,9 +76,10 @@ TEST_F(StoreFile, IsOpenedForFullSynchronisationWithABoundedCache) {
 
 TEST_F(StoreFile, OfANewerFormatIsRefusedAndLeftAlone) {
   AddContact(LoggedOn(), u"Ada");
-  ASSERT_TRUE(RunSql(*handheld_, "PRAGMA user_version = 3"));
+  const std::string newer = std::to_string(kStoreFormat + 1);
+  ASSERT_TRUE(RunSql(*handheld_, ("PRAGMA user_version = " + newer).c_str()));
   const std::string before = Content();
-  ExpectRefused(kStoreNewerFormat, "newer version of this program (format 3");
+  ExpectRefused(kStoreNewerFormat, ("newer version of this program (format " + newer).c_str());
   EXPECT_EQ(Content(), before);
 }
 
