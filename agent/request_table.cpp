@@ -1,5 +1,8 @@
 #include "core/request_table.h"
 
+#include "device/ink_requests.h"
+#include "device/storage_requests.h"
+#include "device/system_requests.h"
 #include "log/logging_request.h"
 #include "pim_export/database_keys.h"
 #include "pim_export/delete_request.h"
@@ -17,9 +20,21 @@ constexpr RequestEntry kStreamed[] = {
 };
 
 constexpr RequestEntry kBuffered[] = {
-    {u"CVCeGetSystemTime", CVCeGetSystemTime},     {u"CVCeSetSystemTime", CVCeSetSystemTime},
-    {u"DeleteAllPIMRecords", DeleteAllPIMRecords}, {u"GetDatabaseKeys", GetDatabaseKeys},
+    {u"GetTotalSpace", GetTotalSpace},
+    {u"GetVolumeCount", GetVolumeCount},
+    {u"GetCardSpace", GetCardSpace},
+    {u"GetCardDirectory", GetCardDirectory},
+    {u"GetDLLVersion", GetDLLVersion},
+    {u"CVCeGetSystemTime", CVCeGetSystemTime},
+    {u"CVCeSetSystemTime", CVCeSetSystemTime},
+    {u"DeleteAllPIMRecords", DeleteAllPIMRecords},
+    {u"GetDatabaseKeys", GetDatabaseKeys},
     {u"CVResetLoggingState", CVResetLoggingState},
+    {u"CVCeConvertToFile", CVCeConvertToFile},
+    {u"CVCeConvertFromFile", CVCeConvertFromFile},
+    {u"CVCeHasRichInk", CVCeHasRichInk},
+    {u"CVCeGetSystemDefaultLangID", CVCeGetSystemDefaultLangID},
+    {u"CVCeGetDiskFreeSpaceEx", CVCeGetDiskFreeSpaceEx},
 };
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include "base/status.h"
 #include "core/corvane_stream.h"
 #include "log/log.h"
+#include "messages/text_message_export.h"
 #include "pim_export/folder_items.h"
 #include "pim_export/record_kinds.h"
 
@@ -26,7 +27,8 @@ HRESULT DeleteFolder(const RecordKind& kind) {
 
 HRESULT DeleteKind(DWORD kind) {
   if (const RecordKind* const recordKind = FindRecordKind(kind)) return DeleteFolder(*recordKind);
-  return kind == kPIMDataCallLog || kind == kPIMDataTextMessage ? E_NOTIMPL : S_OK;
+  if (kind == kPIMDataTextMessage) return ExportTextMessages(nullptr);
+  return kind == kPIMDataCallLog ? E_NOTIMPL : S_OK;
 }
 
 }  // namespace

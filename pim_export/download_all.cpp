@@ -1,4 +1,6 @@
 #include "log/log.h"
+#include "messages/call_log_export.h"
+#include "messages/text_message_export.h"
 #include "pim_export/download_requests.h"
 #include "pim_export/folder_export.h"
 #include "pim_export/record_document.h"
@@ -36,8 +38,9 @@ HRESULT ExportKind(DWORD kind, CorvaneStream* stream) {
     case kPIMDataContact2:
       return ExportFolder(kind, stream);
     case kPIMDataCallLog:
+      return ExportCallLog(stream);
     case kPIMDataTextMessage:
-      return EndDownload(stream, E_NOTIMPL);
+      return ExportTextMessages(stream);
     default:
       return EndDownload(stream, E_INVALIDARG);
   }

@@ -1,34 +1,12 @@
-// The document that a download is filling at the moment.
+// How records of Pocket Outlook travel.
 #pragma once
 
-#include "platform/com_ptr.h"
-#include "platform/xml_dom.h"
+#include "xml/record_document.h"
 
 namespace corvane {
-
-class CorvaneStream;
 
 // Records that travel together, except the first of a download of chosen records, which travels
 // alone.
 inline constexpr ce::DWORD kRecordsPerDocument = 5;
-
-class RecordDocument {
- public:
-  // Begins a document; one must not be open.
-  [[nodiscard]] ce::HRESULT Open();
-  bool isOpen() const { return static_cast<bool>(root_); }
-  ce::IXMLDOMDocument* document() const { return document_.get(); }
-  ce::IXMLDOMElement* root() const { return root_.get(); }
-  // Sends and closes the open document; nothing when none is open.
-  [[nodiscard]] ce::HRESULT Send(CorvaneStream* stream);
-
- private:
-  ce::ComPtr<ce::IXMLDOMDocument> document_;
-  ce::ComPtr<ce::IXMLDOMElement> root_;
-};
-
-// The end of every download: a zero where a further document's length would stand, the status, and
-// the connection is closed. Answers the status. `stream` may be null.
-ce::HRESULT EndDownload(CorvaneStream* stream, ce::HRESULT status);
 
 }  // namespace corvane

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "platform/host/fault.h"
+#include "tests/support/message_filler.h"
 #include "tests/support/pim_requests.h"
 
 namespace corvane::testing {
@@ -49,8 +50,20 @@ TEST_F(DeleteAll, LeavesContactsAloneForTheFoldersOfOtherKinds) {
   EXPECT_EQ(Left(), 3u);
 }
 
-TEST_F(DeleteAll, CannotEmptyTheCallLogOrTheMessages) {
+TEST_F(DeleteAll, CannotEmptyTheCallLog) {
   EXPECT_EQ(Run(WordBytes(4)), E_NOTIMPL);
+}
+
+TEST_F(DeleteAll, DeletesTextMessagesAndNothingElse) {
+  MessageFiller filler(*handheld_);
+  filler.AddMany(u"/Inbox", 3);
+  EXPECT_EQ(Run(WordBytes(5)), S_OK);
+  EXPECT_EQ(filler.Count(u"/Inbox"), 0);
+  EXPECT_EQ(Left(), 3u);
+}
+
+TEST_F(DeleteAll, CannotDeleteTextMessagesWithoutAStoreForThem) {
+  MessageFiller(*handheld_).RemoveSmsStore();
   EXPECT_EQ(Run(WordBytes(5)), E_NOTIMPL);
 }
 

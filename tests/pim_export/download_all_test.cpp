@@ -2,6 +2,8 @@
 
 #include "pim_export/download_requests.h"
 #include "platform/host/fault.h"
+#include "tests/support/call_filler.h"
+#include "tests/support/message_filler.h"
 #include "tests/support/pim_requests.h"
 
 namespace corvane::testing {
@@ -77,8 +79,32 @@ TEST_F(DownloadAll, RefusesAnUnknownKindInTheTrailer) {
   for (const DWORD kind : {6u, 9u, 0xFFFFFFFFu}) ExpectRefused(Run(kind), E_INVALIDARG);
 }
 
-TEST_F(DownloadAll, RefusesKindsThatTheHandheldCannotExport) {
-  for (const DWORD kind : {4u, 5u}) ExpectRefused(Run(kind), E_NOTIMPL);
+TEST_F(DownloadAll, SendsTheCallLogForKindFour) {
+  CallFiller(*handheld_).AddMany(2);
+  const DownloadAnswer answer = Run(4);
+  EXPECT_TRUE(answer.complete);
+  EXPECT_EQ(answer.status, S_OK);
+  ASSERT_EQ(answer.documents.size(), 2u);
+  EXPECT_THAT(answer.documents[0], HasSubstr("<root><Call><Number>1</Number>"));
+}
+
+TEST_F(DownloadAll, RefusesTheCallLogOnAHandheldWithoutATelephone) {
+  handheld_->Set(u"Phone", DWORD{0});
+  ExpectRefused(Run(4), E_NOTIMPL);
+}
+
+TEST_F(DownloadAll, SendsTextMessagesForKindFive) {
+  MessageFiller(*handheld_).AddMany(u"/Inbox", 2);
+  const DownloadAnswer answer = Run(5);
+  EXPECT_TRUE(answer.complete);
+  EXPECT_EQ(answer.status, S_OK);
+  ASSERT_EQ(answer.documents.size(), 2u);
+  EXPECT_THAT(answer.documents[1], HasSubstr("<NOTES>2</NOTES>"));
+}
+
+TEST_F(DownloadAll, RefusesTextMessagesWithoutAStoreForThem) {
+  MessageFiller(*handheld_).RemoveSmsStore();
+  ExpectRefused(Run(5), E_NOTIMPL);
 }
 
 TEST_F(DownloadAll, FindsNothingInTheFoldersOfOtherKinds) {

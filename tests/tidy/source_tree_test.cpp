@@ -28,18 +28,21 @@ const std::map<std::string, std::set<std::string>> kMayInclude = {
     {"time", {"base", "log", "platform"}},
     {"xml", {"base", "log", "core", "time", "platform"}},
     {"vocabulary", {"platform"}},
-    {"pim_export", {"base", "log", "core", "time", "xml", "vocabulary", "platform"}},
+    {"messages", {"base", "log", "core", "xml", "device", "platform"}},
+    {"pim_export", {"base", "log", "core", "time", "xml", "vocabulary", "messages", "platform"}},
     {"pim_import", {"base", "log", "core", "time", "xml", "vocabulary", "platform"}},
-    {"agent", {"base", "log", "core", "time", "xml", "pim_export", "pim_import", "platform"}},
+    {"device", {"base", "log", "platform"}},
+    {"agent",
+     {"base", "log", "core", "time", "xml", "pim_export", "pim_import", "device", "platform"}},
     {"files", {}},
     {"formats", {"calendar"}},
     {"desktop", {"files", "formats", "calendar"}},
     {"maintenance", {"files", "formats", "calendar", "platform", "platform/host"}},
 };
 
-const std::vector<std::string> kAboveTheSeam = {"base",  "log",        "core",       "time",
-                                                "xml",   "vocabulary", "pim_export", "pim_import",
-                                                "agent", "platform"};
+const std::vector<std::string> kAboveTheSeam = {
+    "base",     "log",        "core",       "time",   "xml",   "vocabulary",
+    "messages", "pim_export", "pim_import", "device", "agent", "platform"};
 
 struct Source {
   std::string path;    // from the root
@@ -71,9 +74,9 @@ std::vector<Source> Sources(const std::vector<std::string>& folders) {
 }
 
 std::vector<std::string> CodeFolders() {
-  return {"calendar",    "platform",   "base",       "log",   "core",  "time",    "xml",
-          "vocabulary",  "pim_export", "pim_import", "agent", "files", "formats", "desktop",
-          "maintenance", "tools",      "tests",      "bench", "fuzz"};
+  return {"calendar",   "platform", "base",        "log",        "core",   "time",  "xml",
+          "vocabulary", "messages", "pim_export",  "pim_import", "device", "agent", "files",
+          "formats",    "desktop",  "maintenance", "tools",      "tests",  "bench", "fuzz"};
 }
 
 TEST(SourceTree, FoldersIncludeOnlyDownwards) {

@@ -1,4 +1,4 @@
-#include "pim_export/record_document.h"
+#include "xml/record_document.h"
 
 #include "base/status.h"
 #include "core/corvane_stream.h"
