@@ -6,10 +6,10 @@
 #include <utility>
 #include <vector>
 
-#include "files/atomic_file.h"
 #include "formats/icalendar.h"
 #include "maintenance/imported_items.h"
 #include "maintenance/item_walk.h"
+#include "maintenance/output.h"
 #include "maintenance/table.h"
 #include "platform/host/outlook/store_batch.h"
 
@@ -17,24 +17,6 @@ namespace maintenance {
 namespace {
 
 namespace fs = std::filesystem;
-
-// The file, which is there as a whole or not at all, or the report's output.
-class Output {
- public:
-  Output(const std::optional<fs::path>& file, const Report& report) : report_(report) {
-    if (file) file_.emplace(*file);
-  }
-  void Write(const std::string& bytes) {
-    file_ ? file_->Write(bytes) : fmt::print(report_.out, "{}", bytes);
-  }
-  void Finish() {
-    if (file_) file_->Commit();
-  }
-
- private:
-  const Report report_;
-  std::optional<files::AtomicFile> file_;
-};
 
 // Visits every item as a record with a UID. Answers how many there are; `strangers` are those that
 // had no UID, to be remembered once the file is there.

@@ -7,13 +7,17 @@
 #include <nlohmann/json.hpp>
 #include <tuple>
 
+#include "maintenance/card_commands.h"
 #include "maintenance/item_walk.h"
+#include "maintenance/message_walk.h"
 #include "maintenance/status_error.h"
 #include "maintenance/usage_error.h"
 #include "platform/clock.h"
+#include "platform/host/ink/ink_module.h"
 #include "platform/host/outlook/oid_counter.h"
 #include "platform/host/outlook/session.h"
 #include "platform/host/outlook/store_check.h"
+#include "platform/host/phone/phone_module.h"
 #include "platform/host/system/language.h"
 #include "platform/host/system/utf.h"
 #include "platform/host/system/zone.h"
@@ -120,6 +124,10 @@ constexpr SettingRow kSettings[] = {
     {"first-oid", "where the identifiers of new items go on; none is given twice", SetFirstOid},
     {"owner", "text", SetOwner},
     {"yomi", "on or off: whether contacts have phonetic names", SetSwitch<setting::kYomiFields>},
+    {"phone", "on or off: whether it has a telephone, and so a call log",
+     SetSwitch<setting::kPhone>},
+    {"ink", "on or off: whether it has the control that reads ink notes",
+     SetSwitch<setting::kRichInk>},
     {"peer-timeout", "seconds after which a silent peer counts as gone",
      SetNumber<setting::kPeerTimeout>},
     {"max-block", "bytes: the largest block of memory, and so of an upload's chunk",
@@ -138,9 +146,26 @@ constexpr SettingRow kSettings[] = {
 struct Facts {
   std::string directory, language, zone, owner, clock;
   std::uint32_t osMajor = 0, osMinor = 0;
-  std::uint32_t contacts = 0, appointments = 0, tasks = 0;
+  std::size_t contacts = 0, appointments = 0, tasks = 0, messages = 0, calls = 0;
+  bool phone = true, ink = true;
+  std::vector<Card> cards;
   std::uintmax_t storeBytes = 0;
 };
+
+nlohmann::ordered_json CardsAsJson(const std::vector<Card>& cards) {
+  auto array = nlohmann::ordered_json::array();
+  for (const Card& card : cards)
+    array.push_back(
+        {{"name", card.name}, {"directory", card.target.string()}, {"present", card.present}});
+  return array;
+}
+
+std::string CardNames(const std::vector<Card>& cards) {
+  std::string names;
+  for (const Card& card : cards)
+    names += (names.empty() ? "" : ", ") + card.name + (card.present ? "" : " (taken out)");
+  return names.empty() ? "-" : names;
+}
 
 Facts FactsOf(Session& session) {
   Handheld& handheld = session.handheld();
@@ -159,6 +184,11 @@ Facts FactsOf(Session& session) {
   facts.contacts = CountItems(session, ce::olFolderContacts);
   facts.appointments = CountItems(session, ce::olFolderCalendar);
   facts.tasks = CountItems(session, ce::olFolderTasks);
+  facts.messages = CountRecords<formats::TextMessage>(session);
+  facts.calls = CountRecords<formats::Call>(session);
+  facts.phone = handheld.Number(setting::kPhone, 1) != 0;
+  facts.ink = handheld.Number(setting::kRichInk, 1) != 0;
+  facts.cards = ListCards(handheld);
   std::error_code none;
   facts.storeBytes = std::filesystem::file_size(handheld.storePath(), none);
   return facts;
@@ -213,6 +243,11 @@ Outcome ShowHandheld(Session& session, bool json, const Report& report) {
         {"contacts", facts.contacts},
         {"appointments", facts.appointments},
         {"tasks", facts.tasks},
+        {"messages", facts.messages},
+        {"calls", facts.calls},
+        {"phone", facts.phone},
+        {"ink", facts.ink},
+        {"cards", CardsAsJson(facts.cards)},
         {"storeBytes", facts.storeBytes}};
     fmt::print(report.out, "{}\n",
                object.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
@@ -221,10 +256,12 @@ Outcome ShowHandheld(Session& session, bool json, const Report& report) {
   fmt::print(
       report.out,
       "Directory   {}\nLanguage    {}\nVersion     {}.{}\nZone        {}\nOwner       {}\n"
-      "Clock       {}\nContacts    {}\nCalendar    {}\nTasks       {}\nStore       {} bytes\n",
+      "Clock       {}\nContacts    {}\nCalendar    {}\nTasks       {}\nMessages    {}\n"
+      "Calls       {}\nPhone       {}\nInk         {}\nCards       {}\nStore       {} bytes\n",
       facts.directory, facts.language, facts.osMajor, facts.osMinor, facts.zone,
       facts.owner.empty() ? "-" : facts.owner, facts.clock, facts.contacts, facts.appointments,
-      facts.tasks, facts.storeBytes);
+      facts.tasks, facts.messages, facts.calls, facts.phone ? "on" : "off",
+      facts.ink ? "on" : "off", CardNames(facts.cards), facts.storeBytes);
   return Outcome::kDone;
 }
 

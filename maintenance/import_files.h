@@ -1,4 +1,4 @@
-// Puts vCards and iCalendar files on a handheld.
+// Puts files of other programs on a handheld: vCards, iCalendar, messages and calls.
 #pragma once
 
 #include <filesystem>
@@ -10,9 +10,9 @@
 
 namespace maintenance {
 
-// What a file holds, its name says (.vcf, .ics), else its content. Prints a line for each record
-// that was added or changed, and names on the error stream each line of a file that could not be
-// kept, and why.
+// What a file holds is told by FileKindOf. Prints a line for each contact, appointment and task
+// that was added or changed, and for each file what became of its records; names on the error
+// stream each line of a file that could not be kept, and why.
 Outcome ImportFiles(Session& session, const std::vector<std::filesystem::path>& files,
                     const ImportOptions& options, const Report& report);
 

@@ -5,6 +5,19 @@
 #include "platform/host/system/utf.h"
 
 namespace maintenance {
+namespace {
+
+template <typename Box>
+Box& Opened(ce::host::Handheld& handheld, std::unique_ptr<Box>& box) {
+  if (!box) {
+    std::string problem;
+    if (ce::Failed(Box::Open(handheld, box, problem)))
+      throw ce::host::HandheldError(problem.empty() ? "the store cannot be opened" : problem);
+  }
+  return *box;
+}
+
+}  // namespace
 
 Session::Session(const std::filesystem::path& directory)
     : handheld_(ce::host::Handheld::Open(directory, "corvane-device")) {
@@ -37,6 +50,14 @@ ce::ComPtr<ce::IPOutlookItemCollection> Session::Items(ce::INT folder) {
   Check(Outlook()->GetDefaultFolder(folder, opened.put()), "the folder");
   Check(opened->get_Items(items.put()), "the folder");
   return items;
+}
+
+ce::host::MessageBox& Session::Messages() {
+  return Opened(*handheld_, messages_);
+}
+
+ce::host::CallBox& Session::Calls() {
+  return Opened(*handheld_, calls_);
 }
 
 calendar::Zone Session::Zone() const {

@@ -7,6 +7,8 @@
 #include "calendar/zone.h"
 #include "platform/com_ptr.h"
 #include "platform/host/handheld.h"
+#include "platform/host/messages/message_box.h"
+#include "platform/host/phone/call_box.h"
 #include "platform/pocket_outlook.h"
 
 namespace maintenance {
@@ -25,12 +27,17 @@ class Session {
   ce::ComPtr<ce::IPOutlookApp> Outlook();
   // Of a default folder (olFolder...). Throws StatusError as well.
   ce::ComPtr<ce::IPOutlookItemCollection> Items(ce::INT folder);
+  // Opened at the first use. Throw ce::host::HandheldError, as above.
+  ce::host::MessageBox& Messages();
+  ce::host::CallBox& Calls();
   // Throws ce::host::HandheldError when the zone database lacks the handheld's zone.
   calendar::Zone Zone() const;
 
  private:
   std::unique_ptr<ce::host::Handheld> handheld_;
   ce::ComPtr<ce::IPOutlookApp> outlook_;
+  std::unique_ptr<ce::host::MessageBox> messages_;
+  std::unique_ptr<ce::host::CallBox> calls_;
 };
 
 }  // namespace maintenance

@@ -12,6 +12,11 @@ bool StartsCharacter(char byte) {
   return (static_cast<unsigned char>(byte) & 0xC0) != 0x80;
 }
 
+// What a sender wrote may not tell the terminal what to do.
+bool IsControl(char byte) {
+  return static_cast<unsigned char>(byte) < 0x20 || byte == 0x7F;
+}
+
 }  // namespace
 
 std::string Column(std::string_view text, std::size_t width) {
@@ -27,7 +32,7 @@ std::string Column(std::string_view text, std::size_t width) {
       break;
     }
     taken += StartsCharacter(byte);
-    column += byte == '\n' || byte == '\r' ? ' ' : byte;
+    column += IsControl(byte) ? ' ' : byte;
   }
   return column + std::string(width - std::min(width, taken), ' ');
 }

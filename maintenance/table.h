@@ -7,7 +7,8 @@
 
 namespace maintenance {
 
-// Padded, or cut with an ellipsis, to so many characters of UTF-8; on one line.
+// Padded, or cut with an ellipsis, to so many characters of UTF-8; on one line,
+// with a blank for a control character.
 std::string Column(std::string_view text, std::size_t width);
 
 // "1 contact", "2 contacts".

@@ -2,18 +2,24 @@
 #include <fmt/core.h>
 
 #include <CLI/CLI.hpp>
+#include <charconv>
 #include <functional>
 #include <string>
 #include <vector>
 
+#include "maintenance/card_commands.h"
 #include "maintenance/clock_commands.h"
 #include "maintenance/export_items.h"
+#include "maintenance/export_messages.h"
 #include "maintenance/handheld_commands.h"
 #include "maintenance/import_files.h"
+#include "maintenance/note_commands.h"
 #include "maintenance/registry_commands.h"
 #include "maintenance/remove_items.h"
+#include "maintenance/remove_messages.h"
 #include "maintenance/session.h"
 #include "maintenance/show_items.h"
+#include "maintenance/show_messages.h"
 #include "maintenance/usage_error.h"
 
 namespace {
@@ -21,6 +27,7 @@ namespace {
 using maintenance::Outcome;
 using maintenance::Report;
 using maintenance::Session;
+using maintenance::UsageError;
 
 constexpr int kExitUsage = 2;
 
@@ -35,10 +42,14 @@ struct Arguments {
   maintenance::ImportOptions import;
   std::optional<std::filesystem::path> output;
   std::string vcardVersion = "3.0";
-  std::vector<std::uint32_t> oids;
+  std::optional<std::string> format;
+  std::vector<std::string> what;  // to remove: identifiers, or a kind and its numbers
+  bool all = false;
+  std::optional<std::string> folder;
   std::string verb = "show";
   std::optional<std::string> name, typedValue;
   std::string time;
+  std::string file, target;
 };
 
 using Command = std::function<Outcome(const Report&)>;
@@ -88,9 +99,10 @@ void AddHandheldCommands(CLI::App& app, Arguments& a, Command& chosen) {
 }
 
 void AddKind(CLI::App& command, Arguments& a) {
-  command.add_option("KIND", a.kind, "contacts, calendar or tasks")
+  command.add_option("KIND", a.kind, "contacts, calendar, tasks, messages or calls")
       ->required()
-      ->check(CLI::IsMember({"contacts", "calendar", "appointments", "tasks"}));
+      ->check(
+          CLI::IsMember({"contacts", "calendar", "appointments", "tasks", "messages", "calls"}));
 }
 
 // Another word for the calendar.
@@ -98,51 +110,116 @@ bool IsCalendar(const std::string& kind) {
   return kind == "calendar" || kind == "appointments";
 }
 
+bool IsOfTelephone(const std::string& kind) {
+  return kind == "messages" || kind == "calls";
+}
+
 Outcome RunShow(const Arguments& a, const Report& report) {
   Session session(a.directory);
   if (IsCalendar(a.kind)) return ShowCalendar(session, a.json, report);
   if (a.kind == "tasks") return ShowTasks(session, a.json, report);
+  if (a.kind == "messages") return ShowMessages(session, a.json, report);
+  if (a.kind == "calls") return ShowCalls(session, a.json, report);
   return ShowContacts(session, a.json, report);
 }
 
 Outcome RunExport(const Arguments& a, const Report& report) {
+  using maintenance::MessageFormat;
+  if (a.format && !IsOfTelephone(a.kind))
+    throw UsageError("--format is of messages and calls only");
   Session session(a.directory);
   if (IsCalendar(a.kind)) return ExportCalendar(session, a.output, report);
   if (a.kind == "tasks") return ExportTasks(session, a.output, report);
+  const auto format = a.format == "json" ? MessageFormat::kJsonLines : MessageFormat::kBackup;
+  if (a.kind == "messages") return ExportMessages(session, a.output, format, report);
+  if (a.kind == "calls") return ExportCalls(session, a.output, format, report);
   const auto version =
       a.vcardVersion == "4.0" ? formats::VCardVersion::k40 : formats::VCardVersion::k30;
   return ExportContacts(session, a.output, version, report);
 }
 
-void AddItemCommands(CLI::App& app, Arguments& a, Command& chosen) {
-  auto* import = AddCommand(app, "import", "Put vCards and iCalendar files on it", a, chosen,
-                            [&](const Report& report) {
+template <typename Number>
+std::vector<Number> ParseNumbers(std::vector<std::string>::const_iterator word,
+                                 std::vector<std::string>::const_iterator end) {
+  std::vector<Number> numbers;
+  for (; word != end; ++word) {
+    Number number = 0;
+    const char* const last = word->data() + word->size();
+    const auto [stop, error] = std::from_chars(word->data(), last, number);
+    if (error != std::errc() || stop != last)
+      throw UsageError(fmt::format("\"{}\" is no identifier", *word));
+    numbers.push_back(number);
+  }
+  return numbers;
+}
+
+Outcome RunRemove(const Arguments& a, const Report& report) {
+  const std::string& kind = a.what.front();
+  const bool chosen = a.all || a.folder;
+  if (!IsOfTelephone(kind)) {
+    if (chosen) throw UsageError("--all and --folder are of messages and calls only");
+    const auto oids = ParseNumbers<std::uint32_t>(a.what.begin(), a.what.end());
+    Session session(a.directory);
+    return RemoveItems(session, oids, report);
+  }
+  if (a.folder && kind == "calls") throw UsageError("--folder: calls have no folders");
+  const auto ids = ParseNumbers<std::int64_t>(a.what.begin() + 1, a.what.end());
+  if (a.all + a.folder.has_value() + !ids.empty() != 1)
+    throw UsageError("name the " + kind + ", or --all" + (kind == "calls" ? "" : ", or --folder"));
+  Session session(a.directory);
+  if (a.folder) return RemoveMessagesOfFolder(session, *a.folder, report);
+  if (kind == "messages")
+    return a.all ? RemoveAllMessages(session, report) : RemoveMessages(session, ids, report);
+  return a.all ? RemoveAllCalls(session, report) : RemoveCalls(session, ids, report);
+}
+
+void AddImport(CLI::App& app, Arguments& a, Command& chosen) {
+  auto* import = AddCommand(app, "import", "Put vCards, iCalendar files, messages and calls on it",
+                            a, chosen, [&](const Report& report) {
                               Session session(a.directory);
                               return maintenance::ImportFiles(session, a.files, a.import, report);
                             });
-  import->add_option("FILE", a.files, "vCard (2.1, 3.0, 4.0) and iCalendar files")->required();
+  import
+      ->add_option("FILE", a.files,
+                   "vCard (2.1, 3.0, 4.0), iCalendar, backups of messages and calls (XML), "
+                   "messages and calls as lines of JSON")
+      ->required();
   import->add_flag("--dry-run", a.import.dryRun, "Only say what would be done");
   import->add_flag("--duplicate", a.import.duplicate, "Add what was imported before once more");
+}
 
-  auto* show = AddCommand(app, "show", "List what is on it", a, chosen,
-                          [&](const Report& report) { return RunShow(a, report); });
-  AddKind(*show, a);
-  show->add_flag("--json", a.json, "As JSON");
-
-  auto* out = AddCommand(app, "export", "Write vCards or iCalendar of it", a, chosen,
-                         [&](const Report& report) { return RunExport(a, report); });
+void AddExport(CLI::App& app, Arguments& a, Command& chosen) {
+  auto* out = AddCommand(app, "export", "Write vCards, iCalendar, messages or calls of it", a,
+                         chosen, [&](const Report& report) { return RunExport(a, report); });
   AddKind(*out, a);
   out->add_option("-o,--output", a.output, "The file (default: standard output)")
       ->type_name("FILE");
   out->add_option("--vcard-version", a.vcardVersion, "Of contacts: 3.0 or 4.0")
       ->check(CLI::IsMember({"3.0", "4.0"}))
       ->capture_default_str();
+  out->add_option("--format", a.format,
+                  "Of messages and calls: smsbackup (XML) or json (a line each) [smsbackup]")
+      ->check(CLI::IsMember({"smsbackup", "json"}));
+}
 
-  auto* remove = AddCommand(app, "remove", "Remove items", a, chosen, [&](const Report& report) {
-    Session session(a.directory);
-    return maintenance::RemoveItems(session, a.oids, report);
-  });
-  remove->add_option("OID", a.oids, "Their identifiers")->required();
+void AddItemCommands(CLI::App& app, Arguments& a, Command& chosen) {
+  AddImport(app, a, chosen);
+  auto* show = AddCommand(app, "show", "List what is on it", a, chosen,
+                          [&](const Report& report) { return RunShow(a, report); });
+  AddKind(*show, a);
+  show->add_flag("--json", a.json, "As JSON");
+
+  AddExport(app, a, chosen);
+  auto* remove = AddCommand(app, "remove", "Remove what is on it", a, chosen,
+                            [&](const Report& report) { return RunRemove(a, report); });
+  remove
+      ->add_option("OID", a.what,
+                   "Identifiers of contacts, appointments and tasks; or the word messages or calls "
+                   "and their numbers")
+      ->required();
+  remove->add_flag("--all", a.all, "All messages, or all calls");
+  remove->add_option("--folder", a.folder, "The messages of this folder, such as /Inbox")
+      ->type_name("PATH");
 }
 
 Outcome RunRegistry(const Arguments& a, const Report& report) {
@@ -181,6 +258,39 @@ void AddSystemCommands(CLI::App& app, Arguments& a, Command& chosen) {
   });
 }
 
+Outcome RunCard(const Arguments& a, const Report& report) {
+  Session session(a.directory);
+  if (a.verb == "add") return AddCard(session, a.key, a.target, report);
+  if (a.verb == "remove") return RemoveCard(session, a.key, report);
+  return ShowCards(session, report);
+}
+
+void AddFileCommands(CLI::App& app, Arguments& a, Command& chosen) {
+  auto* note = AddCommand(app, "note", "Put a note on it", a, chosen, [&](const Report& report) {
+    Session session(a.directory);
+    return maintenance::AddNote(session, a.file, a.name, report);
+  });
+  note->add_option("VERB", a.verb, "add")->required()->check(CLI::IsMember({"add"}));
+  note->add_option("FILE", a.file, "The note's file")->required();
+  note->add_option("NAME", a.name,
+                   "Its name in \"\\My Documents\", or its path from a separator on (default: the "
+                   "file's name)");
+
+  auto* card = AddCommand(app, "card", "List, add and remove its storage cards", a, chosen,
+                          [&](const Report& report) { return RunCard(a, report); });
+  card->add_option("VERB", a.verb, "list, add or remove")
+      ->required()
+      ->check(CLI::IsMember({"list", "add", "remove"}));
+  card->add_option("NAME", a.key, "For add and remove: the card's name on the handheld");
+  card->add_option("DIRECTORY", a.target, "For add: the directory that is the card");
+  card->parse_complete_callback([&a] {
+    if ((a.verb == "list") != a.key.empty())
+      throw CLI::ValidationError("NAME", "goes with add and remove, and they want it");
+    if ((a.verb == "add") != !a.target.empty())
+      throw CLI::ValidationError("DIRECTORY", "goes with add, and add wants it");
+  });
+}
+
 int ParseAndRun(int argc, char** argv) {
   Arguments arguments;
   Command chosen;
@@ -191,6 +301,7 @@ int ParseAndRun(int argc, char** argv) {
   app.footer("Exit codes: 0 all done, 1 failed, 2 wrong use, 3 partly done.");
   AddHandheldCommands(app, arguments, chosen);
   AddItemCommands(app, arguments, chosen);
+  AddFileCommands(app, arguments, chosen);
   AddSystemCommands(app, arguments, chosen);
   try {
     app.parse(argc, argv);

@@ -7,6 +7,7 @@
 #include "maintenance/item_kinds.h"
 #include "maintenance/registry_commands.h"
 #include "maintenance/usage_error.h"
+#include "platform/modules.h"
 #include "tests/maintenance/maintenance_support.h"
 
 namespace maintenance::testing {
@@ -121,7 +122,9 @@ TEST_F(HandheldCommands, InfoCountsEachKind) {
     EXPECT_EQ(NewItemOf<formats::Task>(session)->Save(), ce::S_OK);
     Capture capture;
     ShowHandheld(session, false, capture.report());
-    EXPECT_NE(capture.Out().find("Contacts    0\nCalendar    2\nTasks       1\n"),
+    EXPECT_NE(capture.Out().find("Contacts    0\nCalendar    2\nTasks       1\n"
+                                 "Messages    0\nCalls       0\nPhone       on\n"
+                                 "Ink         on\nCards       -\n"),
               std::string::npos)
         << capture.Out();
   }
@@ -129,6 +132,40 @@ TEST_F(HandheldCommands, InfoCountsEachKind) {
   EXPECT_EQ(info["contacts"], 0);
   EXPECT_EQ(info["appointments"], 2);
   EXPECT_EQ(info["tasks"], 1);
+}
+
+TEST_F(HandheldCommands, InfoCountsMessagesAndCalls) {
+  Init();
+  const auto file =
+      WriteFile("all.json",
+                "{\"text\":\"a\"}\n{\"folder\":\"/Drafts\",\"text\":\"b\"}\n{\"number\":\"1\"}\n");
+  {
+    Capture capture;
+    Session session(HandheldPath());
+    EXPECT_EQ(ImportFiles(session, {file}, {}, capture.report()), Outcome::kDone);
+  }
+  const nlohmann::json info = Info();
+  EXPECT_EQ(info["messages"], 2);
+  EXPECT_EQ(info["calls"], 1);
+}
+
+TEST_F(HandheldCommands, SetTakesPhoneAndInkAwayAndGivesThemBack) {
+  Init();
+  EXPECT_EQ(Info()["phone"], true);
+  EXPECT_EQ(Info()["ink"], true);
+  Set("phone", "off");
+  Set("ink", "off");
+  EXPECT_EQ(Info()["phone"], false);
+  EXPECT_EQ(Info()["ink"], false);
+  {
+    Session session(HandheldPath());
+    EXPECT_EQ(ce::LoadLibraryW(u"Phone.dll"), ce::HMODULE{});
+    EXPECT_EQ(ce::LoadLibraryW(u"RichInk.dll"), ce::HMODULE{});
+  }
+  Set("phone", "on");
+  Set("ink", "on");
+  EXPECT_EQ(Info()["phone"], true);
+  EXPECT_EQ(Info()["ink"], true);
 }
 
 TEST_F(HandheldCommands, SetMovesTheIdentifiersOnButNeverBack) {

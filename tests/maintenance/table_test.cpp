@@ -29,6 +29,10 @@ TEST(Column, StaysOnOneLine) {
   EXPECT_EQ(Column("a\nb\rc", 6), "a b c ");
 }
 
+TEST(Column, TellsTheTerminalNothing) {
+  EXPECT_EQ(Column("a\x1B[2Jb\x7F\tc", 10), "a [2Jb  c ");
+}
+
 TEST(Counted, SaysOneAndMany) {
   EXPECT_EQ(Counted(0, "task"), "0 tasks");
   EXPECT_EQ(Counted(1, "task"), "1 task");

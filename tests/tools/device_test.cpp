@@ -147,9 +147,8 @@ TEST_F(DeviceTool, FindsDamageInTheStore) {
   ASSERT_EQ(Device({"import", handheld, Sample("people.vcf")}).code, 0);
   ExpectDone(Device({"check", handheld}), "The store is sound.\n");
   std::string store = directory_.Read("handheld/store.db");
-  // From the middle on, where the contacts lie.
-  const std::size_t half = store.size() / 2;
-  directory_.Write("handheld/store.db", store.replace(half, half, half, '\xA5'));
+  // From the second page on, which is the root of the first table.
+  directory_.Write("handheld/store.db", store.replace(4096, 2000, 2000, '\xA5'));
   const Ended check = Device({"check", handheld});
   EXPECT_EQ(check.code, 1);
   EXPECT_EQ(check.out, "");
