@@ -9,6 +9,7 @@
 
 #include "desktop/error.h"
 #include "desktop/mapping.h"
+#include "desktop/phone_records.h"
 #include "desktop/push_run.h"
 #include "desktop/request.h"
 #include "desktop/status_text.h"
@@ -25,34 +26,42 @@ void AwaitInput(const Console& console, int interruptFd) {
   if (watched[1].revents != 0) throw Interrupted();
 }
 
-bool Confirm(const ConnectionOptions& connection, std::string_view what, const Console& console) {
+// Whether there is leave to delete all, or somebody to be asked for it.
+bool CanBeAllowed(bool yes, std::string_view what, const Console& console) {
+  if (yes || console.inIsTerminal) return true;
+  console.err << fmt::format("corvane-desktop: deleting all {} needs --yes\n", what);
+  return false;
+}
+
+bool IsAllowed(const ConnectionOptions& connection, bool yes, std::string_view what,
+               const Console& console) {
+  if (yes) return true;
   console.err << fmt::format("Delete all {} on the handheld at {}? [y/N] ", what,
                              ToString(connection.target))
               << std::flush;
   AwaitInput(console, connection.interruptFd);
   std::string answer;
   std::getline(console.in, answer);
-  return answer == "y" || answer == "Y" || answer == "yes";
+  if (answer == "y" || answer == "Y" || answer == "yes") return true;
+  console.err << "nothing deleted\n";
+  return false;
+}
+
+std::int32_t AskToDeleteAll(const ConnectionOptions& connection, std::uint32_t kind) {
+  std::string input;
+  PutWord(input, kind);
+  return Invoke(connection, kDeleteAll, input).status;
 }
 
 int DeleteAll(const ConnectionOptions& connection, const DeleteOptions& options,
               const Console& console) {
   const KindWords& words = WordsOf(options.kind);
-  if (!options.yes && !console.inIsTerminal) {
-    console.err << fmt::format("corvane-desktop: deleting all {} needs --yes\n", words.plural);
-    return kUsage;
-  }
+  if (!CanBeAllowed(options.yes, words.plural, console)) return kUsage;
   Mapping mapping(options.mapping ? *options.mapping : DefaultMappingPath(connection.target));
-  if (!options.yes && !Confirm(connection, words.plural, console)) {
-    console.err << "nothing deleted\n";
-    return kFailed;
-  }
-  std::string input;
-  PutWord(input, static_cast<std::uint32_t>(options.kind));
-  const Reply reply = Invoke(connection, kDeleteAll, input);
-  if (reply.status != 0) {
-    throw Error(
-        fmt::format("not all {} could be deleted: {}", words.plural, StatusText(reply.status)));
+  if (!IsAllowed(connection, options.yes, words.plural, console)) return kFailed;
+  const std::int32_t status = AskToDeleteAll(connection, static_cast<std::uint32_t>(options.kind));
+  if (status != 0) {
+    throw Error(fmt::format("not all {} could be deleted: {}", words.plural, StatusText(status)));
   }
   mapping.RemoveKind(words.name);
   mapping.Save();
@@ -75,6 +84,25 @@ int Delete(const ConnectionOptions& connection, const DeleteOptions& options,
   return RunGuarded(console, [&] {
     return options.oids.empty() ? DeleteAll(connection, options, console)
                                 : DeleteSome(connection, options, console);
+  });
+}
+
+int DeleteMessages(const ConnectionOptions& connection, bool yes, const Console& console) {
+  return RunGuarded(console, [&] {
+    const std::string_view plural = WordsOf(PhoneKind::kMessages).plural;
+    if (!CanBeAllowed(yes, plural, console)) return kUsage;
+    if (!IsAllowed(connection, yes, plural, console)) return kFailed;
+    const std::int32_t status =
+        AskToDeleteAll(connection, static_cast<std::uint32_t>(PhoneKind::kMessages));
+    if (status == kNotSupported) {
+      throw Error(fmt::format("{}: {}", kNoMessageStore, StatusText(status)));
+    }
+    if (status != 0) {
+      throw Error(fmt::format("not all {} could be deleted: {}", plural, StatusText(status)));
+    }
+    console.out << fmt::format("all {} deleted, but for drafts and deleted items\n", plural);
+    FlushOutput(console);
+    return kDone;
   });
 }
 

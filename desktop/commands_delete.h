@@ -24,4 +24,7 @@ struct DeleteOptions {
 int Delete(const ConnectionOptions& connection, const DeleteOptions& options,
            const Console& console);
 
+// All text messages; asks likewise. The handheld passes over drafts and deleted items.
+int DeleteMessages(const ConnectionOptions& connection, bool yes, const Console& console);
+
 }  // namespace desktop

@@ -18,7 +18,18 @@ UtcTime Now() {
   return std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now());
 }
 
-UtcTime Ask(const ConnectionOptions& connection) {
+void Put(const ConnectionOptions& connection, UtcTime time) {
+  const std::optional<std::string> bytes = SystemTimeBytes(time);
+  if (!bytes) throw Error(fmt::format("{} is no year for a clock", FormatTime(time)));
+  const Reply reply = Invoke(connection, kSetSystemTime, *bytes);
+  if (reply.status != 0) {
+    throw Error(fmt::format("the handheld did not set its clock: {}", StatusText(reply.status)));
+  }
+}
+
+}  // namespace
+
+UtcTime AskTime(const ConnectionOptions& connection) {
   const Reply reply = Invoke(connection, kGetSystemTime, {});
   if (reply.status != 0) {
     throw Error(fmt::format("the handheld does not tell its time: {}", StatusText(reply.status)));
@@ -31,20 +42,9 @@ UtcTime Ask(const ConnectionOptions& connection) {
   return *time;
 }
 
-void Put(const ConnectionOptions& connection, UtcTime time) {
-  const std::optional<std::string> bytes = SystemTimeBytes(time);
-  if (!bytes) throw Error(fmt::format("{} is no year for a clock", FormatTime(time)));
-  const Reply reply = Invoke(connection, kSetSystemTime, *bytes);
-  if (reply.status != 0) {
-    throw Error(fmt::format("the handheld did not set its clock: {}", StatusText(reply.status)));
-  }
-}
-
-}  // namespace
-
 int GetTime(const ConnectionOptions& connection, bool json, const Console& console) {
   return RunGuarded(console, [&] {
-    const std::string time = FormatTime(Ask(connection));
+    const std::string time = FormatTime(AskTime(connection));
     console.out << (json ? nlohmann::json{{"time", time}}.dump() : time) << '\n';
     FlushOutput(console);
     return kDone;
@@ -56,10 +56,10 @@ int SetTime(const ConnectionOptions& connection, std::optional<UtcTime> time,
   return RunGuarded(console, [&] {
     Put(connection, time ? *time : Now());
     UtcTime wanted = time ? *time : Now();
-    UtcTime shown = Ask(connection);
+    UtcTime shown = AskTime(connection);
     if (shown < wanted - kMoved || shown > wanted + kMoved) {
       Put(connection, time ? *time : Now());
-      shown = Ask(connection);
+      shown = AskTime(connection);
     }
     wanted = time ? *time : Now();
     console.out << FormatTime(shown) << '\n';

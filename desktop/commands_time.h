@@ -9,6 +9,9 @@
 
 namespace desktop {
 
+// The handheld's time. Throws Error.
+UtcTime AskTime(const ConnectionOptions& connection);
+
 // Prints the handheld's time in UTC, with json as {"time": "..."}.
 int GetTime(const ConnectionOptions& connection, bool json, const Console& console);
 

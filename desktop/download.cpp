@@ -23,19 +23,27 @@ std::int32_t Download(const ConnectionOptions& options, std::string_view functio
   return static_cast<std::int32_t>(connection.ReceiveWord());
 }
 
+std::string KindInput(std::uint32_t kind) {
+  std::string input;
+  PutWord(input, kind);
+  return input;
+}
+
 }  // namespace
 
 std::int32_t DownloadAll(const ConnectionOptions& options, RecordKind kind,
                          const DocumentHandler& onDocument) {
-  std::string input;
-  PutWord(input, static_cast<std::uint32_t>(kind));
-  return Download(options, kDownloadAll, input, onDocument);
+  return Download(options, kDownloadAll, KindInput(static_cast<std::uint32_t>(kind)), onDocument);
+}
+
+std::int32_t DownloadAll(const ConnectionOptions& options, PhoneKind kind,
+                         const DocumentHandler& onDocument) {
+  return Download(options, kDownloadAll, KindInput(static_cast<std::uint32_t>(kind)), onDocument);
 }
 
 std::int32_t DownloadSpecific(const ConnectionOptions& options, RecordKind kind,
                               std::span<const Oid> oids, const DocumentHandler& onDocument) {
-  std::string input;
-  PutWord(input, static_cast<std::uint32_t>(kind));
+  std::string input = KindInput(static_cast<std::uint32_t>(kind));
   for (const Oid oid : oids) PutWord(input, oid);
   return Download(options, kDownloadSpecific, input, onDocument);
 }

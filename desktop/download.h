@@ -9,6 +9,7 @@
 
 #include "desktop/connection.h"
 #include "desktop/oid.h"
+#include "desktop/phone_records.h"
 #include "desktop/record_kind.h"
 
 namespace desktop {
@@ -16,9 +17,11 @@ namespace desktop {
 // Called with each complete document, in order. What it throws ends the download.
 using DocumentHandler = std::function<void(const std::string& document)>;
 
-// Both give the trailer's status. Throw Error when the download does not come to its trailer; the
+// All give the trailer's status. Throw Error when the download does not come to its trailer; the
 // documents handed out until then are complete.
 std::int32_t DownloadAll(const ConnectionOptions& options, RecordKind kind,
+                         const DocumentHandler& onDocument);
+std::int32_t DownloadAll(const ConnectionOptions& options, PhoneKind kind,
                          const DocumentHandler& onDocument);
 // At most OidsPerRequest() identifiers.
 std::int32_t DownloadSpecific(const ConnectionOptions& options, RecordKind kind,

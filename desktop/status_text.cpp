@@ -19,12 +19,14 @@ constexpr Row kMeanings[] = {
     {0x00000002, "file not found"},
     {0x00000003, "path not found"},
     {0x00000005, "access denied"},
+    {0x00000006, "a file could not be opened or made"},
     {0x00000008, "out of memory"},
     {0x0000000E, "out of memory"},
     {0x0000001F, "the device does not work"},
     {0x00000020, "in use"},
     {0x00000057, "invalid value, such as a date that does not exist"},
     {0x00000070, "the disk is full"},
+    {0x0000007B, "no path of a handheld"},
     {0x0000007F, "unknown request"},
     {0x80004001, "not supported"},
     {0x80004002, "not supported"},
@@ -40,6 +42,9 @@ constexpr Row kMeanings[] = {
     {0x80070020, "in use"},
     {0x80070057, "invalid argument, or no such item"},
     {0x80070070, "the disk is full"},
+    {0x800A0039, "a file gave or took too little"},
+    {0x800A0141, "a note's file has another extension than pwi, rtf, txt and unicode"},
+    {0x800A017C, "a path longer than the request"},
 };
 
 }  // namespace

@@ -9,14 +9,19 @@
 #include <functional>
 #include <iostream>
 #include <map>
+#include <optional>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "desktop/clock_text.h"
 #include "desktop/commands_agent.h"
+#include "desktop/commands_convert.h"
 #include "desktop/commands_delete.h"
+#include "desktop/commands_device.h"
 #include "desktop/commands_keys.h"
 #include "desktop/commands_pull.h"
+#include "desktop/commands_pull_phone.h"
 #include "desktop/commands_push.h"
 #include "desktop/commands_time.h"
 #include "desktop/interrupt.h"
@@ -27,15 +32,36 @@ namespace {
 
 using namespace desktop;
 
+// What "pull" and "delete" are for.
+using Kind = std::variant<RecordKind, PhoneKind>;
+
+// A word behind "pull --format", and what it means for either sort of kind.
+struct FormatWord {
+  std::optional<PullFormat> items;
+  std::optional<PhoneFormat> phone;
+  const char* isFor = "";
+};
+const std::map<std::string, FormatWord> kFormatWords = {
+    {"vcf", {PullFormat::kVcf, {}, "vcf is for contacts"}},
+    {"ics", {PullFormat::kIcs, {}, "ics is for the calendar and tasks"}},
+    {"xml", {PullFormat::kXml, PhoneFormat::kXml, ""}},
+    {"json", {PullFormat::kJson, PhoneFormat::kJson, ""}},
+    {"smsbackup", {{}, PhoneFormat::kSmsBackup, "smsbackup is for messages and calls"}},
+};
+
 // Everything that a command line can say; the command chosen is run once all of it is read.
 struct CommandLine {
   ConnectionOptions connection;
+  Kind kind = RecordKind::kContacts;
+  std::optional<FormatWord> format;
   PullOptions pull;
   PushOptions push;
   DeleteOptions remove;
   RecordKind keys = RecordKind::kContacts;
   std::optional<UtcTime> time;
   LoggingLevel logging = LoggingLevel::kOn;
+  std::optional<std::string> directory;
+  ConvertOptions convert;
   bool json = false;
   std::function<int(const Console&)> run;
 };
@@ -94,35 +120,58 @@ void AddZone(CLI::App& command, calendar::Zone& zone) {
       ->type_name("NAME");
 }
 
-CLI::Option* AddKind(CLI::App& command, RecordKind& kind) {
-  return AddChoice<RecordKind>(command, "what", kind,
-                               {{"contacts", RecordKind::kContacts},
-                                {"contacts2", RecordKind::kContacts2},
-                                {"calendar", RecordKind::kAppointments},
-                                {"tasks", RecordKind::kTasks}},
-                               "contacts, contacts2 for their second form, calendar or tasks")
+void AddKind(CLI::App& command, RecordKind& kind) {
+  AddChoice<RecordKind>(command, "what", kind,
+                        {{"contacts", RecordKind::kContacts},
+                         {"contacts2", RecordKind::kContacts2},
+                         {"calendar", RecordKind::kAppointments},
+                         {"tasks", RecordKind::kTasks}},
+                        "contacts, contacts2 for their second form, calendar or tasks")
       ->required()
       ->type_name("");
 }
 
-// Both may stand before the other on the command line.
-void RequireFormatOfKind(const PullOptions& pull) {
-  if (!pull.format || IsFormatOf(*pull.format, pull.kind)) return;
-  throw CLI::ValidationError("--format", *pull.format == PullFormat::kVcf
-                                             ? "vcf is for contacts"
-                                             : "ics is for the calendar and tasks");
+int PullWanted(CommandLine& line, const Console& console) {
+  if (const auto* const phone = std::get_if<PhoneKind>(&line.kind)) {
+    PullPhoneOptions options{*phone, PhoneFormat::kJson, line.pull.output};
+    if (line.format) options.format = *line.format->phone;
+    return PullPhone(line.connection, options, console);
+  }
+  return Pull(line.connection, line.pull, console);
+}
+
+// Either may stand before the other on the command line.
+void BringTogether(CommandLine& line) {
+  const auto* const items = std::get_if<RecordKind>(&line.kind);
+  if (items != nullptr) line.pull.kind = *items;
+  if (items == nullptr && !line.pull.oids.empty()) {
+    throw CLI::ValidationError("--oid", "messages and calls are pulled all together");
+  }
+  if (!line.format) return;
+  const FormatWord& format = *line.format;
+  const bool fits = items == nullptr ? format.phone.has_value()
+                                     : format.items && IsFormatOf(*format.items, *items);
+  if (!fits) throw CLI::ValidationError("--format", format.isFor);
+  line.pull.format = format.items;
 }
 
 void AddPull(CLI::App& app, CommandLine& line) {
-  CLI::App& command = *app.add_subcommand("pull", "Contacts, calendar or tasks from the handheld");
-  AddKind(command, line.pull.kind);
+  CLI::App& command = *app.add_subcommand(
+      "pull", "Contacts, calendar, tasks, text messages or calls from the handheld");
+  AddChoice<Kind>(command, "what", line.kind,
+                  {{"contacts", RecordKind::kContacts},
+                   {"contacts2", RecordKind::kContacts2},
+                   {"calendar", RecordKind::kAppointments},
+                   {"tasks", RecordKind::kTasks},
+                   {"messages", PhoneKind::kMessages},
+                   {"calls", PhoneKind::kCalls}},
+                  "contacts, contacts2 for their second form, calendar, tasks, messages or calls")
+      ->required()
+      ->type_name("");
   AddOids(command, line.pull.oids);
-  AddChoice<PullFormat>(command, "--format", line.pull.format,
-                        {{"vcf", PullFormat::kVcf},
-                         {"ics", PullFormat::kIcs},
-                         {"xml", PullFormat::kXml},
-                         {"json", PullFormat::kJson}},
-                        "vcf (contacts) and ics (calendar, tasks) are the defaults; xml or json")
+  AddChoice<FormatWord>(command, "--format", line.format, kFormatWords,
+                        "vcf (contacts), ics (calendar, tasks) and json (messages, calls: an "
+                        "object a line) are the defaults; xml or json; smsbackup (messages, calls)")
       ->type_name("FORMAT");
   AddZone(command, line.pull.zone);
   AddChoice<formats::VCardVersion>(
@@ -134,10 +183,8 @@ void AddPull(CLI::App& app, CommandLine& line) {
       ->type_name("FILE");
   AddMapping(command, line.pull.mapping);
   command.callback([&line] {
-    RequireFormatOfKind(line.pull);
-    line.run = [&line](const Console& console) {
-      return Pull(line.connection, line.pull, console);
-    };
+    BringTogether(line);
+    line.run = [&line](const Console& console) { return PullWanted(line, console); };
   });
 }
 
@@ -165,21 +212,28 @@ void AddPush(CLI::App& app, CommandLine& line) {
 }
 
 void AddDelete(CLI::App& app, CommandLine& line) {
-  CLI::App& command =
-      *app.add_subcommand("delete", "Contacts, calendar or tasks away from the handheld");
-  AddChoice<RecordKind>(command, "what", line.remove.kind,
-                        {{"contacts", RecordKind::kContacts},
-                         {"calendar", RecordKind::kAppointments},
-                         {"tasks", RecordKind::kTasks}},
-                        "contacts, calendar or tasks")
+  CLI::App& command = *app.add_subcommand(
+      "delete", "Contacts, calendar, tasks or text messages away from the handheld");
+  AddChoice<Kind>(command, "what", line.kind,
+                  {{"contacts", RecordKind::kContacts},
+                   {"calendar", RecordKind::kAppointments},
+                   {"tasks", RecordKind::kTasks},
+                   {"messages", PhoneKind::kMessages}},
+                  "contacts, calendar, tasks or messages")
       ->required()
       ->type_name("");
   AddOids(command, line.remove.oids);
   command.add_flag("--yes", line.remove.yes, "Delete all without asking");
   AddMapping(command, line.remove.mapping);
   command.callback([&line] {
-    line.run = [&line](const Console& console) {
-      return Delete(line.connection, line.remove, console);
+    const auto* const items = std::get_if<RecordKind>(&line.kind);
+    if (items == nullptr && !line.remove.oids.empty()) {
+      throw CLI::ValidationError("--oid", "messages are deleted all together");
+    }
+    if (items != nullptr) line.remove.kind = *items;
+    line.run = [&line, items](const Console& console) {
+      return items == nullptr ? DeleteMessages(line.connection, line.remove.yes, console)
+                              : Delete(line.connection, line.remove, console);
     };
   });
 }
@@ -217,6 +271,89 @@ void AddTime(CLI::App& app, CommandLine& line) {
   set.callback([&line] {
     line.run = [&line](const Console& console) {
       return SetTime(line.connection, line.time, console);
+    };
+  });
+}
+
+void AddDevice(CLI::App& app, CommandLine& line) {
+  CLI::App& info =
+      *app.add_subcommand("info", "The agent's version; the handheld's language, time and cards");
+  info.add_flag("--json", line.json, "As JSON");
+  info.callback([&line] {
+    line.run = [&line](const Console& console) {
+      return PrintInfo(line.connection, line.json, console);
+    };
+  });
+  CLI::App& storage = *app.add_subcommand("storage", "The room on the handheld's storage cards");
+  storage
+      .add_option("directory", line.directory,
+                  "On its volume instead; a directory of the handheld, with / or \\")
+      ->type_name("PATH");
+  storage.add_flag("--json", line.json, "As JSON");
+  storage.callback([&line] {
+    line.run = [&line](const Console& console) {
+      return PrintStorage(line.connection, line.directory, line.json, console);
+    };
+  });
+  CLI::App& cards = *app.add_subcommand("cards", "The handheld's storage cards, one by one");
+  cards.add_flag("--json", line.json, "As JSON");
+  cards.callback([&line] {
+    line.run = [&line](const Console& console) {
+      return PrintCards(line.connection, line.json, console);
+    };
+  });
+}
+
+void RequireOneWay(const ConvertOptions& convert) {
+  if (convert.file.has_value() == convert.devicePath.has_value()) {
+    throw CLI::ValidationError("convert", "it takes either a FILE or --device-path");
+  }
+  if (convert.format.has_value() == convert.toDevice.has_value()) {
+    throw CLI::ValidationError("convert", "it takes either --to or --to-device");
+  }
+  if (convert.toDevice && convert.devicePath) {
+    throw CLI::ValidationError("--to-device", "only a FILE can be put on the handheld");
+  }
+  if (convert.toDevice && convert.output) {
+    throw CLI::ValidationError("--output", "with --to-device nothing comes back");
+  }
+  if (convert.from && convert.devicePath) {
+    throw CLI::ValidationError("--from", "the handheld goes by the name of its note");
+  }
+}
+
+void AddConvert(CLI::App& app, CommandLine& line) {
+  CLI::App& command = *app.add_subcommand(
+      "convert", "Notes from one format into another, by the handheld's own means");
+  const std::map<std::string, NoteFormat> formats = {{"txt", NoteFormat::kText},
+                                                     {"rtf", NoteFormat::kRichText},
+                                                     {"unicode", NoteFormat::kUnicode},
+                                                     {"pwi", NoteFormat::kInk}};
+  command.add_option("file", line.convert.file, "A note on this computer")->type_name("FILE");
+  command.add_option("--device-path", line.convert.devicePath, "A note on the handheld instead")
+      ->type_name("PATH");
+  AddChoice<NoteFormat>(command, "--to", line.convert.format, formats,
+                        "rtf, txt (the handheld's 8-bit characters), unicode (UTF-16LE) or pwi "
+                        "(ink); the agent's address stands before \"convert\"")
+      ->type_name("FORMAT");
+  command
+      .add_option("--to-device", line.convert.toDevice,
+                  "Put the FILE there on the handheld, in the format of that name")
+      ->type_name("PATH");
+  AddChoice<NoteFormat>(command, "--from", line.convert.from, formats,
+                        "The FILE's format, where its name does not tell")
+      ->type_name("FORMAT");
+  command
+      .add_option("-o,--output", line.convert.output, "Where to, instead of the standard output")
+      ->type_name("OUT");
+  command.footer(
+      "A FILE travels in one request, which has room for about 900 bytes. While it is converted "
+      "it\n"
+      "lies in \\~note.pwi on the handheld, a file that is emptied afterwards and stays.");
+  command.callback([&line] {
+    RequireOneWay(line.convert);
+    line.run = [&line](const Console& console) {
+      return Convert(line.connection, line.convert, console);
     };
   });
 }
@@ -274,6 +411,8 @@ int Run(int argc, char** argv) {
   AddDelete(app, line);
   AddKeys(app, line);
   AddTime(app, line);
+  AddDevice(app, line);
+  AddConvert(app, line);
   AddAgent(app, line);
   try {
     app.parse(argc, argv);
