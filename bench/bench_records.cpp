@@ -2,6 +2,9 @@
 
 #include <fmt/core.h>
 
+#include "tests/support/call_filler.h"
+#include "tests/support/message_filler.h"
+
 namespace bench {
 namespace {
 
@@ -63,10 +66,27 @@ std::string TaskXml(int i) {
       i, i % 28 + 1, i % 3 + 2);
 }
 
+constexpr int kFolders = 20;
+
+void FillMessages(ce::host::Handheld& handheld, int count) {
+  corvane::testing::MessageFiller filler(handheld);
+  for (int folder = 0; folder < kFolders; ++folder) {
+    const std::string name = fmt::format("/Inbox/Folder {}", folder);
+    const int here = count / kFolders + (folder < count % kFolders ? 1 : 0);
+    filler.AddMany(std::u16string(name.begin(), name.end()), here);
+  }
+}
+
+void FillCalls(ce::host::Handheld& handheld, int count) {
+  corvane::testing::CallFiller(handheld).AddMany(count);
+}
+
 }  // namespace
 
 const Workload kContacts = {"contacts", 1, "CONTACT", &ContactXml};
 const Workload kCalendar = {"calendar", 0, "CALENDAR", &AppointmentXml};
 const Workload kTasks = {"tasks", 2, "TASK", &TaskXml};
+const Workload kMessages = {"messages", 5, "SMS", nullptr, &FillMessages};
+const Workload kCalls = {"calls", 4, "Call", nullptr, &FillCalls, false};
 
 }  // namespace bench

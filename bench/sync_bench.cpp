@@ -1,9 +1,10 @@
 // What a desktop sees of the agent's speed: uploads, downloads and deletes of records, small
 // requests, and the agent's peak memory, over loopback against a store on a real disk.
 //
-//   sync_bench [--directory DIR] [contacts|calendar|tasks] [COUNT…]
+//   sync_bench [--directory DIR] [contacts|calendar|tasks|messages|calls] [COUNT…]
 //
-// Default: the working directory; all three; 1000 10000 and, of contacts alone, 100000.
+// Default: the working directory; all of them; 1000 10000 and of contacts also 100000, of messages
+// also 50000. Messages and calls are on the handheld from the beginning.
 #include <fmt/core.h>
 #include <signal.h>
 #include <unistd.h>
@@ -35,7 +36,8 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int kRecordsPerChunk = 20;
 constexpr int kSmallRequests = 5000;
-constexpr std::array kWorkloads = {&bench::kContacts, &bench::kCalendar, &bench::kTasks};
+constexpr std::array kWorkloads = {&bench::kContacts, &bench::kCalendar, &bench::kTasks,
+                                   &bench::kMessages, &bench::kCalls};
 
 double SecondsSince(Clock::time_point begin) {
   return std::chrono::duration<double>(Clock::now() - begin).count();
@@ -44,11 +46,15 @@ double SecondsSince(Clock::time_point begin) {
 // A handheld with an agent on it, for one measurement.
 class Agent {
  public:
-  explicit Agent(const fs::path& parent) {
+  explicit Agent(const fs::path& parent, const Workload* workload = nullptr, int count = 0) {
     std::string name = (parent / "corvane-bench-XXXXXX").string();
     if (!mkdtemp(name.data())) throw std::runtime_error("no directory below " + parent.string());
     directory_ = name;
     ce::host::Handheld::Create(directory_, {});
+    if (workload && workload->fill) {
+      const auto handheld = ce::host::Handheld::Open(directory_, "sync_bench");
+      workload->fill(*handheld, count);
+    }
     Start();
   }
   ~Agent() {
@@ -158,16 +164,17 @@ double SmallRequestsPerSecond(const Agent& agent) {
 }
 
 void Measure(const fs::path& parent, const Workload& workload, int count) {
-  Agent agent(parent);
-  const double upload = Upload(agent, workload, count);
+  Agent agent(parent, &workload, count);
+  const double upload = workload.record ? Upload(agent, workload, count) : 0;
   const long uploadPeak = agent.PeakMemory();
   agent.Restart();
   const DownloadResult download = Download(agent, workload, count);
   const long downloadPeak = agent.PeakMemory();
-  const double deletion = DeleteAll(agent, workload);
+  const double deletion = workload.canBeDeleted ? DeleteAll(agent, workload) : 0;
   fmt::print("{:>9} {:>8} {:>8.2f} {:>8.0f} {:>9} {:>8.3f} {:>8.0f} {:>7.1f} {:>9} {:>9.3f}\n",
-             workload.name, count, upload, count / upload, uploadPeak, download.seconds,
-             count / download.seconds, download.megabytes, downloadPeak, deletion);
+             workload.name, count, upload, upload > 0 ? count / upload : 0, uploadPeak,
+             download.seconds, count / download.seconds, download.megabytes, downloadPeak,
+             deletion);
 }
 
 struct Options {
@@ -198,6 +205,7 @@ Options ParseArguments(int argc, char** argv) {
 
 std::vector<int> DefaultCounts(const Workload& workload) {
   if (&workload == &bench::kContacts) return {1000, 10000, 100000};
+  if (&workload == &bench::kMessages) return {1000, 10000, 50000};
   return {1000, 10000};
 }
 
