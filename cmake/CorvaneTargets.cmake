@@ -1,8 +1,9 @@
-# corvane_library(NAME FOLDER dir [PUBLIC libs...] [PRIVATE libs...])
-# A static library of every .cpp in the folder; includes start at the root of the tree.
+# corvane_library(NAME FOLDER dirs... [PUBLIC libs...] [PRIVATE libs...])
+# A static library of every .cpp in the folders; includes start at the root of the tree.
 function(corvane_library name)
-  cmake_parse_arguments(ARG "" "FOLDER" "PUBLIC;PRIVATE" ${ARGN})
-  file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/${ARG_FOLDER}/*.cpp")
+  cmake_parse_arguments(ARG "" "" "FOLDER;PUBLIC;PRIVATE" ${ARGN})
+  list(TRANSFORM ARG_FOLDER REPLACE "(.+)" "${CMAKE_SOURCE_DIR}/\\1/*.cpp" OUTPUT_VARIABLE patterns)
+  file(GLOB sources CONFIGURE_DEPENDS ${patterns})
   if(sources)
     add_library(${name} STATIC ${sources})
     target_include_directories(${name} PUBLIC "${CMAKE_SOURCE_DIR}")
