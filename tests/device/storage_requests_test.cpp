@@ -47,7 +47,9 @@ class StorageRequest : public DeviceTest {
   template <typename Ask>
   static void ExpectTruth(const std::vector<fs::path>& volumes, Ask ask) {
     VolumeRoom truth;
-    const DeviceOutcome outcome = AskAtRest(volumes, &truth, ask);
+    const DeviceOutcome outcome = AskAtRest(
+        volumes, &truth, ask,
+        [](const DeviceOutcome& answer, const VolumeRoom& room) { return RoomIn(answer) == room; });
     EXPECT_EQ(RoomIn(outcome), truth);
   }
 

@@ -23,10 +23,12 @@ inline VolumeRoom RoomOn(const std::filesystem::path& directory) {
   return {volume.f_blocks * block, volume.f_bavail * block};
 }
 
-// The room on these volumes together, and what `ask` answered while it was so: others write to them
-// meanwhile, so it is asked again until nothing has changed in between.
-template <typename Ask>
-auto AskAtRest(const std::vector<std::filesystem::path>& directories, VolumeRoom* room, Ask ask) {
+// The room on these volumes together, and what `ask` answered while it was so. Others write to them
+// meanwhile, and may have put things back behind the answer: it is asked again until nothing has
+// changed in between and the answer `tells` the room, but not for ever.
+template <typename Ask, typename Tells>
+auto AskAtRest(const std::vector<std::filesystem::path>& directories, VolumeRoom* room, Ask ask,
+               Tells tells) {
   const auto sum = [&directories] {
     VolumeRoom all;
     for (const std::filesystem::path& directory : directories) {
@@ -39,7 +41,7 @@ auto AskAtRest(const std::vector<std::filesystem::path>& directories, VolumeRoom
   for (int attempt = 0;; ++attempt) {
     *room = sum();
     const auto answer = ask();
-    if (sum() == *room || attempt == 1000) return answer;
+    if ((sum() == *room && tells(answer, *room)) || attempt == 1000) return answer;
   }
 }
 

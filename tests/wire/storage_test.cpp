@@ -33,13 +33,20 @@ class StorageWire : public WireTest {
   // The room of these volumes together is answered.
   void ExpectTruth(const std::vector<fs::path>& volumes, const Invoke& invoke) {
     VolumeRoom truth;
-    const BufferedReply reply = AskAtRest(volumes, &truth, [&] { return CallBuffered(invoke); });
+    const auto tells = [](const BufferedReply& answer, const VolumeRoom& room) {
+      return answer.output == Block(room);
+    };
+    const BufferedReply reply = AskAtRest(
+        volumes, &truth, [&] { return CallBuffered(invoke); }, tells);
     EXPECT_EQ(reply.totalLength, 40u);
     EXPECT_EQ(reply.reserved, 0u);
     EXPECT_EQ(reply.status, 0u);
     EXPECT_EQ(reply.statusAgain, 0u);
     EXPECT_EQ(reply.outputCount, 24u);
-    EXPECT_EQ(reply.output, Word(24) + Word(0) + Number(truth.total) + Number(truth.free));
+    EXPECT_EQ(reply.output, Block(truth));
+  }
+  static std::string Block(const VolumeRoom& room) {
+    return Word(24) + Word(0) + Number(room.total) + Number(room.free);
   }
   static void ExpectNothing(const BufferedReply& reply, std::uint32_t status) {
     EXPECT_EQ(reply.totalLength, 16u);

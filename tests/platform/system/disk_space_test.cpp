@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
 
 #include "platform/host/fault.h"
 #include "platform/last_error.h"
@@ -31,7 +32,8 @@ class DiskSpace : public testing::HandheldTest {
   }
   static void ExpectTruth(const WCHAR* path, const fs::path& directory) {
     VolumeRoom truth;
-    const VolumeRoom asked = AskAtRest({directory}, &truth, [path] { return Ask(path); });
+    const VolumeRoom asked = AskAtRest(
+        {directory}, &truth, [path] { return Ask(path); }, std::equal_to<>());
     EXPECT_EQ(asked, truth);
     EXPECT_GT(asked.total, 0u);
   }
