@@ -127,9 +127,8 @@ class ICalendarWriter : public RecordWriter {
 
  private:
   void AddLosses(const Record& record, const std::string& name) {
-    for (const std::string& loss : RecordLosses(record.element)) {
-      losses_.push_back(name + ": " + loss);
-    }
+    const std::string item = name + ": ";
+    for (const std::string& loss : RecordLosses(record.element)) losses_.push_back(item + loss);
   }
 
   calendar::Zone zone_;
