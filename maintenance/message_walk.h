@@ -18,7 +18,7 @@
 namespace maintenance {
 
 template <typename Record>
-inline constexpr std::string_view kRecordName = "";
+inline constexpr std::string_view kRecordName = {};
 template <>
 inline constexpr std::string_view kRecordName<formats::TextMessage> = "message";
 template <>
