@@ -6,7 +6,6 @@
 namespace ce {
 namespace {
 
-using host::Guarded;
 using host::GuardedBool;
 using host::ModuleTable;
 
