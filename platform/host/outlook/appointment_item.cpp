@@ -21,7 +21,7 @@ class AppointmentItem final : public AppointmentBase, public SeriesItem {
   AppointmentItem(SessionPtr session, std::weak_ptr<ItemList> list, std::uint32_t oid,
                   AppointmentRow row)
       : AppointmentBase(std::move(session), std::move(row.fields)),
-        SeriesItem(std::move(row.series)),
+        SeriesItem(row.series),
         list_(std::move(list)),
         oid_(oid) {}
 
@@ -111,7 +111,7 @@ HRESULT AppointmentItem::Save() {
     const HRESULT status = oid_ == 0 ? StoreNew(*store, saved) : StoreChanges(*store, saved);
     if (Succeeded(status)) {
       SetChanged(false);
-      SeriesSaved(std::move(saved));
+      SeriesSaved(saved);
     }
     return status;
   });

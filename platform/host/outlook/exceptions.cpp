@@ -50,9 +50,9 @@ class Exception final : public ComObject<IException> {
   const ExceptionRow& row_;
 };
 
-class Exceptions final : public ComObject<IExceptions> {
+class OccurrenceList final : public ComObject<IExceptions> {
  public:
-  explicit Exceptions(SnapshotPtr snapshot) : snapshot_(std::move(snapshot)) {}
+  explicit OccurrenceList(SnapshotPtr snapshot) : snapshot_(std::move(snapshot)) {}
 
   HRESULT Item(INT index, IException** exception) override {
     if (!exception) return E_POINTER;
@@ -70,10 +70,14 @@ class Exceptions final : public ComObject<IExceptions> {
   }
 
  private:
-  ~Exceptions() override = default;
+  ~OccurrenceList() override = default;
 
   const SnapshotPtr snapshot_;
 };
+
+IExceptions* MakeList(SnapshotPtr snapshot) {
+  return new OccurrenceList(std::move(snapshot));
+}
 
 }  // namespace
 
@@ -87,12 +91,12 @@ HRESULT MakeExceptions(const SessionPtr& session, std::uint32_t oid, IExceptions
     const HRESULT status = ReadExceptions(*store, oid, snapshot->rows, snapshot->timeOfDay);
     if (Failed(status)) return status;
   }
-  *exceptions = new Exceptions(std::move(snapshot));
+  *exceptions = MakeList(std::move(snapshot));
   return S_OK;
 }
 
 IExceptions* MakeNoExceptions() {
-  return new Exceptions(std::make_shared<Snapshot>());
+  return MakeList(std::make_shared<Snapshot>());
 }
 
 }  // namespace ce::host

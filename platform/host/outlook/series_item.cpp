@@ -41,7 +41,7 @@ bool SeriesItem::SeriesToSave(std::optional<Series>& series) const {
 }
 
 void SeriesItem::SeriesSaved(std::optional<Series> series) {
-  series_ = std::move(series);
+  series_ = series;
   recurring_ = series_.has_value();
   wasCleared_ = false;
 }

@@ -43,7 +43,7 @@ class SeriesItem {
 
  protected:
   explicit SeriesItem(std::optional<Series> series)
-      : series_(std::move(series)), recurring_(series_.has_value()) {}
+      : series_(series), recurring_(series_.has_value()) {}
   ~SeriesItem() = default;
 
   // `self` is the item itself.

@@ -13,7 +13,7 @@ std::string ColumnList(ColumnForm form, const std::vector<const char*>& columns,
     if (!list.empty()) list += ", ";
     if (form == ColumnForm::kNames) list += name;
     if (form == ColumnForm::kPlaceholders) list += placeholder;
-    if (form == ColumnForm::kAssignments) list += name + " = " + placeholder;
+    if (form == ColumnForm::kAssignments) list.append(name).append(" = ").append(placeholder);
   }
   return list;
 }

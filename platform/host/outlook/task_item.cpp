@@ -22,7 +22,7 @@ namespace {
 class TaskItem final : public ComObject<ITask>, public SeriesItem {
  public:
   TaskItem(SessionPtr session, std::weak_ptr<ItemList> list, std::uint32_t oid, TaskRow row)
-      : SeriesItem(std::move(row.series)),
+      : SeriesItem(row.series),
         session_(std::move(session)),
         list_(std::move(list)),
         fields_(std::move(row.fields)),
@@ -174,7 +174,7 @@ HRESULT TaskItem::Save() {
     const HRESULT status = oid_ == 0 ? StoreNew(*store, saved) : StoreChanges(*store, saved);
     if (Succeeded(status)) {
       changed_ = false;
-      SeriesSaved(std::move(saved));
+      SeriesSaved(saved);
     }
     return status;
   });
