@@ -4,6 +4,7 @@
 
 #include "base/status.h"
 #include "log/log.h"
+#include "xml/document_safety.h"
 
 namespace corvane {
 
@@ -27,14 +28,7 @@ HRESULT CopyToArray(const BYTE* bytes, DWORD count, VARIANT* variant) {
 HRESULT UploadDocument::Create() {
   RETURN_IF_FAILED(CoCreateInstance(CLSID_DOMDocument, nullptr, CLSCTX_INPROC_SERVER,
                                     IXMLDOMDocument::kIid, document_.put_void()));
-  RETURN_IF_FAILED(document_->QueryInterface(IObjectSafety::kIid, safety_.put_void()));
-  DWORD supported = 0;
-  DWORD enabled = 0;
-  RETURN_IF_FAILED(safety_->GetInterfaceSafetyOptions(IXMLDOMDocument::kIid, &supported, &enabled));
-  RETURN_IF_FAILED(safety_->SetInterfaceSafetyOptions(IXMLDOMDocument::kIid, supported, 0));
-  RETURN_IF_FAILED(document_->put_validateOnParse(VARIANT_FALSE));
-  RETURN_IF_FAILED(document_->put_resolveExternals(VARIANT_FALSE));
-  return document_->put_preserveWhiteSpace(VARIANT_FALSE);
+  return ConfineDocument(document_.get());
 }
 
 HRESULT UploadDocument::Load(const BYTE* bytes, DWORD count) {

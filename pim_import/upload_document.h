@@ -18,7 +18,6 @@ class UploadDocument {
 
  private:
   ce::ComPtr<ce::IXMLDOMDocument> document_;
-  ce::ComPtr<ce::IObjectSafety> safety_;
 };
 
 }  // namespace corvane
