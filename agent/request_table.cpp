@@ -1,14 +1,14 @@
-#include "core/request_table.h"
+#include "agent/core/request_table.h"
 
-#include "device/ink_requests.h"
-#include "device/storage_requests.h"
-#include "device/system_requests.h"
-#include "log/logging_request.h"
-#include "pim_export/database_keys.h"
-#include "pim_export/delete_request.h"
-#include "pim_export/download_requests.h"
-#include "pim_import/upload_request.h"
-#include "time/time_requests.h"
+#include "agent/device/ink_requests.h"
+#include "agent/device/storage_requests.h"
+#include "agent/device/system_requests.h"
+#include "agent/log/logging_request.h"
+#include "agent/pim_export/database_keys.h"
+#include "agent/pim_export/delete_request.h"
+#include "agent/pim_export/download_requests.h"
+#include "agent/pim_import/upload_request.h"
+#include "agent/time/time_requests.h"
 
 namespace corvane {
 namespace {

@@ -18,7 +18,7 @@
 #include <vector>
 
 #include "bench/bench_records.h"
-#include "platform/host/handheld.h"
+#include "handheld/directory/handheld.h"
 #include "tests/support/paths.h"
 #include "tests/support/wire/process.h"
 #include "tests/support/wire/raw_connection.h"

@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "formats/icalendar.h"
-#include "formats/text.h"
+#include "common/formats/icalendar/icalendar.h"
+#include "common/text/text.h"
 
 namespace {
 

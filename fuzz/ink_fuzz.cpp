@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "platform/host/ink/ink_note.h"
-#include "platform/host/ink/note_formats.h"
+#include "handheld/ink/ink_note.h"
+#include "handheld/ink/note_formats.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "calendar/rule.h"
+#include "common/calendar/rule.h"
 
 namespace {
 

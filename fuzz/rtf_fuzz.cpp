@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/host/ink/rich_text.h"
+#include "handheld/ink/rich_text.h"
 
 namespace {
 

@@ -8,10 +8,10 @@
 #include <string_view>
 #include <vector>
 
-#include "formats/message_identity.h"
-#include "formats/message_json.h"
-#include "formats/sms_backup.h"
-#include "formats/text.h"
+#include "common/formats/backup/sms_backup.h"
+#include "common/formats/json/message_identity.h"
+#include "common/formats/json/message_json.h"
+#include "common/text/text.h"
 
 namespace {
 

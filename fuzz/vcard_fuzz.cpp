@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "formats/text.h"
-#include "formats/vcard.h"
+#include "common/formats/vcard/vcard.h"
+#include "common/text/text.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include <cstring>
 #include <string>
 
+#include "handheld/base/com_object.h"
 #include "platform/com_ptr.h"
-#include "platform/host/com_object.h"
 #include "platform/xml_dom.h"
 
 namespace {

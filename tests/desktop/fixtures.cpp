@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <fstream>
 
-#include "desktop/words.h"
+#include "desktop/wire/words.h"
 
 namespace desktop::testing {
 namespace {

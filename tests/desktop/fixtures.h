@@ -12,8 +12,8 @@
 #include <thread>
 #include <vector>
 
-#include "desktop/connection.h"
-#include "desktop/console.h"
+#include "desktop/commands/console.h"
+#include "desktop/wire/connection.h"
 
 namespace desktop::testing {
 

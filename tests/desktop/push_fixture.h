@@ -9,10 +9,10 @@
 #include <string>
 #include <vector>
 
-#include "desktop/commands_push.h"
-#include "desktop/record_kind.h"
-#include "desktop/words.h"
-#include "desktop/xml_records.h"
+#include "desktop/commands/commands_push.h"
+#include "desktop/wire/record_kind.h"
+#include "desktop/wire/words.h"
+#include "desktop/wire/xml_records.h"
 #include "tests/desktop/fixtures.h"
 
 namespace desktop::testing {

@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "calendar/zone.h"
-#include "desktop/xml_records.h"
+#include "common/calendar/zone.h"
+#include "desktop/wire/xml_records.h"
 
 namespace desktop::testing {
 

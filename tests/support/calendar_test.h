@@ -5,9 +5,9 @@
 #include <string>
 #include <string_view>
 
+#include "agent/time/zone.h"
 #include "tests/support/item_store.h"
 #include "tests/support/pim_requests.h"
-#include "time/zone.h"
 
 namespace corvane::testing {
 

@@ -4,7 +4,7 @@
 
 #include <stdexcept>
 
-#include "platform/host/system/utf.h"
+#include "common/text/utf.h"
 
 namespace corvane::testing {
 

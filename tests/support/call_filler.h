@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/host/handheld.h"
-#include "platform/host/phone/call_box.h"
+#include "handheld/directory/handheld.h"
+#include "handheld/phone/call_box.h"
 
 namespace corvane::testing {
 

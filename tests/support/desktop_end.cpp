@@ -7,7 +7,7 @@
 #include <memory>
 #include <system_error>
 
-#include "platform/host/network/socket_table.h"
+#include "handheld/network/socket_table.h"
 
 namespace corvane::testing {
 

@@ -6,7 +6,7 @@
 #include <thread>
 #include <vector>
 
-#include "platform/host/system/unique_fd.h"
+#include "handheld/base/unique_fd.h"
 #include "platform/sockets.h"
 
 namespace corvane::testing {

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "handheld/base/com_object.h"
 #include "platform/com_ptr.h"
-#include "platform/host/com_object.h"
 #include "platform/pocket_outlook_calendar.h"
 
 namespace corvane::testing {

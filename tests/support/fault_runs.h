@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/host/fault.h"
+#include "handheld/base/fault.h"
 
 namespace corvane::testing {
 

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "platform/host/com_object.h"
+#include "handheld/base/com_object.h"
 
 namespace {
 

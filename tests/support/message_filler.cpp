@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/host/system/utf.h"
+#include "common/text/utf.h"
 
 namespace corvane::testing {
 

@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/host/handheld.h"
-#include "platform/host/messages/message_box.h"
+#include "handheld/directory/handheld.h"
+#include "handheld/messages/message_box.h"
 
 namespace corvane::testing {
 

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "pim_import/upload_document.h"
+#include "agent/pim_import/upload_document.h"
 
 namespace corvane::testing {
 

@@ -10,10 +10,10 @@
 #include <utility>
 #include <vector>
 
-#include "base/request_handler.h"
-#include "core/corvane_stream.h"
-#include "log/log.h"
-#include "platform/host/system/utf.h"
+#include "agent/core/corvane_stream.h"
+#include "agent/log/log.h"
+#include "agent/request_handler.h"
+#include "common/text/utf.h"
 #include "tests/support/contact_store.h"
 #include "tests/support/desktop_end.h"
 #include "tests/support/test_handheld.h"

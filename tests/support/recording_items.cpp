@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "platform/host/system/utf.h"
+#include "common/text/utf.h"
 
 namespace corvane::testing {
 

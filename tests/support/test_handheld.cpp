@@ -2,10 +2,10 @@
 
 #include <stdexcept>
 
-#include "platform/host/com_object.h"
-#include "platform/host/system/handheld_clock.h"
-#include "platform/host/system/registry_store.h"
-#include "platform/host/system/utf.h"
+#include "common/text/utf.h"
+#include "handheld/base/com_object.h"
+#include "handheld/clock/handheld_clock.h"
+#include "handheld/registry/registry_store.h"
 
 namespace corvane::testing {
 namespace {

@@ -8,7 +8,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/host/handheld.h"
+#include "handheld/directory/handheld.h"
 #include "tests/support/temporary_directory.h"
 
 namespace corvane::testing {

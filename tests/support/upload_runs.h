@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "pim_import/upload_request.h"
+#include "agent/pim_import/upload_request.h"
 #include "tests/support/pim_requests.h"
 
 namespace corvane::testing {

@@ -5,10 +5,10 @@
 
 #include <string>
 
-#include "core/memory_stream.h"
+#include "agent/core/memory_stream.h"
+#include "agent/xml/document.h"
 #include "platform/com_ptr.h"
 #include "platform/xml_dom.h"
-#include "xml/document.h"
 
 namespace corvane::testing {
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/host/handheld.h"
+#include "handheld/directory/handheld.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/wire/process.h"
 #include "tests/support/wire/raw_connection.h"

@@ -1,0 +1,52 @@
+#include "agent/core/corvane_stream.h"
+
+#include "agent/log/log.h"
+#include "platform/last_error.h"
+
+namespace corvane {
+
+CorvaneStream::~CorvaneStream() {
+  if (socket_ != 0) Release();
+}
+
+void CorvaneStream::Attach(ce::SOCKET socket) {
+  socket_ = socket;
+  ended_ = false;
+}
+
+ce::HRESULT CorvaneStream::Read(void* buffer, ce::DWORD count, ce::DWORD* countRead) {
+  LOG(u"CorvaneStream::Read");
+  ce::HRESULT status = ce::S_OK;
+  ce::INT received = ce::recv(socket_, buffer, static_cast<ce::INT>(count), 0);
+  if (received == ce::SOCKET_ERROR) {
+    status = static_cast<ce::HRESULT>(ce::GetLastError());
+    received = 0;
+    ended_ = true;
+  } else if (received == 0 && count > 0) {
+    ended_ = true;
+  }
+  if (countRead) *countRead = static_cast<ce::DWORD>(received);
+  return status;
+}
+
+ce::HRESULT CorvaneStream::Write(const void* buffer, ce::DWORD count, ce::DWORD* countWritten) {
+  LOG(u"CorvaneStream::Write for %ld bytes", count);
+  ce::HRESULT status = ce::S_OK;
+  ce::INT sent = ce::send(socket_, buffer, static_cast<ce::INT>(count), 0);
+  if (sent == ce::SOCKET_ERROR) {
+    status = static_cast<ce::HRESULT>(ce::GetLastError());
+    sent = 0;
+    ended_ = true;
+  }
+  if (countWritten) *countWritten = static_cast<ce::DWORD>(sent);
+  return status;
+}
+
+void CorvaneStream::Release() {
+  LOG(u"CorvaneStream::Release");
+  if (socket_ == 0) return;
+  ce::closesocket(socket_);
+  socket_ = 0;
+}
+
+}  // namespace corvane

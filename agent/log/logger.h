@@ -1,0 +1,74 @@
+// The log file and what goes into its lines.
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <memory>
+#include <span>
+#include <string_view>
+
+#include "agent/log/format.h"
+#include "agent/log/timing_counter.h"
+#include "platform/threads.h"
+#include "platform/types.h"
+
+namespace corvane {
+
+inline constexpr char16_t kLogPath[] = u"\\CorvaneLog.txt";
+// From the root of the device as well, which a name without a path starts from.
+inline constexpr char16_t kOldLogPath[] = u"CorvaneLogOld.txt";
+
+// Most callers want log.h. Thread-safe; a line is written whole.
+class Logger {
+ public:
+  static constexpr std::size_t kMaxMessage = 1024;  // characters
+  static constexpr std::size_t kMaxLine = 1024;     // bytes
+  static constexpr std::size_t kMaxIndent = 100;
+  static constexpr std::size_t kMaxCounters = 30;
+
+  // The process's log, built on first use and destroyed at exit. Opens the file when it is not
+  // open; a file that cannot be opened is tried again by the next call.
+  static Logger& Instance();
+  // Null until the log is built and after it is destroyed.
+  static Logger* Existing();
+
+  Logger(const Logger&) = delete;
+  Logger& operator=(const Logger&) = delete;
+
+  // Nothing while the file is closed. A message or line that is too long is dropped.
+  void Log(const char16_t* format, std::span<const FormatArgument> arguments);
+  void LogNarrow(const char* format, std::span<const FormatArgument> arguments);
+  void LogBinary(const void* bytes, ce::DWORD count);
+
+  // Prints and drops the timing counters, then ends the file.
+  void Close();
+
+  // The number of blanks before this thread's messages, kMaxIndent at most.
+  void SetIndent(ce::DWORD blanks);
+  // A counter that lives until the file is closed; null when there are kMaxCounters.
+  TimingCounter* AddTimingCounter(int identifier);
+  // Since the log was built.
+  ce::LONGLONG ElapsedMilliseconds() const;
+
+ private:
+  Logger();
+  ~Logger();
+
+  void Open();
+  void WriteHeader();
+  void WriteLine(std::string_view message);
+  void PrintCounters();
+  std::size_t Indent() const;
+  ce::DWORD Append(const void* bytes, ce::DWORD count);
+
+  std::atomic<ce::HANDLE> file_{ce::INVALID_HANDLE_VALUE};
+  ce::CRITICAL_SECTION lock_;
+  std::atomic<bool> isOpen_{false};
+  ce::DWORD indentSlot_;
+  ce::LONGLONG frequency_ = 0;
+  ce::LONGLONG startCounter_ = 0;
+  std::array<std::unique_ptr<TimingCounter>, kMaxCounters> counters_;
+  std::size_t counterCount_ = 0;
+};
+
+}  // namespace corvane

@@ -1,0 +1,108 @@
+// corvane: the synchronisation agent, on a virtual handheld.
+#include <CLI/CLI.hpp>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "agent/core/listener.h"
+#include "agent/log/log.h"
+#include "handheld/directory/handheld.h"
+#include "handheld/network/listen_options.h"
+#include "handheld/network/silent_connections.h"
+#include "handheld/network/socket_watcher.h"
+#include "handheld/store/store_check.h"
+#include "handheld/system/threads.h"
+
+namespace {
+
+constexpr int kExitFailed = 1;
+constexpr int kExitUsage = 2;
+
+// For the request of a connection that came last, perhaps still on its way.
+constexpr std::chrono::seconds kTimeToSpeak{1};
+
+struct Options {
+  std::string handheld;
+  std::string listen = "127.0.0.1:2005";
+  bool stay = false;
+};
+
+[[noreturn]] void FailToListen(const std::string& message) {
+  std::fprintf(stderr, "corvane: %s\n", message.c_str());
+  std::fflush(nullptr);
+  // The agent itself would go on without a listener; nobody could ever reach it.
+  std::_Exit(kExitFailed);
+}
+
+ce::host::ListenOptions ListenOptionsOf(const Options& options) {
+  ce::host::ListenOptions listen;
+  std::string error;
+  if (!ce::host::ParseListenAddress(options.listen, &listen.address, &listen.port, &error)) {
+    std::fprintf(stderr, "corvane: --listen %s: %s\n", options.listen.c_str(), error.c_str());
+    std::exit(kExitUsage);
+  }
+  listen.keepListening = options.stay;
+  listen.onListening = [](const std::string& address) {
+    std::printf("corvane: listening on %s\n", address.c_str());
+    std::fflush(stdout);
+  };
+  listen.onFailure = FailToListen;
+  return listen;
+}
+
+int RunAgent(const Options& options) {
+  ce::host::SetListenOptions(ListenOptionsOf(options));
+  const auto handheld = ce::host::Handheld::Open(options.handheld, "corvane");
+  ce::host::Handheld::MakeCurrent(handheld.get());
+  if (const std::string problem = ce::host::DescribeStoreProblem(*handheld); !problem.empty())
+    throw ce::host::HandheldError(problem);
+
+  int result = 0;
+  do {
+    corvane::ResetAgent();
+    result = corvane::WinMain(1, 0, nullptr, 0);
+    ce::host::EndSilentConnections(kTimeToSpeak);
+    ce::host::WaitForRequestThreads();
+    corvane::CloseLog();
+  } while (result == 0 && options.stay && !corvane::QuitByRequest());
+
+  ce::host::CloseKeptListener();
+  ce::host::StopSocketWatcher();
+  ce::host::Handheld::MakeCurrent(nullptr);
+  return result;
+}
+
+int ParseAndRun(int argc, char** argv) {
+  Options options;
+  CLI::App app("The synchronisation agent of a handheld: serves a desktop over TCP.", "corvane");
+  app.set_version_flag("--version", "corvane " CORVANE_VERSION);
+  app.add_option("--handheld", options.handheld, "The handheld's directory")
+      ->required()
+      ->type_name("DIR");
+  app.add_option("--listen", options.listen,
+                 "Where to listen: 0.0.0.0 for every address, port 0 for any free one")
+      ->capture_default_str()
+      ->type_name("ADDR[:PORT]");
+  app.add_flag("--stay", options.stay, "Start afresh when a minute without a request has passed");
+  app.footer(
+      "Ends by itself after a minute without a request, or when the desktop asks it to.\n"
+      "Exit codes: 0 ended as asked, 1 failed, 2 wrong use.");
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : kExitUsage;
+  }
+  return RunAgent(options);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return ParseAndRun(argc, argv);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "corvane: %s\n", error.what());
+    return kExitFailed;
+  }
+}

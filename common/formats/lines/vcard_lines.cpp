@@ -1,0 +1,177 @@
+#include "common/formats/lines/vcard_lines.h"
+
+#include <vector>
+
+#include "common/text/text.h"
+
+namespace formats {
+namespace {
+
+constexpr auto kNowhere = std::string_view::npos;
+
+bool IsMarker(std::string_view line, std::string_view name) {
+  if (line.starts_with("\xEF\xBB\xBF")) line.remove_prefix(3);  // of a file that was appended
+  if (line.size() > 80 || !StartsWithNoCase(line, name)) return false;
+  line = TrimBlanks(line.substr(name.size()));
+  return line.starts_with(':') && EqualsNoCase(TrimBlanks(line.substr(1)), "VCARD");
+}
+
+bool StartsWithBlank(std::string_view line) {
+  return line.starts_with(' ') || line.starts_with('\t');
+}
+
+enum class Encoding { kNone, kQuotedPrintable, kBase64 };
+
+bool ContainsNoCase(std::string_view text, std::string_view upper) {
+  return ToUpperAscii(text).find(upper) != kNowhere;
+}
+
+// Finds out, line by line, how a property's value is encoded: from what stands before the colon.
+class HeaderScan {
+ public:
+  void Feed(std::string_view part) {
+    if (done_) return;
+    for (std::size_t i = 0; i < part.size(); ++i) {
+      if (part[i] == '"') quoted_ = !quoted_;
+      if (part[i] != ':' || quoted_) continue;
+      header_ += part.substr(0, i);
+      done_ = true;
+      if (ContainsNoCase(header_, "QUOTED-PRINTABLE")) {
+        encoding_ = Encoding::kQuotedPrintable;
+      } else if (ContainsNoCase(header_, "BASE64") || EndsWithB()) {
+        encoding_ = Encoding::kBase64;
+      }
+      return;
+    }
+    header_ += part;
+  }
+  Encoding encoding() const { return encoding_; }
+
+ private:
+  bool EndsWithB() const {
+    const std::string upper = ToUpperAscii(header_) + ";";
+    return upper.find("ENCODING=B;") != kNowhere;
+  }
+
+  std::string header_;
+  bool quoted_ = false;
+  bool done_ = false;
+  Encoding encoding_ = Encoding::kNone;
+};
+
+// How many characters of the line's end are a soft line break: "=" and blanks behind it.
+std::size_t SoftBreakLength(std::string_view line) {
+  const std::size_t last = line.find_last_not_of(" \t");
+  return last != kNowhere && line[last] == '=' ? line.size() - last : 0;
+}
+
+// Without the blank at each of the positions, when there is one at all of them.
+void RemoveIndentation(const std::vector<std::size_t>& starts, std::string& text) {
+  for (std::size_t start : starts) {
+    if (start >= text.size() || (text[start] != ' ' && text[start] != '\t')) return;
+  }
+  std::size_t length = starts.empty() ? text.size() : starts.front();
+  std::size_t next = 0;
+  for (std::size_t i = length; i < text.size(); ++i) {
+    if (next < starts.size() && starts[next] == i) {
+      ++next;
+    } else {
+      text[length++] = text[i];
+    }
+  }
+  text.resize(length);
+}
+
+}  // namespace
+
+bool IsVCardBegin(std::string_view line) {
+  return IsMarker(line, "BEGIN");
+}
+bool IsVCardEnd(std::string_view line) {
+  return IsMarker(line, "END");
+}
+
+std::string_view ContentLineReader::Peek(std::size_t* next) const {
+  const std::size_t end = text_.find_first_of("\r\n", position_);
+  if (end == kNowhere) {
+    *next = text_.size();
+    return text_.substr(position_);
+  }
+  *next = end + (text_.substr(end, 2) == "\r\n" ? 2 : 1);
+  return text_.substr(position_, end - position_);
+}
+
+std::string_view ContentLineReader::Take() {
+  std::size_t next = 0;
+  const std::string_view line = Peek(&next);
+  position_ = next;
+  ++line_;
+  return line;
+}
+
+// Looks ahead in the card that begins at the position, since the version may come after lines that
+// are read by its rules.
+VCardDialect ContentLineReader::FindDialect() const {
+  ContentLineReader ahead(text_);
+  ahead.position_ = position_;
+  while (ahead.position_ < text_.size()) {
+    const std::string_view line = ahead.Take();
+    if (IsVCardBegin(line) || IsVCardEnd(line)) break;
+    if (!StartsWithNoCase(line, "VERSION")) continue;
+    const std::size_t colon = line.find(':');
+    if (colon == kNowhere) continue;
+    const std::string_view version = TrimBlanks(line.substr(colon + 1));
+    if (version.starts_with("2")) return VCardDialect::k21;
+    return version.starts_with("3") ? VCardDialect::k30 : VCardDialect::k40;
+  }
+  return VCardDialect::k30;
+}
+
+bool ContentLineReader::Next(ContentLine& out) {
+  while (position_ < text_.size()) {
+    const std::string_view line = Take();
+    if (TrimBlanks(line).empty()) continue;
+    out.line = line_;
+    out.text = line;
+    if (IsVCardBegin(line)) {
+      dialect_ = FindDialect();
+    } else {
+      JoinContinuations(line, out.text);
+    }
+    out.dialect = dialect_;
+    return true;
+  }
+  return false;
+}
+
+void ContentLineReader::JoinContinuations(std::string_view last, std::string& out) {
+  HeaderScan header;
+  header.Feed(last);
+  std::vector<std::size_t> softStarts;
+  while (position_ < text_.size()) {
+    std::size_t next = 0;
+    const std::string_view line = Peek(&next);
+    const Encoding encoding = header.encoding();
+    const bool quotedPrintable = encoding == Encoding::kQuotedPrintable;
+    const std::size_t softBreak = quotedPrintable ? SoftBreakLength(last) : 0;
+    if (IsVCardBegin(line) || IsVCardEnd(line)) break;
+    if (softBreak > 0) {
+      out.resize(out.size() - softBreak);
+      if (softStarts.empty() || softStarts.back() != out.size()) softStarts.push_back(out.size());
+      out += line;
+    } else if (StartsWithBlank(line)) {
+      out += line.substr(dialect_ == VCardDialect::k21 ? 0 : 1);
+      header.Feed(line.substr(1));
+    } else if ((quotedPrintable && line.starts_with('=')) ||
+               (encoding == Encoding::kBase64 && !line.empty() && line.find(':') == kNowhere)) {
+      out += line;
+    } else {
+      break;
+    }
+    last = line;
+    Take();
+  }
+  RemoveIndentation(softStarts, out);
+}
+
+}  // namespace formats

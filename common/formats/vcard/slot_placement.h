@@ -1,0 +1,27 @@
+// Gives the numbers and addresses of a card their places in a contact. Each function takes its
+// properties in the order of preference and puts a notice for whatever finds no place. A value that
+// comes twice takes one place.
+#pragma once
+
+#include <vector>
+
+#include "common/formats/items/contact.h"
+#include "common/formats/lines/notice_list.h"
+#include "common/formats/lines/vcard_property.h"
+
+namespace formats {
+
+using PropertyRefs = std::vector<const Property*>;
+
+// Numbers of a known kind come first; one of no kind, or beyond the slots of its kind, takes the
+// next free slot for a voice number.
+void PlacePhones(const PropertyRefs& phones, Contact& contact, NoticeList& notices);
+void PlaceEmails(const PropertyRefs& emails, Contact& contact, NoticeList& notices);
+// An address of no kind becomes the other one, or takes what is free. A label, which is an address
+// as it is printed, stands in for an address that is missing.
+void PlaceAddresses(const PropertyRefs& addresses, const PropertyRefs& labels, Contact& contact,
+                    NoticeList& notices);
+// There is one place; a page for work goes first.
+void PlaceWebPages(const PropertyRefs& pages, Contact& contact, NoticeList& notices);
+
+}  // namespace formats

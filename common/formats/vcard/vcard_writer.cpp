@@ -1,0 +1,193 @@
+#include <algorithm>
+#include <initializer_list>
+
+#include "common/formats/lines/content_writer.h"
+#include "common/formats/vcard/contact_slots.h"
+#include "common/formats/vcard/personal_name.h"
+#include "common/formats/vcard/vcard.h"
+#include "common/formats/vcard/vcard_dates.h"
+#include "common/text/text.h"
+
+namespace formats {
+namespace {
+
+using Field = ContactField;
+
+// A field that is one property of one text.
+struct TextProperty {
+  Field field;
+  std::string_view name30;
+  std::string_view name40;
+};
+constexpr TextProperty kTextProperties[] = {
+    {Field::kJobTitle, "TITLE", "TITLE"},
+    {Field::kFileAs, "X-FILE-AS", "X-FILE-AS"},
+    {Field::kYomiFirstName, "X-PHONETIC-FIRST-NAME", "X-PHONETIC-FIRST-NAME"},
+    {Field::kYomiLastName, "X-PHONETIC-LAST-NAME", "X-PHONETIC-LAST-NAME"},
+    {Field::kYomiCompanyName, "X-PHONETIC-ORG", "X-PHONETIC-ORG"},
+    {Field::kSpouse, "X-SPOUSE", "RELATED;TYPE=spouse;VALUE=text"},
+    {Field::kChildren, "X-CHILDREN", "RELATED;TYPE=child;VALUE=text"},
+    {Field::kAssistantName, "X-ASSISTANT", "X-ASSISTANT"},
+    {Field::kOfficeLocation, "X-OFFICE", "X-OFFICE"},
+    {Field::kBody, "NOTE", "NOTE"},
+};
+
+// Readers drop blanks around numbers and addresses and a "tel:" before them, unless they are told
+// that the value is plain text.
+bool MustBeExact(std::string_view text) {
+  return TrimBlanks(text).size() != text.size() || StartsWithNoCase(text, "tel:");
+}
+
+class CardWriter {
+ public:
+  CardWriter(const Contact& contact, VCardVersion version)
+      : contact_(contact), is40_(version == VCardVersion::k40) {}
+  std::string Write();
+
+ private:
+  void Line(std::string name, const ContentValue& value);
+  void Names();
+  void Phones();
+  void Emails();
+  void Addresses();
+  void WebPage();
+  void Dates();
+  void Categories();
+  void Uid();
+
+  const Contact& contact_;
+  const bool is40_;
+  std::string out_;
+};
+
+void CardWriter::Line(std::string name, const ContentValue& value) {
+  name += value.LineBreakParameter();
+  name += ':';
+  AppendFolded(out_, name + value.text());
+}
+
+void CardWriter::Names() {
+  const PersonalName name = {contact_[Field::kTitle], contact_[Field::kFirstName],
+                             contact_[Field::kMiddleName], contact_[Field::kLastName],
+                             contact_[Field::kSuffix]};
+  const std::string full = JoinFullName(name);
+  // A name that says what another property says is not to be taken for a person's.
+  const std::string_view derived = is40_ ? "FN;DERIVED=true" : "FN;X-DERIVED=true";
+  if (full.empty()) {
+    Line(std::string(derived), ContentValue().Add(DisplayName(contact_)));
+  } else {
+    Line("FN", ContentValue().Add(full));
+  }
+  ContentValue parts;
+  parts.Add(name.last).Separate(';').Add(name.first).Separate(';').Add(name.middle);
+  parts.Separate(';').Add(name.title).Separate(';').Add(name.suffix);
+  if (!is40_ || parts.text() != ";;;;") Line("N", parts);
+
+  const std::string& company = contact_[Field::kCompanyName];
+  const std::string& department = contact_[Field::kDepartment];
+  ContentValue organization;
+  organization.Add(company);
+  if (!department.empty()) organization.Separate(';').Add(department);
+  if (!organization.text().empty()) Line("ORG", organization);
+}
+
+void CardWriter::Phones() {
+  for (const PhoneSlots& kind : kPhoneSlots) {
+    const bool named = !FillsSlotsInOrder(contact_, kind.slots());
+    for (std::size_t i = 0; i < kind.count; ++i) {
+      const std::string& number = contact_[kind.fields[i]];
+      if (number.empty()) continue;
+      std::string name = "TEL;TYPE=";
+      name += is40_ ? kind.type40 : kind.type30;
+      if (named) name += ";X-SLOT=" + std::to_string(i + 1);
+      if (MustBeExact(number)) name += ";VALUE=text";
+      Line(name, ContentValue().Add(number));
+    }
+  }
+}
+
+void CardWriter::Emails() {
+  const bool named = !FillsSlotsInOrder(contact_, kEmailSlots);
+  for (std::size_t i = 0; i < kEmailSlots.size(); ++i) {
+    const std::string& address = contact_[kEmailSlots[i]];
+    if (address.empty()) continue;
+    const bool first = i == 0;
+    std::string name = "EMAIL";
+    if (is40_) {
+      if (first) name += ";PREF=1";
+    } else {
+      name += first ? ";TYPE=INTERNET,PREF" : ";TYPE=INTERNET";
+    }
+    if (named) name += ";X-SLOT=" + std::to_string(i + 1);
+    if (MustBeExact(address)) name += ";VALUE=text";
+    Line(name, ContentValue().Add(address));
+  }
+}
+
+void CardWriter::Addresses() {
+  for (const AddressSlot& slot : kAddressSlots) {
+    ContentValue parts;
+    parts.Separate(';');  // no post office box and nothing beside the street
+    for (Field field : slot.fields()) parts.Separate(';').Add(contact_[field]);
+    if (parts.text() == ";;;;;;") continue;
+    const std::string_view type = is40_ ? slot.type40 : slot.type30;
+    Line(type.empty() ? "ADR" : "ADR;TYPE=" + std::string(type), parts);
+  }
+}
+
+void CardWriter::WebPage() {
+  const std::string& page = contact_[Field::kWebPage];
+  if (page.empty()) return;
+  // An address is written as it is: not every program undoes escapes in one.
+  Line(MustBeExact(page) ? "URL;VALUE=text" : "URL", ContentValue(kUriSpecials).Add(page));
+}
+
+void CardWriter::Dates() {
+  const std::string_view separator = is40_ ? "" : "-";
+  if (contact_.birthday && IsKeepableDate(*contact_.birthday)) {
+    Line("BDAY", ContentValue().Add(FormatDate(*contact_.birthday, separator)));
+  }
+  if (contact_.anniversary && IsKeepableDate(*contact_.anniversary)) {
+    Line(is40_ ? "ANNIVERSARY" : "X-ANNIVERSARY",
+         ContentValue().Add(FormatDate(*contact_.anniversary, separator)));
+  }
+}
+
+void CardWriter::Categories() {
+  for (const ContentValue& value : CategoryValues(contact_.categories)) Line("CATEGORIES", value);
+}
+
+void CardWriter::Uid() {
+  if (contact_.uid.empty()) return;
+  const bool isUri = StartsWithNoCase(contact_.uid, "urn:");
+  Line(is40_ && !isUri ? "UID;VALUE=text" : "UID",
+       ContentValue(isUri ? kUriSpecials : kTextSpecials).Add(contact_.uid));
+}
+
+std::string CardWriter::Write() {
+  out_ = "BEGIN:VCARD\r\n";
+  out_ += is40_ ? "VERSION:4.0\r\n" : "VERSION:3.0\r\n";
+  Uid();
+  Names();
+  for (const TextProperty& property : kTextProperties) {
+    const std::string& text = contact_[property.field];
+    if (text.empty()) continue;
+    Line(std::string(is40_ ? property.name40 : property.name30), ContentValue().Add(text));
+  }
+  Phones();
+  Emails();
+  Addresses();
+  WebPage();
+  Dates();
+  Categories();
+  out_ += "END:VCARD\r\n";
+  return std::move(out_);
+}
+
+}  // namespace
+
+std::string WriteVCard(const Contact& contact, VCardVersion version) {
+  return CardWriter(contact, version).Write();
+}
+
+}  // namespace formats

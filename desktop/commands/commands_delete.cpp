@@ -1,0 +1,109 @@
+#include "desktop/commands/commands_delete.h"
+
+#include <fmt/format.h>
+#include <poll.h>
+
+#include <cerrno>
+#include <string>
+#include <string_view>
+
+#include "desktop/commands/push_run.h"
+#include "desktop/sync/mapping.h"
+#include "desktop/wire/error.h"
+#include "desktop/wire/phone_records.h"
+#include "desktop/wire/request.h"
+#include "desktop/wire/status_text.h"
+#include "desktop/wire/words.h"
+
+namespace desktop {
+namespace {
+
+void AwaitInput(const Console& console, int interruptFd) {
+  if (console.inFd < 0) return;
+  pollfd watched[2] = {{console.inFd, POLLIN, 0}, {interruptFd, POLLIN, 0}};
+  while (poll(watched, 2, -1) < 0 && errno == EINTR) {
+  }
+  if (watched[1].revents != 0) throw Interrupted();
+}
+
+// Whether there is leave to delete all, or somebody to be asked for it.
+bool CanBeAllowed(bool yes, std::string_view what, const Console& console) {
+  if (yes || console.inIsTerminal) return true;
+  console.err << fmt::format("corvane-desktop: deleting all {} needs --yes\n", what);
+  return false;
+}
+
+bool IsAllowed(const ConnectionOptions& connection, bool yes, std::string_view what,
+               const Console& console) {
+  if (yes) return true;
+  console.err << fmt::format("Delete all {} on the handheld at {}? [y/N] ", what,
+                             ToString(connection.target))
+              << std::flush;
+  AwaitInput(console, connection.interruptFd);
+  std::string answer;
+  std::getline(console.in, answer);
+  if (answer == "y" || answer == "Y" || answer == "yes") return true;
+  console.err << "nothing deleted\n";
+  return false;
+}
+
+std::int32_t AskToDeleteAll(const ConnectionOptions& connection, std::uint32_t kind) {
+  std::string input;
+  PutWord(input, kind);
+  return Invoke(connection, kDeleteAll, input).status;
+}
+
+int DeleteAll(const ConnectionOptions& connection, const DeleteOptions& options,
+              const Console& console) {
+  const KindWords& words = WordsOf(options.kind);
+  if (!CanBeAllowed(options.yes, words.plural, console)) return kUsage;
+  Mapping mapping(options.mapping ? *options.mapping : DefaultMappingPath(connection.target));
+  if (!IsAllowed(connection, options.yes, words.plural, console)) return kFailed;
+  const std::int32_t status = AskToDeleteAll(connection, static_cast<std::uint32_t>(options.kind));
+  if (status != 0) {
+    throw Error(fmt::format("not all {} could be deleted: {}", words.plural, StatusText(status)));
+  }
+  mapping.RemoveKind(words.name);
+  mapping.Save();
+  console.out << fmt::format("all {} deleted\n", words.plural);
+  FlushOutput(console);
+  return kDone;
+}
+
+int DeleteSome(const ConnectionOptions& connection, const DeleteOptions& options,
+               const Console& console) {
+  std::vector<PushRecord> records;
+  for (const Oid oid : options.oids) records.push_back(DeletionOf(options.kind, oid));
+  return RunPush(connection, {}, options.mapping, records, {"Deleting"}, console);
+}
+
+}  // namespace
+
+int Delete(const ConnectionOptions& connection, const DeleteOptions& options,
+           const Console& console) {
+  return RunGuarded(console, [&] {
+    return options.oids.empty() ? DeleteAll(connection, options, console)
+                                : DeleteSome(connection, options, console);
+  });
+}
+
+int DeleteMessages(const ConnectionOptions& connection, bool yes, const Console& console) {
+  return RunGuarded(console, [&] {
+    const std::string_view plural = WordsOf(PhoneKind::kMessages).plural;
+    if (!CanBeAllowed(yes, plural, console)) return kUsage;
+    if (!IsAllowed(connection, yes, plural, console)) return kFailed;
+    const std::int32_t status =
+        AskToDeleteAll(connection, static_cast<std::uint32_t>(PhoneKind::kMessages));
+    if (status == kNotSupported) {
+      throw Error(fmt::format("{}: {}", kNoMessageStore, StatusText(status)));
+    }
+    if (status != 0) {
+      throw Error(fmt::format("not all {} could be deleted: {}", plural, StatusText(status)));
+    }
+    console.out << fmt::format("all {} deleted, but for drafts and deleted items\n", plural);
+    FlushOutput(console);
+    return kDone;
+  });
+}
+
+}  // namespace desktop

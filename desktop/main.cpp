@@ -1,0 +1,442 @@
+// corvane-desktop: the desk's end of the wire.
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <chrono>
+#include <cstdio>
+#include <exception>
+#include <functional>
+#include <iostream>
+#include <map>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "desktop/commands/clock_text.h"
+#include "desktop/commands/commands_agent.h"
+#include "desktop/commands/commands_convert.h"
+#include "desktop/commands/commands_delete.h"
+#include "desktop/commands/commands_device.h"
+#include "desktop/commands/commands_keys.h"
+#include "desktop/commands/commands_pull.h"
+#include "desktop/commands/commands_pull_phone.h"
+#include "desktop/commands/commands_push.h"
+#include "desktop/commands/commands_time.h"
+#include "desktop/commands/interrupt.h"
+#include "desktop/wire/oid.h"
+#include "desktop/wire/target.h"
+
+namespace {
+
+using namespace desktop;
+
+// What "pull" and "delete" are for.
+using Kind = std::variant<RecordKind, PhoneKind>;
+
+// A word behind "pull --format", and what it means for either sort of kind.
+struct FormatWord {
+  std::optional<PullFormat> items;
+  std::optional<PhoneFormat> phone;
+  const char* isFor = "";
+};
+const std::map<std::string, FormatWord> kFormatWords = {
+    {"vcf", {PullFormat::kVcf, {}, "vcf is for contacts"}},
+    {"ics", {PullFormat::kIcs, {}, "ics is for the calendar and tasks"}},
+    {"xml", {PullFormat::kXml, PhoneFormat::kXml, ""}},
+    {"json", {PullFormat::kJson, PhoneFormat::kJson, ""}},
+    {"smsbackup", {{}, PhoneFormat::kSmsBackup, "smsbackup is for messages and calls"}},
+};
+
+// Everything that a command line can say; the command chosen is run once all of it is read.
+struct CommandLine {
+  ConnectionOptions connection;
+  Kind kind = RecordKind::kContacts;
+  std::optional<FormatWord> format;
+  PullOptions pull;
+  PushOptions push;
+  DeleteOptions remove;
+  RecordKind keys = RecordKind::kContacts;
+  std::optional<UtcTime> time;
+  LoggingLevel logging = LoggingLevel::kOn;
+  std::optional<std::string> directory;
+  ConvertOptions convert;
+  bool json = false;
+  std::function<int(const Console&)> run;
+};
+
+// An option or a positional that takes one of a few words.
+template <typename T, typename Chosen>
+CLI::Option* AddChoice(CLI::App& command, const std::string& name, Chosen& chosen,
+                       const std::map<std::string, T>& choices, const std::string& help) {
+  return command.add_option_function<std::string>(
+      name,
+      [&chosen, choices, name](const std::string& word) {
+        const auto found = choices.find(word);
+        if (found == choices.end()) {
+          std::string words;
+          for (const auto& choice : choices) words += (words.empty() ? "" : ", ") + choice.first;
+          throw CLI::ValidationError(name, word + " is none of " + words);
+        }
+        chosen = found->second;
+      },
+      help);
+}
+
+void AddOids(CLI::App& command, std::vector<Oid>& oids) {
+  command
+      .add_option_function<std::vector<std::string>>(
+          "--oid",
+          [&oids](const std::vector<std::string>& texts) {
+            for (const std::string& text : texts) {
+              const std::optional<Oid> oid = ParseOid(text);
+              if (!oid) throw CLI::ValidationError("--oid", text + " is no object identifier");
+              oids.push_back(*oid);
+            }
+          },
+          "Only these object identifiers")
+      ->type_name("N");
+}
+
+void AddMapping(CLI::App& command, std::optional<std::filesystem::path>& mapping) {
+  command
+      .add_option("--map", mapping,
+                  "Which item here is which there; default "
+                  "$XDG_STATE_HOME/corvane/HOST_PORT.json or below ~/.local/state")
+      ->type_name("FILE");
+}
+
+void AddZone(CLI::App& command, calendar::Zone& zone) {
+  command
+      .add_option_function<std::string>(
+          "--zone",
+          [&zone](const std::string& name) {
+            const std::optional<calendar::Zone> found = calendar::Zone::Find(name);
+            if (!found) throw CLI::ValidationError("--zone", name + " is no time zone");
+            zone = *found;
+          },
+          "The handheld's time zone, such as Europe/Berlin; this computer's by default")
+      ->type_name("NAME");
+}
+
+void AddKind(CLI::App& command, RecordKind& kind) {
+  AddChoice<RecordKind>(command, "what", kind,
+                        {{"contacts", RecordKind::kContacts},
+                         {"contacts2", RecordKind::kContacts2},
+                         {"calendar", RecordKind::kAppointments},
+                         {"tasks", RecordKind::kTasks}},
+                        "contacts, contacts2 for their second form, calendar or tasks")
+      ->required()
+      ->type_name("");
+}
+
+int PullWanted(CommandLine& line, const Console& console) {
+  if (const auto* const phone = std::get_if<PhoneKind>(&line.kind)) {
+    PullPhoneOptions options{*phone, PhoneFormat::kJson, line.pull.output};
+    if (line.format) options.format = *line.format->phone;
+    return PullPhone(line.connection, options, console);
+  }
+  return Pull(line.connection, line.pull, console);
+}
+
+// Either may stand before the other on the command line.
+void BringTogether(CommandLine& line) {
+  const auto* const items = std::get_if<RecordKind>(&line.kind);
+  if (items != nullptr) line.pull.kind = *items;
+  if (items == nullptr && !line.pull.oids.empty()) {
+    throw CLI::ValidationError("--oid", "messages and calls are pulled all together");
+  }
+  if (!line.format) return;
+  const FormatWord& format = *line.format;
+  const bool fits = items == nullptr ? format.phone.has_value()
+                                     : format.items && IsFormatOf(*format.items, *items);
+  if (!fits) throw CLI::ValidationError("--format", format.isFor);
+  line.pull.format = format.items;
+}
+
+void AddPull(CLI::App& app, CommandLine& line) {
+  CLI::App& command = *app.add_subcommand(
+      "pull", "Contacts, calendar, tasks, text messages or calls from the handheld");
+  AddChoice<Kind>(command, "what", line.kind,
+                  {{"contacts", RecordKind::kContacts},
+                   {"contacts2", RecordKind::kContacts2},
+                   {"calendar", RecordKind::kAppointments},
+                   {"tasks", RecordKind::kTasks},
+                   {"messages", PhoneKind::kMessages},
+                   {"calls", PhoneKind::kCalls}},
+                  "contacts, contacts2 for their second form, calendar, tasks, messages or calls")
+      ->required()
+      ->type_name("");
+  AddOids(command, line.pull.oids);
+  AddChoice<FormatWord>(command, "--format", line.format, kFormatWords,
+                        "vcf (contacts), ics (calendar, tasks) and json (messages, calls: an "
+                        "object a line) are the defaults; xml or json; smsbackup (messages, calls)")
+      ->type_name("FORMAT");
+  AddZone(command, line.pull.zone);
+  AddChoice<formats::VCardVersion>(
+      command, "--vcard-version", line.pull.version,
+      {{"3.0", formats::VCardVersion::k30}, {"4.0", formats::VCardVersion::k40}},
+      "3.0 (the default) or 4.0")
+      ->type_name("VERSION");
+  command.add_option("-o,--output", line.pull.output, "Where to, instead of the standard output")
+      ->type_name("FILE");
+  AddMapping(command, line.pull.mapping);
+  command.callback([&line] {
+    BringTogether(line);
+    line.run = [&line](const Console& console) { return PullWanted(line, console); };
+  });
+}
+
+void AddPush(CLI::App& app, CommandLine& line) {
+  CLI::App& command = *app.add_subcommand("push", "Contacts, calendar and tasks to the handheld");
+  command
+      .add_option("files", line.push.files,
+                  "vCard (.vcf), iCalendar (.ics) or record documents (.xml)")
+      ->required()
+      ->type_name("FILE");
+  command.add_option("--chunk", line.push.policy.chunk, "Records to a document; default 20")
+      ->type_name("N")
+      ->check(CLI::Range(1, 10000).description(""));
+  command.add_flag("--force", line.push.policy.force,
+                   "Send what has not changed or what the check finds in conflict, too");
+  command.add_flag("--dry-run", line.push.policy.dryRun, "Show what would be sent, send nothing");
+  command.add_flag("--json", line.push.json, "The results as JSON");
+  AddZone(command, line.push.zone);
+  AddMapping(command, line.push.mapping);
+  command.callback([&line] {
+    line.run = [&line](const Console& console) {
+      return Push(line.connection, line.push, console);
+    };
+  });
+}
+
+void AddDelete(CLI::App& app, CommandLine& line) {
+  CLI::App& command = *app.add_subcommand(
+      "delete", "Contacts, calendar, tasks or text messages away from the handheld");
+  AddChoice<Kind>(command, "what", line.kind,
+                  {{"contacts", RecordKind::kContacts},
+                   {"calendar", RecordKind::kAppointments},
+                   {"tasks", RecordKind::kTasks},
+                   {"messages", PhoneKind::kMessages}},
+                  "contacts, calendar, tasks or messages")
+      ->required()
+      ->type_name("");
+  AddOids(command, line.remove.oids);
+  command.add_flag("--yes", line.remove.yes, "Delete all without asking");
+  AddMapping(command, line.remove.mapping);
+  command.callback([&line] {
+    const auto* const items = std::get_if<RecordKind>(&line.kind);
+    if (items == nullptr && !line.remove.oids.empty()) {
+      throw CLI::ValidationError("--oid", "messages are deleted all together");
+    }
+    if (items != nullptr) line.remove.kind = *items;
+    line.run = [&line, items](const Console& console) {
+      return items == nullptr ? DeleteMessages(line.connection, line.remove.yes, console)
+                              : Delete(line.connection, line.remove, console);
+    };
+  });
+}
+
+void AddKeys(CLI::App& app, CommandLine& line) {
+  CLI::App& command = *app.add_subcommand("keys", "The elements that the handheld's records have");
+  AddKind(command, line.keys);
+  command.add_flag("--json", line.json, "As JSON");
+  command.callback([&line] {
+    line.run = [&line](const Console& console) {
+      return PrintKeys(line.connection, line.keys, line.json, console);
+    };
+  });
+}
+
+void AddTime(CLI::App& app, CommandLine& line) {
+  CLI::App& command = *app.add_subcommand("time", "The handheld's clock");
+  command.require_subcommand(1);
+  CLI::App& get = *command.add_subcommand("get", "Prints its time, in UTC");
+  get.add_flag("--json", line.json, "As JSON");
+  get.callback([&line] {
+    line.run = [&line](const Console& console) {
+      return GetTime(line.connection, line.json, console);
+    };
+  });
+  CLI::App& set = *command.add_subcommand("set", "Sets its time");
+  set.add_option_function<std::string>(
+         "time",
+         [&line](const std::string& text) {
+           line.time = ParseTime(text);
+           if (!line.time) throw CLI::ValidationError("time", text + " is no time");
+         },
+         "ISO 8601 with a zone, or else in UTC; this computer's time when left out")
+      ->type_name("TIME");
+  set.callback([&line] {
+    line.run = [&line](const Console& console) {
+      return SetTime(line.connection, line.time, console);
+    };
+  });
+}
+
+void AddDevice(CLI::App& app, CommandLine& line) {
+  CLI::App& info =
+      *app.add_subcommand("info", "The agent's version; the handheld's language, time and cards");
+  info.add_flag("--json", line.json, "As JSON");
+  info.callback([&line] {
+    line.run = [&line](const Console& console) {
+      return PrintInfo(line.connection, line.json, console);
+    };
+  });
+  CLI::App& storage = *app.add_subcommand("storage", "The room on the handheld's storage cards");
+  storage
+      .add_option("directory", line.directory,
+                  "On its volume instead; a directory of the handheld, with / or \\")
+      ->type_name("PATH");
+  storage.add_flag("--json", line.json, "As JSON");
+  storage.callback([&line] {
+    line.run = [&line](const Console& console) {
+      return PrintStorage(line.connection, line.directory, line.json, console);
+    };
+  });
+  CLI::App& cards = *app.add_subcommand("cards", "The handheld's storage cards, one by one");
+  cards.add_flag("--json", line.json, "As JSON");
+  cards.callback([&line] {
+    line.run = [&line](const Console& console) {
+      return PrintCards(line.connection, line.json, console);
+    };
+  });
+}
+
+void RequireOneWay(const ConvertOptions& convert) {
+  if (convert.file.has_value() == convert.devicePath.has_value()) {
+    throw CLI::ValidationError("convert", "it takes either a FILE or --device-path");
+  }
+  if (convert.format.has_value() == convert.toDevice.has_value()) {
+    throw CLI::ValidationError("convert", "it takes either --to or --to-device");
+  }
+  if (convert.toDevice && convert.devicePath) {
+    throw CLI::ValidationError("--to-device", "only a FILE can be put on the handheld");
+  }
+  if (convert.toDevice && convert.output) {
+    throw CLI::ValidationError("--output", "with --to-device nothing comes back");
+  }
+  if (convert.from && convert.devicePath) {
+    throw CLI::ValidationError("--from", "the handheld goes by the name of its note");
+  }
+}
+
+void AddConvert(CLI::App& app, CommandLine& line) {
+  CLI::App& command = *app.add_subcommand(
+      "convert", "Notes from one format into another, by the handheld's own means");
+  const std::map<std::string, NoteFormat> formats = {{"txt", NoteFormat::kText},
+                                                     {"rtf", NoteFormat::kRichText},
+                                                     {"unicode", NoteFormat::kUnicode},
+                                                     {"pwi", NoteFormat::kInk}};
+  command.add_option("file", line.convert.file, "A note on this computer")->type_name("FILE");
+  command.add_option("--device-path", line.convert.devicePath, "A note on the handheld instead")
+      ->type_name("PATH");
+  AddChoice<NoteFormat>(command, "--to", line.convert.format, formats,
+                        "rtf, txt (the handheld's 8-bit characters), unicode (UTF-16LE) or pwi "
+                        "(ink); the agent's address stands before \"convert\"")
+      ->type_name("FORMAT");
+  command
+      .add_option("--to-device", line.convert.toDevice,
+                  "Put the FILE there on the handheld, in the format of that name")
+      ->type_name("PATH");
+  AddChoice<NoteFormat>(command, "--from", line.convert.from, formats,
+                        "The FILE's format, where its name does not tell")
+      ->type_name("FORMAT");
+  command
+      .add_option("-o,--output", line.convert.output, "Where to, instead of the standard output")
+      ->type_name("OUT");
+  command.footer(
+      "A FILE travels in one request, which has room for about 900 bytes. While it is converted "
+      "it\n"
+      "lies in \\~note.pwi on the handheld, a file that is emptied afterwards and stays.");
+  command.callback([&line] {
+    RequireOneWay(line.convert);
+    line.run = [&line](const Console& console) {
+      return Convert(line.connection, line.convert, console);
+    };
+  });
+}
+
+void AddAgent(CLI::App& app, CommandLine& line) {
+  CLI::App& logging = *app.add_subcommand("logging", "The agent's diagnostic log");
+  AddChoice<LoggingLevel>(
+      logging, "state", line.logging,
+      {{"on", LoggingLevel::kOn}, {"verbose", LoggingLevel::kVerbose}, {"off", LoggingLevel::kOff}},
+      "on, verbose or off")
+      ->required()
+      ->type_name("");
+  logging.callback([&line] {
+    line.run = [&line](const Console& console) {
+      return SetLogging(line.connection, line.logging, console);
+    };
+  });
+  app.add_subcommand("quit", "Asks the agent to end")->callback([&line] {
+    line.run = [&line](const Console& console) { return Quit(line.connection, console); };
+  });
+}
+
+void AddConnection(CLI::App& app, CommandLine& line) {
+  app.add_option_function<std::string>(
+         "--to",
+         [&line](const std::string& text) {
+           const std::optional<Target> target = ParseTarget(text);
+           if (!target) throw CLI::ValidationError("--to", text + " is no HOST[:PORT]");
+           line.connection.target = *target;
+         },
+         "Where the agent listens; default 127.0.0.1:2005")
+      ->type_name("HOST[:PORT]");
+  app.add_option_function<double>(
+         "--timeout",
+         [&line](const double& seconds) {
+           line.connection.timeout =
+               std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));
+         },
+         "How long the agent may be silent; default 30")
+      ->type_name("SECONDS")
+      ->check(CLI::Range(0.001, 1e6).description(""));
+}
+
+int Run(int argc, char** argv) {
+  CommandLine line;
+  CLI::App app("Talks to the synchronisation agent of a handheld.", "corvane-desktop");
+  app.set_version_flag("--version", "corvane-desktop " CORVANE_VERSION);
+  // Not required: CLI11 would ask for one before it names a word that it does not know.
+  app.require_subcommand(0, 1);
+  app.fallthrough();
+  app.footer("Exit status: 0 all done, 1 failed, 2 wrong usage, 3 partly done.");
+  AddConnection(app, line);
+  AddPull(app, line);
+  AddPush(app, line);
+  AddDelete(app, line);
+  AddKeys(app, line);
+  AddTime(app, line);
+  AddDevice(app, line);
+  AddConvert(app, line);
+  AddAgent(app, line);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? kDone : kUsage;
+  }
+  if (!line.run) {
+    std::fprintf(stderr, "A command is required\nRun with --help for more information.\n");
+    return kUsage;
+  }
+  line.connection.interruptFd = CatchInterruptions();
+  const Console console{
+      std::cout,   std::cerr, std::cin, isatty(STDERR_FILENO) == 1, isatty(STDIN_FILENO) == 1,
+      STDIN_FILENO};
+  return line.run(console);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Run(argc, argv);
+  } catch (const std::exception& problem) {
+    std::fprintf(stderr, "corvane-desktop: %s\n", problem.what());
+    return kFailed;
+  }
+}

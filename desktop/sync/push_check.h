@@ -1,0 +1,34 @@
+// Looks at the handheld before a push: are the items that the mapping names still the same ones,
+// and what became of those whose answer never came?
+#pragma once
+
+#include <map>
+#include <span>
+
+#include "desktop/sync/mapping.h"
+#include "desktop/sync/push_records.h"
+#include "desktop/wire/connection.h"
+
+namespace desktop {
+
+// Null when there is none, or when the record names its item itself.
+const MappedItem* FindMapped(const Mapping& mapping, const PushRecord& record);
+
+enum class ItemState {
+  kSame,  // as the mapping remembers it, or already as the record has it
+  kGone,
+  kChanged,  // or another one altogether
+};
+
+// What the handheld has under the OIDs that the mapping gives these records. Connects to nobody
+// when there are none. An item whose state the mapping does not remember counts as the same.
+// Throws Error when the handheld does not tell about each.
+std::map<Oid, ItemState> CheckMapped(const ConnectionOptions& connection, const Mapping& mapping,
+                                     std::span<const PushRecord> records);
+
+// Finds the items that the mapping expects among those of the handheld that it does not know,
+// and takes in their OIDs; what is not found is expected no longer. Connects to nobody when none
+// are expected. Throws Error when the download does not come to its good end: all are expected on.
+void AdoptExpected(const ConnectionOptions& connection, Mapping& mapping);
+
+}  // namespace desktop

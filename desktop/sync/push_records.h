@@ -1,0 +1,41 @@
+// What a person hands in to be sent, file by file.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "common/calendar/zone.h"
+#include "desktop/wire/oid.h"
+#include "desktop/wire/record_kind.h"
+
+namespace desktop {
+
+struct PushRecord {
+  std::string place;  // "FILE:LINE", or the kind's name when it comes from no file
+  std::string title;  // what to call it in a message; empty for none
+  std::string kind;   // its name
+  std::string uid;
+  std::string content;  // the mapping's stand-in for a UID; empty when there is one, or an own OID
+  std::string hash;
+  std::string state;
+  std::string xml;                  // with an "Oid" only when ownOid has it
+  std::optional<Oid> ownOid;        // the file itself says which item it is
+  std::vector<std::string> losses;  // what sending it loses, a line each
+  bool deletes = false;
+};
+
+// Contacts of a vCard file, appointments and tasks of an iCalendar file, or the records of an XML
+// document that the agent takes in. Which of them it is, the extension says (.vcf, .vcard, .ics,
+// .xml), otherwise the content. The zone is the handheld's. What was read but cannot be sent goes
+// to notices as FILE:LINE: text. Throws Error when the file cannot be read, is malformed, or is no
+// vCard or iCalendar file though it should be.
+std::vector<PushRecord> ReadPushFile(const std::filesystem::path& path, const calendar::Zone& zone,
+                                     std::ostream& notices);
+
+// Asks for the deletion of an item.
+PushRecord DeletionOf(RecordKind kind, Oid oid);
+
+}  // namespace desktop

@@ -1,0 +1,72 @@
+#include "desktop/sync/wire_hash.h"
+
+#include <utility>
+
+#include "common/formats/json/identity.h"
+#include "common/text/text.h"
+#include "desktop/records/appointment_xml.h"
+#include "desktop/records/contact_xml.h"
+#include "desktop/records/task_xml.h"
+#include "desktop/sync/normal_form.h"
+#include "desktop/wire/record_kind.h"
+
+namespace desktop {
+namespace {
+
+using calendar::Zone;
+
+std::string Normal(std::string text) {
+  constexpr std::string_view kBlanks = " \t\n";
+  text = formats::NormalizeLineBreaks(std::move(text));
+  const std::size_t first = text.find_first_not_of(kBlanks);
+  if (first == std::string::npos) return {};
+  return text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
+}
+
+void NormalizeTexts(XmlElement& element) {
+  element.text = Normal(std::move(element.text));
+  for (XmlElement& child : element.children) NormalizeTexts(child);
+}
+
+const Zone& Utc() {
+  static const Zone utc = *Zone::Find("UTC");
+  return utc;
+}
+
+}  // namespace
+
+std::string WireHash(const formats::Contact& contact) {
+  return formats::ContentHash(ContactToXml(formats::WithFileAs(contact)));
+}
+
+std::string WireHash(const formats::Appointment& appointment, const Zone& zone) {
+  return formats::ContentHash(AppointmentToXml(Normalized(appointment), zone));
+}
+
+std::string WireHash(const formats::Task& task) {
+  return formats::ContentHash(TaskToXml(Normalized(task)));
+}
+
+std::string StateHash(const formats::Contact& contact) {
+  using formats::ContactField;
+  formats::Contact state = contact;
+  for (const ContactField field : {ContactField::kYomiCompanyName, ContactField::kYomiFirstName,
+                                   ContactField::kYomiLastName}) {
+    state[field].clear();
+  }
+  for (std::string& text : state.fields) text = Normal(std::move(text));
+  for (std::string& category : state.categories) category = Normal(std::move(category));
+  return WireHash(state);
+}
+
+std::string StateHash(const XmlElement& record) {
+  const std::string_view kind = KindOfElement(record.name);
+  if (kind == kContactKind) return StateHash(ContactFromXml(record));
+  XmlElement state = record;
+  NormalizeTexts(state);
+  return formats::ContentHash(kind == kAppointmentKind
+                                  ? AppointmentToXml(AppointmentFromXml(state, Utc()), Utc())
+                                  : TaskToXml(TaskFromXml(state, Utc())));
+}
+
+}  // namespace desktop

@@ -1,0 +1,110 @@
+#include "desktop/wire/device_requests.h"
+
+#include <fmt/format.h>
+
+#include "desktop/wire/error.h"
+#include "desktop/wire/request.h"
+#include "desktop/wire/status_text.h"
+#include "desktop/wire/utf16.h"
+#include "desktop/wire/words.h"
+
+namespace desktop {
+namespace {
+
+constexpr std::int32_t kNoSuchCard = 1;
+constexpr std::int32_t kPathNotFound = 3;
+constexpr std::int32_t kInvalidName = 123;
+constexpr std::size_t kVersionBytes = 52;
+constexpr std::size_t kVersionText = 12;
+constexpr std::size_t kRoomBytes = 24;
+
+[[noreturn]] void ThrowNonsense(std::string_view function, std::size_t count) {
+  throw Error(fmt::format("the answer to {} makes no sense: {} bytes", function, count));
+}
+
+// An output of as many bytes.
+std::string OutputOf(const Reply& reply, std::string_view function, std::size_t count) {
+  if (reply.status != 0) {
+    throw Error(
+        fmt::format("the handheld does not answer {}: {}", function, StatusText(reply.status)));
+  }
+  // So it answers what it does not know.
+  if (reply.output.empty()) {
+    throw Error(fmt::format("the agent does not know the request {}", function));
+  }
+  if (reply.output.size() != count) ThrowNonsense(function, reply.output.size());
+  return reply.output;
+}
+
+std::string Ask(const ConnectionOptions& connection, std::string_view function, std::size_t count) {
+  return OutputOf(Invoke(connection, function, {}), function, count);
+}
+
+std::uint64_t LongAt(std::string_view bytes, std::size_t offset) {
+  return std::uint64_t{WordAt(bytes, offset + 4)} << 32 | WordAt(bytes, offset);
+}
+
+Room RoomFrom(const std::string& block) {
+  return {LongAt(block, 8), LongAt(block, 16)};
+}
+
+// False when there is no such card any more.
+bool AskCard(const ConnectionOptions& connection, Card& card) {
+  std::string input;
+  PutWord(input, card.number);
+  const Reply directory = Invoke(connection, kGetCardDirectory, input);
+  if (directory.status == kNoSuchCard) return false;
+  const std::size_t count = directory.output.size();
+  const std::string path = OutputOf(directory, kGetCardDirectory, count);
+  if (count < 2 || count % 2 != 0) ThrowNonsense(kGetCardDirectory, count);
+  card.directory = FromUtf16Le(std::string_view(path).substr(0, count - 2));
+
+  const Reply room = Invoke(connection, kGetCardSpace, input);
+  if (room.status == kNoSuchCard) return false;
+  card.room = RoomFrom(OutputOf(room, kGetCardSpace, kRoomBytes));
+  return true;
+}
+
+}  // namespace
+
+AgentVersion AskVersion(const ConnectionOptions& connection) {
+  const std::string block = Ask(connection, kGetVersion, kVersionBytes);
+  const std::string text = block.substr(kVersionText);
+  return {WordAt(block, 4), WordAt(block, 8), text.substr(0, text.find('\0'))};
+}
+
+std::uint32_t AskLanguage(const ConnectionOptions& connection) {
+  return WordAt(Ask(connection, kGetLanguage, 4), 0);
+}
+
+bool AskHasInk(const ConnectionOptions& connection) {
+  return WordAt(Ask(connection, kHasRichInk, 4), 0) != 0;
+}
+
+Room AskTotalRoom(const ConnectionOptions& connection) {
+  return RoomFrom(Ask(connection, kGetTotalSpace, kRoomBytes));
+}
+
+Room AskRoomAt(const ConnectionOptions& connection, std::string_view directory) {
+  const Reply reply = Invoke(connection, kGetDiskSpace, DevicePathBytes(directory));
+  if (reply.status == kPathNotFound) {
+    throw Error(fmt::format("there is no directory {} on the handheld", directory));
+  }
+  if (reply.status == kInvalidName) {
+    throw Error(fmt::format("{} is no path of the handheld", directory));
+  }
+  return RoomFrom(OutputOf(reply, kGetDiskSpace, kRoomBytes));
+}
+
+// The handheld counts its cards afresh at every request, so that one that comes or goes meanwhile
+// moves those behind it.
+std::vector<Card> AskCards(const ConnectionOptions& connection) {
+  const std::uint32_t count = WordAt(Ask(connection, kGetVolumeCount, 4), 0);
+  std::vector<Card> cards;
+  for (Card card; card.number < count && AskCard(connection, card); ++card.number) {
+    cards.push_back(card);
+  }
+  return cards;
+}
+
+}  // namespace desktop

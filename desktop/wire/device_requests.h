@@ -1,0 +1,53 @@
+// What a handheld tells about itself: one request each. All throw Error when it does not answer, or
+// the answer makes no sense.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "desktop/wire/connection.h"
+
+namespace desktop {
+
+inline constexpr std::string_view kGetVersion = "GetDLLVersion";
+inline constexpr std::string_view kGetLanguage = "CVCeGetSystemDefaultLangID";
+inline constexpr std::string_view kHasRichInk = "CVCeHasRichInk";
+inline constexpr std::string_view kGetTotalSpace = "GetTotalSpace";
+inline constexpr std::string_view kGetVolumeCount = "GetVolumeCount";
+inline constexpr std::string_view kGetCardSpace = "GetCardSpace";
+inline constexpr std::string_view kGetCardDirectory = "GetCardDirectory";
+inline constexpr std::string_view kGetDiskSpace = "CVCeGetDiskFreeSpaceEx";
+
+struct AgentVersion {
+  std::uint32_t majorNumber = 0;
+  std::uint32_t minorNumber = 0;
+  std::string built;  // when, as the agent words it
+};
+AgentVersion AskVersion(const ConnectionOptions& connection);
+
+std::uint32_t AskLanguage(const ConnectionOptions& connection);
+
+// Whether notes can be converted.
+bool AskHasInk(const ConnectionOptions& connection);
+
+// In bytes.
+struct Room {
+  std::uint64_t total = 0;
+  std::uint64_t free = 0;
+};
+// On all storage cards together.
+Room AskTotalRoom(const ConnectionOptions& connection);
+// On the volume of a directory of the handheld, UTF-8.
+Room AskRoomAt(const ConnectionOptions& connection, std::string_view directory);
+
+struct Card {
+  std::uint32_t number = 0;
+  std::string directory;  // UTF-8
+  Room room;              // zeros for a card that could not be asked
+};
+// Those that are taken out meanwhile are left out.
+std::vector<Card> AskCards(const ConnectionOptions& connection);
+
+}  // namespace desktop

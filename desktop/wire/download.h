@@ -1,0 +1,32 @@
+// Streamed downloads: documents until a zero count, then the final status.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string>
+
+#include "desktop/wire/connection.h"
+#include "desktop/wire/oid.h"
+#include "desktop/wire/phone_records.h"
+#include "desktop/wire/record_kind.h"
+
+namespace desktop {
+
+// Called with each complete document, in order. What it throws ends the download.
+using DocumentHandler = std::function<void(const std::string& document)>;
+
+// All give the trailer's status. Throw Error when the download does not come to its trailer; the
+// documents handed out until then are complete.
+std::int32_t DownloadAll(const ConnectionOptions& options, RecordKind kind,
+                         const DocumentHandler& onDocument);
+std::int32_t DownloadAll(const ConnectionOptions& options, PhoneKind kind,
+                         const DocumentHandler& onDocument);
+// At most OidsPerRequest() identifiers.
+std::int32_t DownloadSpecific(const ConnectionOptions& options, RecordKind kind,
+                              std::span<const Oid> oids, const DocumentHandler& onDocument);
+
+std::size_t OidsPerRequest();
+
+}  // namespace desktop

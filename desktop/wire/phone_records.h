@@ -1,0 +1,43 @@
+// Text messages and calls as the wire has them.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "common/formats/items/call.h"
+#include "common/formats/items/message.h"
+#include "desktop/wire/xml_records.h"
+
+namespace desktop {
+
+// The kinds of records that are the telephone's: they come, and are never sent. The wire's numbers.
+enum class PhoneKind : std::uint32_t {
+  kCalls = 4,
+  kMessages = 5,
+};
+
+struct PhoneWords {
+  std::string_view name;  // to people: "text message"
+  std::string_view plural;
+  std::string_view element;  // of a record
+};
+
+const PhoneWords& WordsOf(PhoneKind kind);
+
+// The status of a handheld that lacks what is asked about, and what that means for messages.
+inline constexpr std::int32_t kNotSupported = static_cast<std::int32_t>(0x80004001);
+inline constexpr std::string_view kNoMessageStore =
+    "the handheld has no store of text messages, as one without a telephone";
+
+// What the record says. Elements that it does not know and times that do not exist are left out,
+// and so is the first moment of 1601, which is how a handheld writes that it has no time.
+formats::TextMessage MessageFromXml(const XmlElement& record);
+formats::Call CallFromXml(const XmlElement& record);
+
+// What the handheld has left out of a message, for people; empty for a whole one. Of a multimedia
+// message it tells where it lies and nothing else; of one without an identifier neither sender nor
+// text nor recipients.
+std::string MissingOf(const Record& message);
+
+}  // namespace desktop

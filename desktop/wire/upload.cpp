@@ -1,0 +1,47 @@
+#include "desktop/wire/upload.h"
+
+#include <fmt/format.h>
+
+#include "desktop/wire/error.h"
+#include "desktop/wire/request.h"
+#include "desktop/wire/words.h"
+
+namespace desktop {
+
+std::string DocumentOf(std::span<const std::string> records) {
+  std::string document = R"(<?xml version="1.0" encoding="UTF-8"?><root>)";
+  for (const std::string& record : records) document += record;
+  return document + "</root>";
+}
+
+Upload::Upload(const ConnectionOptions& options) : connection_(options) {
+  BeginStream(connection_, kUpload, {});
+}
+
+void Upload::Send(std::span<const std::string> records,
+                  const std::function<void(const RecordAnswer&)>& onAnswer) {
+  connection_.ThrowIfInterrupted();
+  const std::string document = DocumentOf(records);
+  if (document.size() > kMostBytes) {
+    throw Error(fmt::format("a chunk of {} bytes is too large: lower --chunk", document.size()));
+  }
+  std::string chunk;
+  PutWord(chunk, static_cast<std::uint32_t>(document.size()));
+  chunk += document;
+
+  connection_.HoldInterruption(true);
+  connection_.Send(chunk);
+  for (std::size_t i = 0; i < records.size(); ++i) {
+    const std::string bytes = connection_.Receive(8);
+    onAnswer({WordAt(bytes, 0), static_cast<std::int32_t>(WordAt(bytes, 4))});
+  }
+  connection_.HoldInterruption(false);
+}
+
+void Upload::Finish() {
+  std::string end;
+  PutWord(end, 0);
+  connection_.Send(end);
+}
+
+}  // namespace desktop

@@ -1,0 +1,165 @@
+#include "desktop/wire/xml_records.h"
+
+#include <fmt/format.h>
+#include <libxml/parser.h>
+#include <libxml/tree.h>
+
+#include <cstdlib>
+#include <limits>
+#include <memory>
+
+#include "desktop/wire/error.h"
+#include "desktop/wire/record_kind.h"
+#include "desktop/wire/xml_spans.h"
+
+namespace desktop {
+namespace {
+
+struct XmlDeleter {
+  void operator()(xmlParserCtxt* context) const { xmlFreeParserCtxt(context); }
+  void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
+  void operator()(xmlBuffer* buffer) const { xmlBufferFree(buffer); }
+  void operator()(xmlChar* text) const { xmlFree(text); }
+};
+using DocumentPtr = std::unique_ptr<xmlDoc, XmlDeleter>;
+
+std::string Text(const xmlChar* text) {
+  return text == nullptr ? std::string() : reinterpret_cast<const char*>(text);
+}
+
+const xmlChar* Xml(const char* text) {
+  return reinterpret_cast<const xmlChar*>(text);
+}
+
+// The agent writes the declaration's target in capitals, which XML has as a reserved name.
+std::string WithDeclarationInSmallLetters(std::string_view document) {
+  std::string copy(document);
+  const std::size_t at = document.starts_with("\xEF\xBB\xBF") ? 3 : 0;
+  if (document.substr(at, 5) == "<?XML") copy.replace(at, 5, "<?xml");
+  return copy;
+}
+
+DocumentPtr Parse(const std::string& document) {
+  const std::unique_ptr<xmlParserCtxt, XmlDeleter> context(xmlNewParserCtxt());
+  if (context == nullptr) throw std::bad_alloc();
+  if (document.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
+    throw Error("the document is too large");
+  }
+  constexpr int kOptions =
+      XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_BIG_LINES;
+  DocumentPtr parsed(xmlCtxtReadMemory(context.get(), document.data(),
+                                       static_cast<int>(document.size()), nullptr, nullptr,
+                                       kOptions));
+  if (parsed == nullptr) {
+    const xmlError* error = xmlCtxtGetLastError(context.get());
+    std::string message = error == nullptr ? "it is not XML" : error->message;
+    while (message.ends_with('\n')) message.pop_back();
+    throw Error(fmt::format("line {}: {}", error == nullptr ? 1 : error->line, message));
+  }
+  if (parsed->intSubset != nullptr) throw Error("a document type declaration is not accepted");
+  return parsed;
+}
+
+bool HasAsciisBytes(const xmlDoc& parsed, std::string_view document) {
+  // UTF-16 and UTF-32, with or without a mark, have a zero or a mark's byte up front.
+  const std::string_view head = document.substr(0, 4);
+  if (head.find('\0') != std::string_view::npos || head.starts_with("\xFF\xFE") ||
+      head.starts_with("\xFE\xFF")) {
+    return false;
+  }
+  return parsed.encoding == nullptr || xmlStrcasecmp(parsed.encoding, Xml("UTF-8")) == 0;
+}
+
+// The parser turns the line ends of the document into line feeds, but not those written as "&#13;".
+void UnifyLineEnds(std::string& text) {
+  for (std::size_t at = 0; (at = text.find('\r', at)) != std::string::npos;) {
+    const bool pair = text.compare(at, 2, "\r\n") == 0;
+    text.replace(at, pair ? 2 : 1, "\n");
+  }
+}
+
+// The parser bounds the depth.
+XmlElement Convert(const xmlNode& node) {
+  XmlElement element;
+  element.name = Text(node.name);
+  for (const xmlNode* child = node.children; child != nullptr; child = child->next) {
+    if (child->type == XML_ELEMENT_NODE) {
+      element.children.push_back(Convert(*child));
+    } else if (child->type == XML_TEXT_NODE || child->type == XML_CDATA_SECTION_NODE) {
+      element.text += Text(child->content);
+    }
+  }
+  UnifyLineEnds(element.text);
+  return element;
+}
+
+std::string Attribute(const xmlNode& node, const char* name) {
+  const std::unique_ptr<xmlChar, XmlDeleter> value(xmlGetNoNsProp(&node, Xml(name)));
+  return Text(value.get());
+}
+
+std::string Serialised(xmlDoc& document, xmlNode& node) {
+  const std::unique_ptr<xmlBuffer, XmlDeleter> buffer(xmlBufferCreate());
+  if (buffer == nullptr || xmlNodeDump(buffer.get(), &document, &node, 0, 0) < 0) {
+    throw std::bad_alloc();
+  }
+  return Text(xmlBufferContent(buffer.get()));
+}
+
+Record ReadRecord(xmlDoc& document, xmlNode& node, const std::string_view* span) {
+  Record record;
+  record.element = Convert(node);
+  record.oidText = Attribute(node, "Oid");
+  record.oid = ParseOid(record.oidText);
+  record.deletes = std::strtol(Attribute(node, "Delete").c_str(), nullptr, 10) != 0;
+  record.line = static_cast<std::size_t>(xmlGetLineNo(&node));
+  if (record.oidText == "0") {
+    xmlUnsetProp(&node, Xml("Oid"));
+    record.oidText.clear();
+    span = nullptr;
+  }
+  record.bytes = span == nullptr ? Serialised(document, node) : std::string(*span);
+  return record;
+}
+
+}  // namespace
+
+const XmlElement* XmlElement::Child(std::string_view childName) const {
+  for (const XmlElement& child : children) {
+    if (child.name == childName) return &child;
+  }
+  return nullptr;
+}
+
+std::string_view XmlElement::ChildText(std::string_view childName) const {
+  const XmlElement* child = Child(childName);
+  return child == nullptr ? std::string_view() : std::string_view(child->text);
+}
+
+std::vector<Record> ParseRecords(std::string_view document) {
+  const std::string readable = WithDeclarationInSmallLetters(document);
+  const DocumentPtr parsed = Parse(readable);
+  std::vector<std::string_view> spans;
+  if (HasAsciisBytes(*parsed, document)) spans = ChildSpans(document);
+
+  std::vector<Record> records;
+  const xmlNode* root = xmlDocGetRootElement(parsed.get());
+  for (xmlNode* node = root->children; node != nullptr; node = node->next) {
+    if (node->type != XML_ELEMENT_NODE) continue;
+    const std::size_t index = records.size();
+    records.push_back(ReadRecord(*parsed, *node, index < spans.size() ? &spans[index] : nullptr));
+  }
+  return records;
+}
+
+std::string WithOid(std::string_view record, Oid oid) {
+  const std::size_t nameEnd = record.find_first_of(" \t\r\n/>");
+  return fmt::format("{} Oid=\"{}\"{}", record.substr(0, nameEnd), OidAttribute(oid),
+                     record.substr(nameEnd));
+}
+
+bool IsTakenByAgent(std::string_view elementName) {
+  return !KindOfElement(elementName).empty();
+}
+
+}  // namespace desktop

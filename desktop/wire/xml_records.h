@@ -1,0 +1,47 @@
+// Documents of records: what the agent sends, and what people hand in to be sent.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "desktop/wire/oid.h"
+
+namespace desktop {
+
+struct XmlElement {
+  std::string name;
+  std::string text;  // its own, without that of its children; line ends are line feeds
+  std::vector<XmlElement> children;
+
+  // The first child of that name, or null.
+  [[nodiscard]] const XmlElement* Child(std::string_view childName) const;
+  // The text of the first child of that name, empty when there is none.
+  [[nodiscard]] std::string_view ChildText(std::string_view childName) const;
+};
+
+struct Record {
+  XmlElement element;
+  std::optional<Oid> oid;  // nothing when the attribute is missing or 0
+  std::string oidText;     // the attribute as it stands, for an odd one
+  bool deletes = false;    // the attribute "Delete" is not 0
+  std::size_t line = 0;    // in the document, 1-based
+  // The element as UTF-8. The very bytes of the document, unless that was in another encoding or
+  // the element had an "Oid" of 0, which is left out.
+  std::string bytes;
+};
+
+// The element children of the document's root. The declaration may be written "<?XML".
+// Throws Error with the line when the document is not well-formed or declares a document type;
+// nothing outside the document is ever read.
+std::vector<Record> ParseRecords(std::string_view document);
+
+// The record, which must have no "Oid", with one.
+std::string WithOid(std::string_view record, Oid oid);
+
+// "CONTACT", "Contact2", "CALENDAR" and "TASK": the agent answers these and skips all others.
+bool IsTakenByAgent(std::string_view elementName);
+
+}  // namespace desktop

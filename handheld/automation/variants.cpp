@@ -1,0 +1,80 @@
+#include <cstdlib>
+#include <utility>
+
+#include "handheld/base/fault.h"
+#include "platform/automation.h"
+#include "platform/last_error.h"
+
+namespace ce {
+
+struct SAFEARRAY {
+  DWORD elements;
+
+  BYTE* data() { return reinterpret_cast<BYTE*>(this + 1); }
+};
+
+void VariantInit(VARIANT* variant) {
+  if (variant) *variant = VARIANT{};
+}
+
+HRESULT VariantClear(VARIANT* variant) {
+  if (!variant) return E_INVALIDARG;
+  const VARIANT old = std::exchange(*variant, VARIANT{});
+  switch (old.vt) {
+    case VT_BSTR:
+      SysFreeString(old.bstrVal);
+      break;
+    case VT_UNKNOWN:
+      if (old.punkVal) old.punkVal->Release();
+      break;
+    case VT_ARRAY | VT_UI1:
+      if (old.parray) SafeArrayDestroy(old.parray);
+      break;
+    default:
+      break;
+  }
+  return S_OK;
+}
+
+SAFEARRAY* SafeArrayCreateVector(VARTYPE type, LONG lowerBound, DWORD elements) {
+  if (const DWORD error = host::FaultFor("SafeArrayCreateVector")) {
+    SetLastError(error);
+    return nullptr;
+  }
+  if (type != VT_UI1 || lowerBound != 0) {
+    SetLastError(ERROR_INVALID_PARAMETER);
+    return nullptr;
+  }
+  auto* array = static_cast<SAFEARRAY*>(std::calloc(1, sizeof(SAFEARRAY) + elements));
+  if (array) {
+    array->elements = elements;
+  } else {
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+  }
+  return array;
+}
+
+HRESULT SafeArrayAccessData(SAFEARRAY* array, void** data) {
+  if (!data) return E_POINTER;
+  *data = nullptr;
+  if (const HRESULT fault = host::FaultStatus("SafeArrayAccessData"); Failed(fault)) return fault;
+  if (!array) return E_INVALIDARG;
+  *data = array->data();
+  return S_OK;
+}
+
+HRESULT SafeArrayUnaccessData(SAFEARRAY* array) {
+  if (const HRESULT fault = host::FaultStatus("SafeArrayUnaccessData"); Failed(fault)) return fault;
+  return array ? S_OK : E_INVALIDARG;
+}
+
+HRESULT SafeArrayDestroy(SAFEARRAY* array) {
+  std::free(array);
+  return S_OK;
+}
+
+DWORD SafeArrayGetCount(const SAFEARRAY* array) {
+  return array ? array->elements : 0;
+}
+
+}  // namespace ce

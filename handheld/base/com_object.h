@@ -1,0 +1,73 @@
+// The base of the virtual handheld's COM objects: reference count, identity, IDispatch.
+#pragma once
+
+#include <atomic>
+
+#include "handheld/base/fault.h"
+#include "platform/com.h"
+
+namespace ce::host {
+
+// COM objects of the handheld that are alive in this process. 0 when everything was released.
+LONG LiveComObjects();
+
+namespace detail {
+void CountObject(LONG change);
+}
+
+// Implements IUnknown for the object `Interface`, which also answers to each of `Bases` (the
+// interfaces that it derives from). Starts with one reference; deletes itself with the last.
+// Override ExtraInterface for interfaces beside the chain.
+template <typename Interface, typename... Bases>
+class UnknownObject : public Interface {
+ public:
+  UnknownObject() { detail::CountObject(+1); }
+  UnknownObject(const UnknownObject&) = delete;
+  UnknownObject& operator=(const UnknownObject&) = delete;
+
+  HRESULT QueryInterface(const GUID& iid, void** out) override {
+    if (!out) return E_POINTER;
+    *out = nullptr;
+    if (const HRESULT fault = FaultStatus("QueryInterface"); Failed(fault)) return fault;
+    if (iid == IUnknown::kIid || iid == Interface::kIid || (... || (iid == Bases::kIid))) {
+      *out = static_cast<Interface*>(this);
+    } else {
+      *out = ExtraInterface(iid);
+    }
+    if (!*out) return E_NOINTERFACE;
+    AddRef();
+    return S_OK;
+  }
+  DWORD AddRef() override { return ++references_; }
+  DWORD Release() override {
+    const DWORD left = --references_;
+    if (left == 0) delete this;
+    return left;
+  }
+
+ protected:
+  virtual ~UnknownObject() { detail::CountObject(-1); }
+  // The interface pointer, not yet counted; null when the object does not have it.
+  virtual void* ExtraInterface(const GUID&) { return nullptr; }
+  DWORD references() const { return references_; }
+
+ private:
+  std::atomic<DWORD> references_{1};
+};
+
+// The same for an interface that derives from IDispatch.
+template <typename Interface, typename... Bases>
+class ComObject : public UnknownObject<Interface, Bases..., IDispatch> {
+ public:
+  HRESULT GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+  HRESULT GetTypeInfo(UINT, DWORD, IUnknown**) override { return E_NOTIMPL; }
+  HRESULT GetIDsOfNames(const GUID&, WCHAR**, UINT, DWORD, LONG*) override { return E_NOTIMPL; }
+  HRESULT Invoke(LONG, const GUID&, DWORD, WORD, void*, void*, void*, UINT*) override {
+    return E_NOTIMPL;
+  }
+
+ protected:
+  ~ComObject() override = default;
+};
+
+}  // namespace ce::host

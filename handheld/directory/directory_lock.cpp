@@ -1,0 +1,57 @@
+#include "handheld/directory/directory_lock.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <string>
+
+#include "handheld/base/handheld_error.h"
+
+namespace ce::host {
+namespace {
+
+// "123 corvane\n" as "corvane (process 123)".
+std::string Holder(int file) {
+  char content[128];
+  const ssize_t got = ::pread(file, content, sizeof content, 0);
+  const std::string text(content, got > 0 ? static_cast<std::size_t>(got) : 0);
+  const std::size_t blank = text.find(' ');
+  const std::size_t end = text.find('\n');
+  // Between locking and writing, the file does not say yet.
+  if (blank == std::string::npos || end == std::string::npos || blank > end) {
+    return "another program";
+  }
+  return text.substr(blank + 1, end - blank - 1) + " (process " + text.substr(0, blank) + ")";
+}
+
+}  // namespace
+
+DirectoryLock::DirectoryLock(const std::filesystem::path& directory, std::string_view program) {
+  const std::filesystem::path path = directory / ".lock";
+  file_.reset(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR));
+  if (!file_) throw HandheldError(path.string() + " cannot be opened: " + std::strerror(errno));
+  if (::flock(file_.get(), LOCK_EX | LOCK_NB) != 0) {
+    const int error = errno;
+    if (error == EWOULDBLOCK) {
+      throw HandheldError(directory.string() + " is in use by " + Holder(file_.get()));
+    }
+    throw HandheldError(path.string() + " cannot be locked: " + std::strerror(error));
+  }
+  const std::string holder =
+      std::to_string(::getpid()) + ' ' + std::string(program.substr(0, 64)) + '\n';
+  if (::ftruncate(file_.get(), 0) != 0 ||
+      ::pwrite(file_.get(), holder.data(), holder.size(), 0) < 0) {
+    throw HandheldError(path.string() + " cannot be written: " + std::strerror(errno));
+  }
+}
+
+DirectoryLock::~DirectoryLock() {
+  // The lock goes with the descriptor; a stale name would mislead nobody, but looks like a holder.
+  [[maybe_unused]] const int ignored = ::ftruncate(file_.get(), 0);
+}
+
+}  // namespace ce::host

@@ -1,0 +1,92 @@
+// The virtual handheld: a directory that holds what a device would hold.
+//
+//   registry.reg   settings           store.db   Pocket Outlook and messages
+//   files/         the file system    .lock      who uses the directory now
+//
+// The platform calls of ce:: act on the process's current handheld.
+#pragma once
+
+#include <atomic>
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "handheld/base/handheld_error.h"
+#include "handheld/base/settings.h"
+#include "platform/clock.h"
+#include "platform/types.h"
+
+namespace ce::host {
+
+class Clock;
+class DirectoryLock;
+class Registry;
+
+// What a new handheld is made with.
+struct HandheldSettings {
+  LANGID language = 0x0409;
+  DWORD osMajor = 5;
+  DWORD osMinor = 2;
+  std::string zone = "UTC";  // a name of the system's zone database
+  DWORD firstOid = 1;
+};
+
+class Handheld {
+ public:
+  static constexpr DWORD kFormatVersion = 1;
+  // A block of memory may have this many bytes unless the settings say otherwise.
+  static constexpr DWORD kDefaultMaxBlock = 256u << 20;
+
+  // Makes a handheld in `directory`, which must not exist or be empty. Throws HandheldError.
+  static void Create(const std::filesystem::path& directory, const HandheldSettings& settings);
+
+  // Opens and locks a handheld. `program` is named to whoever finds it locked. An older format is
+  // migrated, a newer one refused. Throws HandheldError.
+  static std::unique_ptr<Handheld> Open(const std::filesystem::path& directory,
+                                        std::string_view program);
+  ~Handheld();
+  Handheld(const Handheld&) = delete;
+  Handheld& operator=(const Handheld&) = delete;
+
+  // The handheld that the platform calls act on; null outside a session. Not owned.
+  static Handheld* Current();
+  static void MakeCurrent(Handheld* handheld);
+
+  const std::filesystem::path& directory() const { return directory_; }
+  std::filesystem::path filesRoot() const { return directory_ / "files"; }
+  std::filesystem::path storePath() const { return directory_ / "store.db"; }
+  Registry& registry() { return *registry_; }
+  Clock& clock() { return *clock_; }
+
+  // The handheld's own settings; the fallback when the value is missing or of another type.
+  // Thread-safe. Set is durable on return and throws HandheldError when it cannot be.
+  DWORD Number(const char16_t* name, DWORD fallback) const;
+  std::u16string Text(const char16_t* name, std::u16string_view fallback) const;
+  void Set(const char16_t* name, DWORD value);
+  void Set(const char16_t* name, std::u16string_view value);
+
+  // Number of setting::kMaxBlock, at the cost of a load.
+  DWORD MaxBlock() const { return maxBlock_; }
+
+  // The rules of the handheld's zone; nothing when the system's zone database lacks it.
+  std::optional<TIME_ZONE_INFORMATION> ZoneRules() const;
+
+ private:
+  Handheld(const std::filesystem::path& directory, std::unique_ptr<DirectoryLock> lock);
+
+  const std::filesystem::path directory_;
+  const std::unique_ptr<DirectoryLock> lock_;
+  const std::shared_ptr<Registry> registry_;
+  const std::unique_ptr<Clock> clock_;
+  std::atomic<DWORD> maxBlock_;
+
+  // The zone that was read last: its database file is read again when the setting changes.
+  mutable std::mutex zoneLock_;
+  mutable std::string zoneName_;
+  mutable std::optional<TIME_ZONE_INFORMATION> zone_;
+};
+
+}  // namespace ce::host

@@ -1,0 +1,162 @@
+#include "handheld/dom/document.h"
+
+#include <new>
+#include <string>
+
+#include "handheld/automation/com_classes.h"
+#include "handheld/dom/attribute.h"
+#include "handheld/dom/element.h"
+#include "handheld/dom/guarded.h"
+#include "handheld/dom/instruction.h"
+#include "handheld/dom/loader.h"
+#include "handheld/dom/serializer.h"
+#include "handheld/dom/text.h"
+#include "handheld/dom/utf.h"
+
+namespace ce::host {
+namespace dom {
+namespace {
+
+using methods::HandOutNew;
+using methods::View;
+
+// Safe for scripts' callers (1) and for untrusted data (2).
+constexpr DWORD kSafetyOptions = 3;
+
+}  // namespace
+
+void* Document::ExtraInterface(const GUID& iid) {
+  if (iid == IObjectSafety::kIid) return static_cast<IObjectSafety*>(this);
+  return NodeObject::ExtraInterface(iid);
+}
+
+HRESULT Document::get_documentElement(IXMLDOMElement** element) {
+  if (!element) return E_POINTER;
+  *element = nullptr;
+  return Guarded("IXMLDOMDocument::get_documentElement", [&] {
+    for (Node* node = firstChild(); node; node = node->next()) {
+      if (node->kind() != NodeKind::kElement) continue;
+      *element = static_cast<Element*>(node);
+      (*element)->AddRef();
+      return S_OK;
+    }
+    return S_FALSE;
+  });
+}
+
+HRESULT Document::createElement(BSTR name, IXMLDOMElement** element) {
+  if (!element) return E_POINTER;
+  *element = nullptr;
+  return Guarded("IXMLDOMDocument::createElement", [&] {
+    if (!IsXmlName(View(name))) return E_INVALIDARG;
+    return HandOutNew(new Element(this, std::u16string(View(name))), element);
+  });
+}
+
+HRESULT Document::createTextNode(BSTR data, IXMLDOMText** text) {
+  if (!text) return E_POINTER;
+  *text = nullptr;
+  return Guarded("IXMLDOMDocument::createTextNode", [&] {
+    return HandOutNew(new Text(this, NodeKind::kText, std::u16string(View(data))), text);
+  });
+}
+
+HRESULT Document::createProcessingInstruction(BSTR target, BSTR data,
+                                              IXMLDOMProcessingInstruction** instruction) {
+  if (!instruction) return E_POINTER;
+  *instruction = nullptr;
+  return Guarded("IXMLDOMDocument::createProcessingInstruction", [&] {
+    if (!IsXmlName(View(target))) return E_INVALIDARG;
+    return HandOutNew(
+        new Instruction(this, std::u16string(View(target)), std::u16string(View(data))),
+        instruction);
+  });
+}
+
+HRESULT Document::createAttribute(BSTR name, IXMLDOMAttribute** attribute) {
+  if (!attribute) return E_POINTER;
+  *attribute = nullptr;
+  return Guarded("IXMLDOMDocument::createAttribute", [&] {
+    if (!IsXmlName(View(name))) return E_INVALIDARG;
+    return HandOutNew(new Attribute(this, std::u16string(View(name))), attribute);
+  });
+}
+
+HRESULT Document::load(VARIANT source, VARIANT_BOOL* successful) {
+  if (!successful) return E_POINTER;
+  *successful = VARIANT_FALSE;
+  return Guarded("IXMLDOMDocument::load", [&] {
+    if (source.vt != (VT_ARRAY | VT_UI1) || !source.parray) return E_INVALIDARG;
+    void* data = nullptr;
+    HRESULT status = SafeArrayAccessData(source.parray, &data);
+    if (Failed(status)) return status;
+    DropChildren();
+    status = Load(*this, {static_cast<const BYTE*>(data), SafeArrayGetCount(source.parray)},
+                  preserveWhiteSpace_);
+    const HRESULT unaccess = SafeArrayUnaccessData(source.parray);
+    if (Succeeded(status)) status = unaccess;
+    if (Failed(status)) {
+      DropChildren();
+      return status;
+    }
+    *successful = VARIANT_TRUE;
+    return S_OK;
+  });
+}
+
+HRESULT Document::save(VARIANT target) {
+  return Guarded("IXMLDOMDocument::save", [&] {
+    if (target.vt != VT_UNKNOWN || !target.punkVal) return E_INVALIDARG;
+    ComPtr<IStream> stream;
+    const HRESULT status = target.punkVal->QueryInterface(IStream::kIid, stream.put_void());
+    if (Failed(status)) return status == E_NOINTERFACE ? E_INVALIDARG : status;
+    return Save(*this, stream.get());
+  });
+}
+
+HRESULT Document::put_validateOnParse(VARIANT_BOOL) {
+  return FaultStatus("IXMLDOMDocument::put_validateOnParse");
+}
+
+HRESULT Document::put_resolveExternals(VARIANT_BOOL) {
+  return FaultStatus("IXMLDOMDocument::put_resolveExternals");
+}
+
+HRESULT Document::put_preserveWhiteSpace(VARIANT_BOOL on) {
+  return Guarded("IXMLDOMDocument::put_preserveWhiteSpace", [&] {
+    preserveWhiteSpace_ = on != VARIANT_FALSE;
+    return S_OK;
+  });
+}
+
+HRESULT Document::GetInterfaceSafetyOptions(const GUID&, DWORD* supported, DWORD* enabled) {
+  if (!supported || !enabled) return E_POINTER;
+  *supported = 0;
+  *enabled = 0;
+  return Guarded("IObjectSafety::GetInterfaceSafetyOptions", [&] {
+    *supported = kSafetyOptions;
+    *enabled = safety_;
+    return S_OK;
+  });
+}
+
+HRESULT Document::SetInterfaceSafetyOptions(const GUID&, DWORD mask, DWORD enabled) {
+  return Guarded("IObjectSafety::SetInterfaceSafetyOptions", [&] {
+    if (mask & ~kSafetyOptions) return E_FAIL;
+    safety_ = (safety_ & ~mask) | (enabled & mask);
+    return S_OK;
+  });
+}
+
+}  // namespace dom
+
+HRESULT CreateDomDocument(const GUID& iid, void** out) {
+  *out = nullptr;
+  auto* document = new (std::nothrow) dom::Document();
+  if (!document) return E_OUTOFMEMORY;
+  const HRESULT status = document->QueryInterface(iid, out);
+  document->Release();
+  return status;
+}
+
+}  // namespace ce::host

@@ -1,0 +1,47 @@
+// The document: it makes all nodes, is the root of the tree, loads and saves it.
+#pragma once
+
+#include "handheld/dom/node_object.h"
+
+namespace ce::host::dom {
+
+class Document final : public NodeObject<IXMLDOMDocument>, public IObjectSafety {
+ public:
+  Document() : NodeObject(NodeKind::kDocument, this) {}
+
+  std::u16string_view Name() const override { return u"#document"; }
+
+  // Both interfaces are one object. Nodes that are held from outside count among its references.
+  HRESULT QueryInterface(const GUID& iid, void** out) override {
+    return NodeObject::QueryInterface(iid, out);
+  }
+  DWORD AddRef() override { return ComObject::AddRef(); }
+  DWORD Release() override { return ComObject::Release(); }
+
+  HRESULT get_documentElement(IXMLDOMElement** element) override;
+  HRESULT createElement(BSTR name, IXMLDOMElement** element) override;
+  HRESULT createTextNode(BSTR data, IXMLDOMText** text) override;
+  HRESULT createProcessingInstruction(BSTR target, BSTR data,
+                                      IXMLDOMProcessingInstruction** instruction) override;
+  HRESULT createAttribute(BSTR name, IXMLDOMAttribute** attribute) override;
+  HRESULT load(VARIANT source, VARIANT_BOOL* successful) override;
+  HRESULT save(VARIANT target) override;
+  // There is no validation, and nothing outside a document is ever read: both are accepted only.
+  HRESULT put_validateOnParse(VARIANT_BOOL on) override;
+  HRESULT put_resolveExternals(VARIANT_BOOL on) override;
+  HRESULT put_preserveWhiteSpace(VARIANT_BOOL on) override;
+
+  HRESULT GetInterfaceSafetyOptions(const GUID& iid, DWORD* supported, DWORD* enabled) override;
+  HRESULT SetInterfaceSafetyOptions(const GUID& iid, DWORD mask, DWORD enabled) override;
+
+ protected:
+  void* ExtraInterface(const GUID& iid) override;
+
+ private:
+  ~Document() override = default;
+
+  bool preserveWhiteSpace_ = false;
+  DWORD safety_ = 0;
+};
+
+}  // namespace ce::host::dom

@@ -1,0 +1,123 @@
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <new>
+#include <utility>
+
+#include "handheld/base/fault.h"
+#include "handheld/directory/handheld.h"
+#include "handheld/network/silent_connections.h"
+#include "handheld/network/socket_address.h"
+#include "handheld/network/socket_errors.h"
+#include "handheld/network/socket_table.h"
+#include "handheld/network/socket_watcher.h"
+#include "platform/last_error.h"
+
+namespace ce {
+namespace host {
+namespace {
+
+constexpr DWORD kDefaultPeerTimeout = 600;
+// For what the process always has open, and for the store and files of the requests under way.
+constexpr rlim_t kReservedDescriptors = 24;
+
+// 0, which the host takes for no limit, when the setting is 0.
+::timeval PeerTimeout() {
+  Handheld* handheld = Handheld::Current();
+  const DWORD seconds =
+      handheld ? handheld->Number(setting::kPeerTimeout, kDefaultPeerTimeout) : kDefaultPeerTimeout;
+  ::timeval timeout{};
+  timeout.tv_sec = static_cast<time_t>(seconds);
+  return timeout;
+}
+
+// None of these options is worth refusing a connection for.
+void Prepare(int fd) {
+  const int on = 1;
+  const ::timeval timeout = PeerTimeout();
+  ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
+  ::setsockopt(fd, SOL_SOCKET, SO_KEEPALIVE, &on, sizeof(on));
+  ::setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof(timeout));
+  ::setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof(timeout));
+}
+
+bool WantOfDescriptors(int error) {
+  return error == EMFILE || error == ENFILE;
+}
+
+bool DescriptorsAreShort() {
+  ::rlimit limit{};
+  if (::getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY) return false;
+  const rlim_t reserve = std::min(kReservedDescriptors, limit.rlim_cur / 2);
+  return OpenSocketCount() >= limit.rlim_cur - reserve;
+}
+
+// Ends a connection that has no request under way; false when there is none.
+bool MakeRoom() {
+  return CloseOldestAbandonedSocket() || EndOldestSilentConnection();
+}
+
+// The descriptor, or -1 and errno. A connection that comes when descriptors are short costs another
+// one its place, so that some are left for more than sockets.
+int AcceptDescriptor(int listener, ::sockaddr_storage* peer) {
+  for (;;) {
+    socklen_t length = sizeof(*peer);
+    const int fd = ::accept4(listener, reinterpret_cast<sockaddr*>(peer), &length, SOCK_CLOEXEC);
+    if (fd >= 0) {
+      if (DescriptorsAreShort()) MakeRoom();
+      return fd;
+    }
+    const int error = errno;
+    if (error == EINTR || (WantOfDescriptors(error) && MakeRoom())) continue;
+    errno = error;
+    return -1;
+  }
+}
+
+SOCKET Accept(SOCKET listener, sockaddr_in* address, DWORD* error) {
+  const SocketPtr socket = Sockets().Find(listener);
+  *error = WSAENOTSOCK;
+  if (!socket) return INVALID_SOCKET;
+  *error = kWsaInvalid;
+  if (socket->state != SocketState::kListening) return INVALID_SOCKET;
+  ::sockaddr_storage peer{};
+  UniqueFd fd(AcceptDescriptor(socket->fd.get(), &peer));
+  *error = SocketErrorFromErrno(errno);
+  if (!fd) return INVALID_SOCKET;
+  Prepare(fd.get());
+  if (address) *address = DeviceAddress(peer);
+  *error = kWsaNoBuffers;
+  auto connection = std::make_shared<Socket>(std::move(fd), SocketState::kConnected);
+  connection->silence.Begin(connection->fd.get());
+  return Sockets().Add(std::move(connection));
+}
+
+}  // namespace
+}  // namespace host
+
+SOCKET accept(SOCKET socket, sockaddr_in* address, INT* length) {
+  DWORD error = host::FaultFor("accept");
+  SOCKET accepted = INVALID_SOCKET;
+  if (error == 0 && address && (!length || *length < static_cast<INT>(sizeof(*address)))) {
+    error = host::kWsaFault;
+  }
+  if (error == 0) {
+    try {
+      accepted = host::Accept(socket, address, &error);
+    } catch (const std::bad_alloc&) {  // `error` says so
+    }
+  }
+  if (accepted == INVALID_SOCKET) {
+    host::PauseAfterFailure();
+    SetLastError(error);
+  } else if (length) {
+    *length = sizeof(sockaddr_in);
+  }
+  return accepted;
+}
+
+}  // namespace ce

@@ -1,0 +1,158 @@
+#include "handheld/network/listener.h"
+
+#include <arpa/inet.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <string>
+#include <system_error>
+#include <utility>
+
+#include "handheld/base/fault.h"
+#include "handheld/network/handed_over_listener.h"
+#include "handheld/network/listen_options.h"
+#include "handheld/network/socket_address.h"
+#include "handheld/network/socket_errors.h"
+#include "handheld/network/socket_table.h"
+
+namespace ce::host {
+namespace {
+
+constexpr WORD kAgentPort = HostToNetworkShort(2005);
+
+struct Failure {
+  DWORD code;
+  std::string reason;
+};
+
+Failure FromErrno(int error) {
+  return {SocketErrorFromErrno(error), std::generic_category().message(error)};
+}
+
+Failure FromFault(DWORD code) {
+  return {code, "error " + std::to_string(code)};
+}
+
+bool IsAgentPort(const sockaddr_in* address) {
+  return address && address->sin_port == kAgentPort;
+}
+
+// Where the host's user wants the agent that asks for this address; throws Failure.
+::sockaddr_in HostAddress(const sockaddr_in& asked, const ListenOptions& options) {
+  ::sockaddr_in address{};
+  address.sin_family = PF_INET;
+  address.sin_port = asked.sin_port;
+  address.sin_addr.s_addr = asked.sin_addr.s_addr;
+  if (asked.sin_port != kAgentPort) return address;
+  address.sin_port = htons(options.port);
+  if (asked.sin_addr.s_addr == 0 &&
+      ::inet_pton(PF_INET, options.address.c_str(), &address.sin_addr) != 1) {
+    throw Failure{WSAEADDRNOTAVAIL, "not an IPv4 address"};
+  }
+  return address;
+}
+
+std::string WantedAddress(const sockaddr_in& asked, const ListenOptions& options) {
+  const std::string port = std::to_string(options.port);
+  if (asked.sin_addr.s_addr == 0) return options.address + ":" + port;
+  return AddressText(HostAddress(asked, options));
+}
+
+void TellFailure(const std::string& where, const std::string& reason) {
+  const ListenOptions options = CurrentListenOptions();
+  if (options.onFailure) options.onFailure("cannot listen on " + where + ": " + reason);
+}
+
+// Puts a listener that exists already, kept or handed over, in the place of the fresh socket.
+bool AdoptListener(SOCKET handle) {
+  SocketPtr listener = TakeKeptListener();
+  try {
+    if (!listener) listener = TakeHandedOverListener();
+  } catch (const HandedOverError& error) {
+    throw Failure{WSAENOTSOCK, error.what()};
+  }
+  if (!listener) return false;
+  listener->agentPort = true;
+  Sockets().Replace(handle, std::move(listener));
+  return true;
+}
+
+// Throws Failure.
+void Bind(SOCKET handle, const sockaddr_in& asked, const ListenOptions& options) {
+  const SocketPtr socket = Sockets().Find(handle);
+  if (!socket) throw FromErrno(ENOTSOCK);
+  if (socket->state != SocketState::kNew) throw FromErrno(EINVAL);
+  socket->agentPort = IsAgentPort(&asked);
+  if (socket->agentPort && AdoptListener(handle)) return;
+  const ::sockaddr_in address = HostAddress(asked, options);
+  const int fd = socket->fd.get();
+  const int on = 1;
+  if (::setsockopt(fd, SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on)) != 0 ||
+      ::bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
+    throw FromErrno(errno);
+  }
+  socket->state = SocketState::kBound;
+}
+
+INT BindOrTell(SOCKET handle, const sockaddr_in& asked, DWORD fault) {
+  const ListenOptions options = CurrentListenOptions();
+  try {
+    if (fault != 0) throw FromFault(fault);
+    Bind(handle, asked, options);
+    return 0;
+  } catch (const Failure& failure) {
+    if (IsAgentPort(&asked)) TellFailure(WantedAddress(asked, options), failure.reason);
+    return FailSocketCall(failure.code);
+  }
+}
+
+// Where a device refuses the connections beyond its backlog, this host leaves them to try again a
+// second later. Nobody is served in another order for a longer queue.
+int QueueOf(INT backlog) {
+  return std::max<int>(backlog, SOMAXCONN);
+}
+
+INT ListenOrTell(SOCKET handle, INT backlog, DWORD fault) {
+  const SocketPtr socket = Sockets().Find(handle);
+  if (!socket) return FailSocketCall(fault != 0 ? fault : WSAENOTSOCK);
+  // The host would choose a port for a socket without one and open it to everybody.
+  const bool bound = socket->state == SocketState::kBound;
+  const bool adopted = socket->state == SocketState::kListening;
+  if (fault == 0 && !bound && !adopted) return FailSocketCall(kWsaInvalid);
+  const int fd = socket->fd.get();
+  if (fault != 0 || (bound && ::listen(fd, QueueOf(backlog)) != 0)) {
+    const Failure failure = fault != 0 ? FromFault(fault) : FromErrno(errno);
+    if (socket->agentPort && (bound || adopted)) TellFailure(BoundAddressText(fd), failure.reason);
+    return FailSocketCall(failure.code);
+  }
+  socket->state = SocketState::kListening;
+  if (socket->agentPort && !socket->announced.exchange(true)) {
+    const ListenOptions options = CurrentListenOptions();
+    if (options.onListening) options.onListening(BoundAddressText(fd));
+  }
+  return 0;
+}
+
+}  // namespace
+}  // namespace ce::host
+
+namespace ce {
+
+INT bind(SOCKET socket, const sockaddr_in* address, INT length) try {
+  const DWORD fault = host::FaultFor("bind");
+  if (fault == 0 && (!address || length < static_cast<INT>(sizeof(*address)))) {
+    return host::FailSocketCall(host::kWsaFault);
+  }
+  return address ? host::BindOrTell(socket, *address, fault) : host::FailSocketCall(fault);
+} catch (...) {
+  return host::FailSocketCall(host::kWsaNoBuffers);
+}
+
+INT listen(SOCKET socket, INT backlog) try {
+  return host::ListenOrTell(socket, backlog, host::FaultFor("listen"));
+} catch (...) {
+  return host::FailSocketCall(host::kWsaNoBuffers);
+}
+
+}  // namespace ce

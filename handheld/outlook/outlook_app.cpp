@@ -1,0 +1,119 @@
+#include "handheld/outlook/outlook_app.h"
+
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "handheld/automation/com_classes.h"
+#include "handheld/base/com_object.h"
+#include "handheld/base/guard.h"
+#include "handheld/outlook/item_collection.h"
+#include "platform/com_ptr.h"
+#include "platform/last_error.h"
+
+namespace ce::host {
+namespace {
+
+class OutlookApp final : public ComObject<IHostOutlookApp, IPOutlookApp> {
+ public:
+  HRESULT Logon(LONG) override {
+    const HRESULT status = Guarded("IPOutlookApp::Logon", [&] { return OpenSession(); });
+    // Callers ask the last error why; a status that wraps a system error is that error there.
+    if (Failed(status)) {
+      const auto code = static_cast<DWORD>(status);
+      SetLastError((code & 0xFFFF0000) == 0x80070000 ? code & 0xFFFF : code);
+    }
+    return status;
+  }
+
+  HRESULT Logoff() override {
+    return Guarded("IPOutlookApp::Logoff", [&] {
+      const SessionPtr session = std::exchange(session_, nullptr);
+      return session ? session->Close() : S_FALSE;
+    });
+  }
+
+  HRESULT GetDefaultFolder(INT folder, IFolder** result) override {
+    if (!result) return E_POINTER;
+    *result = nullptr;
+    return Guarded("IPOutlookApp::GetDefaultFolder", [&] {
+      if (!session_) return E_FAIL;
+      const ItemKind* kind = KindOfFolder(folder);
+      if (!kind) return E_INVALIDARG;
+      *result = MakeFolder(session_, *kind);
+      return S_OK;
+    });
+  }
+
+  HRESULT CreateItem(INT itemType, IDispatch** item) override {
+    if (!item) return E_POINTER;
+    *item = nullptr;
+    return Guarded("IPOutlookApp::CreateItem", [&] {
+      if (!session_) return E_FAIL;
+      const ItemKind* kind = KindOfItemType(itemType);
+      if (!kind) return E_INVALIDARG;
+      return kind->make ? kind->make(session_, item) : E_NOTIMPL;
+    });
+  }
+
+  HRESULT GetItemFromOid(LONG oid, IDispatch** item) override {
+    if (!item) return E_POINTER;
+    *item = nullptr;
+    return Guarded("IPOutlookApp::GetItemFromOid", [&] {
+      if (!session_) return E_FAIL;
+      for (const ItemKind& kind : ItemKinds()) {
+        if (!kind.load) continue;
+        const HRESULT status = kind.load(session_, nullptr, static_cast<std::uint32_t>(oid), item);
+        if (status != E_INVALIDARG) return status;
+      }
+      return E_INVALIDARG;
+    });
+  }
+
+  SessionPtr HostSession() override { return session_; }
+
+ private:
+  // Items and collections may outlive the application; what they have pending does not wait.
+  ~OutlookApp() override {
+    if (session_ && session_->store()) static_cast<void>(session_->store()->CommitPending());
+  }
+
+  HRESULT OpenSession() {
+    if (session_) return S_FALSE;
+    Handheld* handheld = Handheld::Current();
+    if (!handheld) return E_FAIL;
+    std::unique_ptr<Store> store;
+    std::string problem;
+    const HRESULT status = Store::Open(*handheld, store, problem);
+    if (Succeeded(status)) {
+      session_ = std::make_shared<Session>(std::move(store), ReadItemLimits(*handheld));
+    }
+    return status;
+  }
+
+  SessionPtr session_;
+};
+
+}  // namespace
+
+HRESULT SessionOf(IPOutlookApp* app, SessionPtr& session) {
+  session.reset();
+  if (!app) return E_POINTER;
+  ComPtr<IHostOutlookApp> host;
+  const HRESULT status = app->QueryInterface(IHostOutlookApp::kIid, host.put_void());
+  if (Failed(status)) return status;
+  session = host->HostSession();
+  return session ? S_OK : E_FAIL;
+}
+
+HRESULT CreateOutlookApp(const GUID& iid, void** out) {
+  if (!out) return E_POINTER;
+  *out = nullptr;
+  return Guarded("CreateOutlookApp", [&] {
+    ComPtr<OutlookApp> app;
+    app.attach(new OutlookApp);
+    return app->QueryInterface(iid, out);
+  });
+}
+
+}  // namespace ce::host

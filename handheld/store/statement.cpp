@@ -1,0 +1,83 @@
+#include <sqlite3.h>
+
+#include "handheld/base/fault.h"
+#include "handheld/store/store.h"
+#include "handheld/store/store_error.h"
+
+namespace ce::host {
+
+Statement::~Statement() {
+  if (!statement_) return;
+  sqlite3_reset(statement_);
+  sqlite3_clear_bindings(statement_);
+}
+
+void Statement::BindInteger(int parameter, std::int64_t value) {
+  Note(sqlite3_bind_int64(statement_, parameter, value));
+}
+
+void Statement::BindReal(int parameter, double value) {
+  Note(sqlite3_bind_double(statement_, parameter, value));
+}
+
+void Statement::BindText(int parameter, std::string_view utf8) {
+  const char* bytes = utf8.data() ? utf8.data() : "";  // a null pointer would bind NULL
+  Note(sqlite3_bind_text64(statement_, parameter, bytes, utf8.size(), SQLITE_STATIC, SQLITE_UTF8));
+}
+
+void Statement::BindBlob(int parameter, const void* bytes, std::size_t count) {
+  Note(sqlite3_bind_blob64(statement_, parameter, bytes, count, SQLITE_STATIC));
+}
+
+void Statement::BindInk(int parameter, const std::vector<BYTE>& ink) {
+  if (ink.empty()) return BindNull(parameter);
+  BindBlob(parameter, ink.data(), ink.size());
+}
+
+void Statement::BindNull(int parameter) {
+  Note(sqlite3_bind_null(statement_, parameter));
+}
+
+void Statement::Note(int result) {
+  if (bindResult_ == SQLITE_OK) bindResult_ = result;
+}
+
+HRESULT Statement::Step(const char* faultPoint, bool& row) {
+  row = false;
+  if (const HRESULT fault = FaultStatus(faultPoint); Failed(fault)) return fault;
+  if (bindResult_ != SQLITE_OK) return StoreStatus(bindResult_);
+  const int result = sqlite3_step(statement_);
+  row = result == SQLITE_ROW;
+  return StoreStatus(result);
+}
+
+HRESULT Statement::Run(const char* faultPoint) {
+  bool row = false;
+  return Step(faultPoint, row);
+}
+
+bool Statement::IsNull(int column) const {
+  return sqlite3_column_type(statement_, column) == SQLITE_NULL;
+}
+
+std::int64_t Statement::Integer(int column) const {
+  return sqlite3_column_int64(statement_, column);
+}
+
+double Statement::Real(int column) const {
+  return sqlite3_column_double(statement_, column);
+}
+
+std::string_view Statement::Text(int column) const {
+  const int bytes = sqlite3_column_bytes(statement_, column);
+  if (bytes == 0) return {};
+  const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement_, column));
+  return text ? std::string_view{text, static_cast<std::size_t>(bytes)} : std::string_view{};
+}
+
+std::pair<const BYTE*, std::size_t> Statement::Blob(int column) const {
+  const auto* bytes = static_cast<const BYTE*>(sqlite3_column_blob(statement_, column));
+  return {bytes, bytes ? static_cast<std::size_t>(sqlite3_column_bytes(statement_, column)) : 0};
+}
+
+}  // namespace ce::host

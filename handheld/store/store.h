@@ -1,0 +1,157 @@
+// The handheld's store: one connection to its database, for one thread.
+//
+// Nothing here throws but std::bad_alloc; failures are the statuses of store_error.h. What a write
+// outside a group answered with success is on the disk.
+//
+// Reading: while a snapshot is held, all reads see the store as it was at the first read of it. A
+// write through the same connection ends the snapshot; later reads see the store as it is.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "handheld/directory/handheld.h"
+#include "platform/types.h"
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace ce::host {
+
+// A prepared statement on loan from its store, reset when it goes. Parameters and columns count as
+// in SQLite: parameters from 1, columns from 0. What is bound or read by view is borrowed: bound
+// bytes must live until the last Step, column views until the next one.
+class Statement {
+ public:
+  Statement() = default;
+  Statement(const Statement&) = delete;
+  Statement& operator=(const Statement&) = delete;
+  ~Statement();
+
+  void BindInteger(int parameter, std::int64_t value);
+  void BindReal(int parameter, double value);
+  void BindText(int parameter, std::string_view utf8);
+  void BindBlob(int parameter, const void* bytes, std::size_t count);
+  // NULL for no bytes.
+  void BindInk(int parameter, const std::vector<BYTE>& ink);
+  void BindNull(int parameter);
+
+  // `row` tells whether there is one; false ends the statement. `faultPoint` names this step for
+  // fault plans. A failed binding is reported here.
+  [[nodiscard]] HRESULT Step(const char* faultPoint, bool& row);
+  // For statements without rows.
+  [[nodiscard]] HRESULT Run(const char* faultPoint);
+
+  bool IsNull(int column) const;
+  std::int64_t Integer(int column) const;
+  double Real(int column) const;
+  std::string_view Text(int column) const;
+  std::pair<const BYTE*, std::size_t> Blob(int column) const;
+
+ private:
+  friend class Store;
+
+  void Note(int result);
+
+  sqlite3_stmt* statement_ = nullptr;
+  int bindResult_ = 0;
+};
+
+// Writes that share a transaction: it is committed when `limit` of them are pending, when another
+// group's or a single write comes, and by CommitPending.
+class WriteGroup {
+ public:
+  explicit WriteGroup(int limit) : limit_(limit) {}
+  WriteGroup(const WriteGroup&) = delete;
+  WriteGroup& operator=(const WriteGroup&) = delete;
+  virtual ~WriteGroup() = default;
+
+ private:
+  friend class Store;
+  virtual void Committed() {}
+  // Nothing of what was pending has been stored.
+  virtual void RolledBack() {}
+
+  const int limit_;
+  int pending_ = 0;
+};
+
+class Store {
+ public:
+  // Opens the handheld's store, making it or bringing it up to date first. On failure `problem`
+  // says what is wrong, worded for the handheld's owner.
+  [[nodiscard]] static HRESULT Open(Handheld& handheld, std::unique_ptr<Store>& store,
+                                    std::string& problem);
+  // As Open, but leaves the file as it is: a store that does not exist or has another format is a
+  // failure.
+  [[nodiscard]] static HRESULT OpenExisting(const Handheld& handheld, std::unique_ptr<Store>& store,
+                                            std::string& problem);
+  // False as well for a file without content, which is what is left when making it fails early.
+  static bool Exists(const Handheld& handheld);
+  // Commits what is pending.
+  ~Store();
+  Store(const Store&) = delete;
+  Store& operator=(const Store&) = delete;
+
+  // `sql` must live as long as the store and is known by its address. One loan of it at a time.
+  [[nodiscard]] HRESULT Prepare(const char* sql, Statement& statement);
+  // Rows that the last write changed.
+  int Changes() const;
+
+  // Snapshots nest: the outermost counts.
+  [[nodiscard]] HRESULT BeginSnapshot();
+  void EndSnapshot();
+
+  // Runs `work` in a transaction. Without a group it is committed on return, or undone when `work`
+  // or the commit fails. With a group it joins the group's transaction; a failure of the commit
+  // that it sets off is its own.
+  template <typename Work>
+  [[nodiscard]] HRESULT Write(WriteGroup* group, Work&& work) {
+    if (bulk_) group = bulk_;
+    if (const HRESULT status = BeginWrite(group); Failed(status)) return status;
+    try {
+      return EndWrite(group, std::forward<Work>(work)());
+    } catch (...) {
+      static_cast<void>(EndWrite(group, E_OUTOFMEMORY));
+      throw;
+    }
+  }
+  // Commits what is pending in the open group.
+  [[nodiscard]] HRESULT CommitPending();
+  // Undoes it instead.
+  void AbandonPending();
+  bool IsOpen(const WriteGroup& group) const { return group_ == &group; }
+  // While set, every write joins this group. Null ends that; commit what is pending before.
+  void SetBulk(WriteGroup* group) { bulk_ = group; }
+  const WriteGroup* bulk() const { return bulk_; }
+
+ private:
+  Store() = default;
+
+  [[nodiscard]] HRESULT Connect(const std::string& path, bool create, std::string& problem);
+  // Ahead of the need, so that a commit cannot fail for want of its statement.
+  [[nodiscard]] HRESULT PrepareTransactions();
+  [[nodiscard]] HRESULT RunSql(const char* sql, const char* faultPoint);
+  [[nodiscard]] HRESULT BeginWrite(WriteGroup* group);
+  [[nodiscard]] HRESULT EndWrite(WriteGroup* group, HRESULT status);
+  void Rollback();
+  bool InTransaction() const;
+
+  struct Cached {
+    const char* sql;
+    sqlite3_stmt* statement;
+  };
+
+  sqlite3* database_ = nullptr;
+  std::vector<Cached> statements_;
+  WriteGroup* group_ = nullptr;  // whose transaction is open
+  WriteGroup* bulk_ = nullptr;
+  int snapshots_ = 0;
+  bool snapshotOpen_ = false;
+};
+
+}  // namespace ce::host

@@ -1,0 +1,124 @@
+#include <sqlite3.h>
+
+#include <mutex>
+#include <system_error>
+
+#include "handheld/base/fault.h"
+#include "handheld/store/store.h"
+#include "handheld/store/store_error.h"
+#include "handheld/store/store_schema.h"
+
+namespace ce::host {
+namespace {
+
+constexpr int kBusyTimeout = 10'000;  // milliseconds
+
+// The cache is bounded, and so is the write-ahead log once its content has moved to the database.
+constexpr char kSettings[] =
+    "PRAGMA synchronous = FULL;"
+    "PRAGMA foreign_keys = ON;"
+    "PRAGMA trusted_schema = OFF;"
+    "PRAGMA cache_size = -4096;"
+    "PRAGMA journal_size_limit = 4194304;";
+
+// Two connections that make the same new store would meet in SQLite's change to the write-ahead
+// log, which does not wait. The handheld's directory belongs to one process.
+std::mutex& OpenLock() {
+  static std::mutex lock;
+  return lock;
+}
+
+HRESULT UseWriteAheadLog(sqlite3* database) {
+  sqlite3_stmt* statement = nullptr;
+  int result = sqlite3_prepare_v2(database, "PRAGMA journal_mode = WAL", -1, &statement, nullptr);
+  if (result == SQLITE_OK) result = sqlite3_step(statement);
+  std::string mode;
+  if (result == SQLITE_ROW) {
+    const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, 0));
+    if (text) mode = text;
+  }
+  sqlite3_finalize(statement);
+  if (const HRESULT status = StoreStatus(result); Failed(status)) return status;
+  return mode == "wal" ? S_OK : kStoreCannotOpen;
+}
+
+HRESULT Worded(HRESULT status, std::string& problem) {
+  if (Failed(status)) problem = StoreStatusText(status);
+  return status;
+}
+
+// Once the handheld knows of its store, a store that has gone missing is not replaced by an empty
+// one, which would give identifiers away again.
+HRESULT RememberStore(Handheld& handheld, std::string& problem) {
+  if (handheld.Number(kStoreCreated, 0) != 0) return S_OK;
+  try {
+    handheld.Set(kStoreCreated, DWORD{1});
+    return S_OK;
+  } catch (const HandheldError& error) {
+    problem = error.what();
+    return kStoreWriteFault;
+  }
+}
+
+}  // namespace
+
+bool Store::Exists(const Handheld& handheld) {
+  std::error_code error;
+  const std::filesystem::path path = handheld.storePath();
+  const auto status = std::filesystem::status(path, error);
+  if (!std::filesystem::is_regular_file(status)) return std::filesystem::exists(status);
+  return std::filesystem::file_size(path, error) != 0;
+}
+
+HRESULT Store::Connect(const std::string& path, bool create, std::string& problem) {
+  if (const HRESULT fault = FaultStatus("sqlite3_open"); Failed(fault)) {
+    return Worded(fault, problem);
+  }
+  const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE |
+                    (create ? SQLITE_OPEN_CREATE : 0);
+  HRESULT status = StoreStatus(sqlite3_open_v2(path.c_str(), &database_, flags, nullptr));
+  if (Failed(status)) return Worded(status, problem);
+  // SQLite falls back to reading when it may not write.
+  if (sqlite3_db_readonly(database_, "main") != 0) return Worded(E_ACCESSDENIED, problem);
+  sqlite3_busy_timeout(database_, kBusyTimeout);
+  sqlite3_db_config(database_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+  if (const HRESULT fault = FaultStatus("sqlite3_exec"); Failed(fault)) {
+    return Worded(fault, problem);
+  }
+  status = StoreStatus(sqlite3_exec(database_, kSettings, nullptr, nullptr, nullptr));
+  if (Succeeded(status)) status = PrepareTransactions();
+  return Worded(status, problem);
+}
+
+HRESULT Store::Open(Handheld& handheld, std::unique_ptr<Store>& store, std::string& problem) {
+  const std::lock_guard guard(OpenLock());
+  store.reset();
+  if (!Exists(handheld) && handheld.Number(kStoreCreated, 0) != 0) {
+    return Worded(kStoreMissing, problem);
+  }
+  std::unique_ptr<Store> opened(new Store);
+  HRESULT status = opened->Connect(handheld.storePath().string(), true, problem);
+  if (Failed(status)) return status;
+  status = BringUpToDate(opened->database_, handheld.Number(setting::kFirstOid, 1), problem);
+  if (Failed(status)) return status;
+  status = Worded(UseWriteAheadLog(opened->database_), problem);
+  if (Failed(status)) return status;
+  status = RememberStore(handheld, problem);
+  if (Failed(status)) return status;
+  store = std::move(opened);
+  return S_OK;
+}
+
+HRESULT Store::OpenExisting(const Handheld& handheld, std::unique_ptr<Store>& store,
+                            std::string& problem) {
+  const std::lock_guard guard(OpenLock());
+  store.reset();
+  if (!Exists(handheld)) return Worded(kStoreMissing, problem);
+  std::unique_ptr<Store> opened(new Store);
+  HRESULT status = opened->Connect(handheld.storePath().string(), false, problem);
+  if (Succeeded(status)) status = CheckFormat(opened->database_, problem);
+  if (Succeeded(status)) store = std::move(opened);
+  return status;
+}
+
+}  // namespace ce::host

@@ -1,0 +1,65 @@
+#include "handheld/tool/clock_commands.h"
+
+#include <fmt/core.h>
+
+#include "common/formats/items/iso_time.h"
+#include "common/text/utf.h"
+#include "handheld/clock/handheld_clock.h"
+#include "handheld/tool/usage_error.h"
+#include "platform/clock.h"
+
+namespace tool {
+namespace {
+
+std::string TimeText(const ce::SYSTEMTIME& time) {
+  return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02}", time.wYear, time.wMonth, time.wDay,
+                     time.wHour, time.wMinute, time.wSecond);
+}
+
+}  // namespace
+
+Outcome ShowClock(Session& session, const Report& report) {
+  ce::SYSTEMTIME utc{};
+  ce::SYSTEMTIME local{};
+  ce::GetSystemTime(&utc);
+  ce::GetLocalTime(&local);
+  const std::u16string zone = session.handheld().Text(ce::host::setting::kZone, u"UTC");
+  fmt::print(report.out, "UTC    {}\nlocal  {}  {}\n", TimeText(utc), TimeText(local),
+             ce::host::ToUtf8Lossy(zone));
+  return Outcome::kDone;
+}
+
+Outcome SetClock(Session& session, const std::string& time, const Report& report) {
+  const auto parsed = formats::ParseIsoTime(time);
+  if (!parsed) {
+    throw UsageError(fmt::format(
+        "\"{}\" is no time; write 2008-02-15T13:45:00Z or 2008-02-15T14:45+01:00", time));
+  }
+  ce::SYSTEMTIME system{};
+  system.wYear = static_cast<ce::WORD>(parsed->date.year);
+  system.wMonth = static_cast<ce::WORD>(parsed->date.month);
+  system.wDay = static_cast<ce::WORD>(parsed->date.day);
+  system.wHour = static_cast<ce::WORD>(parsed->hour);
+  system.wMinute = static_cast<ce::WORD>(parsed->minute);
+  system.wSecond = static_cast<ce::WORD>(parsed->second);
+  ce::LONGLONG ticks = 0;
+  const bool representable = ce::host::TicksFromSystemTime(system, ticks);
+  ticks -= parsed->offsetMinutes.value_or(0) * 60 * ce::host::kTicksPerSecond;
+  const ce::DWORD error = representable && ticks >= 0 ? session.handheld().clock().Set(ticks)
+                                                      : ce::ERROR_INVALID_PARAMETER;
+  if (error != 0) {
+    fmt::print(report.err, "corvane-device: the clock cannot be set to {}: {}\n", time,
+               error == ce::ERROR_INVALID_PARAMETER ? "its years are 1601 to 30827"
+                                                    : fmt::format("error {}", error));
+    return Outcome::kFailed;
+  }
+  return ShowClock(session, report);
+}
+
+Outcome ResetClock(Session& session, const Report& report) {
+  session.handheld().Set(ce::host::setting::kClockOffset, u"0");
+  fmt::print(report.out, "The clock goes with this computer's again.\n");
+  return Outcome::kDone;
+}
+
+}  // namespace tool

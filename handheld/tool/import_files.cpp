@@ -1,0 +1,168 @@
+#include "handheld/tool/import_files.h"
+
+#include <fmt/core.h>
+
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <string>
+#include <utility>
+
+#include "common/formats/backup/sms_backup.h"
+#include "common/formats/icalendar/icalendar.h"
+#include "common/formats/json/message_json.h"
+#include "common/formats/vcard/vcard.h"
+#include "handheld/tool/file_kind.h"
+#include "handheld/tool/message_import.h"
+
+namespace tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+// One for each kind of record, for all files.
+struct Imports {
+  Imports(Session& session, const ImportOptions& options, const Report& report)
+      : items(session, options, report),
+        messages(session, options, report),
+        calls(session, options, report) {}
+  ItemImport items;
+  MessageImport<formats::TextMessage> messages;
+  MessageImport<formats::Call> calls;
+};
+
+void AddNotices(const std::vector<formats::Notice>& notices, const fs::path& file,
+                ItemImport& import, ImportTally& tally) {
+  for (const formats::Notice& notice : notices)
+    import.Notice({file, notice.line}, notice.text, tally);
+}
+
+// These answer how many records the bytes hold.
+std::size_t ImportCards(const fs::path& file, std::string_view bytes, ItemImport& import,
+                        ImportTally& tally) {
+  const formats::VCardFile cards = formats::ReadVCards(bytes);
+  AddNotices(cards.notices, file, import, tally);
+  for (const formats::ParsedContact& parsed : cards.contacts) {
+    AddNotices(parsed.notices, file, import, tally);
+    import.Import({file, parsed.line}, parsed.contact, tally);
+  }
+  return cards.contacts.size();
+}
+
+std::size_t ImportCalendar(const fs::path& file, std::string_view bytes, const calendar::Zone& zone,
+                           ItemImport& import, ImportTally& tally) {
+  const formats::CalendarFile calendar = formats::ReadICalendar(bytes, zone);
+  AddNotices(calendar.notices, file, import, tally);
+  for (const formats::ParsedAppointment& parsed : calendar.appointments)
+    import.Import({file, parsed.line}, parsed.appointment, tally);
+  for (const formats::ParsedTask& parsed : calendar.tasks)
+    import.Import({file, parsed.line}, parsed.task, tally);
+  return calendar.appointments.size() + calendar.tasks.size();
+}
+
+// Backups may be large, with the pictures that were in the messages: they are read piece by piece.
+std::size_t ImportMessages(const fs::path& file, FileKind kind, std::istream& stream,
+                           Imports& imports, ImportTally& tally) {
+  std::size_t records = 0;
+  imports.messages.Begin(file, tally);
+  imports.calls.Begin(file, tally);
+  const formats::ItemSink sink = {[&](const formats::TextMessage& message, std::size_t line) {
+                                    ++records;
+                                    imports.messages.Import(message, line);
+                                  },
+                                  [&](const formats::Call& call, std::size_t line) {
+                                    ++records;
+                                    imports.calls.Import(call, line);
+                                  }};
+  const auto notices = kind == FileKind::kBackup ? formats::ReadBackup(stream, sink)
+                                                 : formats::ReadJsonLines(stream, sink);
+  AddNotices(notices, file, imports.items, tally);
+  imports.messages.Finish();
+  imports.calls.Finish();
+  return records;
+}
+
+std::string ReadBeginning(std::istream& stream) {
+  std::string bytes(kFileKindBytes, '\0');
+  stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  bytes.resize(static_cast<std::size_t>(stream.gcount()));
+  return bytes;
+}
+
+std::string ReadRest(std::istream& stream) {
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+const char* NameOf(FileKind kind) {
+  if (kind == FileKind::kCards) return "contacts";
+  return kind == FileKind::kCalendar ? "appointments or tasks" : "messages or calls";
+}
+
+std::size_t ImportRecords(Session& session, const fs::path& file, FileKind kind,
+                          std::istream& stream, Imports& imports, ImportTally& tally) {
+  if (kind == FileKind::kBackup || kind == FileKind::kJsonLines)
+    return ImportMessages(file, kind, stream, imports, tally);
+  const std::string bytes = ReadRest(stream);
+  return kind == FileKind::kCards
+             ? ImportCards(file, bytes, imports.items, tally)
+             : ImportCalendar(file, bytes, session.Zone(), imports.items, tally);
+}
+
+// False when nothing could be taken from the file.
+bool ImportFile(Session& session, const fs::path& file, const Report& report, Imports& imports,
+                ImportTally& tally) {
+  std::error_code none;
+  std::ifstream stream(file, std::ios::binary);
+  if (!stream || fs::is_directory(file, none)) {
+    fmt::print(report.err, "corvane-device: {} cannot be read\n", file.string());
+    return false;
+  }
+  std::string beginning = ReadBeginning(stream);
+  const FileKind kind = FileKindOf(file, beginning);
+  stream.clear();
+  std::size_t records = 0;
+  if (stream.seekg(0)) {
+    records = ImportRecords(session, file, kind, stream, imports, tally);
+  } else {  // a pipe
+    stream.clear();
+    std::istringstream whole(std::move(beginning) + ReadRest(stream));
+    records = ImportRecords(session, file, kind, whole, imports, tally);
+  }
+  if (records > 0) return true;
+  fmt::print(report.err, "corvane-device: {}: no {} in it\n", file.string(), NameOf(kind));
+  return false;
+}
+
+}  // namespace
+
+Outcome ImportFiles(Session& session, const std::vector<fs::path>& files,
+                    const ImportOptions& options, const Report& report) {
+  Imports imports(session, options, report);
+  std::size_t done = 0;
+  std::size_t failed = 0;
+  for (const fs::path& file : files) {
+    ImportTally tally;
+    try {
+      if (!ImportFile(session, file, report, imports, tally)) {
+        ++failed;
+        continue;
+      }
+      imports.items.Commit();
+    } catch (const StatusError& failure) {
+      fmt::print(report.err,
+                 "corvane-device: {}: {}; some items named above may not be stored: import the "
+                 "file again\n",
+                 file.string(), failure.what());
+      return done > 0 ? Outcome::kPartlyDone : Outcome::kFailed;
+    }
+    fmt::print(report.out, "{}: {}{} added, {} changed, {} unchanged, {} failed; {} notices\n",
+               file.string(), options.dryRun ? "would be " : "", tally.added, tally.changed,
+               tally.unchanged, tally.failed, tally.notices);
+    done += tally.done();
+    failed += tally.failed;
+  }
+  if (failed == 0) return Outcome::kDone;
+  return done > 0 ? Outcome::kPartlyDone : Outcome::kFailed;
+}
+
+}  // namespace tool

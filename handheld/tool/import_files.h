@@ -1,0 +1,19 @@
+// Puts files of other programs on a handheld: vCards, iCalendar, messages and calls.
+#pragma once
+
+#include <filesystem>
+#include <vector>
+
+#include "handheld/tool/item_import.h"
+#include "handheld/tool/report.h"
+#include "handheld/tool/session.h"
+
+namespace tool {
+
+// What a file holds is told by FileKindOf. Prints a line for each contact, appointment and task
+// that was added or changed, and for each file what became of its records; names on the error
+// stream each line of a file that could not be kept, and why.
+Outcome ImportFiles(Session& session, const std::vector<std::filesystem::path>& files,
+                    const ImportOptions& options, const Report& report);
+
+}  // namespace tool

@@ -1,0 +1,333 @@
+// corvane-device: makes, fills, shows and maintains a virtual handheld.
+#include <fmt/core.h>
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "handheld/tool/card_commands.h"
+#include "handheld/tool/clock_commands.h"
+#include "handheld/tool/export_items.h"
+#include "handheld/tool/export_messages.h"
+#include "handheld/tool/handheld_commands.h"
+#include "handheld/tool/import_files.h"
+#include "handheld/tool/note_commands.h"
+#include "handheld/tool/registry_commands.h"
+#include "handheld/tool/remove_items.h"
+#include "handheld/tool/remove_messages.h"
+#include "handheld/tool/session.h"
+#include "handheld/tool/show_items.h"
+#include "handheld/tool/show_messages.h"
+#include "handheld/tool/usage_error.h"
+
+namespace {
+
+using tool::Outcome;
+using tool::Report;
+using tool::Session;
+using tool::UsageError;
+
+constexpr int kExitUsage = 2;
+
+// What the command line asks for; filled in by the options of the chosen command.
+struct Arguments {
+  std::string directory;
+  tool::InitOptions init;
+  std::string key, value;
+  bool json = false;
+  std::string kind;
+  std::vector<std::filesystem::path> files;
+  tool::ImportOptions import;
+  std::optional<std::filesystem::path> output;
+  std::string vcardVersion = "3.0";
+  std::optional<std::string> format;
+  std::vector<std::string> what;  // to remove: identifiers, or a kind and its numbers
+  bool all = false;
+  std::optional<std::string> folder;
+  std::string verb = "show";
+  std::optional<std::string> name, typedValue;
+  std::string time;
+  std::string file, target;
+};
+
+using Command = std::function<Outcome(const Report&)>;
+
+CLI::App* AddCommand(CLI::App& app, const char* name, const char* description, Arguments& a,
+                     Command& chosen, Command run) {
+  CLI::App* command = app.add_subcommand(name, description);
+  command->add_option("DIR", a.directory, "The handheld's directory")->required();
+  command->callback([&chosen, run = std::move(run)] { chosen = run; });
+  return command;
+}
+
+void AddHandheldCommands(CLI::App& app, Arguments& a, Command& chosen) {
+  auto* init = AddCommand(app, "init", "Make a handheld", a, chosen, [&](const Report& report) {
+    return tool::InitHandheld(a.directory, a.init, report);
+  });
+  init->add_option("--language", a.init.language, "Its language (default: this computer's)")
+      ->type_name("TAG");
+  init->add_option("--os-version", a.init.osVersion, "Its system's version (default: 5.2)")
+      ->type_name("MAJOR.MINOR");
+  init->add_option("--zone", a.init.zone, "Its time zone (default: this computer's)")
+      ->type_name("NAME");
+  init->add_option("--first-oid", a.init.firstOid, "Its first object identifier (default: 1)")
+      ->type_name("N");
+
+  auto* set = AddCommand(app, "set", "Change a setting", a, chosen, [&](const Report& report) {
+    Session session(a.directory);
+    return tool::SetSetting(session, a.key, a.value, report);
+  });
+  set->add_option("KEY", a.key, "The setting")->required();
+  set->add_option("VALUE", a.value, "Its new value")->required();
+  std::string keys = "Settings:\n";
+  for (const auto& [key, values] : tool::SettingKeys())
+    keys += fmt::format("  {:<18}{}\n", key, values);
+  set->footer(keys);
+
+  auto* info = AddCommand(app, "info", "Say what it is", a, chosen, [&](const Report& report) {
+    Session session(a.directory);
+    return tool::ShowHandheld(session, a.json, report);
+  });
+  info->add_flag("--json", a.json, "As JSON");
+
+  AddCommand(app, "check", "Look for damage in the store", a, chosen, [&](const Report& report) {
+    Session session(a.directory);
+    return tool::CheckHandheld(session, report);
+  });
+}
+
+void AddKind(CLI::App& command, Arguments& a) {
+  command.add_option("KIND", a.kind, "contacts, calendar, tasks, messages or calls")
+      ->required()
+      ->check(
+          CLI::IsMember({"contacts", "calendar", "appointments", "tasks", "messages", "calls"}));
+}
+
+// Another word for the calendar.
+bool IsCalendar(const std::string& kind) {
+  return kind == "calendar" || kind == "appointments";
+}
+
+bool IsOfTelephone(const std::string& kind) {
+  return kind == "messages" || kind == "calls";
+}
+
+Outcome RunShow(const Arguments& a, const Report& report) {
+  Session session(a.directory);
+  if (IsCalendar(a.kind)) return ShowCalendar(session, a.json, report);
+  if (a.kind == "tasks") return ShowTasks(session, a.json, report);
+  if (a.kind == "messages") return ShowMessages(session, a.json, report);
+  if (a.kind == "calls") return ShowCalls(session, a.json, report);
+  return ShowContacts(session, a.json, report);
+}
+
+Outcome RunExport(const Arguments& a, const Report& report) {
+  using tool::MessageFormat;
+  if (a.format && !IsOfTelephone(a.kind))
+    throw UsageError("--format is of messages and calls only");
+  Session session(a.directory);
+  if (IsCalendar(a.kind)) return ExportCalendar(session, a.output, report);
+  if (a.kind == "tasks") return ExportTasks(session, a.output, report);
+  const auto format = a.format == "json" ? MessageFormat::kJsonLines : MessageFormat::kBackup;
+  if (a.kind == "messages") return ExportMessages(session, a.output, format, report);
+  if (a.kind == "calls") return ExportCalls(session, a.output, format, report);
+  const auto version =
+      a.vcardVersion == "4.0" ? formats::VCardVersion::k40 : formats::VCardVersion::k30;
+  return ExportContacts(session, a.output, version, report);
+}
+
+template <typename Number>
+std::vector<Number> ParseNumbers(std::vector<std::string>::const_iterator word,
+                                 std::vector<std::string>::const_iterator end) {
+  std::vector<Number> numbers;
+  for (; word != end; ++word) {
+    Number number = 0;
+    const char* const last = word->data() + word->size();
+    const auto [stop, error] = std::from_chars(word->data(), last, number);
+    if (error != std::errc() || stop != last)
+      throw UsageError(fmt::format("\"{}\" is no identifier", *word));
+    numbers.push_back(number);
+  }
+  return numbers;
+}
+
+Outcome RunRemove(const Arguments& a, const Report& report) {
+  const std::string& kind = a.what.front();
+  const bool chosen = a.all || a.folder;
+  if (!IsOfTelephone(kind)) {
+    if (chosen) throw UsageError("--all and --folder are of messages and calls only");
+    const auto oids = ParseNumbers<std::uint32_t>(a.what.begin(), a.what.end());
+    Session session(a.directory);
+    return RemoveItems(session, oids, report);
+  }
+  if (a.folder && kind == "calls") throw UsageError("--folder: calls have no folders");
+  const auto ids = ParseNumbers<std::int64_t>(a.what.begin() + 1, a.what.end());
+  if (a.all + a.folder.has_value() + !ids.empty() != 1)
+    throw UsageError("name the " + kind + ", or --all" + (kind == "calls" ? "" : ", or --folder"));
+  Session session(a.directory);
+  if (a.folder) return RemoveMessagesOfFolder(session, *a.folder, report);
+  if (kind == "messages")
+    return a.all ? RemoveAllMessages(session, report) : RemoveMessages(session, ids, report);
+  return a.all ? RemoveAllCalls(session, report) : RemoveCalls(session, ids, report);
+}
+
+void AddImport(CLI::App& app, Arguments& a, Command& chosen) {
+  auto* import = AddCommand(app, "import", "Put vCards, iCalendar files, messages and calls on it",
+                            a, chosen, [&](const Report& report) {
+                              Session session(a.directory);
+                              return tool::ImportFiles(session, a.files, a.import, report);
+                            });
+  import
+      ->add_option("FILE", a.files,
+                   "vCard (2.1, 3.0, 4.0), iCalendar, backups of messages and calls (XML), "
+                   "messages and calls as lines of JSON")
+      ->required();
+  import->add_flag("--dry-run", a.import.dryRun, "Only say what would be done");
+  import->add_flag("--duplicate", a.import.duplicate, "Add what was imported before once more");
+}
+
+void AddExport(CLI::App& app, Arguments& a, Command& chosen) {
+  auto* out = AddCommand(app, "export", "Write vCards, iCalendar, messages or calls of it", a,
+                         chosen, [&](const Report& report) { return RunExport(a, report); });
+  AddKind(*out, a);
+  out->add_option("-o,--output", a.output, "The file (default: standard output)")
+      ->type_name("FILE");
+  out->add_option("--vcard-version", a.vcardVersion, "Of contacts: 3.0 or 4.0")
+      ->check(CLI::IsMember({"3.0", "4.0"}))
+      ->capture_default_str();
+  out->add_option("--format", a.format,
+                  "Of messages and calls: smsbackup (XML) or json (a line each) [smsbackup]")
+      ->check(CLI::IsMember({"smsbackup", "json"}));
+}
+
+void AddItemCommands(CLI::App& app, Arguments& a, Command& chosen) {
+  AddImport(app, a, chosen);
+  auto* show = AddCommand(app, "show", "List what is on it", a, chosen,
+                          [&](const Report& report) { return RunShow(a, report); });
+  AddKind(*show, a);
+  show->add_flag("--json", a.json, "As JSON");
+
+  AddExport(app, a, chosen);
+  auto* remove = AddCommand(app, "remove", "Remove what is on it", a, chosen,
+                            [&](const Report& report) { return RunRemove(a, report); });
+  remove
+      ->add_option("OID", a.what,
+                   "Identifiers of contacts, appointments and tasks; or the word messages or calls "
+                   "and their numbers")
+      ->required();
+  remove->add_flag("--all", a.all, "All messages, or all calls");
+  remove->add_option("--folder", a.folder, "The messages of this folder, such as /Inbox")
+      ->type_name("PATH");
+}
+
+Outcome RunRegistry(const Arguments& a, const Report& report) {
+  Session session(a.directory);
+  if (a.verb == "get") return RegistryGet(session.handheld(), a.key, a.name, report);
+  if (a.verb == "delete") return RegistryDelete(session.handheld(), a.key, a.name, report);
+  return RegistrySet(session.handheld(), a.key, a.name, a.typedValue, report);
+}
+
+Outcome RunClock(const Arguments& a, const Report& report) {
+  Session session(a.directory);
+  if (a.verb == "set") return SetClock(session, a.time, report);
+  if (a.verb == "reset") return ResetClock(session, report);
+  return ShowClock(session, report);
+}
+
+void AddSystemCommands(CLI::App& app, Arguments& a, Command& chosen) {
+  auto* registry = AddCommand(app, "registry", "Look at and change its registry", a, chosen,
+                              [&](const Report& report) { return RunRegistry(a, report); });
+  registry->add_option("VERB", a.verb, "get, set or delete")
+      ->required()
+      ->check(CLI::IsMember({"get", "set", "delete"}));
+  registry->add_option("KEY", a.key, "Such as 'SOFTWARE\\Tenbrook\\Corvane'")->required();
+  registry->add_option("NAME", a.name, "A value of the key");
+  registry->add_option("VALUE", a.typedValue, "sz:TEXT, dword:NUMBER or binary:HEX")
+      ->type_name("TYPE:VALUE");
+
+  auto* clock = AddCommand(app, "clock", "Show or set its clock", a, chosen,
+                           [&](const Report& report) { return RunClock(a, report); });
+  clock->add_option("VERB", a.verb, "set or reset (default: show)")
+      ->check(CLI::IsMember({"show", "set", "reset"}));
+  clock->add_option("TIME", a.time, "For set: 2008-02-15T13:45:00Z; UTC unless it says otherwise");
+  clock->parse_complete_callback([&a] {
+    if ((a.verb == "set") != !a.time.empty())
+      throw CLI::ValidationError("TIME", "goes with set, and set wants it");
+  });
+}
+
+Outcome RunCard(const Arguments& a, const Report& report) {
+  Session session(a.directory);
+  if (a.verb == "add") return AddCard(session, a.key, a.target, report);
+  if (a.verb == "remove") return RemoveCard(session, a.key, report);
+  return ShowCards(session, report);
+}
+
+void AddFileCommands(CLI::App& app, Arguments& a, Command& chosen) {
+  auto* note = AddCommand(app, "note", "Put a note on it", a, chosen, [&](const Report& report) {
+    Session session(a.directory);
+    return tool::AddNote(session, a.file, a.name, report);
+  });
+  note->add_option("VERB", a.verb, "add")->required()->check(CLI::IsMember({"add"}));
+  note->add_option("FILE", a.file, "The note's file")->required();
+  note->add_option("NAME", a.name,
+                   "Its name in \"\\My Documents\", or its path from a separator on (default: the "
+                   "file's name)");
+
+  auto* card = AddCommand(app, "card", "List, add and remove its storage cards", a, chosen,
+                          [&](const Report& report) { return RunCard(a, report); });
+  card->add_option("VERB", a.verb, "list, add or remove")
+      ->required()
+      ->check(CLI::IsMember({"list", "add", "remove"}));
+  card->add_option("NAME", a.key, "For add and remove: the card's name on the handheld");
+  card->add_option("DIRECTORY", a.target, "For add: the directory that is the card");
+  card->parse_complete_callback([&a] {
+    if ((a.verb == "list") != a.key.empty())
+      throw CLI::ValidationError("NAME", "goes with add and remove, and they want it");
+    if ((a.verb == "add") != !a.target.empty())
+      throw CLI::ValidationError("DIRECTORY", "goes with add, and add wants it");
+  });
+}
+
+int ParseAndRun(int argc, char** argv) {
+  Arguments arguments;
+  Command chosen;
+  CLI::App app("Makes, fills, shows and maintains a virtual handheld.", "corvane-device");
+  app.set_version_flag("--version", "corvane-device " CORVANE_VERSION);
+  // Not required: CLI11 would ask for one before it names a word that it does not know.
+  app.require_subcommand(0, 1);
+  app.footer("Exit codes: 0 all done, 1 failed, 2 wrong use, 3 partly done.");
+  AddHandheldCommands(app, arguments, chosen);
+  AddItemCommands(app, arguments, chosen);
+  AddFileCommands(app, arguments, chosen);
+  AddSystemCommands(app, arguments, chosen);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : kExitUsage;
+  }
+  if (!chosen) {
+    fmt::print(stderr, "A command is required\nRun with --help for more information.\n");
+    return kExitUsage;
+  }
+  const Outcome outcome = chosen(Report{});
+  if (std::fflush(stdout) != 0 || std::ferror(stdout))
+    throw std::runtime_error("the standard output cannot be written");
+  return static_cast<int>(outcome);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return ParseAndRun(argc, argv);
+  } catch (const tool::UsageError& error) {
+    std::fprintf(stderr, "corvane-device: %s\n", error.what());
+    return kExitUsage;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "corvane-device: %s\n", error.what());
+    return static_cast<int>(Outcome::kFailed);
+  }
+}

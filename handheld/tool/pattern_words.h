@@ -1,0 +1,14 @@
+// Says in words when something recurs.
+#pragma once
+
+#include <string>
+
+#include "common/calendar/pattern.h"
+
+namespace tool {
+
+// "weekly on Mon, Wed until 2008-06-30", "every 2 months on the last Fri"; "recurring" for a
+// pattern that is not valid.
+std::string PatternWords(const calendar::Pattern& pattern);
+
+}  // namespace tool

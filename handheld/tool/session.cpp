@@ -1,0 +1,69 @@
+#include "handheld/tool/session.h"
+
+#include "common/text/utf.h"
+#include "handheld/store/store_check.h"
+#include "handheld/tool/status_error.h"
+
+namespace tool {
+namespace {
+
+template <typename Box>
+Box& Opened(ce::host::Handheld& handheld, std::unique_ptr<Box>& box) {
+  if (!box) {
+    std::string problem;
+    if (ce::Failed(Box::Open(handheld, box, problem)))
+      throw ce::host::HandheldError(problem.empty() ? "the store cannot be opened" : problem);
+  }
+  return *box;
+}
+
+}  // namespace
+
+Session::Session(const std::filesystem::path& directory)
+    : handheld_(ce::host::Handheld::Open(directory, "corvane-device")) {
+  ce::host::Handheld::MakeCurrent(handheld_.get());
+}
+
+Session::~Session() {
+  if (outlook_) outlook_->Logoff();
+  outlook_.reset();
+  ce::host::Handheld::MakeCurrent(nullptr);
+}
+
+ce::ComPtr<ce::IPOutlookApp> Session::Outlook() {
+  if (outlook_) return outlook_;
+  ce::ComPtr<ce::IPOutlookApp> outlook;
+  Check(ce::CoCreateInstance(ce::CLSID_Application, nullptr, ce::CLSCTX_INPROC_SERVER,
+                             ce::IPOutlookApp::kIid, outlook.put_void()),
+        "Pocket Outlook");
+  if (ce::Failed(outlook->Logon(0))) {
+    const std::string problem = ce::host::DescribeStoreProblem(*handheld_);
+    throw ce::host::HandheldError(problem.empty() ? "the store cannot be opened" : problem);
+  }
+  outlook_ = outlook;
+  return outlook_;
+}
+
+ce::ComPtr<ce::IPOutlookItemCollection> Session::Items(ce::INT folder) {
+  ce::ComPtr<ce::IFolder> opened;
+  ce::ComPtr<ce::IPOutlookItemCollection> items;
+  Check(Outlook()->GetDefaultFolder(folder, opened.put()), "the folder");
+  Check(opened->get_Items(items.put()), "the folder");
+  return items;
+}
+
+ce::host::MessageBox& Session::Messages() {
+  return Opened(*handheld_, messages_);
+}
+
+ce::host::CallBox& Session::Calls() {
+  return Opened(*handheld_, calls_);
+}
+
+calendar::Zone Session::Zone() const {
+  const std::string name = ce::host::ToUtf8Lossy(handheld_->Text(ce::host::setting::kZone, u"UTC"));
+  if (auto zone = calendar::Zone::Find(name)) return *std::move(zone);
+  throw ce::host::HandheldError("the handheld's zone \"" + name + "\" is not in the zone database");
+}
+
+}  // namespace tool

@@ -1,0 +1,43 @@
+// A handheld in use by corvane-device: locked, the process's current one, logged on to.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+
+#include "common/calendar/zone.h"
+#include "handheld/directory/handheld.h"
+#include "handheld/messages/message_box.h"
+#include "handheld/phone/call_box.h"
+#include "platform/com_ptr.h"
+#include "platform/pocket_outlook.h"
+
+namespace tool {
+
+class Session {
+ public:
+  // Throws ce::host::HandheldError.
+  explicit Session(const std::filesystem::path& directory);
+  ~Session();
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  ce::host::Handheld& handheld() { return *handheld_; }
+  // Logs on at the first use. Throws ce::host::HandheldError, which says what is wrong with the
+  // store.
+  ce::ComPtr<ce::IPOutlookApp> Outlook();
+  // Of a default folder (olFolder...). Throws StatusError as well.
+  ce::ComPtr<ce::IPOutlookItemCollection> Items(ce::INT folder);
+  // Opened at the first use. Throw ce::host::HandheldError, as above.
+  ce::host::MessageBox& Messages();
+  ce::host::CallBox& Calls();
+  // Throws ce::host::HandheldError when the zone database lacks the handheld's zone.
+  calendar::Zone Zone() const;
+
+ private:
+  std::unique_ptr<ce::host::Handheld> handheld_;
+  ce::ComPtr<ce::IPOutlookApp> outlook_;
+  std::unique_ptr<ce::host::MessageBox> messages_;
+  std::unique_ptr<ce::host::CallBox> calls_;
+};
+
+}  // namespace tool

@@ -1,0 +1,81 @@
+// What the tests of the small device requests share.
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "agent/log/log.h"
+#include "agent/request_handler.h"
+#include "platform/memory.h"
+#include "tests/support/log_messages.h"
+#include "tests/support/test_handheld.h"
+
+namespace corvane::testing {
+
+// What a request gave.
+struct DeviceOutcome {
+  ce::HRESULT status = 0;
+  ce::DWORD count = 0;
+  bool hasBlock = false;
+  std::string output;     // `count` bytes
+  ce::DWORD address = 0;  // the low word of where the block lay
+};
+
+class DeviceTest : public HandheldTest {
+ protected:
+  void TearDown() override {
+    CloseLog();
+    ResetLogSettings();
+    HandheldTest::TearDown();
+  }
+
+  static DeviceOutcome Run(RequestHandler handler, const std::string& input = {},
+                           CorvaneStream* stream = nullptr) {
+    // Behind a byte, as nothing is aligned on the wire.
+    const std::string placed = "x" + input;
+    DeviceOutcome outcome;
+    ce::BYTE* block = nullptr;
+    outcome.status = handler(static_cast<ce::DWORD>(input.size()),
+                             reinterpret_cast<const ce::BYTE*>(placed.data()) + 1, &outcome.count,
+                             &block, stream);
+    outcome.hasBlock = block != nullptr;
+    outcome.address = static_cast<ce::DWORD>(reinterpret_cast<std::uintptr_t>(block));
+    if (block) outcome.output.assign(reinterpret_cast<const char*>(block), outcome.count);
+    EXPECT_EQ(ce::LocalFree(block), nullptr);
+    return outcome;
+  }
+  // A stream to refuse; nothing is called on it.
+  static CorvaneStream* SomeStream() {
+    static int place;
+    return reinterpret_cast<CorvaneStream*>(&place);
+  }
+  static void ExpectNoOutput(const DeviceOutcome& outcome, ce::HRESULT status) {
+    EXPECT_EQ(outcome.status, status);
+    EXPECT_EQ(outcome.count, 0u);
+    EXPECT_FALSE(outcome.hasBlock);
+  }
+  static std::string WordBytes(ce::DWORD word) {
+    return {static_cast<char>(word), static_cast<char>(word >> 8), static_cast<char>(word >> 16),
+            static_cast<char>(word >> 24)};
+  }
+
+  void SwitchLogOn() {
+    LoadLogSettings();
+    SetLoggingLevel(1);
+  }
+  std::vector<std::string> LogMessages() {
+    CloseLog();
+    return LogMessagesIn(handheld_.FileContent("CorvaneLog.txt"));
+  }
+
+  std::filesystem::path Root() const { return handheld_.directory() / "files"; }
+  // A card is a link to a directory.
+  void MakeCard(const std::string& name, const std::filesystem::path& target) const {
+    std::filesystem::create_directory_symlink(target, Root() / name);
+  }
+};
+
+}  // namespace corvane::testing

@@ -1,0 +1,51 @@
+#include "tests/agent/device/test_modules.h"
+
+#include <utility>
+
+#include "handheld/ink/ink_module.h"
+#include "handheld/modules/module_table.h"
+#include "platform/mobile_link.h"
+
+namespace corvane::testing {
+namespace {
+
+std::vector<std::vector<ce::DWORD>> g_calls;
+
+ce::LONG Synchronise(ce::DWORD a, ce::DWORD b, ce::DWORD c, ce::DWORD d) {
+  g_calls.push_back({a, b, c, d});
+  return 5;
+}
+
+const ce::host::ModuleFunction kFunctions[] = {
+    {u"AGMALCPOption",
+     reinterpret_cast<ce::FARPROC>(static_cast<ce::AgmalCpOptionFn>(&Synchronise))}};
+
+ce::host::BuiltInModule g_rows[] = {
+    {.name = u"RichInk.dll",
+     .setting = ce::host::setting::kRichInk,
+     .attach = ce::host::AttachRichInk,
+     .detach = ce::host::DetachRichInk},
+    {.name = u"mobilelink.cpl", .setting = kMobileLinkSetting, .functions = kFunctions},
+};
+
+}  // namespace
+
+void SetMobileLinkHasFunction(bool has) {
+  g_rows[1].functions = has ? std::span<const ce::host::ModuleFunction>(kFunctions)
+                            : std::span<const ce::host::ModuleFunction>();
+}
+
+std::vector<std::vector<ce::DWORD>> TakeMobileLinkCalls() {
+  return std::exchange(g_calls, {});
+}
+
+}  // namespace corvane::testing
+
+namespace ce::host {
+
+// In place of the platform's own.
+std::span<const BuiltInModule> BuiltInModules() {
+  return corvane::testing::g_rows;
+}
+
+}  // namespace ce::host

@@ -1,0 +1,108 @@
+#include "agent/pim_import/upload_chunk.h"
+
+#include <gmock/gmock.h>
+
+#include "handheld/base/fault.h"
+#include "tests/support/upload_runs.h"
+
+namespace corvane::testing {
+namespace {
+
+using namespace ce;
+using host::FaultPlan;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+constexpr char kDocument[] = "<root><CONTACT/></root>";
+
+class UploadChunks : public PimTest {
+ protected:
+  static UploadAnswer Pieces(std::vector<std::string> pieces,
+                             AfterSending after = AfterSending::kStayOpen) {
+    return ReadUpload(RunStreamed(UploadPIMRecords, {}, std::move(pieces), after));
+  }
+  // The connection ends behind these bytes.
+  static UploadAnswer Broken(const std::string& bytes) {
+    return Pieces({bytes}, AfterSending::kClose);
+  }
+  void SetBlockBound(DWORD bytes) { handheld_->Set(host::setting::kMaxBlock, bytes); }
+};
+
+TEST_F(UploadChunks, AreCollectedOverShortReads) {
+  const std::string count = WordBytes(sizeof(kDocument) - 1);
+  const std::string document = kDocument;
+  const UploadAnswer answer =
+      Pieces({count.substr(0, 1), count.substr(1, 1), count.substr(2), document.substr(0, 5),
+              document.substr(5, 1), document.substr(6), WordBytes(0)});
+  EXPECT_THAT(answer.replies, ElementsAre(RecordReply{1, S_OK}));
+  EXPECT_EQ(answer.status, S_OK);
+}
+
+TEST_F(UploadChunks, MayArriveWithTheNextOne) {
+  const std::string chunk = ChunkBytes(kDocument);
+  EXPECT_EQ(Broken(chunk + chunk + WordBytes(0)).replies.size(), 2u);
+}
+
+TEST_F(UploadChunks, EndWithTheConnection) {
+  EXPECT_THAT(Broken("").replies, IsEmpty());
+  EXPECT_THAT(Broken(WordBytes(100).substr(0, 3)).replies, IsEmpty());
+  EXPECT_THAT(Broken(WordBytes(100)).replies, IsEmpty());
+  EXPECT_THAT(Broken(WordBytes(100) + kDocument).replies, IsEmpty());
+  const UploadAnswer answer = Broken(ChunkBytes(kDocument) + WordBytes(100) + "<root>");
+  EXPECT_THAT(answer.replies, ElementsAre(RecordReply{1, S_OK}));
+  EXPECT_THAT(store_->Oids(), ElementsAre(1)) << "what was answered stays";
+}
+
+TEST_F(UploadChunks, EndWhenTheConnectionFails) {
+  for (const std::uint64_t read : {1, 2, 3}) {
+    const auto plan = FaultPlan::FailNthCall("recv", read, WSAECONNRESET);
+    const UploadAnswer answer = Pieces({ChunkBytes(kDocument) + WordBytes(0)});
+    EXPECT_TRUE(plan.fired());
+    EXPECT_EQ(answer.status, static_cast<HRESULT>(WSAECONNRESET));
+    EXPECT_EQ(answer.replies.size(), read == 3 ? 1u : 0u);
+  }
+}
+
+TEST_F(UploadChunks, GrowWithTheBytesThatArrive) {
+  std::string document = "<root>" + std::string(3 << 20, ' ') + "<CONTACT/></root>";
+  EXPECT_THAT(Upload({document}).replies, ElementsAre(RecordReply{1, S_OK}));
+  // A size at which the buffer is just full.
+  document = "<root><CONTACT/>" + std::string(64 * 1024 - 23, ' ') + "</root>";
+  ASSERT_EQ(document.size(), 64u * 1024);
+  EXPECT_EQ(Upload({document, document.substr(0, 20) + document.substr(21)}).replies.size(), 2u);
+}
+
+TEST_F(UploadChunks, CostNothingBeforeTheyArrive) {
+  const auto plan = FaultPlan::FailNthCall("LocalReAlloc", FaultPlan::kNever, 0);
+  EXPECT_THAT(Broken(WordBytes(100 << 20) + "<root>").replies, IsEmpty());
+  EXPECT_EQ(plan.calls(), 0u);
+}
+
+TEST_F(UploadChunks, BeyondTheBoundEndTheRequest) {
+  SetBlockBound(1 << 20);
+  for (const DWORD count : {DWORD{1} << 20, DWORD{0x80000000}, DWORD{0xFFFFFFFF}}) {
+    const UploadAnswer answer =
+        Pieces({ChunkBytes(kDocument) + WordBytes(count) + kDocument + WordBytes(0)});
+    EXPECT_EQ(answer.replies.size(), 1u) << count;
+    EXPECT_EQ(answer.status, static_cast<HRESULT>(ERROR_NOT_ENOUGH_MEMORY)) << count;
+  }
+}
+
+TEST_F(UploadChunks, WithinTheBoundAreTaken) {
+  SetBlockBound(1 << 20);
+  const std::string blanks((1 << 20) - 1 - (sizeof(kDocument) - 1), ' ');
+  EXPECT_EQ(Upload({kDocument + blanks}).replies.size(), 1u);
+}
+
+TEST_F(UploadChunks, EndWhenMemoryRunsOut) {
+  const std::string large = "<root>" + std::string(1 << 20, ' ') + "<CONTACT/></root>";
+  for (const char* call : {"LocalAlloc", "LocalReAlloc"}) {
+    const auto plan = FaultPlan::FailCalls(call, ERROR_NOT_ENOUGH_MEMORY);
+    const UploadAnswer answer = Upload({large});
+    EXPECT_THAT(answer.replies, IsEmpty()) << call;
+    EXPECT_EQ(answer.status, 8) << call;
+  }
+}
+
+}  // namespace
+}  // namespace corvane::testing

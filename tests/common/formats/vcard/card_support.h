@@ -1,0 +1,46 @@
+// Reading one card in a test, and tables of such cases.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "common/formats/vcard/vcard.h"
+
+namespace formats {
+
+// How GoogleTest shows a contact: the fields that are not empty.
+void PrintTo(const Contact& contact, std::ostream* out);
+
+namespace testing {
+
+using Field = ContactField;
+using FieldTexts = std::vector<std::pair<Field, std::string>>;
+
+// A card of this version with these lines from line 3 on; the test fails unless it is one card and
+// nothing was wrong around it.
+ParsedContact ReadCard(std::string_view version, std::string_view lines);
+Contact ContactOf(const FieldTexts& fields);
+// "3: PHOTO: a contact holds no pictures"
+std::vector<std::string> Texts(const std::vector<Notice>& notices);
+
+struct CardCase {
+  const char* name;
+  const char* version;
+  const char* lines;
+  FieldTexts fields;
+  std::vector<std::string> notices = {};
+};
+inline std::string CaseName(const ::testing::TestParamInfo<CardCase>& info) {
+  return info.param.name;
+}
+void PrintTo(const CardCase& card, std::ostream* out);
+// Reads the card and expects exactly these fields and notices.
+void ExpectCard(const CardCase& card);
+
+}  // namespace testing
+}  // namespace formats

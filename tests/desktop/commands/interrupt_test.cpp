@@ -1,0 +1,22 @@
+#include "desktop/commands/interrupt.h"
+
+#include <gtest/gtest.h>
+#include <poll.h>
+
+#include <csignal>
+
+namespace desktop {
+namespace {
+
+TEST(CatchInterruptions, MakesTheDescriptorReadableOnceAndLeavesTheSecondToTheSystem) {
+  const int fd = CatchInterruptions();
+  ASSERT_GE(fd, 0);
+  pollfd watched = {fd, POLLIN, 0};
+  EXPECT_EQ(poll(&watched, 1, 0), 0);
+  raise(SIGINT);
+  EXPECT_EQ(poll(&watched, 1, 0), 1);
+  EXPECT_EXIT(raise(SIGINT), ::testing::KilledBySignal(SIGINT), "");
+}
+
+}  // namespace
+}  // namespace desktop

@@ -1,0 +1,55 @@
+#include "desktop/commands/progress.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace desktop {
+namespace {
+
+TEST(ProgressLine, FillsItsBarByShare) {
+  EXPECT_EQ(ProgressLine("Pushing", 0, 4), "Pushing [                              ] 0 of 4");
+  EXPECT_EQ(ProgressLine("Pushing", 2, 4), "Pushing [###############               ] 2 of 4");
+  EXPECT_EQ(ProgressLine("Pushing", 4, 4), "Pushing [##############################] 4 of 4");
+}
+
+TEST(ProgressLine, CountsWithoutABarWhenTheTotalIsNotKnown) {
+  EXPECT_EQ(ProgressLine("Pulling contacts", 7, std::nullopt), "Pulling contacts 7");
+}
+
+TEST(ProgressLine, StaysInItsBarWhenMoreIsDoneThanExpected) {
+  EXPECT_EQ(ProgressLine("P", 9, 4), "P [##############################] 9 of 4");
+}
+
+TEST(Progress, DrawsNothingIntoAPipe) {
+  std::ostringstream pipe;
+  {
+    Progress progress(pipe, false, "Pulling", 3);
+    progress.Update(1);
+    progress.Hide();
+  }
+  EXPECT_EQ(pipe.str(), "");
+}
+
+TEST(Progress, LeavesACleanLineBehind) {
+  std::ostringstream terminal;
+  {
+    Progress progress(terminal, true, "Pulling", std::nullopt);
+    progress.Update(1);
+    EXPECT_EQ(terminal.str(), "\r\x1B[KPulling 1");
+  }
+  EXPECT_EQ(terminal.str(), "\r\x1B[KPulling 1\r\x1B[K");
+}
+
+TEST(Progress, DrawsAgainAtOnceAfterItWasHidden) {
+  std::ostringstream terminal;
+  Progress progress(terminal, true, "P", std::nullopt);
+  progress.Update(1);
+  progress.Hide();
+  terminal.str("");
+  progress.Update(2);
+  EXPECT_EQ(terminal.str(), "\r\x1B[KP 2");
+}
+
+}  // namespace
+}  // namespace desktop

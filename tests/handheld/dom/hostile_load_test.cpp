@@ -1,0 +1,285 @@
+// Small documents that would cost much time or memory.
+#include <string>
+
+#include "handheld/dom/attribute_bound.h"
+#include "handheld/dom/encoding.h"
+#include "handheld/dom/loader.h"
+#include "tests/handheld/dom/dom_support.h"
+
+namespace ce::testing {
+namespace {
+
+using host::dom::AttributeBound;
+using host::dom::ByteLayout;
+using host::dom::kMaxAttributes;
+
+std::string Repeated(std::string_view piece, int times) {
+  std::string text;
+  for (int i = 0; i < times; ++i) text += piece;
+  return text;
+}
+
+// ` a0="" a1=""` and so on.
+std::string Attributes(int count, const std::string& prefix = "a") {
+  std::string text;
+  for (int i = 0; i < count; ++i) text += " " + prefix + std::to_string(i) + "='u'";
+  return text;
+}
+
+std::string Wide(std::string_view ascii, bool bigEndian) {
+  std::string bytes = bigEndian ? "\xFE\xFF" : "\xFF\xFE";
+  for (const char c : ascii) {
+    if (bigEndian) bytes += '\0';
+    bytes += c;
+    if (!bigEndian) bytes += '\0';
+  }
+  return bytes;
+}
+
+std::string Typed(std::string_view subset, std::string_view root) {
+  return "<!DOCTYPE r [" + std::string(subset) + "]>" + std::string(root);
+}
+
+HRESULT LoadNew(std::string_view bytes) {
+  return LoadInto(MakeDocument(), bytes);
+}
+
+class LoadAttributes : public DomTest {};
+
+TEST_F(LoadAttributes, TheBoundItselfLoads) {
+  const std::string bytes = "<r" + Attributes(1024) + "/>";
+  EXPECT_EQ(LoadNew(bytes), S_OK);
+  EXPECT_EQ(LoadNew(Wide(bytes, false)), S_OK);
+  EXPECT_EQ(LoadNew(Wide(bytes, true)), S_OK);
+  EXPECT_EQ(LoadNew("<r" + Attributes(1024, "xmlns:a") + "/>"), S_OK);
+}
+
+TEST_F(LoadAttributes, OneMoreIsRefused) {
+  const std::string bytes = "<r" + Attributes(1025) + "/>";
+  EXPECT_EQ(LoadNew(bytes), E_FAIL);
+  EXPECT_EQ(LoadNew(Wide(bytes, false)), E_FAIL);
+  EXPECT_EQ(LoadNew(Wide(bytes, true)), E_FAIL);
+  EXPECT_EQ(LoadNew("<r" + Attributes(1025, "xmlns:a") + "/>"), E_FAIL);
+  EXPECT_EQ(LoadNew("<r" + Attributes(512) + Attributes(513, "xmlns:a") + "/>"), E_FAIL);
+}
+
+TEST_F(LoadAttributes, HundredsOfThousandsAreRefused) {
+  EXPECT_EQ(LoadNew("<r" + Attributes(400'000) + "/>"), E_FAIL);
+  EXPECT_EQ(LoadNew("<r" + Attributes(400'000, "xmlns:a") + "/>"), E_FAIL);
+}
+
+TEST_F(LoadAttributes, ARefusedDocumentIsEmptyAndTakesTheNext) {
+  const Document document = MakeDocument();
+  EXPECT_EQ(LoadInto(document, "<r><a>x</a><b" + Attributes(1025) + "/></r>"), E_FAIL);
+  EXPECT_EQ(Outline(document.get()), u"#document()");
+  EXPECT_EQ(LoadInto(document, "<r/>"), S_OK);
+}
+
+TEST_F(LoadAttributes, EachElementCountsForItself) {
+  EXPECT_EQ(LoadNew("<r>" + Repeated("<a" + Attributes(1000) + "></a>", 5) + "</r>"), S_OK);
+}
+
+TEST_F(LoadAttributes, OnlyMarkupCounts) {
+  const std::string signs = Repeated("=<\"' =", 5000);
+  const std::string plain = Repeated("=\"'> =", 5000);
+  EXPECT_EQ(LoadNew("<r><![CDATA[" + signs + "]]]]></r>"), S_OK);
+  EXPECT_EQ(LoadNew("<r><!--" + signs + "--></r>"), S_OK);
+  EXPECT_EQ(LoadNew("<r><?p " + signs + "?\?></r>"), S_OK);
+  EXPECT_EQ(LoadNew("<r>" + plain + "</r>"), S_OK);
+  EXPECT_EQ(
+      LoadNew("<r a='" + Repeated("=>\" ", 5000) + "' b=\"" + Repeated("=>' &lt;", 5000) + "\"/>"),
+      S_OK);
+  EXPECT_EQ(LoadNew("<!--" + signs + "--><?p " + signs + "?><r/><!--" + signs + "-->"), S_OK);
+  EXPECT_EQ(LoadNew(Typed("<!--" + signs + "|,]--><?p " + signs + "]>?><!ENTITY e \"" +
+                              Repeated("='|,]>", 5000) + "\">",
+                          "<r>&e;</r>")),
+            S_OK);
+}
+
+TEST_F(LoadAttributes, WhatFollowsOtherMarkupStillCounts) {
+  const std::string element = "<a" + Attributes(1025) + "/>";
+  for (const std::string before : {"<!--'-->", "<!---><-->", "<![CDATA[\"]]>", "<![CDATA[]]]>",
+                                   "<?p '?>", "<?p?\?>", "'", "<b c='>\"'/>", "<b c=\"'\"></b >"}) {
+    EXPECT_EQ(LoadNew("<r>" + before + element + "</r>"), E_FAIL) << before;
+  }
+  EXPECT_EQ(LoadNew("<!DOCTYPE r SYSTEM \"'[\">" + element), E_FAIL);
+  EXPECT_EQ(LoadNew(Typed("<!ENTITY e \"'\"><!--'--><!ELEMENT r ANY>", element)), E_FAIL);
+}
+
+TEST_F(LoadAttributes, IllFormedMarkupDoesNotHideThem) {
+  const std::string element = "<a" + Attributes(400'000) + "/>";
+  std::string quoted = element;
+  for (char& c : quoted) c = c == '\'' ? '"' : c;
+  EXPECT_EQ(LoadNew("<r><b c='" + quoted + "'/></r>"), E_FAIL);
+  EXPECT_EQ(LoadNew("<r><!-- -- " + element + "--></r>"), E_FAIL);
+}
+
+TEST_F(LoadAttributes, Utf16CharactersThatContainMarkupBytesAreNone) {
+  // U+3D3C and U+2722 have the bytes of "<=" and of quotes.
+  std::string bytes = Wide("<r a='", false);
+  bytes += Repeated("\x3C\x3D\x22\x27\x27\x22", 3000);
+  bytes += Wide("'>", false).substr(2) + Repeated("\x3C\x3D\x3C\x3C", 3000);
+  bytes += Wide("</r>", false).substr(2);
+  EXPECT_EQ(LoadNew(bytes), S_OK);
+}
+
+TEST_F(LoadAttributes, ThoseInAnEntityCount) {
+  const auto load = [](int count) {
+    std::string attributes = Attributes(count);
+    for (char& c : attributes) c = c == '\'' ? '"' : c;
+    return LoadNew(Typed("<!ENTITY e '<a" + attributes + "/>'>", "<r>&e;</r>"));
+  };
+  EXPECT_EQ(load(1024), S_OK);
+  EXPECT_EQ(load(1025), E_FAIL);
+  EXPECT_EQ(load(50'000), E_FAIL);
+}
+
+TEST_F(LoadAttributes, AnEncodingThatHidesThemIsRefused) {
+  // U+003D is '=' in UTF-7.
+  EXPECT_EQ(LoadNew("<?xml version='1.0' encoding='UTF-7'?><r a+AD0-'1'/>"), E_FAIL);
+  std::string mixed = "<?xml version='1.0' encoding='UTF-16LE'?>";
+  mixed += Wide("<r/>", false).substr(2);
+  EXPECT_EQ(LoadNew(mixed), E_FAIL);
+  EXPECT_EQ(LoadNew(Wide("<?xml version='1.0' encoding='ISO-8859-1'?>", false) + "<r/>"), E_FAIL);
+}
+
+class LoadNamespaces : public DomTest {};
+
+TEST_F(LoadNamespaces, ThoseInScopeAreBounded) {
+  const std::string one = "<a" + Attributes(512, "xmlns:a");
+  EXPECT_EQ(LoadNew(one + ">" + one + "/>" + one + "/></a>"), S_OK);
+  EXPECT_EQ(LoadNew(one + ">" + one + "><b xmlns='u'/></a></a>"), E_FAIL);
+}
+
+class LoadDeclarations : public DomTest {};
+
+std::string Declared(int count) {
+  std::string list = "<!ATTLIST r";
+  for (int i = 0; i < count; ++i) list += " a" + std::to_string(i) + " CDATA 'u'";
+  return list + ">";
+}
+
+TEST_F(LoadDeclarations, AttributesAreBounded) {
+  EXPECT_EQ(LoadNew(Typed(Declared(1024), "<r/>")), S_OK);
+  EXPECT_EQ(LoadNew(Typed(Declared(1025), "<r/>")), E_FAIL);
+  EXPECT_EQ(LoadNew(Typed(Declared(100'000), "<r/>")), E_FAIL);
+  EXPECT_EQ(LoadNew(Typed(Repeated("<!ATTLIST r a CDATA 'u'>", 1025), "<r/>")), E_FAIL);
+}
+
+TEST_F(LoadDeclarations, ThoseOfAParameterEntityCount) {
+  std::string list = Declared(1025);
+  for (char& c : list) c = c == '\'' ? '"' : c;
+  EXPECT_EQ(LoadNew(Typed("<!ENTITY % p '" + list + "'>%p;", "<r/>")), E_FAIL);
+}
+
+TEST_F(LoadDeclarations, AlternativesAreBounded) {
+  const auto list = [](int bars) { return "<!ATTLIST r a (x" + Repeated("|x", bars) + ") 'x'>"; };
+  EXPECT_EQ(LoadNew(Typed("<!ATTLIST r a (x|y|z) 'x' b (u|v) #IMPLIED>", "<r/>")), S_OK);
+  // Freeing them takes the parser a frame each.
+  EXPECT_EQ(LoadNew(Typed(list(1'000'000), "<r/>")), E_FAIL);
+  EXPECT_EQ(LoadNew(Typed("<!ENTITY % p \"" + list(400'000) + "\">%p;", "<r/>")), E_FAIL);
+  EXPECT_EQ(LoadNew(Typed("<!ELEMENT r (x" + Repeated(",x", 1024) + ")>", "<r/>")), S_OK);
+  EXPECT_EQ(LoadNew(Typed("<!ELEMENT r (x" + Repeated(",x", 1025) + ")>", "<r/>")), E_FAIL);
+}
+
+TEST_F(LoadDeclarations, AParameterEntityHoldsWholeDeclarations) {
+  EXPECT_EQ(LoadNew(Typed("<!ENTITY % p '<!ATTLIST r a (x'>%p;|y) 'x'>", "<r/>")), E_FAIL);
+  EXPECT_EQ(LoadNew(Typed("<!ENTITY % q '|y'><!ENTITY % p '<!ATTLIST r a (x&#37;q;) \"x\">'>%p;",
+                          "<r/>")),
+            E_FAIL);
+  EXPECT_EQ(LoadNew(Typed("<!ENTITY % p '<![INCLUDE['>%p;]]>", "<r/>")), E_FAIL);
+}
+
+class LoadMemory : public DomTest {
+ protected:
+  static HRESULT LoadWithin(std::size_t budget, std::string_view bytes) {
+    ComPtr<IXMLDOMDocument> holder;
+    auto* document = new host::dom::Document();
+    *holder.put() = document;
+    return host::dom::Load(*document, {reinterpret_cast<const BYTE*>(bytes.data()), bytes.size()},
+                           false, budget);
+  }
+};
+
+TEST_F(LoadMemory, TheDefaultIsOneGibibyte) {
+  EXPECT_EQ(host::dom::kMaxTreeBytes, 1024u * 1024 * 1024);
+}
+
+TEST_F(LoadMemory, NodesOfEveryKindAreCharged) {
+  for (const std::string piece :
+       {"<a/>", "<a>x</a>", "<![CDATA[x]]>", "<!--x-->", "<?p?>", "<a b='x'/>"}) {
+    const std::string bytes = "<r>" + Repeated(piece, 10'000) + "</r>";
+    EXPECT_EQ(LoadWithin(16 << 20, bytes), S_OK) << piece;
+    EXPECT_EQ(LoadWithin(512 << 10, bytes), E_FAIL) << piece;
+  }
+}
+
+TEST_F(LoadMemory, TextsAreCharged) {
+  const std::string text(100'000, 'x');
+  for (const auto& [before, after] : {std::pair{"<r>", "</r>"},
+                                      {"<r><![CDATA[", "]]></r>"},
+                                      {"<r><!--", "--></r>"},
+                                      {"<r><?p ", "?></r>"},
+                                      {"<r a='", "'/>"},
+                                      {"<", "/>"},
+                                      {"<r ", "='1'/>"}}) {
+    EXPECT_EQ(LoadWithin(202'000, before + text + after), S_OK) << before;
+    EXPECT_EQ(LoadWithin(200'000, before + text + after), E_FAIL) << before;
+  }
+}
+
+TEST_F(LoadMemory, ACharacterTakesTwoBytesAUnit) {
+  // Three bytes each, then four bytes and two units each.
+  EXPECT_EQ(LoadWithin(202'000, "<r>" + Repeated("\xE2\x82\xAC", 100'000) + "</r>"), S_OK);
+  EXPECT_EQ(LoadWithin(200'000, "<r>" + Repeated("\xE2\x82\xAC", 100'000) + "</r>"), E_FAIL);
+  EXPECT_EQ(LoadWithin(202'000, "<r>" + Repeated("\xF0\x9F\x98\x80", 50'000) + "</r>"), S_OK);
+  EXPECT_EQ(LoadWithin(200'000, "<r>" + Repeated("\xF0\x9F\x98\x80", 50'000) + "</r>"), E_FAIL);
+}
+
+TEST_F(LoadMemory, BlankTextThatIsDroppedIsGivenBack) {
+  const std::string bytes = "<r>" + Repeated("<!--c-->" + std::string(1000, ' '), 100) + "</r>";
+  EXPECT_EQ(LoadWithin(100'000, bytes), S_OK);
+}
+
+TEST_F(LoadMemory, EntitiesAreCharged) {
+  std::string subset;
+  for (int i = 0; i < 10'000; ++i) subset += "<!ENTITY e" + std::to_string(i) + " ''>";
+  EXPECT_EQ(LoadWithin(16 << 20, Typed(subset, "<r/>")), S_OK);
+  EXPECT_EQ(LoadWithin(512 << 10, Typed(subset, "<r/>")), E_FAIL);
+}
+
+TEST(AttributeBound, PiecesOfAnySizeAreTheSame) {
+  const std::string head =
+      "<!DOCTYPE r [<!ENTITY e \"']>\"><!--'--><?p ]?>]><r><![CDATA[<a ]]]><!--<a -->";
+  for (const auto& [layout, wide] :
+       {std::pair{ByteLayout{1, 0}, false}, {ByteLayout{2, 0}, true}, {ByteLayout{2, 1}, true}}) {
+    for (const int count : {kMaxAttributes, kMaxAttributes + 1}) {
+      std::string bytes = head + "<a" + Attributes(count) + "/></r>";
+      if (wide) bytes = Wide(bytes, layout.low == 1);
+      for (const std::size_t piece : {1, 2, 3, 7, 4000}) {
+        AttributeBound bound(layout, AttributeBound::Part::kContent);
+        bool passed = true;
+        for (std::size_t at = 0; at < bytes.size(); at += piece) {
+          passed = bound.Pass(std::string_view(bytes).substr(at, piece));
+        }
+        EXPECT_EQ(passed, count == kMaxAttributes) << piece;
+      }
+    }
+  }
+}
+
+TEST(KeepsAscii, KnowsTheEncodingsOfALayout) {
+  for (const char* name : {"utf-8", "US-ASCII", "iso-8859-15", "Windows-1252", "CP1250"}) {
+    EXPECT_TRUE(host::dom::KeepsAscii(name, {1, 0})) << name;
+    EXPECT_FALSE(host::dom::KeepsAscii(name, {2, 0})) << name;
+  }
+  for (const char* name : {"UTF-7", "UTF-16LE", "IBM037", "ISO-2022-JP", "UCS-4LE", ""}) {
+    EXPECT_FALSE(host::dom::KeepsAscii(name, {1, 0})) << name;
+  }
+  EXPECT_TRUE(host::dom::KeepsAscii("UTF-16LE", {2, 0}));
+  EXPECT_FALSE(host::dom::KeepsAscii("UTF-16LE", {2, 1}));
+  EXPECT_TRUE(host::dom::KeepsAscii("UTF-16BE", {2, 1}));
+}
+
+}  // namespace
+}  // namespace ce::testing

@@ -1,0 +1,117 @@
+#include <gtest/gtest.h>
+
+#include "handheld/base/fault.h"
+#include "handheld/network/socket_errors.h"
+#include "handheld/network/time_lapse.h"
+#include "platform/last_error.h"
+#include "tests/handheld/network/loopback.h"
+
+namespace corvane::testing {
+namespace {
+
+using ce::host::FaultPlan;
+
+constexpr ce::timeval kNow{0, 0};
+constexpr ce::timeval kMinute{60, 1};
+
+ce::fd_set SetOf(std::initializer_list<ce::SOCKET> sockets) {
+  ce::fd_set set{};
+  for (const ce::SOCKET socket : sockets) set.fd_array[set.fd_count++] = socket;
+  return set;
+}
+
+class Select : public LoopbackTest {};
+
+TEST_F(Select, WaitsForAConnection) {
+  const ce::SOCKET listener = Listen();
+  Peer peer(Port());
+  ce::fd_set read = SetOf({listener});
+  EXPECT_EQ(ce::select(0, &read, nullptr, nullptr, nullptr), 1);
+  EXPECT_EQ(read.fd_count, 1u);
+  EXPECT_EQ(read.fd_array[0], listener);
+  ce::closesocket(listener);
+}
+
+TEST_F(Select, EmptiesTheSetWhenItsTimeIsUp) {
+  ce::host::SetTimeLapse(1e6);
+  const ce::SOCKET listener = Listen();
+  ce::fd_set read = SetOf({listener});
+  EXPECT_EQ(ce::select(0, &read, nullptr, nullptr, &kMinute), 0);
+  EXPECT_EQ(read.fd_count, 0u);
+  ce::closesocket(listener);
+}
+
+TEST_F(Select, KeepsTheReadyOnes) {
+  const ce::SOCKET listener = Listen();
+  Peer quietPeer(Port());
+  const ce::SOCKET quiet = Accept(listener);
+  Peer busyPeer(Port());
+  const ce::SOCKET busy = Accept(listener);
+  busyPeer.Send("!");
+  ce::fd_set read = SetOf({quiet, busy, listener});
+  ce::fd_set error = SetOf({quiet, busy});
+  EXPECT_EQ(ce::select(0, &read, nullptr, &error, &kMinute), 1);
+  EXPECT_EQ(read.fd_count, 1u);
+  EXPECT_EQ(read.fd_array[0], busy);
+  EXPECT_EQ(error.fd_count, 0u);
+
+  ce::fd_set write = SetOf({quiet, busy});
+  EXPECT_EQ(ce::select(0, nullptr, &write, nullptr, &kMinute), 2);
+  EXPECT_EQ(write.fd_count, 2u);
+  for (const ce::SOCKET open : {quiet, busy, listener}) ce::closesocket(open);
+}
+
+TEST_F(Select, CallsAConnectionThatHasEndedReadable) {
+  const ce::SOCKET listener = Listen();
+  Peer peer(Port());
+  const ce::SOCKET accepted = Accept(listener);
+  peer.Close();
+  ce::fd_set read = SetOf({accepted});
+  EXPECT_EQ(ce::select(0, &read, nullptr, nullptr, &kMinute), 1);
+  ce::closesocket(accepted);
+  ce::closesocket(listener);
+}
+
+TEST_F(Select, NeverCallsASocketReadyThatNothingCanHappenTo) {
+  const ce::SOCKET unbound = NewSocket();
+  ce::fd_set read = SetOf({unbound});
+  ce::fd_set write = SetOf({unbound});
+  EXPECT_EQ(ce::select(0, &read, &write, nullptr, &kNow), 0);
+  ce::closesocket(unbound);
+}
+
+TEST_F(Select, RefusesAClosedSocketAndLeavesTheSetAsItIs) {
+  const ce::SOCKET closed = Listen();
+  ce::closesocket(closed);
+  for (const ce::SOCKET none : {closed, ce::INVALID_SOCKET}) {
+    ce::fd_set read = SetOf({none});
+    EXPECT_EQ(ce::select(0, &read, nullptr, nullptr, &kMinute), ce::SOCKET_ERROR);
+    EXPECT_EQ(ce::GetLastError(), ce::WSAENOTSOCK);
+    EXPECT_EQ(read.fd_count, 1u);
+  }
+}
+
+TEST_F(Select, RefusesToWaitForNothingOrForANegativeTime) {
+  ce::fd_set none{};
+  EXPECT_EQ(ce::select(0, &none, nullptr, nullptr, nullptr), ce::SOCKET_ERROR);
+  EXPECT_EQ(ce::GetLastError(), ce::host::kWsaInvalid);
+  const ce::SOCKET listener = Listen();
+  ce::fd_set read = SetOf({listener});
+  const ce::timeval past{-1, 0};
+  EXPECT_EQ(ce::select(0, &read, nullptr, nullptr, &past), ce::SOCKET_ERROR);
+  EXPECT_EQ(ce::GetLastError(), ce::host::kWsaInvalid);
+  ce::closesocket(listener);
+}
+
+TEST_F(Select, FailsOnPurpose) {
+  const ce::SOCKET listener = Listen();
+  ce::fd_set read = SetOf({listener});
+  const FaultPlan plan = FaultPlan::FailCalls("select", 10050);
+  EXPECT_EQ(ce::select(0, &read, nullptr, nullptr, &kMinute), ce::SOCKET_ERROR);
+  EXPECT_EQ(ce::GetLastError(), 10050u);
+  EXPECT_EQ(read.fd_count, 1u);
+  ce::closesocket(listener);
+}
+
+}  // namespace
+}  // namespace corvane::testing

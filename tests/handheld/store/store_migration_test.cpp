@@ -1,0 +1,86 @@
+#include <sstream>
+
+#include "handheld/outlook/import_ledger.h"
+#include "handheld/store/store_check.h"
+#include "handheld/store/store_error.h"
+#include "handheld/store/store_schema.h"
+#include "tests/handheld/outlook/calendar_support.h"
+
+namespace ce::host::testing {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+// Three contacts and a ledger entry, in a store of format 1: that is what later formats build on.
+class StoreMigration : public HandheldTest {
+ protected:
+  void SetUp() override {
+    const auto app = LoggedOn();
+    AddContacts(app, 3);
+    EXPECT_EQ(ContactByOid(app, 2)->Delete(), S_OK);
+    ImportLedger ledger;
+    EXPECT_EQ(ledger.Open(app.get()), S_OK);
+    EXPECT_EQ(ledger.Remember(olContactItem, "uid", {3, "hash"}), S_OK);
+    EXPECT_EQ(app->Logoff(), S_OK);
+    std::istringstream later(
+        QuerySql(*handheld_,
+                 "SELECT name FROM sqlite_schema WHERE type = 'table' AND name NOT LIKE 'sqlite%'"
+                 " AND name NOT IN ('oid_counter', 'contacts', 'import_ledger')"));
+    for (std::string table; later >> table;) {
+      ASSERT_TRUE(RunSql(*handheld_, ("DROP TABLE " + table).c_str())) << table;
+    }
+    ASSERT_TRUE(RunSql(*handheld_, "PRAGMA user_version = 1"));
+    before_ = Contacts();
+  }
+  std::string Format() { return QuerySql(*handheld_, "PRAGMA user_version"); }
+  std::string Contacts() {
+    return QuerySql(*handheld_,
+                    "SELECT oid || '/' || quote(FirstName) || quote(FileAs) || Birthday ||"
+                    " quote(BodyInk) FROM contacts UNION ALL SELECT next_oid FROM oid_counter"
+                    " UNION ALL SELECT identity || oid || content FROM import_ledger");
+  }
+
+  std::string before_;
+};
+
+TEST_F(StoreMigration, KeepsTheContactsAndTakesAppointmentsAndTasks) {
+  const auto app = LoggedOn();
+  EXPECT_EQ(Format(), std::to_string(kStoreFormat));
+  EXPECT_EQ(Contacts(), before_);
+  EXPECT_EQ(StoredNames(), std::vector<std::u16string>({u"1", u"3"}));
+  const auto item = NewAppointment(app);
+  EXPECT_EQ(item->Save(), S_OK);
+  EXPECT_EQ(Value(item, &IAppointment::get_Oid), 4);
+  const auto task = NewTask(app);
+  EXPECT_EQ(task->Save(), S_OK);
+  EXPECT_EQ(Value(task, &ITask::get_Oid), 5);
+  EXPECT_EQ(CheckStore(*handheld_), std::vector<std::string>{});
+}
+
+TEST_F(StoreMigration, ThatFailsLeavesTheStoreAsItWas) {
+  int failed = 0;
+  for (std::uint64_t n = 1;; ++n) {
+    HRESULT status = S_OK;
+    bool fired = false;
+    {
+      const auto plan = FaultPlan::FailNthCall("sqlite3_step:schema", n, ERROR_DISK_FULL);
+      status = NewApp()->Logon(0);
+      fired = plan.fired();
+    }
+    if (!fired) break;
+    ++failed;
+    EXPECT_EQ(status, kStoreDiskFull);
+    EXPECT_EQ(Contacts(), before_);
+  }
+  EXPECT_GT(failed, 3);
+  EXPECT_EQ(Format(), std::to_string(kStoreFormat));
+}
+
+TEST_F(StoreMigration, IsLeftToTheNextLogonByTheCheck) {
+  EXPECT_THAT(CheckStore(*handheld_), ElementsAre(HasSubstr("has the older format 1")));
+  EXPECT_EQ(Format(), "1");
+}
+
+}  // namespace
+}  // namespace ce::host::testing

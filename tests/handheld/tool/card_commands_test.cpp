@@ -1,0 +1,140 @@
+#include "handheld/tool/card_commands.h"
+
+#include <nlohmann/json.hpp>
+
+#include "handheld/tool/usage_error.h"
+#include "platform/find_files.h"
+#include "tests/handheld/tool/maintenance_support.h"
+
+namespace tool::testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+class CardCommands : public MaintenanceTest {
+ protected:
+  CardCommands() {
+    Init();
+    fs::create_directories(directory_ / "sd");
+    fs::create_directories(directory_ / "cf");
+  }
+  std::string Add(const std::string& name, const fs::path& target) {
+    Capture capture;
+    Session session(HandheldPath());
+    EXPECT_EQ(AddCard(session, name, target, capture.report()), Outcome::kDone);
+    return capture.Out();
+  }
+  std::string List() {
+    Capture capture;
+    Session session(HandheldPath());
+    EXPECT_EQ(ShowCards(session, capture.report()), Outcome::kDone);
+    return capture.Out();
+  }
+  fs::path Files() const { return HandheldPath() / "files"; }
+  std::string Target(const std::string& name) const {
+    return fs::canonical(directory_ / name).string();
+  }
+};
+
+TEST_F(CardCommands, AddsACardThatTheDeviceSees) {
+  EXPECT_EQ(Add("Storage Card", directory_ / "sd"), "Storage Card -> " + Target("sd") + "\n");
+  Session session(HandheldPath());
+  ce::WIN32_FIND_DATAW found;
+  const ce::HANDLE search = ce::FindFirstFileW(u"\\Storage Card", &found);
+  ASSERT_NE(search, ce::INVALID_HANDLE_VALUE);
+  EXPECT_TRUE(found.dwFileAttributes & ce::FILE_ATTRIBUTE_TEMPORARY);
+  ce::FindClose(search);
+}
+
+TEST_F(CardCommands, ListsCardsByNameAndSaysWhichAreOut) {
+  EXPECT_EQ(List(), "0 cards\n");
+  Add("b", directory_ / "sd");
+  Add("A", directory_ / "cf");
+  fs::create_directory(Files() / "plain");
+  EXPECT_EQ(List(), "A -> " + Target("cf") + "\nb -> " + Target("sd") + "\n2 cards\n");
+  const std::string out = Target("cf");
+  fs::remove(directory_ / "cf");
+  EXPECT_EQ(List(), "A -> " + out + "  (taken out)\nb -> " + Target("sd") + "\n2 cards\n");
+}
+
+TEST_F(CardCommands, TakesARelativeDirectoryForWhatItIsNow) {
+  const fs::path here = fs::current_path();
+  fs::current_path(directory_);
+  Add("Card", "sd");
+  fs::current_path(here);
+  EXPECT_EQ(fs::read_symlink(Files() / "Card"), Target("sd"));
+}
+
+TEST_F(CardCommands, RefusesNamesThatNoCardCanHave) {
+  for (const char* name : {"", ".", "..", "../sd", "a/b", "a\\b", "\\Card", "a*", "NUL", "a\xFF"})
+    EXPECT_THROW(Add(name, directory_ / "sd"), UsageError) << name;
+  EXPECT_EQ(List(), "0 cards\n");
+}
+
+TEST_F(CardCommands, RefusesANameThatIsTaken) {
+  Add("Card", directory_ / "sd");
+  EXPECT_THROW(Add("CARD", directory_ / "cf"), UsageError);
+  WriteFile("handheld/files/Plain", "x");
+  EXPECT_THROW(Add("plain", directory_ / "cf"), UsageError);
+  EXPECT_EQ(fs::read_symlink(Files() / "Card"), Target("sd"));
+}
+
+TEST_F(CardCommands, RefusesWhatIsNoDirectoryOrHoldsTheHandheld) {
+  const fs::path wrong[] = {
+      directory_ / "absent", WriteFile("file", "x"), HandheldPath(), Files(), directory_, "/"};
+  for (const fs::path& target : wrong) EXPECT_THROW(Add("Card", target), UsageError) << target;
+  fs::create_directory_symlink(HandheldPath(), directory_ / "around");
+  EXPECT_THROW(Add("Card", directory_ / "around"), UsageError);
+  EXPECT_EQ(List(), "0 cards\n");
+}
+
+TEST_F(CardCommands, RemovesTheLinkAndNothingElse) {
+  Add("Card", directory_ / "sd");
+  WriteFile("sd/photo", "x");
+  Capture capture;
+  Session session(HandheldPath());
+  EXPECT_EQ(RemoveCard(session, "card", capture.report()), Outcome::kDone);
+  EXPECT_EQ(capture.Out(), "removed Card\n");
+  EXPECT_FALSE(fs::exists(fs::symlink_status(Files() / "Card")));
+  EXPECT_EQ(ReadFile(directory_ / "sd" / "photo"), "x");
+}
+
+TEST_F(CardCommands, RemovesACardThatIsTakenOut) {
+  Add("Card", directory_ / "sd");
+  fs::remove(directory_ / "sd");
+  Capture capture;
+  Session session(HandheldPath());
+  EXPECT_EQ(RemoveCard(session, "Card", capture.report()), Outcome::kDone);
+  EXPECT_TRUE(ListCards(session.handheld()).empty());
+}
+
+TEST_F(CardCommands, RemovesNothingButCards) {
+  fs::create_directory(Files() / "plain");
+  Capture capture;
+  Session session(HandheldPath());
+  EXPECT_EQ(RemoveCard(session, "plain", capture.report()), Outcome::kFailed);
+  EXPECT_EQ(RemoveCard(session, "../files", capture.report()), Outcome::kFailed);
+  EXPECT_EQ(capture.Err(),
+            "corvane-device: plain: no such card\ncorvane-device: ../files: no such card\n");
+  EXPECT_TRUE(fs::exists(Files() / "plain"));
+}
+
+TEST_F(CardCommands, AreNamedByInfo) {
+  Add("Card", directory_ / "sd");
+  Session session(HandheldPath());
+  Capture table;
+  ShowHandheld(session, false, table.report());
+  EXPECT_NE(table.Out().find("Cards       Card\n"), std::string::npos) << table.Out();
+  fs::remove(directory_ / "sd");
+  Capture json;
+  ShowHandheld(session, true, json.report());
+  const auto card = nlohmann::json::parse(json.Out())["cards"][0];
+  EXPECT_EQ(card["name"], "Card");
+  EXPECT_EQ(card["present"], false);
+  Capture out;
+  ShowHandheld(session, false, out.report());
+  EXPECT_NE(out.Out().find("Cards       Card (taken out)\n"), std::string::npos) << out.Out();
+}
+
+}  // namespace
+}  // namespace tool::testing

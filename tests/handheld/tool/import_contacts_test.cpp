@@ -1,0 +1,213 @@
+#include "handheld/tool/import_files.h"
+
+#include "handheld/base/fault.h"
+#include "handheld/tool/remove_items.h"
+#include "handheld/tool/show_items.h"
+#include "tests/handheld/tool/maintenance_support.h"
+
+namespace tool::testing {
+namespace {
+
+using ce::host::FaultPlan;
+
+std::string Card(const std::string& lines) {
+  return "BEGIN:VCARD\r\nVERSION:3.0\r\n" + lines + "END:VCARD\r\n";
+}
+
+class ImportContacts : public MaintenanceTest {
+ protected:
+  ImportContacts() { Init(); }
+
+  Outcome Import(const std::vector<std::filesystem::path>& files,
+                 const ImportOptions& options = {}) {
+    Capture capture;
+    Session session(HandheldPath());
+    const Outcome outcome = ImportFiles(session, files, options, capture.report());
+    out_ = capture.Out();
+    err_ = capture.Err();
+    return outcome;
+  }
+  std::string Contacts() {
+    Capture capture;
+    Session session(HandheldPath());
+    ShowContacts(session, true, capture.report());
+    return capture.Out();
+  }
+  static std::size_t Count(const std::string& text, const std::string& what) {
+    std::size_t count = 0;
+    for (std::size_t at = text.find(what); at != text.npos; at = text.find(what, at + 1)) ++count;
+    return count;
+  }
+
+  std::string out_, err_;
+};
+
+TEST_F(ImportContacts, AddsEachCardAndSaysSo) {
+  const auto file = WriteFile("two.vcf", Card("N:Doe;John;;;\r\n") + Card("N:Roe;Jane;;;\r\n"));
+  EXPECT_EQ(Import({file}), Outcome::kDone);
+  EXPECT_EQ(out_, "added             1  Doe, John\nadded             2  Roe, Jane\n" +
+                      file.string() + ": 2 added, 0 changed, 0 unchanged, 0 failed; 0 notices\n");
+  EXPECT_EQ(err_, "");
+  EXPECT_NE(Contacts().find(R"("FirstName":"Jane")"), std::string::npos);
+}
+
+TEST_F(ImportContacts, ChangesNothingWhenTheSameFileComesAgain) {
+  const auto file = WriteFile("a.vcf", Card("UID:1\r\nN:Doe;John;;;\r\n") + Card("N:Roe;;;;\r\n"));
+  Import({file});
+  const std::string before = Contacts();
+  EXPECT_EQ(Import({file}), Outcome::kDone);
+  EXPECT_NE(out_.find("0 added, 0 changed, 2 unchanged"), std::string::npos) << out_;
+  EXPECT_EQ(Contacts(), before);
+}
+
+TEST_F(ImportContacts, ChangesTheItemWhenItsCardWithAUidChanged) {
+  Import({WriteFile("a.vcf", Card("UID:1\r\nN:Doe;John;;;\r\n"))});
+  Import({WriteFile("a.vcf", Card("UID:1\r\nN:Doe;Johnny;;;\r\n"))});
+  EXPECT_EQ(out_.substr(0, 21), "changed           1  ");
+  EXPECT_EQ(Count(Contacts(), "\"oid\""), 1u);
+  EXPECT_NE(Contacts().find("Johnny"), std::string::npos);
+}
+
+TEST_F(ImportContacts, AddsAgainWhatWasRemovedSince) {
+  const auto file = WriteFile("a.vcf", Card("UID:1\r\nN:Doe;John;;;\r\n"));
+  Import({file});
+  {
+    Capture capture;
+    Session session(HandheldPath());
+    EXPECT_EQ(RemoveItems(session, {1}, capture.report()), Outcome::kDone);
+  }
+  Import({file});
+  EXPECT_NE(Contacts().find("\"oid\":2"), std::string::npos) << Contacts();
+}
+
+TEST_F(ImportContacts, AddsTheSameCardOnceWithinAFile) {
+  const std::string card = Card("N:Doe;John;;;\r\n");
+  Import({WriteFile("a.vcf", card + card)});
+  EXPECT_NE(out_.find("1 added, 0 changed, 1 unchanged"), std::string::npos) << out_;
+}
+
+TEST_F(ImportContacts, AddsOnceMoreWhenADuplicateIsForced) {
+  const auto file = WriteFile("a.vcf", Card("UID:1\r\nN:Doe;John;;;\r\n"));
+  Import({file});
+  Import({file}, {.dryRun = false, .duplicate = true});
+  EXPECT_EQ(Count(Contacts(), "\"oid\""), 2u);
+}
+
+TEST_F(ImportContacts, StoresNothingInADryRunAndCountsAsItWould) {
+  const std::string card = Card("N:Doe;John;;;\r\n");
+  const auto file = WriteFile("a.vcf", card + card + Card("PHOTO:x\r\nN:Roe;;;;\r\n"));
+  EXPECT_EQ(Import({file}, {.dryRun = true}), Outcome::kDone);
+  EXPECT_NE(out_.find("would be added    Doe, John\n"), std::string::npos) << out_;
+  EXPECT_NE(out_.find("would be 2 added, 0 changed, 1 unchanged"), std::string::npos) << out_;
+  EXPECT_NE(err_.find("PHOTO"), std::string::npos);
+  EXPECT_EQ(Contacts(), "[]\n");
+}
+
+TEST_F(ImportContacts, NamesTheLineOfWhatItCannotKeep) {
+  const auto file = WriteFile("a.vcf", Card("N:Doe;John;;;\r\nPHOTO:x\r\n"));
+  EXPECT_EQ(Import({file}), Outcome::kDone);
+  EXPECT_EQ(err_.rfind(file.string() + ":4: PHOTO: ", 0), 0u) << err_;
+}
+
+TEST_F(ImportContacts, CutsATextThatIsTooLongAndSaysSo) {
+  const auto file = WriteFile("a.vcf", Card("N:" + std::string(2000, 'x') + ";;;;\r\n"));
+  EXPECT_EQ(Import({file}), Outcome::kDone);
+  EXPECT_NE(err_.find("LastName: cut from 2000 to 1023 characters"), std::string::npos) << err_;
+  EXPECT_NE(Contacts().find("\"" + std::string(1023, 'x') + "\""), std::string::npos);
+}
+
+TEST_F(ImportContacts, NamesInADryRunWhatItWouldNotKeep) {
+  const auto file = WriteFile("a.vcf", Card("N:" + std::string(2000, 'x') + ";;;;\r\n"));
+  Import({file}, {.dryRun = true});
+  EXPECT_NE(err_.find("LastName: cut from 2000 to 1023 characters"), std::string::npos) << err_;
+}
+
+TEST_F(ImportContacts, CutsNoCharacterInHalves) {
+  std::string text(1022, 'x');
+  text += "\xF0\x9F\x98\x80";  // two UTF-16 units: the second would be the 1024th
+  Import({WriteFile("a.vcf", Card("N:" + text + ";;;;\r\n"))});
+  EXPECT_NE(Contacts().find("\"" + std::string(1022, 'x') + "\""), std::string::npos);
+}
+
+TEST_F(ImportContacts, LeavesOutCategoriesThatDoNotFitAsAWhole) {
+  std::string names;
+  for (int i = 0; i < 200; ++i) names += (i ? "," : "") + ("category" + std::to_string(i));
+  Import({WriteFile("a.vcf", Card("N:Doe;;;;\r\nCATEGORIES:" + names + "\r\n"))});
+  EXPECT_NE(err_.find("Categories: no room for \"category199\""), std::string::npos) << err_;
+  EXPECT_NE(Contacts().find("\"category0\",\"category1\""), std::string::npos);
+}
+
+TEST_F(ImportContacts, FailsForAFileThatCannotBeReadAndGoesOnWithTheNext) {
+  const auto good = WriteFile("good.vcf", Card("N:Doe;;;;\r\n"));
+  EXPECT_EQ(Import({directory_ / "absent.vcf", good}), Outcome::kPartlyDone);
+  EXPECT_NE(err_.find("absent.vcf cannot be read"), std::string::npos);
+  EXPECT_EQ(Import({directory_ / "absent.vcf"}), Outcome::kFailed);
+  EXPECT_EQ(Import({directory_}), Outcome::kFailed);
+}
+
+TEST_F(ImportContacts, SaysThatAFileHoldsNoContacts) {
+  EXPECT_EQ(Import({WriteFile("a.vcf", "nothing of the kind\n")}), Outcome::kFailed);
+  EXPECT_NE(err_.find("a.vcf:1: "), std::string::npos) << err_;
+  EXPECT_NE(err_.find("no contacts in it"), std::string::npos);
+}
+
+TEST_F(ImportContacts, KeepsWhatTheWireNeverCarries) {
+  Import({WriteFile("a.vcf", Card("N:Doe;;;;\r\nTEL;TYPE=car:+1 555 0100\r\n"))});
+  EXPECT_NE(Contacts().find("\"CarTelephoneNumber\":\"+1 555 0100\""), std::string::npos)
+      << Contacts();
+}
+
+TEST_F(ImportContacts, StoresLineBreaksAsAHandheldDoesAndGivesThemBackAsPeopleDo) {
+  Import({WriteFile("a.vcf", Card("N:Doe;;;;\r\nNOTE:one\\ntwo\r\n"))});
+  EXPECT_NE(Contacts().find(R"("Body":"one\ntwo")"), std::string::npos) << Contacts();
+  Session session(HandheldPath());
+  ce::ComPtr<ce::IDispatch> item;
+  ASSERT_EQ(session.Outlook()->GetItemFromOid(1, item.put()), ce::S_OK);
+  ce::Bstr body;
+  ASSERT_EQ(item.query<ce::IContact>()->get_Body(body.put()), ce::S_OK);
+  EXPECT_EQ(body.view(), u"one\r\ntwo");
+}
+
+TEST_F(ImportContacts, StoresNoTextAsEmptyForWantOfMemory) {
+  Capture capture;
+  Session session(HandheldPath());
+  session.Outlook();
+  const auto plan = FaultPlan::FailCalls("SysAllocStringLen", ce::ERROR_NOT_ENOUGH_MEMORY);
+  const auto file = WriteFile("a.vcf", Card("N:Doe;John;;;\r\n"));
+  EXPECT_EQ(ImportFiles(session, {file}, {}, capture.report()), Outcome::kFailed);
+  EXPECT_NE(capture.Err().find("a.vcf:1: Doe, John: "), std::string::npos) << capture.Err();
+}
+
+TEST_F(ImportContacts, IsHonestWhenAnyPlatformCallFails) {
+  const auto file = WriteFile("a.vcf", Card("UID:1\r\nN:Doe;John;;;\r\n") + Card("N:Roe;;;;\r\n"));
+  for (std::uint64_t n = 1;; ++n) {
+    std::filesystem::remove_all(HandheldPath());
+    Init();
+    bool fired = false;
+    Outcome outcome = Outcome::kFailed;
+    {
+      Capture capture;
+      Session session(HandheldPath());
+      FaultPlan plan = FaultPlan::FailNth(n, ce::ERROR_NOT_ENOUGH_MEMORY);
+      try {
+        outcome = ImportFiles(session, {file}, {}, capture.report());
+      } catch (const std::exception&) {
+        outcome = Outcome::kFailed;
+      }
+      fired = plan.fired();
+    }
+    const std::size_t stored = Count(Contacts(), "\"oid\"");
+    EXPECT_TRUE(outcome != Outcome::kDone || stored == 2u) << n;
+    if (!fired) {
+      EXPECT_EQ(outcome, Outcome::kDone);
+      EXPECT_GT(n, 100u);
+      break;
+    }
+    // Whatever failed: importing the file again completes it, without a second copy.
+    EXPECT_EQ(Import({file}), Outcome::kDone) << n;
+    EXPECT_EQ(Count(Contacts(), "\"oid\""), 2u) << n;
+  }
+}
+
+}  // namespace
+}  // namespace tool::testing
