@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <string_view>
 
 namespace ce::host::dom {
 namespace {
@@ -23,7 +22,22 @@ constexpr Start kStarts[] = {
 
 constexpr std::u16string_view kBlanks = u" \t\r\n";
 
+constexpr std::string_view kNames[] = {"ASCII", "US-ASCII", "UTF-8", "UTF8"};
+constexpr std::string_view kPrefixes[] = {"ISO-8859-",   "ISO8859-", "ISO_8859-",
+                                          "WINDOWS-125", "CP125",    "KOI8-"};
+
 }  // namespace
+
+bool KeepsAscii(std::string_view encoding, ByteLayout layout) {
+  std::string name(encoding);
+  for (char& c : name) {
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+  }
+  if (layout.width == 2) return name == (layout.low == 0 ? "UTF-16LE" : "UTF-16BE");
+  return std::find(std::begin(kNames), std::end(kNames), name) != std::end(kNames) ||
+         std::any_of(std::begin(kPrefixes), std::end(kPrefixes),
+                     [&](std::string_view prefix) { return name.starts_with(prefix); });
+}
 
 ByteSource::ByteSource(std::span<const BYTE> document) : document_(document) {
   headSize_ = std::min(head_.size(), document.size());

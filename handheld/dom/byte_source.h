@@ -5,6 +5,7 @@
 #include <array>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "platform/types.h"
 
@@ -15,6 +16,11 @@ struct ByteLayout {
   std::size_t width = 1;  // bytes of a character
   std::size_t low = 0;    // which of them is the ASCII one; the other is 0
 };
+
+// Whether text in the encoding of this name (in any case) has its ASCII characters, and nothing
+// else, where `layout` says: the markup can then be found without decoding. True for ASCII, UTF-8
+// and UTF-16, and for all of ISO 8859, Windows 125x and KOI8.
+[[nodiscard]] bool KeepsAscii(std::string_view encoding, ByteLayout layout);
 
 class ByteSource {
  public:

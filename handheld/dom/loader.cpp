@@ -1,11 +1,9 @@
 #include "handheld/dom/loader.h"
 
-#include <libxml/SAX2.h>
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
 #include <libxml/xmlerror.h>
 
-#include <cstring>
 #include <exception>
 #include <memory>
 #include <mutex>
@@ -15,15 +13,13 @@
 
 #include "handheld/dom/attribute_bound.h"
 #include "handheld/dom/byte_source.h"
-#include "handheld/dom/encoding.h"
-#include "handheld/dom/entity_budget.h"
 #include "handheld/dom/tree_builder.h"
 
 namespace ce::host::dom {
 namespace {
 
-// The bounds on depth and expansion are ours and exact; the library's own, which HUGE lifts, are
-// rules of thumb that change with its version.
+// The bounds are ours and exact; the library's own, which HUGE lifts, are rules of thumb that
+// change with its version. Without NOENT "&amp;" in an attribute would become a reference.
 constexpr int kOptions =
     XML_PARSE_NOENT | XML_PARSE_NONET | XML_PARSE_HUGE | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
 
@@ -45,33 +41,18 @@ class QuietErrors {
 };
 
 struct FreeParser {
-  void operator()(xmlParserCtxtPtr parser) const {
-    if (parser->myDoc) xmlFreeDoc(parser->myDoc);
-    xmlFreeParserCtxt(parser);
-  }
+  void operator()(xmlParserCtxtPtr parser) const { xmlFreeParserCtxt(parser); }
 };
 
 const char* Chars(const xmlChar* text) {
   return reinterpret_cast<const char*>(text);
 }
 
-// Whether the text of an entity keeps to the bound by itself. That of a parameter entity must be
-// whole declarations.
-bool WithinBound(const xmlEntity& entity) {
-  if (!entity.content) return true;
-  const bool parameter = entity.etype == XML_INTERNAL_PARAMETER_ENTITY;
-  AttributeBound bound({},
-                       parameter ? AttributeBound::Part::kSubset : AttributeBound::Part::kContent);
-  return bound.Pass(Chars(entity.content)) && (!parameter || bound.complete());
-}
-
 class Loader {
  public:
-  Loader(Document& document, std::span<const BYTE> bytes, bool preserveWhiteSpace,
+  Loader(Document& document, const ByteSource& source, bool preserveWhiteSpace,
          std::size_t maxTreeBytes)
-      : source_(bytes),
-        bound_(source_.layout(), AttributeBound::Part::kContent),
-        builder_(document, preserveWhiteSpace, kMaxDepth, maxTreeBytes) {}
+      : source_(source), builder_(document, preserveWhiteSpace, kMaxDepth, maxTreeBytes) {}
 
   HRESULT Run();
 
@@ -79,8 +60,7 @@ class Loader {
   static xmlSAXHandler Handler();
   static int Read(void* context, char* buffer, int bytes);
 
-  // What the parser calls, always with itself as context; the content of an entity has a parser of
-  // its own, which inherits the pointer to the loader.
+  // What the parser calls, always with itself as context.
   static void StartDocument(void* context);
   static void StartElement(void* context, const xmlChar* name, const xmlChar* prefix,
                            const xmlChar* uri, int namespaceCount, const xmlChar** namespaces,
@@ -92,28 +72,15 @@ class Loader {
   static void Comment(void* context, const xmlChar* text);
   static void Instruction(void* context, const xmlChar* target, const xmlChar* data);
   static void OnError(void* context, xmlErrorPtr error);
-  static void AttributeDeclaration(void* context, const xmlChar* element, const xmlChar* name,
-                                   int type, int defaultKind, const xmlChar* defaultValue,
-                                   xmlEnumerationPtr alternatives);
-  static void EntityDeclaration(void* context, const xmlChar* name, int type,
-                                const xmlChar* publicId, const xmlChar* systemId, xmlChar* content);
-  static xmlEntityPtr GetEntity(void* context, const xmlChar* name);
-  static xmlEntityPtr GetParameterEntity(void* context, const xmlChar* name);
 
   // Does `work` for the parser unless the load has failed, and stops the parser when it has.
   template <typename Work>
   static void Do(void* context, Work work) noexcept;
-  void Attribute(xmlParserCtxtPtr parser, const char* prefix, const char* name,
-                 std::string_view value);
-  xmlEntityPtr Charged(xmlParserCtxtPtr parser, xmlEntityPtr entity);
   std::u16string DeclarationData(const xmlParserCtxt& parser) const;
   bool ReadToTheEnd(const xmlParserCtxt& parser) const;
 
   ByteSource source_;
-  AttributeBound bound_;
   TreeBuilder builder_;
-  EntityBudget budget_{kMaxEntityExpansion};
-  int attributeDeclarations_ = 0;
   std::vector<int> namespaces_;  // of each open element
   int namespacesInScope_ = 0;
   HRESULT status_ = S_OK;
@@ -125,12 +92,11 @@ HRESULT Loader::Run() {
   if (!parser) return E_OUTOFMEMORY;
   *parser->sax = Handler();
   parser->_private = this;
-  const xmlDocPtr document =
-      xmlCtxtReadIO(parser.get(), Read, nullptr, this, nullptr, nullptr, kOptions);
-  if (document) xmlFreeDoc(document);
+  // No handler makes a document of the library's own.
+  xmlCtxtReadIO(parser.get(), Read, nullptr, this, nullptr, nullptr, kOptions);
   if (Failed(status_)) return status_;
   if (parser->errNo == XML_ERR_NO_MEMORY) return E_OUTOFMEMORY;
-  return document && parser->wellFormed && ReadToTheEnd(*parser) ? S_OK : E_FAIL;
+  return parser->wellFormed && ReadToTheEnd(*parser) ? S_OK : E_FAIL;
 }
 
 xmlSAXHandler Loader::Handler() {
@@ -143,12 +109,6 @@ xmlSAXHandler Loader::Handler() {
   sax.cdataBlock = Cdata;
   sax.comment = Comment;
   sax.processingInstruction = Instruction;
-  // The library keeps the internal subset's entities in a document of its own.
-  sax.internalSubset = xmlSAX2InternalSubset;
-  sax.entityDecl = EntityDeclaration;
-  sax.attributeDecl = AttributeDeclaration;
-  sax.getEntity = GetEntity;
-  sax.getParameterEntity = GetParameterEntity;
   // The mark under which the parser knows the handlers of elements and errors.
   sax.initialized = XML_SAX2_MAGIC;
   sax.serror = OnError;
@@ -157,11 +117,7 @@ xmlSAXHandler Loader::Handler() {
 
 int Loader::Read(void* context, char* buffer, int bytes) {
   auto* loader = static_cast<Loader*>(context);
-  if (Failed(loader->status_)) return 0;
-  const int count = loader->source_.Read(buffer, bytes);
-  if (loader->bound_.Pass({buffer, static_cast<std::size_t>(count)})) return count;
-  loader->status_ = E_FAIL;
-  return 0;
+  return Failed(loader->status_) ? 0 : loader->source_.Read(buffer, bytes);
 }
 
 template <typename Work>
@@ -181,9 +137,8 @@ void Loader::Do(void* context, Work work) noexcept {
 }
 
 void Loader::StartDocument(void* context) {
-  xmlSAX2StartDocument(context);
   Do(context, [](Loader& loader, xmlParserCtxtPtr parser) {
-    // The bound can count only what it finds, so the parser must find the same.
+    // The parser must find the markup where it was looked for.
     const xmlParserInputBuffer* buffer = parser->input ? parser->input->buf : nullptr;
     const char* encoding = buffer && buffer->encoder ? buffer->encoder->name : "UTF-8";
     if (!KeepsAscii(encoding, loader.source_.layout())) throw TreeBuilder::BadDocument{};
@@ -195,7 +150,7 @@ void Loader::StartDocument(void* context) {
 void Loader::StartElement(void* context, const xmlChar* name, const xmlChar* prefix, const xmlChar*,
                           int namespaceCount, const xmlChar** namespaces, int attributeCount, int,
                           const xmlChar** attributes) {
-  Do(context, [&](Loader& loader, xmlParserCtxtPtr parser) {
+  Do(context, [&](Loader& loader, xmlParserCtxtPtr) {
     loader.namespaces_.push_back(namespaceCount);
     loader.namespacesInScope_ += namespaceCount;
     // The parser goes through all of them to find the one of a prefix.
@@ -204,27 +159,17 @@ void Loader::StartElement(void* context, const xmlChar* name, const xmlChar* pre
     for (int i = 0; i < namespaceCount; ++i) {
       const char* declared = Chars(namespaces[2 * i]);
       const char* uri = Chars(namespaces[2 * i + 1]);
-      loader.Attribute(parser, declared ? "xmlns" : nullptr, declared ? declared : "xmlns",
-                       uri ? uri : "");
+      loader.builder_.Attribute(declared ? "xmlns" : nullptr, declared ? declared : "xmlns",
+                                uri ? uri : "");
     }
     for (int i = 0; i < attributeCount; ++i) {
       // Name, prefix, namespace, first and last of the value.
       const xmlChar** attribute = attributes + 5 * i;
-      loader.Attribute(
-          parser, Chars(attribute[1]), Chars(attribute[0]),
+      loader.builder_.Attribute(
+          Chars(attribute[1]), Chars(attribute[0]),
           {Chars(attribute[3]), static_cast<std::size_t>(attribute[4] - attribute[3])});
     }
   });
-}
-
-void Loader::Attribute(xmlParserCtxtPtr parser, const char* prefix, const char* name,
-                       std::string_view value) {
-  // Where the document type has defaults, a few bytes may stand for many attributes.
-  constexpr std::size_t kAround = std::string_view(" =\"\"").size();
-  if (parser->attsDefault && !budget_.Spend(std::strlen(name) + value.size() + kAround)) {
-    throw TreeBuilder::BadDocument{};
-  }
-  builder_.Attribute(prefix, name, value);
 }
 
 void Loader::EndElement(void* context, const xmlChar*, const xmlChar*, const xmlChar*) {
@@ -248,15 +193,12 @@ void Loader::Cdata(void* context, const xmlChar* text, int bytes) {
 }
 
 void Loader::Comment(void* context, const xmlChar* text) {
-  Do(context, [&](Loader& loader, xmlParserCtxtPtr parser) {
-    // Those of the document type go with it.
-    if (parser->inSubset == 0) loader.builder_.Comment(Chars(text));
-  });
+  Do(context, [&](Loader& loader, xmlParserCtxtPtr) { loader.builder_.Comment(Chars(text)); });
 }
 
 void Loader::Instruction(void* context, const xmlChar* target, const xmlChar* data) {
-  Do(context, [&](Loader& loader, xmlParserCtxtPtr parser) {
-    if (parser->inSubset == 0) loader.builder_.Instruction(Chars(target), Chars(data));
+  Do(context, [&](Loader& loader, xmlParserCtxtPtr) {
+    loader.builder_.Instruction(Chars(target), Chars(data));
   });
 }
 
@@ -265,53 +207,11 @@ void Loader::OnError(void* context, xmlErrorPtr error) {
   if (!context || (error->level != XML_ERR_FATAL && error->code != XML_NS_ERR_XML_NAMESPACE)) {
     return;
   }
-  // The parser reads on after an error, in another state than the bound: it gets no more bytes. It
-  // cannot be stopped here, where it still points into them.
+  // The parser reads on after an error, where nobody has looked at the markup: it gets no more
+  // bytes. It cannot be stopped here, where it still points into them.
   Loader& loader = *static_cast<Loader*>(static_cast<xmlParserCtxtPtr>(context)->_private);
   if (Failed(loader.status_)) return;
   loader.status_ = error->code == XML_ERR_NO_MEMORY ? E_OUTOFMEMORY : E_FAIL;
-}
-
-void Loader::AttributeDeclaration(void* context, const xmlChar*, const xmlChar*, int, int,
-                                  const xmlChar*, xmlEnumerationPtr alternatives) {
-  xmlFreeEnumeration(alternatives);
-  // Those with a default are compared with the attributes of every element.
-  Do(context, [](Loader& loader, xmlParserCtxtPtr) {
-    if (++loader.attributeDeclarations_ > kMaxAttributes) throw TreeBuilder::BadDocument{};
-  });
-}
-
-void Loader::EntityDeclaration(void* context, const xmlChar* name, int type,
-                               const xmlChar* publicId, const xmlChar* systemId, xmlChar* content) {
-  Do(context, [&](Loader& loader, xmlParserCtxtPtr) {
-    // The library keeps the text as it was written and as it is used.
-    const std::size_t size = content ? std::strlen(Chars(content)) : 0;
-    loader.builder_.Charge(sizeof(xmlEntity) + 2 * size);
-    xmlSAX2EntityDecl(context, name, type, publicId, systemId, content);
-  });
-}
-
-xmlEntityPtr Loader::GetEntity(void* context, const xmlChar* name) {
-  const auto parser = static_cast<xmlParserCtxtPtr>(context);
-  return static_cast<Loader*>(parser->_private)->Charged(parser, xmlSAX2GetEntity(context, name));
-}
-
-xmlEntityPtr Loader::GetParameterEntity(void* context, const xmlChar* name) {
-  const auto parser = static_cast<xmlParserCtxtPtr>(context);
-  return static_cast<Loader*>(parser->_private)
-      ->Charged(parser, xmlSAX2GetParameterEntity(context, name));
-}
-
-xmlEntityPtr Loader::Charged(xmlParserCtxtPtr parser, xmlEntityPtr entity) {
-  // The parser itself forgives an unknown name when something outside could have declared it.
-  Do(parser, [&](Loader& loader, xmlParserCtxtPtr) {
-    if (!entity) throw TreeBuilder::BadDocument{};
-    if (!EntityBudget::IsReference(*parser, *entity)) return;
-    if (!loader.budget_.Charge(parser, *entity) || !WithinBound(*entity)) {
-      throw TreeBuilder::BadDocument{};
-    }
-  });
-  return Failed(status_) ? nullptr : entity;
 }
 
 std::u16string Loader::DeclarationData(const xmlParserCtxt& parser) const {
@@ -341,7 +241,9 @@ HRESULT Load(Document& document, std::span<const BYTE> bytes, bool preserveWhite
   try {
     static std::once_flag initialised;
     std::call_once(initialised, xmlInitParser);
-    return Loader(document, bytes, preserveWhiteSpace, maxTreeBytes).Run();
+    const ByteSource source(bytes);
+    if (!MarkupIsBounded(bytes, source.layout())) return E_FAIL;
+    return Loader(document, source, preserveWhiteSpace, maxTreeBytes).Run();
   } catch (const std::exception&) {
     return E_OUTOFMEMORY;
   }

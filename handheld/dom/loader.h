@@ -3,25 +3,23 @@
 
 #include <span>
 
-#include "handheld/dom/attribute_bound.h"
 #include "handheld/dom/document.h"
 
 namespace ce::host::dom {
 
-inline constexpr int kMaxDepth = 256;                            // nested elements
-inline constexpr std::size_t kMaxEntityExpansion = 1024 * 1024;  // bytes in one document
-inline constexpr int kMaxNamespaces = 1024;                      // declared around one place
+inline constexpr int kMaxDepth = 256;        // nested elements
+inline constexpr int kMaxNamespaces = 1024;  // declared around one place
 // What the tree may take: its nodes, and two bytes for each unit of their names and values.
 inline constexpr std::size_t kMaxTreeBytes = std::size_t{1} << 30;
 
 // Appends what the bytes hold to the empty `document`. On failure (E_FAIL when ill-formed or beyond
-// a bound, E_OUTOFMEMORY) part of it may be there. Nothing but the bytes is read: a document type's
-// external part is passed over, and a reference that leads there refuses the document. Comments,
-// instructions and CDATA sections become nodes; the declaration becomes an instruction that says
-// UTF-8, the encoding in which the document will be saved; the document type does not. Namespace
-// declarations come before the other attributes; a prefix need not be declared.
+// a bound, E_OUTOFMEMORY) part of it may be there. A document with a document type is refused, so
+// that nothing but the bytes is read and nothing in them is expanded but character references and
+// the predefined entities. Comments, instructions and CDATA sections become nodes; the declaration
+// becomes an instruction that says UTF-8, the encoding in which the document will be saved.
+// Namespace declarations come before the other attributes; a prefix need not be declared.
 // The encodings are those that KeepsAscii knows; no element has more than kMaxAttributes attributes
-// and namespace declarations, no document more than as many declarations of attributes.
+// and namespace declarations.
 // May run on several threads at once, each with its own document.
 [[nodiscard]] HRESULT Load(Document& document, std::span<const BYTE> bytes, bool preserveWhiteSpace,
                            std::size_t maxTreeBytes = kMaxTreeBytes) noexcept;

@@ -21,9 +21,6 @@ class TreeBuilder {
         bytesLeft_(maxBytes),
         current_(&document) {}
 
-  // Takes memory from the budget. Called before everything that is kept as long as the document is
-  // being read: a node with its text, and whatever the caller keeps.
-  void Charge(std::size_t bytes);
   // The declaration; the target as it was written.
   void Declaration(std::u16string target, std::u16string data);
   // Prefixes may be null. Attributes belong to the element started last.
@@ -37,6 +34,8 @@ class TreeBuilder {
   void Instruction(const char* target, const char* data);
 
  private:
+  // Takes memory from the budget. Called before a node is made, and before its text.
+  void Charge(std::size_t bytes);
   void ChargeNode(std::size_t size, std::string_view text);
   void FlushText();
   void Append(Node* node) { current_->AdoptChild(node); }

@@ -1,17 +1,12 @@
 // Small documents that would cost much time or memory.
 #include <string>
 
-#include "handheld/dom/attribute_bound.h"
-#include "handheld/dom/encoding.h"
+#include "handheld/dom/byte_source.h"
 #include "handheld/dom/loader.h"
 #include "tests/handheld/dom/dom_support.h"
 
 namespace ce::testing {
 namespace {
-
-using host::dom::AttributeBound;
-using host::dom::ByteLayout;
-using host::dom::kMaxAttributes;
 
 std::string Repeated(std::string_view piece, int times) {
   std::string text;
@@ -34,10 +29,6 @@ std::string Wide(std::string_view ascii, bool bigEndian) {
     if (!bigEndian) bytes += '\0';
   }
   return bytes;
-}
-
-std::string Typed(std::string_view subset, std::string_view root) {
-  return "<!DOCTYPE r [" + std::string(subset) + "]>" + std::string(root);
 }
 
 HRESULT LoadNew(std::string_view bytes) {
@@ -90,10 +81,6 @@ TEST_F(LoadAttributes, OnlyMarkupCounts) {
       LoadNew("<r a='" + Repeated("=>\" ", 5000) + "' b=\"" + Repeated("=>' &lt;", 5000) + "\"/>"),
       S_OK);
   EXPECT_EQ(LoadNew("<!--" + signs + "--><?p " + signs + "?><r/><!--" + signs + "-->"), S_OK);
-  EXPECT_EQ(LoadNew(Typed("<!--" + signs + "|,]--><?p " + signs + "]>?><!ENTITY e \"" +
-                              Repeated("='|,]>", 5000) + "\">",
-                          "<r>&e;</r>")),
-            S_OK);
 }
 
 TEST_F(LoadAttributes, WhatFollowsOtherMarkupStillCounts) {
@@ -102,8 +89,6 @@ TEST_F(LoadAttributes, WhatFollowsOtherMarkupStillCounts) {
                                    "<?p '?>", "<?p?\?>", "'", "<b c='>\"'/>", "<b c=\"'\"></b >"}) {
     EXPECT_EQ(LoadNew("<r>" + before + element + "</r>"), E_FAIL) << before;
   }
-  EXPECT_EQ(LoadNew("<!DOCTYPE r SYSTEM \"'[\">" + element), E_FAIL);
-  EXPECT_EQ(LoadNew(Typed("<!ENTITY e \"'\"><!--'--><!ELEMENT r ANY>", element)), E_FAIL);
 }
 
 TEST_F(LoadAttributes, IllFormedMarkupDoesNotHideThem) {
@@ -123,17 +108,6 @@ TEST_F(LoadAttributes, Utf16CharactersThatContainMarkupBytesAreNone) {
   EXPECT_EQ(LoadNew(bytes), S_OK);
 }
 
-TEST_F(LoadAttributes, ThoseInAnEntityCount) {
-  const auto load = [](int count) {
-    std::string attributes = Attributes(count);
-    for (char& c : attributes) c = c == '\'' ? '"' : c;
-    return LoadNew(Typed("<!ENTITY e '<a" + attributes + "/>'>", "<r>&e;</r>"));
-  };
-  EXPECT_EQ(load(1024), S_OK);
-  EXPECT_EQ(load(1025), E_FAIL);
-  EXPECT_EQ(load(50'000), E_FAIL);
-}
-
 TEST_F(LoadAttributes, AnEncodingThatHidesThemIsRefused) {
   // U+003D is '=' in UTF-7.
   EXPECT_EQ(LoadNew("<?xml version='1.0' encoding='UTF-7'?><r a+AD0-'1'/>"), E_FAIL);
@@ -149,45 +123,6 @@ TEST_F(LoadNamespaces, ThoseInScopeAreBounded) {
   const std::string one = "<a" + Attributes(512, "xmlns:a");
   EXPECT_EQ(LoadNew(one + ">" + one + "/>" + one + "/></a>"), S_OK);
   EXPECT_EQ(LoadNew(one + ">" + one + "><b xmlns='u'/></a></a>"), E_FAIL);
-}
-
-class LoadDeclarations : public DomTest {};
-
-std::string Declared(int count) {
-  std::string list = "<!ATTLIST r";
-  for (int i = 0; i < count; ++i) list += " a" + std::to_string(i) + " CDATA 'u'";
-  return list + ">";
-}
-
-TEST_F(LoadDeclarations, AttributesAreBounded) {
-  EXPECT_EQ(LoadNew(Typed(Declared(1024), "<r/>")), S_OK);
-  EXPECT_EQ(LoadNew(Typed(Declared(1025), "<r/>")), E_FAIL);
-  EXPECT_EQ(LoadNew(Typed(Declared(100'000), "<r/>")), E_FAIL);
-  EXPECT_EQ(LoadNew(Typed(Repeated("<!ATTLIST r a CDATA 'u'>", 1025), "<r/>")), E_FAIL);
-}
-
-TEST_F(LoadDeclarations, ThoseOfAParameterEntityCount) {
-  std::string list = Declared(1025);
-  for (char& c : list) c = c == '\'' ? '"' : c;
-  EXPECT_EQ(LoadNew(Typed("<!ENTITY % p '" + list + "'>%p;", "<r/>")), E_FAIL);
-}
-
-TEST_F(LoadDeclarations, AlternativesAreBounded) {
-  const auto list = [](int bars) { return "<!ATTLIST r a (x" + Repeated("|x", bars) + ") 'x'>"; };
-  EXPECT_EQ(LoadNew(Typed("<!ATTLIST r a (x|y|z) 'x' b (u|v) #IMPLIED>", "<r/>")), S_OK);
-  // Freeing them takes the parser a frame each.
-  EXPECT_EQ(LoadNew(Typed(list(1'000'000), "<r/>")), E_FAIL);
-  EXPECT_EQ(LoadNew(Typed("<!ENTITY % p \"" + list(400'000) + "\">%p;", "<r/>")), E_FAIL);
-  EXPECT_EQ(LoadNew(Typed("<!ELEMENT r (x" + Repeated(",x", 1024) + ")>", "<r/>")), S_OK);
-  EXPECT_EQ(LoadNew(Typed("<!ELEMENT r (x" + Repeated(",x", 1025) + ")>", "<r/>")), E_FAIL);
-}
-
-TEST_F(LoadDeclarations, AParameterEntityHoldsWholeDeclarations) {
-  EXPECT_EQ(LoadNew(Typed("<!ENTITY % p '<!ATTLIST r a (x'>%p;|y) 'x'>", "<r/>")), E_FAIL);
-  EXPECT_EQ(LoadNew(Typed("<!ENTITY % q '|y'><!ENTITY % p '<!ATTLIST r a (x&#37;q;) \"x\">'>%p;",
-                          "<r/>")),
-            E_FAIL);
-  EXPECT_EQ(LoadNew(Typed("<!ENTITY % p '<![INCLUDE['>%p;]]>", "<r/>")), E_FAIL);
 }
 
 class LoadMemory : public DomTest {
@@ -241,31 +176,25 @@ TEST_F(LoadMemory, BlankTextThatIsDroppedIsGivenBack) {
   EXPECT_EQ(LoadWithin(100'000, bytes), S_OK);
 }
 
-TEST_F(LoadMemory, EntitiesAreCharged) {
-  std::string subset;
-  for (int i = 0; i < 10'000; ++i) subset += "<!ENTITY e" + std::to_string(i) + " ''>";
-  EXPECT_EQ(LoadWithin(16 << 20, Typed(subset, "<r/>")), S_OK);
-  EXPECT_EQ(LoadWithin(512 << 10, Typed(subset, "<r/>")), E_FAIL);
+class LoadDocumentType : public DomTest {};
+
+TEST_F(LoadDocumentType, NothingIsExpandedBeforeTheRefusal) {
+  std::string entities = "<!ENTITY e0 'lol'>";
+  for (int i = 1; i <= 30; ++i) {
+    entities += "<!ENTITY e" + std::to_string(i) + " '" +
+                Repeated("&e" + std::to_string(i - 1) + ";", 10) + "'>";
+  }
+  EXPECT_EQ(LoadNew("<!DOCTYPE r [" + entities + "]><r>&e30;</r>"), E_FAIL);
+  EXPECT_EQ(LoadNew("<!DOCTYPE r [" + entities + "<!ATTLIST r a CDATA '&e30;'>]><r/>"), E_FAIL);
+  // Freeing them would take a frame each.
+  EXPECT_EQ(LoadNew("<!DOCTYPE r [<!ATTLIST r a (x" + Repeated("|x", 1'000'000) + ") 'x'>]><r/>"),
+            E_FAIL);
 }
 
-TEST(AttributeBound, PiecesOfAnySizeAreTheSame) {
-  const std::string head =
-      "<!DOCTYPE r [<!ENTITY e \"']>\"><!--'--><?p ]?>]><r><![CDATA[<a ]]]><!--<a -->";
-  for (const auto& [layout, wide] :
-       {std::pair{ByteLayout{1, 0}, false}, {ByteLayout{2, 0}, true}, {ByteLayout{2, 1}, true}}) {
-    for (const int count : {kMaxAttributes, kMaxAttributes + 1}) {
-      std::string bytes = head + "<a" + Attributes(count) + "/></r>";
-      if (wide) bytes = Wide(bytes, layout.low == 1);
-      for (const std::size_t piece : {1, 2, 3, 7, 4000}) {
-        AttributeBound bound(layout, AttributeBound::Part::kContent);
-        bool passed = true;
-        for (std::size_t at = 0; at < bytes.size(); at += piece) {
-          passed = bound.Pass(std::string_view(bytes).substr(at, piece));
-        }
-        EXPECT_EQ(passed, count == kMaxAttributes) << piece;
-      }
-    }
-  }
+TEST_F(LoadDocumentType, ItsNameMayStandInText) {
+  EXPECT_EQ(LoadNew("<!--<!DOCTYPE r>--><?p <!DOCTYPE r>?><r a='!DOCTYPE'>!DOCTYPE"
+                    "<![CDATA[<!DOCTYPE r>]]></r><!--<!DOCTYPE r>-->"),
+            S_OK);
 }
 
 TEST(KeepsAscii, KnowsTheEncodingsOfALayout) {

@@ -79,6 +79,19 @@ TEST_P(LoadEncoding, IsRead) {
   EXPECT_EQ(Outline(Root(document).get()), u"r(#text=é€)");
 }
 
+// "<!DOCTYPE r>" before the root, in the document's own units.
+std::string WithADocumentType(std::string bytes) {
+  const bool isWide = bytes.find('\0') != bytes.npos;
+  const bool bigEndian = isWide && bytes.find("\0<"sv) < bytes.find("<\0"sv);
+  const std::string root = isWide ? Utf16(u"<r>", bigEndian) : "<r>";
+  const std::string type = isWide ? Utf16(u"<!DOCTYPE r>", bigEndian) : "<!DOCTYPE r>";
+  return bytes.insert(bytes.find(root), type);
+}
+
+TEST_P(LoadEncoding, IsRefusedWithADocumentType) {
+  EXPECT_EQ(LoadInto(MakeDocument(), WithADocumentType(GetParam().bytes)), E_FAIL);
+}
+
 class LoadRefusal : public DomTest, public ::testing::WithParamInterface<Case> {};
 
 INSTANTIATE_TEST_SUITE_P(
@@ -96,7 +109,6 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"BadName", "<1r/>"}, Case{"BadAttributeName", "<r -a='1'/>"},
         Case{"BareAmpersand", "<r>a & b</r>"}, Case{"UnknownEntity", "<r>&nothing;</r>"},
         Case{"UnknownEntityInAnAttribute", "<r a='&nothing;'/>"},
-        Case{"UnknownEntityThatCouldBeOutside", "<!DOCTYPE r SYSTEM 'r.dtd'><r>&nothing;</r>"},
         Case{"CdataEndInText", "<r>]]></r>"}, Case{"HyphensInAComment", "<r><!-- a -- b --></r>"},
         Case{"ControlCharacter", "<r>\x01</r>"}, Case{"ReferenceToAControl", "<r>&#1;</r>"},
         Case{"ReferenceToASurrogate", "<r>&#xD800;</r>"},
@@ -116,16 +128,18 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"UndefinedInWindows1252", "<?xml version='1.0' encoding='windows-1252'?><r>\x81</r>"},
         Case{"OddUtf16", Utf16(u"\uFEFF<r/>", false) + "\n"},
         Case{"LoneSurrogateInUtf16", Utf16(u"\uFEFF<r>\xD800</r>", false)},
-        Case{"EntityThatNamesItself",
-             "<!DOCTYPE r [<!ENTITY a '&b;'><!ENTITY b '&a;'>]><r>&a;</r>"},
-        Case{"UnbalancedEntity", "<!DOCTYPE r [<!ENTITY a '<x>'>]><r>&a;</x></r>"},
-        Case{"ExternalEntity", "<!DOCTYPE r [<!ENTITY e SYSTEM 'file:///etc/passwd'>]><r>&e;</r>"},
-        Case{"ExternalEntityByPath", "<!DOCTYPE r [<!ENTITY e SYSTEM '/etc/passwd'>]><r>&e;</r>"},
-        Case{"ExternalEntityWithinAnEntity",
-             "<!DOCTYPE r [<!ENTITY e SYSTEM '/etc/passwd'><!ENTITY f 'x&e;'>]><r>&f;</r>"},
-        Case{"ExternalParameterEntity", "<!DOCTYPE r [<!ENTITY % e SYSTEM '/etc/passwd'>%e;]><r/>"},
-        Case{"UnparsedEntity",
-             "<!DOCTYPE r [<!NOTATION n SYSTEM 'n'><!ENTITY e SYSTEM 'x' NDATA n>]><r>&e;</r>"}),
+        Case{"DocumentType", "<!DOCTYPE r><r/>"},
+        Case{"DocumentTypeOutside", "<!DOCTYPE r SYSTEM 'r.dtd'><r/>"},
+        Case{"DocumentTypeWithAPublicName", "<!DOCTYPE r PUBLIC 'p' 'r.dtd'><r/>"},
+        Case{"DocumentTypeWithASubset", "<!DOCTYPE r [<!ELEMENT r ANY>]><r/>"},
+        Case{"DocumentTypeBehindOtherMarkup",
+             "<?xml version='1.0'?><!--<r>--><?p '<r>'?>\n<!DOCTYPE r ><r/>"},
+        Case{"Entity", "<!DOCTYPE r [<!ENTITY e 'x'>]><r>&e;</r>"},
+        Case{"EntityInAnAttribute", "<!DOCTYPE r [<!ENTITY e 'x'>]><r a='&e;'/>"},
+        Case{"EntityThatNamesItself", "<!DOCTYPE r [<!ENTITY e '&e;'>]><r>&e;</r>"},
+        Case{"ExternalEntity", "<!DOCTYPE r [<!ENTITY e SYSTEM '/etc/passwd'>]><r>&e;</r>"},
+        Case{"ParameterEntity", "<!DOCTYPE r [<!ENTITY % e SYSTEM '/etc/passwd'>%e;]><r/>"},
+        Case{"DefaultAttribute", "<!DOCTYPE r [<!ATTLIST r a CDATA 'x'>]><r/>"}),
     kCaseName);
 
 TEST_P(LoadRefusal, FailsAndLeavesAnEmptyDocument) {
@@ -161,36 +175,21 @@ class LoadTree : public DomTest, public ::testing::WithParamInterface<TreeCase> 
 
 INSTANTIATE_TEST_SUITE_P(
     All, LoadTree,
-    ::testing::Values(
-        TreeCase{"BlankTextIsDropped", "<r>\n <a> x </a>\r\n\t<b> </b></r>",
-                 u"r(a(#text= x ),b())"},
-        TreeCase{"TextIsOneNode", "<r>a&lt;b&#99;\r\nd&amp;</r>", u"r(#text=a<bc\nd&)"},
-        TreeCase{"LineEndsBecomeLineFeeds", "<r>a\r\nb\rc\nd\r\r\n</r>",
-                 u"r(#text=a\nb\nc\nd\n\n)"},
-        TreeCase{"AReferenceKeepsItsCarriageReturn", "<r>a&#13;&#10;b</r>", u"r(#text=a\r\nb)"},
-        TreeCase{"CdataIsANodeOfItsOwn", "<r>a<![CDATA[<b>]]>c</r>",
-                 u"r(#text=a,#cdata-section=<b>,#text=c)"},
-        TreeCase{"BlankCdataStays", "<r><![CDATA[ ]]></r>", u"r(#cdata-section= )"},
-        TreeCase{"CommentsAndInstructionsAreNodes", "<r><!--c--> <?t  d ?>a</r>",
-                 u"r(#comment=c,t=d ,#text=a)"},
-        TreeCase{"PrefixesStayInTheName", "<p:r xmlns:p='u'><p:a/><q:b/></p:r>",
-                 u"p:r(p:a(),q:b())"},
-        TreeCase{"EntitiesAreExpanded",
-                 "<!DOCTYPE r [<!ENTITY a 'x'><!ENTITY b '&a;<i>&a;</i>&a;'>]><r>1&b;2&a;</r>",
-                 u"r(#text=1x,i(#text=x),#text=x2x)"},
-        TreeCase{"EntitiesAreExpandedEachTime",
-                 "<!DOCTYPE r [<!ENTITY a 'x'>]><r>&a;&a;&a;<b>&a;</b></r>",
-                 u"r(#text=xxx,b(#text=x))"},
-        TreeCase{"ParameterEntitiesAreExpanded",
-                 "<!DOCTYPE r [<!ENTITY % p \"<!ENTITY a 'x'>\">%p;]><r>&a;</r>", u"r(#text=x)"},
-        TreeCase{"TheDocumentTypesCommentsGoWithIt",
-                 "<!DOCTYPE r [<!--c--><?t d?><!ELEMENT r ANY>]><r/>", u"r()"},
-        TreeCase{"AnExternalSubsetIsPassedOver",
-                 "<!DOCTYPE r PUBLIC 'p' 'http://127.0.0.1:1/r.dtd'><r>x</r>", u"r(#text=x)"},
-        TreeCase{"AnExternalEntityMayBeDeclared",
-                 "<!DOCTYPE r [<!ENTITY e SYSTEM '/etc/passwd'>]><r>x</r>", u"r(#text=x)"},
-        TreeCase{"ValidityIsNotAsked", "<!DOCTYPE r [<!ELEMENT r EMPTY>]><other>x</other>",
-                 u"other(#text=x)"}),
+    ::testing::Values(TreeCase{"BlankTextIsDropped", "<r>\n <a> x </a>\r\n\t<b> </b></r>",
+                               u"r(a(#text= x ),b())"},
+                      TreeCase{"TextIsOneNode", "<r>a&lt;b&#99;\r\nd&amp;&gt;&apos;&quot;</r>",
+                               u"r(#text=a<bc\nd&>'\")"},
+                      TreeCase{"LineEndsBecomeLineFeeds", "<r>a\r\nb\rc\nd\r\r\n</r>",
+                               u"r(#text=a\nb\nc\nd\n\n)"},
+                      TreeCase{"AReferenceKeepsItsCarriageReturn", "<r>a&#13;&#10;b</r>",
+                               u"r(#text=a\r\nb)"},
+                      TreeCase{"CdataIsANodeOfItsOwn", "<r>a<![CDATA[<b>]]>c</r>",
+                               u"r(#text=a,#cdata-section=<b>,#text=c)"},
+                      TreeCase{"BlankCdataStays", "<r><![CDATA[ ]]></r>", u"r(#cdata-section= )"},
+                      TreeCase{"CommentsAndInstructionsAreNodes", "<r><!--c--> <?t  d ?>a</r>",
+                               u"r(#comment=c,t=d ,#text=a)"},
+                      TreeCase{"PrefixesStayInTheName", "<p:r xmlns:p='u'><p:a/><q:b/></p:r>",
+                               u"p:r(p:a(),q:b())"}),
     kCaseName);
 
 TEST_P(LoadTree, IsBuilt) {
@@ -240,12 +239,6 @@ TEST_F(Load, AttributesKeepNamesAndNormalisedValues) {
             "c=\"x y z\" d=\"&#13;&#10;&#9;\"/>");
 }
 
-TEST_F(Load, EntitiesAreExpandedInAttributes) {
-  const Document document =
-      Loaded("<!DOCTYPE r [<!ENTITY a 'x'><!ENTITY b '&a;y'>]><r v='&b;&b;'/>");
-  EXPECT_EQ(Saved(document), "<r v=\"xyxy\"/>");
-}
-
 TEST_F(Load, ReplacesWhatWasLoadedBefore) {
   const Document document = Loaded("<a><b/></a>");
   EXPECT_EQ(LoadInto(document, "<c/>"), S_OK);
@@ -277,113 +270,6 @@ TEST_F(LoadBound, DepthOf256Loads) {
 TEST_F(LoadBound, DepthOf257IsRefused) {
   EXPECT_EQ(LoadInto(MakeDocument(), Repeated("<a>", 257) + Repeated("</a>", 257)), E_FAIL);
   EXPECT_EQ(LoadInto(MakeDocument(), Repeated("<a>", 1000000)), E_FAIL);
-}
-
-TEST_F(LoadBound, DepthCountsThroughEntities) {
-  const std::string document = "<!DOCTYPE r [<!ENTITY e '" + Repeated("<a>", 200) +
-                               Repeated("</a>", 200) + "'>]>" + Repeated("<b>", 100) + "&e;" +
-                               Repeated("</b>", 100);
-  EXPECT_EQ(LoadInto(MakeDocument(), document), E_FAIL);
-}
-
-// An entity "k" of 1024 bytes, and these references to it.
-std::string Expanding(std::string_view root) {
-  return "<!DOCTYPE r [<!ENTITY k '" + std::string(1024, 'x') + "'>]>" + std::string(root);
-}
-
-TEST_F(LoadBound, ExpansionOfOneMebibyteLoads) {
-  const std::string references = Repeated("&k;", 1024);
-  const Document content = Loaded(Expanding("<r>" + references + "</r>"));
-  EXPECT_EQ(ValueOf(FirstChild(Root(content).get()).get()).size(), 1024u * 1024);
-  const Document attribute = Loaded(Expanding("<r a='" + references + "'/>"));
-  EXPECT_EQ(Saved(attribute).size(), 1024u * 1024 + std::string("<r a=\"\"/>").size());
-}
-
-TEST_F(LoadBound, MoreExpansionIsRefused) {
-  EXPECT_EQ(LoadInto(MakeDocument(), Expanding("<r>" + Repeated("&k;", 1025) + "</r>")), E_FAIL);
-  EXPECT_EQ(LoadInto(MakeDocument(), Expanding("<r a='" + Repeated("&k;", 1025) + "'/>")), E_FAIL);
-  EXPECT_EQ(LoadInto(MakeDocument(), Expanding("<r a='" + Repeated("&k;", 600) + "'>" +
-                                               Repeated("&k;", 600) + "</r>")),
-            E_FAIL);
-}
-
-TEST_F(LoadBound, EachDocumentHasItsOwnBudget) {
-  const Document document = MakeDocument();
-  for (int i = 0; i < 3; ++i) {
-    EXPECT_EQ(LoadInto(document, Expanding("<r>" + Repeated("&k;", 1000) + "</r>")), S_OK);
-  }
-}
-
-// Ten references to the level below in each of the levels, and `bottom` below the last.
-std::string Laughs(int levels, std::string_view bottom, std::string_view root) {
-  std::string document = "<!DOCTYPE r [<!ENTITY l0 '" + std::string(bottom) + "'>";
-  for (int i = 1; i <= levels; ++i) {
-    const std::string below = "&l" + std::to_string(i - 1) + ";";
-    document += "<!ENTITY l" + std::to_string(i) + " '" + Repeated(below, 10) + "'>";
-  }
-  return document + "]>" + std::string(root);
-}
-
-TEST_F(LoadBound, NestedExpansionWithinTheBoundLoads) {
-  const Document document = Loaded(Laughs(4, "lol", "<r>&l4;</r>"));
-  EXPECT_EQ(ValueOf(FirstChild(Root(document).get()).get()), [] {
-    std::u16string text;
-    for (int i = 0; i < 10000; ++i) text += u"lol";
-    return text;
-  }());
-}
-
-TEST_F(LoadBound, BillionLaughsAreRefused) {
-  EXPECT_EQ(LoadInto(MakeDocument(), Laughs(30, "lol", "<r>&l30;</r>")), E_FAIL);
-  EXPECT_EQ(LoadInto(MakeDocument(), Laughs(30, "lol", "<r a='&l30;'/>")), E_FAIL);
-  EXPECT_EQ(LoadInto(MakeDocument(), Laughs(30, "<a/>", "<r>&l30;</r>")), E_FAIL);
-  // Nothing comes of it, but only after the same work.
-  EXPECT_EQ(LoadInto(MakeDocument(), Laughs(30, "", "<r>&l30;</r>")), E_FAIL);
-}
-
-TEST_F(LoadBound, LaughsInADefaultAttributeAreRefused) {
-  std::string document = Laughs(30, "lol", "<r/>");
-  document.insert(document.find("]>"), "<!ATTLIST r a CDATA '&l30;'>");
-  EXPECT_EQ(LoadInto(MakeDocument(), document), E_FAIL);
-}
-
-TEST_F(LoadBound, ParameterEntitiesCountToo) {
-  const auto load = [](std::size_t size) {
-    const std::string declaration = "<!ELEMENT r" + std::string(size - 15, ' ') + "ANY>";
-    return LoadInto(MakeDocument(), "<!DOCTYPE r [<!ENTITY % k '" + declaration + "'>%k;]><r/>");
-  };
-  EXPECT_EQ(load(1024 * 1024), S_OK);
-  EXPECT_EQ(load(1024 * 1024 + 1), E_FAIL);
-}
-
-TEST_F(LoadBound, LaughsOfParameterEntitiesAreRefused) {
-  std::string document = "<!DOCTYPE r [<!ENTITY % p0 '<!--lol-->'>";
-  for (int i = 1; i <= 30; ++i) {
-    const std::string below = "&#37;p" + std::to_string(i - 1) + ";";
-    document += "<!ENTITY % p" + std::to_string(i) + " '" + Repeated(below, 10) + "'>";
-  }
-  EXPECT_EQ(LoadInto(MakeDocument(), document + "%p30;]><r/>"), E_FAIL);
-}
-
-TEST_F(LoadBound, DefaultAttributesCountToo) {
-  const std::string start = "<!DOCTYPE r [<!ATTLIST a xmlns:k CDATA '" + std::string(500, 'x') +
-                            "' b CDATA '" + std::string(500, 'y') + "'>]><r>";
-  const Document document = Loaded(start + "<a c='1'/><a b='2'/></r>");
-  EXPECT_EQ(Saved(document), "<r><a xmlns:k=\"" + std::string(500, 'x') + "\" c=\"1\" b=\"" +
-                                 std::string(500, 'y') + "\"/><a xmlns:k=\"" +
-                                 std::string(500, 'x') + "\" b=\"2\"/></r>");
-  EXPECT_EQ(LoadInto(document, start + Repeated("<a/>", 1000) + "</r>"), S_OK);
-  EXPECT_EQ(LoadInto(document, start + Repeated("<a/>", 1100) + "</r>"), E_FAIL);
-}
-
-TEST_F(LoadBound, EntitiesNestedTooDeepAreRefused) {
-  std::string document = "<!DOCTYPE r [<!ENTITY l0 'x'>";
-  for (int i = 1; i <= 10000; ++i) {
-    document += "<!ENTITY l" + std::to_string(i) + " '&l" + std::to_string(i - 1) + ";'>";
-  }
-  EXPECT_EQ(LoadInto(MakeDocument(), document + "]><r>&l10000;</r>"), E_FAIL);
-  EXPECT_EQ(LoadInto(MakeDocument(), document + "]><r>&l100;</r>"), E_FAIL);
-  EXPECT_EQ(LoadInto(MakeDocument(), document + "]><r>&l30;</r>"), S_OK);
 }
 
 TEST_F(LoadBound, HugeTextsLoad) {

@@ -16,8 +16,7 @@ int Work(int thread) {
   for (int i = 0; i < 200; ++i) {
     const std::string text = std::to_string(thread) + "." + std::to_string(i);
     const std::string root = "<r a=\"" + text + "\"><b>" + text + "é</b></r>";
-    const std::string good =
-        "<!DOCTYPE r [<!ENTITY e '" + text + "'>]>" + "<r a='&e;'> <b>&e;é</b></r>";
+    const std::string good = "<r a='" + text + "'> <b>" + text + "é</b></r>";
     if (LoadInto(document, good) != S_OK || Saved(document) != root) ++wrong;
     if (LoadInto(document, good + "<") != E_FAIL) ++wrong;
     const std::string latin = "<?XML version='1.0' encoding='windows-1252'?><r a='" + text +
