@@ -1,7 +1,7 @@
 #include "agent/core/corvane_stream.h"
 
 #include "agent/log/log.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 
 namespace corvane {
 
@@ -19,7 +19,7 @@ ce::HRESULT CorvaneStream::Read(void* buffer, ce::DWORD count, ce::DWORD* countR
   ce::HRESULT status = ce::S_OK;
   ce::INT received = ce::recv(socket_, buffer, static_cast<ce::INT>(count), 0);
   if (received == ce::SOCKET_ERROR) {
-    status = static_cast<ce::HRESULT>(ce::GetLastError());
+    status = ce::LastErrorStatus();
     received = 0;
     ended_ = true;
   } else if (received == 0 && count > 0) {
@@ -34,7 +34,7 @@ ce::HRESULT CorvaneStream::Write(const void* buffer, ce::DWORD count, ce::DWORD*
   ce::HRESULT status = ce::S_OK;
   ce::INT sent = ce::send(socket_, buffer, static_cast<ce::INT>(count), 0);
   if (sent == ce::SOCKET_ERROR) {
-    status = static_cast<ce::HRESULT>(ce::GetLastError());
+    status = ce::LastErrorStatus();
     sent = 0;
     ended_ = true;
   }

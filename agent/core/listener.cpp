@@ -7,9 +7,9 @@
 
 #include "agent/core/request_dispatcher.h"
 #include "agent/log/log.h"
-#include "platform/last_error.h"
 #include "platform/registry.h"
 #include "platform/sockets.h"
+#include "platform/status.h"
 #include "platform/threads.h"
 
 namespace corvane {
@@ -23,10 +23,6 @@ std::atomic<ce::HANDLE> g_instance{0};
 // The listener leaves the key that it opens open; ResetAgent closes it.
 ce::HKEY g_addressKey = 0;
 std::atomic<bool> g_endedByIdleRule{false};
-
-ce::HRESULT LastError() {
-  return static_cast<ce::HRESULT>(ce::GetLastError());
-}
 
 // Whether the host has this address.
 bool IsHostAddress(ce::DWORD address) {
@@ -87,7 +83,7 @@ class Listener {
 
 ce::HRESULT Listener::Start() {
   socket_ = ce::socket(ce::AF_INET, ce::SOCK_STREAM, 0);
-  if (socket_ == ce::INVALID_SOCKET) error_ = LastError();
+  if (socket_ == ce::INVALID_SOCKET) error_ = ce::LastErrorStatus();
   if (ce::Failed(error_)) return error_;
 
   ce::sockaddr_in address{};
@@ -97,9 +93,10 @@ ce::HRESULT Listener::Start() {
   if (ce::Failed(error_)) return error_;
   address.sin_addr.s_addr = ConfiguredAddress(g_addressKey);
 
-  if (ce::bind(socket_, &address, sizeof(address)) == ce::SOCKET_ERROR) error_ = LastError();
+  if (ce::bind(socket_, &address, sizeof(address)) == ce::SOCKET_ERROR)
+    error_ = ce::LastErrorStatus();
   if (ce::Failed(error_)) return error_;
-  if (ce::listen(socket_, kBacklog) == ce::SOCKET_ERROR) error_ = LastError();
+  if (ce::listen(socket_, kBacklog) == ce::SOCKET_ERROR) error_ = ce::LastErrorStatus();
   return error_;
 }
 
@@ -113,7 +110,7 @@ void Listener::Pass() {
   const ce::INT ready = ce::select(0, &readable, nullptr, nullptr, &kSelectPeriod);
   if (ready == 0) return Idle();
   if (ready == ce::SOCKET_ERROR) {
-    error_ = LastError();
+    error_ = ce::LastErrorStatus();
     if (ce::Failed(error_)) return;
   }
   if (IsInSet(socket_, readable)) AcceptOne();
@@ -131,7 +128,7 @@ void Listener::AcceptOne() {
   // Not tested: the thread finds out.
   const ce::HANDLE thread =
       ce::CreateThread(nullptr, 0, handleRequest, reinterpret_cast<void*>(accepted), 0, nullptr);
-  if (thread == 0) error_ = LastError();
+  if (thread == 0) error_ = ce::LastErrorStatus();
 }
 
 }  // namespace

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
-#include "platform/last_error.h"
 #include "platform/memory.h"
+#include "platform/status.h"
 #include "platform/threads.h"
 
 namespace corvane {
@@ -47,7 +47,7 @@ ce::HRESULT MemoryStream::Write(const void* buffer, ce::DWORD bytes, ce::DWORD* 
   if (!buffer_ && size_ > 0) return static_cast<ce::HRESULT>(ce::ERROR_NOT_ENOUGH_MEMORY);
   void* grown = buffer_ ? ce::LocalReAlloc(buffer_, std::size_t{size_} + bytes, ce::LMEM_MOVEABLE)
                         : ce::LocalAlloc(ce::LMEM_FIXED, bytes);
-  const auto status = static_cast<ce::HRESULT>(ce::GetLastError());
+  const auto status = ce::LastErrorStatus();
   if (!grown) ce::LocalFree(buffer_);
   buffer_ = static_cast<ce::BYTE*>(grown);
   if (!buffer_) return status;

@@ -8,8 +8,8 @@
 #include "agent/core/listener.h"
 #include "agent/core/request_table.h"
 #include "agent/log/log.h"
-#include "platform/last_error.h"
 #include "platform/memory.h"
+#include "platform/status.h"
 #include "platform/threads.h"
 
 namespace corvane {
@@ -93,7 +93,7 @@ ce::HRESULT AnswerStreamed(ce::SOCKET socket, const Invocation& invocation, ce::
 // The status, or the last error when the bytes cannot be sent.
 ce::HRESULT Send(ce::SOCKET socket, const void* bytes, ce::DWORD count, ce::HRESULT status) {
   const ce::INT sent = ce::send(socket, bytes, static_cast<ce::INT>(count), 0);
-  return sent == ce::SOCKET_ERROR ? static_cast<ce::HRESULT>(ce::GetLastError()) : status;
+  return sent == ce::SOCKET_ERROR ? ce::LastErrorStatus() : status;
 }
 
 ce::HRESULT AnswerBuffered(ce::SOCKET socket, const Invocation& invocation, ce::DWORD& outputCount,

@@ -1,6 +1,6 @@
 #include "agent/device/convert_class.h"
 
-#include "platform/last_error.h"
+#include "platform/status.h"
 #include "platform/windows.h"
 
 namespace corvane {
@@ -13,12 +13,12 @@ ce::HRESULT RegisterConvertClass() {
   windowClass.hbrBackground = ce::GetStockObject(ce::WHITE_BRUSH);
   windowClass.lpszClassName = kConvertClass;
   if (ce::RegisterClassW(&windowClass) != 0) return ce::S_OK;
-  return static_cast<ce::HRESULT>(ce::GetLastError());
+  return ce::LastErrorStatus();
 }
 
 ce::HRESULT UnregisterConvertClass() {
   if (ce::UnregisterClassW(kConvertClass, ce::GetModuleHandleW(nullptr))) return ce::S_OK;
-  return static_cast<ce::HRESULT>(ce::GetLastError());
+  return ce::LastErrorStatus();
 }
 
 }  // namespace corvane

@@ -7,9 +7,9 @@
 #include "agent/device/ink_stream.h"
 #include "platform/com_ptr.h"
 #include "platform/files.h"
-#include "platform/last_error.h"
 #include "platform/memory.h"
 #include "platform/modules.h"
+#include "platform/status.h"
 #include "platform/windows.h"
 
 namespace corvane {
@@ -39,10 +39,6 @@ struct Library {
 Library& RichInkLibrary() {
   static Library library;
   return library;
-}
-
-ce::HRESULT LastStatus() {
-  return static_cast<ce::HRESULT>(ce::GetLastError());
 }
 
 // A file that is closed when it goes. Only null counts as no file, so one that could not be opened
@@ -75,7 +71,7 @@ ce::HRESULT StreamOut(ce::HWND window, ce::DWORD format, ce::BYTE** buffer, ce::
   if (status != ce::S_OK) return status;
   const ce::DWORD capacity = counted.position + kSlack;
   ce::LocalPtr<ce::BYTE> block(ce::LocalAlloc(ce::LMEM_FIXED, capacity));
-  if (!block) return LastStatus();
+  if (!block) return ce::LastErrorStatus();
   WriteState written{block.get(), 0, capacity};
   status = Send(window, ce::EM_STREAMOUT, format, StreamOver(written, WriteNote));
   if (status != ce::S_OK) return status;
@@ -87,11 +83,11 @@ ce::HRESULT StreamOut(ce::HWND window, ce::DWORD format, ce::BYTE** buffer, ce::
 ce::HRESULT ReadWhole(const char16_t* path, ce::LocalPtr<ce::BYTE>& bytes, ce::DWORD& size) {
   const NoteFile file(path);
   size = ce::GetFileSize(file.handle(), nullptr);
-  if (size == ce::INVALID_FILE_SIZE) return LastStatus();
+  if (size == ce::INVALID_FILE_SIZE) return ce::LastErrorStatus();
   bytes.reset(ce::LocalAlloc(ce::LMEM_FIXED, size));
-  if (!bytes) return LastStatus();
+  if (!bytes) return ce::LastErrorStatus();
   ce::DWORD read = 0;
-  if (!ce::ReadFile(file.handle(), bytes.get(), size, &read, nullptr)) return LastStatus();
+  if (!ce::ReadFile(file.handle(), bytes.get(), size, &read, nullptr)) return ce::LastErrorStatus();
   return read < size ? kShortTransfer : ce::S_OK;
 }
 
@@ -131,11 +127,11 @@ ce::HRESULT ConvertWithRichInk(const ce::BYTE* data, ce::DWORD size, ce::DWORD i
   const ce::HWND window = ce::CreateWindowExW(
       0, kRichInk, kRichInk, ce::WS_CHILD, ce::CW_USEDEFAULT, ce::CW_USEDEFAULT, ce::CW_USEDEFAULT,
       ce::CW_USEDEFAULT, ce::GetForegroundWindow(), 0, ce::GetModuleHandleW(nullptr), nullptr);
-  if (window == 0) return LastStatus();
+  if (window == 0) return ce::LastErrorStatus();
   ReadState source{data, 0, size};
   ce::HRESULT status = Send(window, ce::EM_STREAMIN, inputFormat, StreamOver(source, ReadNote));
   if (status == ce::S_OK) status = StreamOut(window, outputFormat, buffer, count);
-  if (!ce::DestroyWindow(window)) status = LastStatus();
+  if (!ce::DestroyWindow(window)) status = ce::LastErrorStatus();
   return status;
 }
 

@@ -7,8 +7,8 @@
 #include "agent/log/log.h"
 #include "platform/com_ptr.h"
 #include "platform/files.h"
-#include "platform/last_error.h"
 #include "platform/memory.h"
+#include "platform/status.h"
 
 namespace corvane {
 namespace {
@@ -45,12 +45,12 @@ ce::HRESULT WriteWhole(const char16_t* path, const ce::BYTE* bytes, ce::DWORD co
   // Only null counts as no file: a failure to make it shows when it is written to.
   const ce::HANDLE file = ce::CreateFileW(path, ce::GENERIC_WRITE, 0, nullptr, ce::CREATE_ALWAYS,
                                           ce::FILE_ATTRIBUTE_NORMAL, 0);
-  if (file == 0) return static_cast<ce::HRESULT>(ce::GetLastError());
+  if (file == 0) return ce::LastErrorStatus();
   ce::HRESULT status = ce::S_OK;
   if (count != 0) {
     ce::DWORD written = 0;
     if (!ce::WriteFile(file, bytes, count, &written, nullptr)) {
-      status = static_cast<ce::HRESULT>(ce::GetLastError());
+      status = ce::LastErrorStatus();
     } else if (written < count) {
       status = kShortTransfer;
     }

@@ -7,7 +7,7 @@
 #include "agent/device/card_enumeration.h"
 #include "agent/device/output_block.h"
 #include "platform/disk_space.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 
 namespace corvane {
 namespace {
@@ -94,7 +94,7 @@ ce::HRESULT CVCeGetDiskFreeSpaceEx(ce::DWORD inputCount, const ce::BYTE* input,
   // Handed out whatever becomes of it; the count tells whether it is meant.
   *output = reinterpret_cast<ce::BYTE*>(space);
   if (!ce::GetDiskFreeSpaceExW(path.data(), &space->free, &space->total, nullptr)) {
-    return static_cast<ce::HRESULT>(ce::GetLastError());
+    return ce::LastErrorStatus();
   }
   *outputCount = sizeof(*space);
   return ce::S_OK;

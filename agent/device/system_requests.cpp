@@ -4,9 +4,9 @@
 
 #include "agent/device/output_block.h"
 #include "agent/log/log.h"
-#include "platform/last_error.h"
 #include "platform/mobile_link.h"
 #include "platform/modules.h"
+#include "platform/status.h"
 #include "platform/system.h"
 
 namespace corvane {
@@ -43,7 +43,7 @@ ce::HRESULT CVCeGetExitCodeProcess(ce::DWORD inputCount, const ce::BYTE* input,
   ClearOutput(outputCount, output);
   auto* const exitCode = NewOutput<ce::DWORD>();
   *output = reinterpret_cast<ce::BYTE*>(exitCode);
-  if (!exitCode) return static_cast<ce::HRESULT>(ce::GetLastError());
+  if (!exitCode) return ce::LastErrorStatus();
   if (!ce::GetExitCodeProcess(process, exitCode)) {
     const ce::DWORD error = ce::GetLastError();
     LOG(u"GetExitCodeProcess failed");

@@ -1,8 +1,8 @@
 #include "agent/log/log.h"
 
 #include "agent/log/logger.h"
-#include "platform/last_error.h"
 #include "platform/registry.h"
+#include "platform/status.h"
 
 namespace corvane {
 namespace {

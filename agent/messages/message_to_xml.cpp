@@ -9,7 +9,6 @@
 #include "agent/xml/document.h"
 #include "agent/xml/values.h"
 #include "platform/com_ptr.h"
-#include "platform/last_error.h"
 #include "platform/status.h"
 
 namespace corvane {
@@ -168,7 +167,7 @@ HRESULT AddEntryIdAttribute(IXMLDOMDocument* document, IXMLDOMElement* element, 
   }
   Bstr value(text.data());
   // Memory that ran out shows as a positive code, which does not stop.
-  if (!value) RETURN_IF_FAILED(static_cast<HRESULT>(GetLastError()));
+  if (!value) RETURN_IF_FAILED(LastErrorStatus());
   return SetElementAttribute(document, element, u"Oid", value.address());
 }
 

@@ -9,7 +9,6 @@
 #include "agent/messages/sms_folder.h"
 #include "agent/xml/record_document.h"
 #include "platform/com_ptr.h"
-#include "platform/last_error.h"
 #include "platform/status.h"
 
 namespace corvane {
@@ -24,10 +23,10 @@ class MapiLogon {
  public:
   MapiLogon() {
     initialized_ = MAPIInitialize(nullptr) == S_OK;
-    if (!initialized_) status_ = static_cast<HRESULT>(GetLastError());
+    if (!initialized_) status_ = LastErrorStatus();
     if (Failed(status_)) return;
     if (MAPILogonEx(0, nullptr, nullptr, 0, session_.put()) != S_OK) {
-      status_ = static_cast<HRESULT>(GetLastError());
+      status_ = LastErrorStatus();
     }
   }
   MapiLogon(const MapiLogon&) = delete;

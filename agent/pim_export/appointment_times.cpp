@@ -3,7 +3,6 @@
 #include "agent/time/file_time.h"
 #include "agent/vocabulary/appointment_fields.h"
 #include "platform/clock.h"
-#include "platform/last_error.h"
 #include "platform/status.h"
 #include "platform/system.h"
 
@@ -50,7 +49,7 @@ HRESULT FindLastDay(const AppointmentTimes& times, bool isRecurring, DATE* lastD
   *known = false;
   OSVERSIONINFO version{};
   version.dwOSVersionInfoSize = sizeof(version);
-  if (!GetVersionExW(&version)) return static_cast<HRESULT>(GetLastError());
+  if (!GetVersionExW(&version)) return LastErrorStatus();
   const LONG days = times.duration / kMinutesPerDay;
   const bool longer = version.dwMajorVersion == kLongerSeriesVersion && isRecurring;
   *lastDay = times.start + (longer ? days : days - 1);

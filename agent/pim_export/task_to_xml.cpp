@@ -8,7 +8,6 @@
 #include "agent/xml/values.h"
 #include "platform/clock.h"
 #include "platform/com_ptr.h"
-#include "platform/last_error.h"
 #include "platform/status.h"
 
 namespace corvane {
@@ -30,7 +29,7 @@ struct TaskRecord : ItemRecord<ITask> {
 HRESULT ToFileTime(DATE date, FILETIME* ticks) {
   SYSTEMTIME time{};
   if (!VariantTimeToSystemTime(date, &time)) return E_UNEXPECTED;
-  return SystemTimeToFileTime(&time, ticks) ? S_OK : static_cast<HRESULT>(GetLastError());
+  return SystemTimeToFileTime(&time, ticks) ? S_OK : LastErrorStatus();
 }
 
 HRESULT AddReminderTime(TaskRecord& record, const TaskField& field) {

@@ -7,6 +7,7 @@
 #include "agent/pim_import/record_fields.h"
 #include "agent/pim_import/recurrence_from_xml.h"
 #include "agent/vocabulary/appointment_fields.h"
+#include "platform/status.h"
 #include "platform/system.h"
 
 namespace corvane {

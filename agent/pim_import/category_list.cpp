@@ -8,8 +8,8 @@
 #include "agent/pim_import/child_nodes.h"
 #include "agent/pim_import/field_values.h"
 #include "agent/vocabulary/contact_fields.h"
-#include "platform/last_error.h"
 #include "platform/pocket_outlook.h"
+#include "platform/status.h"
 
 namespace corvane {
 
@@ -57,7 +57,7 @@ HRESULT ParseXMLCategoriesList(IXMLDOMNode* container, BSTR* categories) {
   HRESULT status = CollectCategories(container, &names);
   if (Succeeded(status) && !names.view().empty()) {
     Bstr text(names.view());
-    if (!text) status = static_cast<HRESULT>(GetLastError());
+    if (!text) status = LastErrorStatus();
     *categories = text.detach();
   }
   LOG(u"returning %ld", status);

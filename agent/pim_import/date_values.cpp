@@ -10,7 +10,6 @@
 #include "agent/pim_import/scan.h"
 #include "agent/time/zone.h"
 #include "platform/com_ptr.h"
-#include "platform/last_error.h"
 #include "platform/status.h"
 
 namespace corvane {

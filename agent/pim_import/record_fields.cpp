@@ -2,7 +2,7 @@
 
 #include "agent/pim_import/category_list.h"
 #include "agent/pim_import/field_values.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 
 namespace corvane {
 
@@ -58,11 +58,6 @@ HRESULT ReadFlag(IXMLDOMNode* record, const WCHAR* element, VARIANT_BOOL* flag) 
   const HRESULT status = GetChildBool(record, element, &value, 0);
   *flag = value ? VARIANT_TRUE : VARIANT_FALSE;
   return status;
-}
-
-HRESULT LastErrorStatus() {
-  const DWORD error = GetLastError();
-  return error ? static_cast<HRESULT>(error) : E_UNEXPECTED;
 }
 
 }  // namespace corvane

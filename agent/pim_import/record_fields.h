@@ -23,9 +23,6 @@ ce::HRESULT ReadDateTime(ce::IXMLDOMNode* record, const ce::WCHAR* element, ce::
 // VARIANT_TRUE for exactly "TRUE". Always S_OK.
 ce::HRESULT ReadFlag(ce::IXMLDOMNode* record, const ce::WCHAR* element, ce::VARIANT_BOOL* flag);
 
-// Why a call that tells no more has just failed: the thread's last error, never S_OK.
-ce::HRESULT LastErrorStatus();
-
 template <typename Item>
 ce::HRESULT PutText(ce::IXMLDOMNode* record, const ce::WCHAR* element, Item* item,
                     ce::HRESULT (Item::*put)(ce::BSTR)) {

@@ -8,6 +8,7 @@
 #include "agent/time/file_time.h"
 #include "agent/vocabulary/task_fields.h"
 #include "platform/clock.h"
+#include "platform/status.h"
 
 namespace corvane {
 

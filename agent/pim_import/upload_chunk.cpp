@@ -4,7 +4,7 @@
 
 #include "agent/core/corvane_stream.h"
 #include "agent/log/log.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 
 namespace corvane {
 
@@ -40,12 +40,12 @@ HRESULT ReadChunkCount(CorvaneStream* stream, DWORD* count) {
 bool UploadChunk::Receive(CorvaneStream* stream, DWORD count, HRESULT* status) {
   const std::size_t whole = std::size_t{count} + 1;
   if ((whole > kFirstCapacity && !IsWithinBound(whole)) || !Grow(whole)) {
-    *status = static_cast<HRESULT>(GetLastError());
+    *status = LastErrorStatus();
     return false;
   }
   while (size_ < count) {
     if (size_ + std::size_t{1} == capacity_ && !Grow(whole)) {
-      *status = static_cast<HRESULT>(GetLastError());
+      *status = LastErrorStatus();
       return false;
     }
     DWORD read = 0;

@@ -16,7 +16,6 @@
 #include "agent/vocabulary/contact_fields.h"
 #include "agent/vocabulary/outlook_session.h"
 #include "agent/vocabulary/task_fields.h"
-#include "platform/last_error.h"
 #include "platform/status.h"
 
 namespace corvane {

@@ -5,8 +5,8 @@
 #include "agent/log/log.h"
 #include "agent/time/file_time.h"
 #include "agent/time/zone.h"
-#include "platform/last_error.h"
 #include "platform/memory.h"
+#include "platform/status.h"
 
 namespace corvane {
 
@@ -35,7 +35,7 @@ ce::HRESULT CVCeGetSystemTime(ce::DWORD /*inputCount*/, const ce::BYTE* /*input*
                               ce::DWORD* outputCount, ce::BYTE** output, CorvaneStream* stream) {
   if (stream) return ce::E_INVALIDARG;
   void* block = ce::LocalAlloc(ce::LMEM_ZEROINIT, sizeof(ce::SYSTEMTIME));
-  if (!block) return static_cast<ce::HRESULT>(ce::GetLastError());
+  if (!block) return ce::LastErrorStatus();
   ce::SYSTEMTIME now{};
   ce::GetSystemTime(&now);
   std::memcpy(block, &now, sizeof(now));
@@ -50,7 +50,7 @@ ce::HRESULT CVCeSetSystemTime(ce::DWORD inputCount, const ce::BYTE* input, ce::D
   if (inputCount != sizeof(utc) || stream) return ce::E_INVALIDARG;
   *outputCount = 0;
   std::memcpy(&utc, input, sizeof(utc));
-  return MySetSystemTime(utc) ? ce::S_OK : static_cast<ce::HRESULT>(ce::GetLastError());
+  return MySetSystemTime(utc) ? ce::S_OK : ce::LastErrorStatus();
 }
 
 }  // namespace corvane

@@ -5,7 +5,6 @@
 #include "agent/log/log.h"
 #include "agent/xml/stream_words.h"
 #include "platform/com_ptr.h"
-#include "platform/last_error.h"
 #include "platform/status.h"
 
 namespace corvane {
@@ -55,7 +54,7 @@ HRESULT CreateXMLObjects(IXMLDOMDocument** document, IXMLDOMElement** root) {
   *root = nullptr;
   const Bstr target(u"XML");
   const Bstr data(u"version=\"1.0\" encoding=\"UTF-8\"");
-  if (!target || !data) return static_cast<HRESULT>(GetLastError());
+  if (!target || !data) return LastErrorStatus();
 
   ComPtr<IXMLDOMDocument> made;
   RETURN_IF_FAILED(CoCreateInstance(CLSID_DOMDocument, nullptr, CLSCTX_INPROC_SERVER,

@@ -9,7 +9,6 @@
 #include "agent/time/zone.h"
 #include "agent/xml/document.h"
 #include "platform/com_ptr.h"
-#include "platform/last_error.h"
 #include "platform/status.h"
 #include "platform/text.h"
 
@@ -21,10 +20,6 @@ namespace {
 
 // Large enough for both date pictures.
 using DateText = std::array<WCHAR, 24>;
-
-HRESULT LastErrorStatus() {
-  return static_cast<HRESULT>(GetLastError());
-}
 
 // A time that has no text is left out: only a negative code stops an exporter.
 HRESULT LeftOut() {

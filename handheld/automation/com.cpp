@@ -3,6 +3,7 @@
 #include "handheld/automation/com_classes.h"
 #include "handheld/base/fault.h"
 #include "platform/pocket_outlook.h"
+#include "platform/status.h"
 #include "platform/xml_dom.h"
 
 namespace ce {
@@ -16,7 +17,7 @@ void CoUninitialize() {}
 HRESULT CoCreateInstance(const GUID& classId, IUnknown*, DWORD, const GUID& iid, void** out) {
   if (!out) return E_POINTER;
   *out = nullptr;
-  if (const HRESULT fault = host::FaultStatus("CoCreateInstance"); Failed(fault)) return fault;
+  RETURN_IF_FAILED(host::FaultStatus("CoCreateInstance"));
   if (classId == CLSID_DOMDocument) return host::CreateDomDocument(iid, out);
   if (classId == CLSID_Application) return host::CreateOutlookApp(iid, out);
   return REGDB_E_CLASSNOTREG;

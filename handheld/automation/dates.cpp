@@ -3,7 +3,7 @@
 
 #include "handheld/base/fault.h"
 #include "platform/automation.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 
 namespace ce {
 namespace {

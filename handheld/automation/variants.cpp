@@ -3,7 +3,7 @@
 
 #include "handheld/base/fault.h"
 #include "platform/automation.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 
 namespace ce {
 
@@ -57,14 +57,14 @@ SAFEARRAY* SafeArrayCreateVector(VARTYPE type, LONG lowerBound, DWORD elements) 
 HRESULT SafeArrayAccessData(SAFEARRAY* array, void** data) {
   if (!data) return E_POINTER;
   *data = nullptr;
-  if (const HRESULT fault = host::FaultStatus("SafeArrayAccessData"); Failed(fault)) return fault;
+  RETURN_IF_FAILED(host::FaultStatus("SafeArrayAccessData"));
   if (!array) return E_INVALIDARG;
   *data = array->data();
   return S_OK;
 }
 
 HRESULT SafeArrayUnaccessData(SAFEARRAY* array) {
-  if (const HRESULT fault = host::FaultStatus("SafeArrayUnaccessData"); Failed(fault)) return fault;
+  RETURN_IF_FAILED(host::FaultStatus("SafeArrayUnaccessData"));
   return array ? S_OK : E_INVALIDARG;
 }
 

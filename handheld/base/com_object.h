@@ -5,6 +5,7 @@
 
 #include "handheld/base/fault.h"
 #include "platform/com.h"
+#include "platform/status.h"
 
 namespace ce::host {
 
@@ -28,7 +29,7 @@ class UnknownObject : public Interface {
   HRESULT QueryInterface(const GUID& iid, void** out) override {
     if (!out) return E_POINTER;
     *out = nullptr;
-    if (const HRESULT fault = FaultStatus("QueryInterface"); Failed(fault)) return fault;
+    RETURN_IF_FAILED(FaultStatus("QueryInterface"));
     if (iid == IUnknown::kIid || iid == Interface::kIid || (... || (iid == Bases::kIid))) {
       *out = static_cast<Interface*>(this);
     } else {

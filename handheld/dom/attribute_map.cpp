@@ -1,6 +1,6 @@
 #include "handheld/dom/attribute_map.h"
 
-#include "handheld/dom/guarded.h"
+#include "handheld/base/guarded.h"
 
 namespace ce::host::dom {
 

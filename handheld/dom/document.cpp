@@ -4,9 +4,9 @@
 #include <string>
 
 #include "handheld/automation/com_classes.h"
+#include "handheld/base/guarded.h"
 #include "handheld/dom/attribute.h"
 #include "handheld/dom/element.h"
-#include "handheld/dom/guarded.h"
 #include "handheld/dom/instruction.h"
 #include "handheld/dom/loader.h"
 #include "handheld/dom/serializer.h"

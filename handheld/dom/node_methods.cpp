@@ -1,9 +1,9 @@
 #include "handheld/dom/node_methods.h"
 
+#include "handheld/base/guarded.h"
 #include "handheld/dom/attribute_map.h"
 #include "handheld/dom/document.h"
 #include "handheld/dom/element.h"
-#include "handheld/dom/guarded.h"
 #include "handheld/dom/utf.h"
 
 namespace ce::host::dom::methods {

@@ -2,12 +2,12 @@
 #include <utility>
 
 #include "handheld/base/com_object.h"
-#include "handheld/base/guard.h"
+#include "handheld/base/guarded.h"
 #include "handheld/directory/handheld.h"
 #include "handheld/messages/objects.h"
 #include "handheld/messages/table.h"
 #include "platform/com_ptr.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 
 namespace ce {
 namespace host {

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <utility>
 
-#include "handheld/base/guard.h"
+#include "handheld/base/guarded.h"
 #include "handheld/messages/message_box.h"
 #include "handheld/store/stored_text.h"
 

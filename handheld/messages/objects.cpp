@@ -1,6 +1,6 @@
 #include "handheld/messages/objects.h"
 
-#include "handheld/base/guard.h"
+#include "handheld/base/guarded.h"
 #include "handheld/messages/properties.h"
 
 namespace ce::host {

@@ -1,7 +1,7 @@
 #include <utility>
 
 #include "handheld/base/com_object.h"
-#include "handheld/base/guard.h"
+#include "handheld/base/guarded.h"
 #include "handheld/messages/objects.h"
 #include "handheld/messages/properties.h"
 #include "platform/com_ptr.h"

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "handheld/base/com_object.h"
-#include "handheld/base/guard.h"
+#include "handheld/base/guarded.h"
 
 namespace ce::host {
 namespace {

@@ -1,6 +1,6 @@
 #include "platform/modules.h"
 
-#include "handheld/base/calls.h"
+#include "handheld/base/guarded.h"
 #include "handheld/modules/module_table.h"
 
 namespace ce {

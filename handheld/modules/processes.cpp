@@ -1,6 +1,6 @@
 #include <unistd.h>
 
-#include "handheld/base/calls.h"
+#include "handheld/base/guarded.h"
 #include "platform/modules.h"
 
 namespace ce {

@@ -15,7 +15,7 @@
 #include "handheld/network/socket_errors.h"
 #include "handheld/network/socket_table.h"
 #include "handheld/network/socket_watcher.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 
 namespace ce {
 namespace host {

@@ -14,7 +14,7 @@
 
 #include "handheld/base/fault.h"
 #include "handheld/network/socket_errors.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 
 namespace ce {
 namespace {

@@ -4,7 +4,7 @@
 #include <chrono>
 #include <thread>
 
-#include "platform/last_error.h"
+#include "platform/status.h"
 
 namespace ce::host {
 namespace {

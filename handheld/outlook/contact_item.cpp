@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "handheld/base/com_object.h"
-#include "handheld/base/guard.h"
+#include "handheld/base/guarded.h"
 #include "handheld/outlook/item_list.h"
 #include "handheld/outlook/item_property.h"
 #include "handheld/store/contact_row.h"

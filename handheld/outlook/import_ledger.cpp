@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "handheld/base/guard.h"
+#include "handheld/base/guarded.h"
 #include "handheld/outlook/outlook_app.h"
 
 namespace ce::host {

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "handheld/base/com_object.h"
-#include "handheld/base/guard.h"
+#include "handheld/base/guarded.h"
 #include "handheld/outlook/item_list.h"
 
 namespace ce::host {

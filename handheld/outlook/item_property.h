@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "handheld/base/guard.h"
+#include "handheld/base/guarded.h"
 #include "handheld/store/item_texts.h"
 #include "handheld/store/ole_date.h"
 #include "platform/automation.h"

@@ -6,10 +6,10 @@
 
 #include "handheld/automation/com_classes.h"
 #include "handheld/base/com_object.h"
-#include "handheld/base/guard.h"
+#include "handheld/base/guarded.h"
 #include "handheld/outlook/item_collection.h"
 #include "platform/com_ptr.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 
 namespace ce::host {
 namespace {

@@ -3,7 +3,7 @@
 #include <limits>
 #include <utility>
 
-#include "handheld/base/guard.h"
+#include "handheld/base/guarded.h"
 #include "handheld/store/stored_text.h"
 
 namespace ce::host {

@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-#include "handheld/base/guard.h"
+#include "handheld/base/guarded.h"
 #include "handheld/base/handle_table.h"
 #include "handheld/phone/call_rows.h"
 #include "platform/com_ptr.h"

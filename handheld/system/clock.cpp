@@ -2,7 +2,7 @@
 
 #include <time.h>
 
-#include "handheld/base/calls.h"
+#include "handheld/base/guarded.h"
 #include "handheld/clock/handheld_clock.h"
 #include "handheld/clock/zone.h"
 #include "handheld/directory/handheld.h"
@@ -10,8 +10,8 @@
 namespace ce {
 namespace {
 
-using host::Guarded;
 using host::GuardedBool;
+using host::GuardedCode;
 using host::Handheld;
 
 constexpr LONGLONG kNanosecondsPerSecond = 1'000'000'000;
@@ -21,7 +21,7 @@ constexpr LONGLONG kNanosecondsPerSecond = 1'000'000'000;
 void GetSystemTime(SYSTEMTIME* time) {
   if (!time) return;
   *time = {};
-  const DWORD error = Guarded("GetSystemTime", [&]() -> DWORD {
+  const DWORD error = GuardedCode("GetSystemTime", [&]() -> DWORD {
     Handheld* handheld = Handheld::Current();
     if (!handheld) return ERROR_NOT_READY;
     *time = host::SystemTimeFromTicks(handheld->clock().Now());
@@ -42,7 +42,7 @@ BOOL SetSystemTime(const SYSTEMTIME* time) {
 void GetLocalTime(SYSTEMTIME* time) {
   if (!time) return;
   *time = {};
-  const DWORD error = Guarded("GetLocalTime", [&]() -> DWORD {
+  const DWORD error = GuardedCode("GetLocalTime", [&]() -> DWORD {
     Handheld* handheld = Handheld::Current();
     if (!handheld) return ERROR_NOT_READY;
     const LONGLONG utc = handheld->clock().Now();
@@ -55,7 +55,7 @@ void GetLocalTime(SYSTEMTIME* time) {
 
 DWORD GetTimeZoneInformation(TIME_ZONE_INFORMATION* zone) {
   DWORD state = TIME_ZONE_ID_INVALID;
-  const DWORD error = Guarded("GetTimeZoneInformation", [&]() -> DWORD {
+  const DWORD error = GuardedCode("GetTimeZoneInformation", [&]() -> DWORD {
     if (!zone) return ERROR_INVALID_PARAMETER;
     Handheld* handheld = Handheld::Current();
     if (!handheld) return ERROR_NOT_READY;

@@ -4,7 +4,7 @@
 
 #include <cerrno>
 
-#include "handheld/base/calls.h"
+#include "handheld/base/guarded.h"
 #include "handheld/base/host_error.h"
 #include "handheld/system/device_path.h"
 

@@ -9,7 +9,7 @@
 #include <memory>
 #include <utility>
 
-#include "handheld/base/calls.h"
+#include "handheld/base/guarded.h"
 #include "handheld/base/handle_table.h"
 #include "handheld/base/host_error.h"
 #include "handheld/system/device_path.h"
@@ -19,8 +19,8 @@ namespace {
 
 using host::DevicePath;
 using host::ErrorFromErrno;
-using host::Guarded;
 using host::GuardedBool;
+using host::GuardedCode;
 using host::UniqueFd;
 
 struct OpenFile : host::HandleObject {
@@ -95,7 +95,7 @@ HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD, void*, DWORD disposit
                    HANDLE) {
   HANDLE handle = INVALID_HANDLE_VALUE;
   DWORD note = ERROR_SUCCESS;
-  const DWORD error = Guarded("CreateFileW", [&]() -> DWORD {
+  const DWORD error = GuardedCode("CreateFileW", [&]() -> DWORD {
     DevicePath entry;
     if (const DWORD failed = host::ResolveDevicePath(path, entry)) return failed;
     if (const DWORD failed = CheckDisposition(disposition, entry.exists)) return failed;
@@ -145,7 +145,7 @@ BOOL WriteFile(HANDLE file, const void* buffer, DWORD bytes, DWORD* written, voi
 
 DWORD GetFileSize(HANDLE file, DWORD* sizeHigh) {
   std::uint64_t size = 0;
-  const DWORD error = Guarded("GetFileSize", [&]() -> DWORD {
+  const DWORD error = GuardedCode("GetFileSize", [&]() -> DWORD {
     std::shared_ptr<OpenFile> open;
     if (const DWORD failed = FindFile(file, open)) return failed;
     struct stat status = {};
@@ -161,7 +161,7 @@ DWORD GetFileSize(HANDLE file, DWORD* sizeHigh) {
 
 DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method) {
   LONGLONG position = 0;
-  const DWORD error = Guarded("SetFilePointer", [&]() -> DWORD {
+  const DWORD error = GuardedCode("SetFilePointer", [&]() -> DWORD {
     std::shared_ptr<OpenFile> open;
     if (const DWORD failed = FindFile(file, open)) return failed;
     const LONGLONG full = distanceHigh ? LONGLONG{*distanceHigh} << 32 |

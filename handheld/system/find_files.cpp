@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "common/text/utf.h"
-#include "handheld/base/calls.h"
+#include "handheld/base/guarded.h"
 #include "handheld/base/handle_table.h"
 #include "handheld/system/device_path.h"
 #include "handheld/system/directory_entries.h"

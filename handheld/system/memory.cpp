@@ -6,7 +6,7 @@
 
 #include "handheld/base/fault.h"
 #include "handheld/directory/handheld.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 
 namespace ce {
 namespace {

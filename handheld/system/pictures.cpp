@@ -4,14 +4,14 @@
 #include <string>
 #include <string_view>
 
-#include "handheld/base/calls.h"
+#include "handheld/base/guarded.h"
 #include "platform/clock.h"
 #include "platform/text.h"
 
 namespace ce {
 namespace {
 
-using host::Guarded;
+using host::GuardedCode;
 
 // A letter of a picture and how many of it mean what. The longest row that fits is taken.
 struct Field {
@@ -91,7 +91,7 @@ INT Format(const char* call, const std::array<Field, kCount>& fields,
            bool (*possible)(const SYSTEMTIME&), const SYSTEMTIME* given, const WCHAR* picture,
            WCHAR* out, INT characters) {
   INT result = 0;
-  const DWORD error = Guarded(call, [&]() -> DWORD {
+  const DWORD error = GuardedCode(call, [&]() -> DWORD {
     SYSTEMTIME time{};
     if (given) {
       time = *given;

@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-#include "handheld/base/calls.h"
+#include "handheld/base/guarded.h"
 #include "handheld/base/handle_table.h"
 #include "handheld/directory/handheld.h"
 #include "handheld/registry/registry_store.h"
@@ -13,7 +13,7 @@
 namespace ce {
 namespace {
 
-using host::Guarded;
+using host::GuardedCode;
 using host::Registry;
 
 struct OpenKey : host::HandleObject {
@@ -72,7 +72,7 @@ LONG Answer(DWORD error) {
 }  // namespace
 
 LONG RegOpenKeyExW(HKEY parent, const WCHAR* subKey, DWORD, DWORD, HKEY* result) {
-  return Answer(Guarded("RegOpenKeyExW", [&]() -> DWORD {
+  return Answer(GuardedCode("RegOpenKeyExW", [&]() -> DWORD {
     if (!result) return ERROR_INVALID_PARAMETER;
     KeyTarget target;
     if (const DWORD error = FindSubKey(parent, subKey, target)) return error;
@@ -84,7 +84,7 @@ LONG RegOpenKeyExW(HKEY parent, const WCHAR* subKey, DWORD, DWORD, HKEY* result)
 
 LONG RegCreateKeyExW(HKEY parent, const WCHAR* subKey, DWORD, WCHAR*, DWORD, DWORD, void*,
                      HKEY* result, DWORD* disposition) {
-  return Answer(Guarded("RegCreateKeyExW", [&]() -> DWORD {
+  return Answer(GuardedCode("RegCreateKeyExW", [&]() -> DWORD {
     if (!result) return ERROR_INVALID_PARAMETER;
     KeyTarget target;
     if (const DWORD error = FindSubKey(parent, subKey, target)) return error;
@@ -97,7 +97,7 @@ LONG RegCreateKeyExW(HKEY parent, const WCHAR* subKey, DWORD, WCHAR*, DWORD, DWO
 }
 
 LONG RegQueryValueExW(HKEY key, const WCHAR* name, DWORD*, DWORD* type, BYTE* data, DWORD* size) {
-  return Answer(Guarded("RegQueryValueExW", [&]() -> DWORD {
+  return Answer(GuardedCode("RegQueryValueExW", [&]() -> DWORD {
     if (data && !size) return ERROR_INVALID_PARAMETER;
     KeyTarget target;
     if (const DWORD error = FindKey(key, target)) return error;
@@ -114,7 +114,7 @@ LONG RegQueryValueExW(HKEY key, const WCHAR* name, DWORD*, DWORD* type, BYTE* da
 }
 
 LONG RegSetValueExW(HKEY key, const WCHAR* name, DWORD, DWORD type, const BYTE* data, DWORD size) {
-  return Answer(Guarded("RegSetValueExW", [&]() -> DWORD {
+  return Answer(GuardedCode("RegSetValueExW", [&]() -> DWORD {
     if (!data && size != 0) return ERROR_INVALID_PARAMETER;
     KeyTarget target;
     if (const DWORD error = FindKey(key, target)) return error;
@@ -127,7 +127,7 @@ LONG RegSetValueExW(HKEY key, const WCHAR* name, DWORD, DWORD type, const BYTE* 
 }
 
 LONG RegCloseKey(HKEY key) {
-  return Answer(Guarded("RegCloseKey", [&]() -> DWORD {
+  return Answer(GuardedCode("RegCloseKey", [&]() -> DWORD {
     if (key == HKEY_LOCAL_MACHINE) return ERROR_SUCCESS;
     return Keys().Close(key) ? ERROR_SUCCESS : ERROR_INVALID_HANDLE;
   }));

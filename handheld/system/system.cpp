@@ -5,15 +5,15 @@
 #include <algorithm>
 #include <string_view>
 
-#include "handheld/base/calls.h"
+#include "handheld/base/guarded.h"
 #include "handheld/directory/handheld.h"
 #include "handheld/system/language.h"
 
 namespace ce {
 namespace {
 
-using host::Guarded;
 using host::GuardedBool;
+using host::GuardedCode;
 using host::Handheld;
 
 constexpr DWORD kPlatformWindowsCe = 3;
@@ -41,7 +41,7 @@ BOOL GetVersionExW(OSVERSIONINFO* version) {
 
 LANGID GetSystemDefaultLangID() {
   LANGID language = host::kLangEnglishUs;
-  const DWORD error = Guarded("GetSystemDefaultLangID", [&]() -> DWORD {
+  const DWORD error = GuardedCode("GetSystemDefaultLangID", [&]() -> DWORD {
     const Handheld* handheld = Handheld::Current();
     if (!handheld) return ERROR_NOT_READY;
     language = static_cast<LANGID>(handheld->Number(host::setting::kLanguage, language));
@@ -53,7 +53,7 @@ LANGID GetSystemDefaultLangID() {
 
 DWORD GetModuleFileNameW(HANDLE module, WCHAR* name, DWORD characters) {
   DWORD written = 0;
-  const DWORD error = Guarded("GetModuleFileNameW", [&]() -> DWORD {
+  const DWORD error = GuardedCode("GetModuleFileNameW", [&]() -> DWORD {
     if (module != 0) return ERROR_INVALID_HANDLE;
     if (!name || characters == 0) return ERROR_INVALID_PARAMETER;
     if (characters <= kModuleName.size()) return ERROR_INSUFFICIENT_BUFFER;
@@ -67,7 +67,7 @@ DWORD GetModuleFileNameW(HANDLE module, WCHAR* name, DWORD characters) {
 
 DWORD GetCurrentProcessId() {
   // It cannot fail; a fault shows as a process that has no number.
-  return Guarded("GetCurrentProcessId", [] { return ERROR_SUCCESS; }) == ERROR_SUCCESS
+  return GuardedCode("GetCurrentProcessId", [] { return ERROR_SUCCESS; }) == ERROR_SUCCESS
              ? static_cast<DWORD>(::getpid())
              : 0;
 }

@@ -5,13 +5,13 @@
 #include <string>
 #include <string_view>
 
-#include "handheld/base/calls.h"
+#include "handheld/base/guarded.h"
 #include "handheld/system/code_page.h"
 
 namespace ce {
 namespace {
 
-using host::Guarded;
+using host::GuardedCode;
 
 constexpr DWORD kErrorOnInvalid = 0x8;  // MB_ERR_INVALID_CHARS
 
@@ -55,7 +55,7 @@ UINT PageOf(UINT codePage) {
 INT WideCharToMultiByte(UINT codePage, DWORD, const WCHAR* text, INT characters, char* out,
                         INT bytes, const char* defaultChar, BOOL* usedDefault) {
   INT result = 0;
-  const DWORD error = Guarded("WideCharToMultiByte", [&]() -> DWORD {
+  const DWORD error = GuardedCode("WideCharToMultiByte", [&]() -> DWORD {
     std::u16string_view view;
     if (const DWORD failed = TextOf(text, characters, view)) return failed;
     const auto encoded = host::EncodeText(PageOf(codePage), view, defaultChar ? *defaultChar : '?');
@@ -69,7 +69,7 @@ INT WideCharToMultiByte(UINT codePage, DWORD, const WCHAR* text, INT characters,
 INT MultiByteToWideChar(UINT codePage, DWORD flags, const char* text, INT bytes, WCHAR* out,
                         INT characters) {
   INT result = 0;
-  const DWORD error = Guarded("MultiByteToWideChar", [&]() -> DWORD {
+  const DWORD error = GuardedCode("MultiByteToWideChar", [&]() -> DWORD {
     std::string_view view;
     if (const DWORD failed = TextOf(text, bytes, view)) return failed;
     bool wellFormed = true;

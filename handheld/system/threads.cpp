@@ -8,7 +8,7 @@
 #include "handheld/base/fault.h"
 #include "handheld/base/handle_table.h"
 #include "handheld/network/socket_watcher.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 
 namespace ce {
 namespace {

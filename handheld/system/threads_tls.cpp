@@ -2,7 +2,7 @@
 #include <mutex>
 
 #include "handheld/base/fault.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 #include "platform/threads.h"
 
 namespace ce {

@@ -11,7 +11,7 @@
 #include "handheld/system/device_path.h"
 #include "handheld/tool/usage_error.h"
 #include "platform/files.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 
 namespace tool {
 namespace {

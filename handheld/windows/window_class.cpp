@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "common/text/utf.h"
-#include "handheld/base/calls.h"
+#include "handheld/base/guarded.h"
 
 namespace ce {
 namespace host {

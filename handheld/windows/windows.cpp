@@ -5,7 +5,7 @@
 #include <unordered_map>
 #include <utility>
 
-#include "handheld/base/calls.h"
+#include "handheld/base/guarded.h"
 #include "handheld/directory/handheld.h"
 #include "handheld/windows/window_class.h"
 

@@ -13,7 +13,7 @@
 #include "handheld/network/listen_options.h"
 #include "handheld/network/time_lapse.h"
 #include "handheld/system/threads.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 #include "tests/agent/core/core_support.h"
 
 namespace corvane {

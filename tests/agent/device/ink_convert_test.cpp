@@ -8,8 +8,8 @@
 
 #include "handheld/base/fault.h"
 #include "platform/files.h"
-#include "platform/last_error.h"
 #include "platform/modules.h"
+#include "platform/status.h"
 #include "tests/agent/device/ink_support.h"
 #include "tests/support/fault_runs.h"
 

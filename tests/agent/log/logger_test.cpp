@@ -11,7 +11,7 @@
 #include "agent/log/log.h"
 #include "handheld/base/fault.h"
 #include "platform/clock.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 #include "platform/system.h"
 #include "platform/text.h"
 #include "tests/agent/log/log_support.h"

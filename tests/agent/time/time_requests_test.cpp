@@ -7,8 +7,8 @@
 
 #include "agent/log/log.h"
 #include "handheld/base/fault.h"
-#include "platform/last_error.h"
 #include "platform/memory.h"
+#include "platform/status.h"
 #include "tests/agent/time/time_support.h"
 
 namespace corvane {

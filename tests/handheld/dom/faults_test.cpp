@@ -1,15 +1,13 @@
 #include <string>
 
 #include "handheld/base/fault.h"
+#include "platform/status.h"
 #include "tests/handheld/dom/dom_support.h"
 
 namespace ce::testing {
 namespace {
 
 using host::FaultPlan;
-
-#define RETURN_IF_FAILED(expression) \
-  if (const HRESULT status_ = (expression); Failed(status_)) return status_
 
 HRESULT Make(Document& document) {
   return CoCreateInstance(CLSID_DOMDocument, nullptr, CLSCTX_INPROC_SERVER, IXMLDOMDocument::kIid,

@@ -1,6 +1,6 @@
 #include <thread>
 
-#include "platform/last_error.h"
+#include "platform/status.h"
 #include "tests/handheld/messages/mapi_support.h"
 
 namespace ce::host::testing {

@@ -4,7 +4,7 @@
 #include <unistd.h>
 
 #include "handheld/base/fault.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 #include "tests/support/test_handheld.h"
 
 namespace corvane {

@@ -8,7 +8,7 @@
 #include "handheld/network/socket_errors.h"
 #include "handheld/network/socket_table.h"
 #include "handheld/network/socket_watcher.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 #include "tests/handheld/network/descriptor_limit.h"
 #include "tests/handheld/network/loopback.h"
 

@@ -5,8 +5,8 @@
 
 #include "handheld/base/fault.h"
 #include "handheld/network/socket_errors.h"
-#include "platform/last_error.h"
 #include "platform/sockets.h"
+#include "platform/status.h"
 
 namespace ce {
 namespace {

@@ -9,7 +9,7 @@
 
 #include "handheld/base/fault.h"
 #include "handheld/network/socket_errors.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 #include "tests/handheld/network/loopback.h"
 
 namespace corvane::testing {

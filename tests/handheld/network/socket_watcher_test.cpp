@@ -4,7 +4,7 @@
 
 #include "handheld/base/fault.h"
 #include "handheld/system/threads.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 #include "tests/handheld/network/descriptor_limit.h"
 #include "tests/handheld/network/loopback.h"
 

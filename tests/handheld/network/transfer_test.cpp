@@ -6,7 +6,7 @@
 #include "handheld/base/fault.h"
 #include "handheld/network/socket_errors.h"
 #include "handheld/network/socket_watcher.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 #include "tests/handheld/network/loopback.h"
 
 namespace corvane::testing {

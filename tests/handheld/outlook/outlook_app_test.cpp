@@ -1,6 +1,6 @@
 #include "handheld/outlook/outlook_app.h"
 
-#include "platform/last_error.h"
+#include "platform/status.h"
 #include "tests/handheld/outlook/outlook_support.h"
 
 namespace ce::host::testing {

@@ -7,7 +7,7 @@
 
 #include "handheld/base/fault.h"
 #include "handheld/clock/handheld_clock.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 #include "tests/support/test_handheld.h"
 
 namespace ce {

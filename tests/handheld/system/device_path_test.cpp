@@ -9,7 +9,7 @@
 
 #include "common/text/utf.h"
 #include "platform/files.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 #include "tests/support/test_handheld.h"
 
 namespace corvane {

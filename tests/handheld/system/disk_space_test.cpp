@@ -5,7 +5,7 @@
 #include <functional>
 
 #include "handheld/base/fault.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 #include "tests/support/paths.h"
 #include "tests/support/test_handheld.h"
 #include "tests/support/volume_room.h"

@@ -5,7 +5,7 @@
 
 #include "handheld/base/fault.h"
 #include "platform/files.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 #include "tests/support/test_handheld.h"
 
 namespace corvane {

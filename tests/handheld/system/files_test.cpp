@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "handheld/base/fault.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 #include "tests/support/test_handheld.h"
 
 namespace corvane {

@@ -11,7 +11,7 @@
 #include "handheld/base/fault.h"
 #include "handheld/system/directory_entries.h"
 #include "platform/files.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 #include "tests/support/fault_runs.h"
 #include "tests/support/test_handheld.h"
 

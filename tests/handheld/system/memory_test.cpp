@@ -8,7 +8,7 @@
 
 #include "handheld/base/fault.h"
 #include "handheld/directory/handheld.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 #include "tests/support/test_handheld.h"
 
 namespace corvane::testing {

@@ -12,7 +12,7 @@
 #include "handheld/base/fault.h"
 #include "handheld/system/threads.h"
 #include "platform/files.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 
 namespace ce {
 namespace {

@@ -6,7 +6,7 @@
 
 #include "handheld/base/fault.h"
 #include "handheld/windows/window_class.h"
-#include "platform/last_error.h"
+#include "platform/status.h"
 #include "tests/support/test_handheld.h"
 
 namespace corvane {

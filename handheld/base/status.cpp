@@ -1,4 +1,4 @@
-#include "platform/last_error.h"
+#include "platform/status.h"
 
 namespace ce {
 namespace {
