@@ -9,11 +9,13 @@
 
 namespace ce::host {
 
-// COM objects of the handheld that are alive in this process. 0 when everything was released.
-LONG LiveComObjects();
-
 namespace detail {
-void CountObject(LONG change);
+inline std::atomic<LONG> g_liveObjects{0};
+}
+
+// COM objects of the handheld that are alive in this process. 0 when everything was released.
+inline LONG LiveComObjects() {
+  return detail::g_liveObjects;
 }
 
 // Implements IUnknown for the object `Interface`, which also answers to each of `Bases` (the
@@ -22,7 +24,7 @@ void CountObject(LONG change);
 template <typename Interface, typename... Bases>
 class UnknownObject : public Interface {
  public:
-  UnknownObject() { detail::CountObject(+1); }
+  UnknownObject() { ++detail::g_liveObjects; }
   UnknownObject(const UnknownObject&) = delete;
   UnknownObject& operator=(const UnknownObject&) = delete;
 
@@ -47,7 +49,7 @@ class UnknownObject : public Interface {
   }
 
  protected:
-  virtual ~UnknownObject() { detail::CountObject(-1); }
+  virtual ~UnknownObject() { --detail::g_liveObjects; }
   // The interface pointer, not yet counted; null when the object does not have it.
   virtual void* ExtraInterface(const GUID&) { return nullptr; }
   DWORD references() const { return references_; }

@@ -5,12 +5,9 @@
 
 #include "handheld/automation/com_classes.h"
 #include "handheld/base/guarded.h"
-#include "handheld/dom/attribute.h"
-#include "handheld/dom/element.h"
-#include "handheld/dom/instruction.h"
 #include "handheld/dom/loader.h"
+#include "handheld/dom/nodes.h"
 #include "handheld/dom/serializer.h"
-#include "handheld/dom/text.h"
 #include "handheld/dom/utf.h"
 
 namespace ce::host {
@@ -31,9 +28,7 @@ void* Document::ExtraInterface(const GUID& iid) {
 }
 
 HRESULT Document::get_documentElement(IXMLDOMElement** element) {
-  if (!element) return E_POINTER;
-  *element = nullptr;
-  return Guarded("IXMLDOMDocument::get_documentElement", [&] {
+  return Guarded("IXMLDOMDocument::get_documentElement", element, [&] {
     for (Node* node = firstChild(); node; node = node->next()) {
       if (node->kind() != NodeKind::kElement) continue;
       *element = static_cast<Element*>(node);
@@ -45,27 +40,21 @@ HRESULT Document::get_documentElement(IXMLDOMElement** element) {
 }
 
 HRESULT Document::createElement(BSTR name, IXMLDOMElement** element) {
-  if (!element) return E_POINTER;
-  *element = nullptr;
-  return Guarded("IXMLDOMDocument::createElement", [&] {
+  return Guarded("IXMLDOMDocument::createElement", element, [&] {
     if (!IsXmlName(View(name))) return E_INVALIDARG;
     return HandOutNew(new Element(this, std::u16string(View(name))), element);
   });
 }
 
 HRESULT Document::createTextNode(BSTR data, IXMLDOMText** text) {
-  if (!text) return E_POINTER;
-  *text = nullptr;
-  return Guarded("IXMLDOMDocument::createTextNode", [&] {
-    return HandOutNew(new Text(this, NodeKind::kText, std::u16string(View(data))), text);
+  return Guarded("IXMLDOMDocument::createTextNode", text, [&] {
+    return HandOutNew(new Text(NodeKind::kText, this, std::u16string(View(data))), text);
   });
 }
 
 HRESULT Document::createProcessingInstruction(BSTR target, BSTR data,
                                               IXMLDOMProcessingInstruction** instruction) {
-  if (!instruction) return E_POINTER;
-  *instruction = nullptr;
-  return Guarded("IXMLDOMDocument::createProcessingInstruction", [&] {
+  return Guarded("IXMLDOMDocument::createProcessingInstruction", instruction, [&] {
     if (!IsXmlName(View(target))) return E_INVALIDARG;
     return HandOutNew(
         new Instruction(this, std::u16string(View(target)), std::u16string(View(data))),
@@ -74,25 +63,20 @@ HRESULT Document::createProcessingInstruction(BSTR target, BSTR data,
 }
 
 HRESULT Document::createAttribute(BSTR name, IXMLDOMAttribute** attribute) {
-  if (!attribute) return E_POINTER;
-  *attribute = nullptr;
-  return Guarded("IXMLDOMDocument::createAttribute", [&] {
+  return Guarded("IXMLDOMDocument::createAttribute", attribute, [&] {
     if (!IsXmlName(View(name))) return E_INVALIDARG;
     return HandOutNew(new Attribute(this, std::u16string(View(name))), attribute);
   });
 }
 
 HRESULT Document::load(VARIANT source, VARIANT_BOOL* successful) {
-  if (!successful) return E_POINTER;
-  *successful = VARIANT_FALSE;
-  return Guarded("IXMLDOMDocument::load", [&] {
+  return Guarded("IXMLDOMDocument::load", successful, [&] {
     if (source.vt != (VT_ARRAY | VT_UI1) || !source.parray) return E_INVALIDARG;
     void* data = nullptr;
-    HRESULT status = SafeArrayAccessData(source.parray, &data);
-    if (Failed(status)) return status;
+    RETURN_IF_FAILED(SafeArrayAccessData(source.parray, &data));
     DropChildren();
-    status = Load(*this, {static_cast<const BYTE*>(data), SafeArrayGetCount(source.parray)},
-                  preserveWhiteSpace_);
+    HRESULT status = Load(*this, {static_cast<const BYTE*>(data), SafeArrayGetCount(source.parray)},
+                          preserveWhiteSpace_);
     const HRESULT unaccess = SafeArrayUnaccessData(source.parray);
     if (Succeeded(status)) status = unaccess;
     if (Failed(status)) {

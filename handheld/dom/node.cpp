@@ -92,16 +92,15 @@ Node* Node::FindChildElement(std::u16string_view name) const {
   return nullptr;
 }
 
-Node* NodeBehind(IXMLDOMNode* node, HRESULT* status) {
-  void* core = nullptr;
-  *status = node->QueryInterface(Node::kIid, &core);
-  if (Failed(*status)) {
-    if (*status == E_NOINTERFACE) *status = E_INVALIDARG;
-    return nullptr;
-  }
+HRESULT NodeBehind(IXMLDOMNode* node, Node** core) {
+  if (!node) return E_INVALIDARG;
+  void* found = nullptr;
+  const HRESULT status = node->QueryInterface(Node::kIid, &found);
+  if (Failed(status)) return status == E_NOINTERFACE ? E_INVALIDARG : status;
   // The caller's own reference keeps it.
   node->Release();
-  return static_cast<Node*>(core);
+  *core = static_cast<Node*>(found);
+  return S_OK;
 }
 
 }  // namespace ce::host::dom

@@ -98,8 +98,8 @@ class Node {
   const NodeKind kind_;
 };
 
-// The node behind a COM pointer; null when it is not one of ours. Borrowed. A failure of
-// QueryInterface itself goes to `status`.
-Node* NodeBehind(IXMLDOMNode* node, HRESULT* status);
+// The node behind a COM pointer, borrowed. E_INVALIDARG for null and for one that is not of this
+// implementation, else a failure of QueryInterface itself.
+[[nodiscard]] HRESULT NodeBehind(IXMLDOMNode* node, Node** core);
 
 }  // namespace ce::host::dom

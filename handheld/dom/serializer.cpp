@@ -1,6 +1,6 @@
 #include "handheld/dom/serializer.h"
 
-#include "handheld/dom/element.h"
+#include "handheld/dom/nodes.h"
 #include "handheld/dom/utf8_writer.h"
 
 namespace ce::host::dom {

@@ -2,10 +2,7 @@
 
 #include <utility>
 
-#include "handheld/dom/comment.h"
-#include "handheld/dom/element.h"
-#include "handheld/dom/instruction.h"
-#include "handheld/dom/text.h"
+#include "handheld/dom/nodes.h"
 #include "handheld/dom/utf.h"
 
 namespace ce::host::dom {
@@ -72,13 +69,13 @@ void TreeBuilder::Characters(std::string_view text) {
 void TreeBuilder::CdataSection(std::string_view text) {
   FlushText();
   ChargeNode(sizeof(Text), text);
-  Append(new Text(&document_, NodeKind::kCdata, Wide(text)));
+  Append(new Text(NodeKind::kCdata, &document_, Wide(text)));
 }
 
 void TreeBuilder::Comment(const char* text) {
   FlushText();
   ChargeNode(sizeof(dom::Comment), text);
-  Append(new dom::Comment(&document_, Wide(text)));
+  Append(new dom::Comment(NodeKind::kComment, &document_, Wide(text)));
 }
 
 void TreeBuilder::Instruction(const char* target, const char* data) {
@@ -92,7 +89,7 @@ void TreeBuilder::FlushText() {
   if (text_.empty()) return;
   if (preserveWhiteSpace_ || !IsBlank(text_)) {
     Charge(sizeof(Text));
-    Append(new Text(&document_, NodeKind::kText, std::u16string(std::u16string_view(text_))));
+    Append(new Text(NodeKind::kText, &document_, std::u16string(std::u16string_view(text_))));
   } else {
     bytesLeft_ += sizeof(char16_t) * text_.size();
   }

@@ -4,6 +4,23 @@
 
 namespace ce::testing {
 
+std::string Repeated(std::string_view piece, int times) {
+  std::string text;
+  for (int i = 0; i < times; ++i) text += piece;
+  return text;
+}
+
+std::string Utf16(std::u16string_view text, bool bigEndian) {
+  std::string bytes;
+  for (const char16_t unit : text) {
+    const char low = static_cast<char>(unit & 0xFF);
+    const char high = static_cast<char>(unit >> 8);
+    bytes += bigEndian ? high : low;
+    bytes += bigEndian ? low : high;
+  }
+  return bytes;
+}
+
 HRESULT LoadInto(const Document& document, std::string_view bytes) {
   Variant source;
   VARIANT* value = source.put();
@@ -35,21 +52,44 @@ ComPtr<IXMLDOMAttribute> MakeAttribute(const Document& document, std::u16string_
   ComPtr<IXMLDOMAttribute> attribute;
   if (Failed(document->createAttribute(Bstr(name).get(), attribute.put()))) return nullptr;
   const Bstr text(value);
-  VARIANT variant;
-  variant.vt = VT_BSTR;
-  variant.bstrVal = text.get();
-  return Succeeded(attribute->put_value(variant)) ? attribute : nullptr;
+  return Succeeded(attribute->put_value(Borrowed(text))) ? attribute : nullptr;
 }
 
 void SetAttribute(const Document& document, const ComPtr<IXMLDOMElement>& element,
                   std::u16string_view name, std::u16string_view value) {
   const ComPtr<IXMLDOMAttribute> attribute = MakeAttribute(document, name, value);
   ASSERT_TRUE(attribute);
-  ComPtr<IXMLDOMNamedNodeMap> map;
-  ASSERT_EQ(element->get_attributes(map.put()), S_OK);
   Node set;
-  ASSERT_EQ(map->setNamedItem(attribute.get(), set.put()), S_OK);
+  ASSERT_EQ(AttributesOf(element.get())->setNamedItem(attribute.get(), set.put()), S_OK);
   EXPECT_EQ(set.get(), attribute.get());
+}
+
+ComPtr<IXMLDOMNamedNodeMap> AttributesOf(IXMLDOMNode* element) {
+  ComPtr<IXMLDOMNamedNodeMap> map;
+  EXPECT_EQ(element->get_attributes(map.put()), S_OK);
+  return map;
+}
+
+Node AttributeOf(IXMLDOMNode* element, std::u16string_view name) {
+  Node attribute;
+  EXPECT_EQ(AttributesOf(element)->getNamedItem(Bstr(name).get(), attribute.put()), S_OK);
+  return attribute;
+}
+
+VARIANT Borrowed(const Bstr& text) {
+  VARIANT value;
+  value.vt = VT_BSTR;
+  value.bstrVal = text.get();
+  return value;
+}
+
+void AppendChain(const Document& document, const ComPtr<IXMLDOMElement>& parent, int count) {
+  ComPtr<IXMLDOMElement> deepest = parent;
+  for (int i = 0; i < count; ++i) {
+    auto child = MakeElement(document, u"d");
+    Append(deepest, child);
+    deepest = child;
+  }
 }
 
 Node FirstChild(IXMLDOMNode* node) {

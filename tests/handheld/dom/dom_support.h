@@ -86,6 +86,11 @@ inline std::string Saved(const Document& document) {
   return stream.content();
 }
 
+// `piece` this many times.
+std::string Repeated(std::string_view piece, int times);
+// The units of `text` as bytes.
+std::string Utf16(std::u16string_view text, bool bigEndian);
+
 // Checks that `successful` tells the same as the result.
 HRESULT LoadInto(const Document& document, std::string_view bytes);
 
@@ -122,6 +127,16 @@ void Append(const ComPtr<Parent>& parent, const ComPtr<Child>& child) {
 // Sets a new attribute on the element, which must succeed.
 void SetAttribute(const Document& document, const ComPtr<IXMLDOMElement>& element,
                   std::u16string_view name, std::u16string_view value);
+
+// Those of an element; they must be there.
+ComPtr<IXMLDOMNamedNodeMap> AttributesOf(IXMLDOMNode* element);
+Node AttributeOf(IXMLDOMNode* element, std::u16string_view name);
+
+// A VT_BSTR that borrows the text.
+VARIANT Borrowed(const Bstr& text);
+
+// Appends a chain of `count` elements "d", one within the other.
+void AppendChain(const Document& document, const ComPtr<IXMLDOMElement>& parent, int count);
 
 // Null when absent.
 Node FirstChild(IXMLDOMNode* node);

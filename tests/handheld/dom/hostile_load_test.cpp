@@ -8,12 +8,6 @@
 namespace ce::testing {
 namespace {
 
-std::string Repeated(std::string_view piece, int times) {
-  std::string text;
-  for (int i = 0; i < times; ++i) text += piece;
-  return text;
-}
-
 // ` a0="" a1=""` and so on.
 std::string Attributes(int count, const std::string& prefix = "a") {
   std::string text;
@@ -21,14 +15,9 @@ std::string Attributes(int count, const std::string& prefix = "a") {
   return text;
 }
 
+// With a byte-order mark.
 std::string Wide(std::string_view ascii, bool bigEndian) {
-  std::string bytes = bigEndian ? "\xFE\xFF" : "\xFF\xFE";
-  for (const char c : ascii) {
-    if (bigEndian) bytes += '\0';
-    bytes += c;
-    if (!bigEndian) bytes += '\0';
-  }
-  return bytes;
+  return Utf16(u"\uFEFF" + std::u16string(ascii.begin(), ascii.end()), bigEndian);
 }
 
 HRESULT LoadNew(std::string_view bytes) {

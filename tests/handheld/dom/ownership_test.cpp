@@ -46,10 +46,8 @@ TEST_F(Ownership, ANodeKeepsItsWholeDocument) {
 
 TEST_F(Ownership, AnAttributeKeepsItsWholeDocument) {
   Document document = Loaded("<r a='1' b='2'/>");
-  ComPtr<IXMLDOMNamedNodeMap> map;
-  ASSERT_EQ(Root(document)->get_attributes(map.put()), S_OK);
-  Node a;
-  ASSERT_EQ(map->getNamedItem(Bstr(u"a").get(), a.put()), S_OK);
+  auto map = AttributesOf(Root(document).get());
+  const Node a = AttributeOf(Root(document).get(), u"a");
   document.reset();
   Node b;
   EXPECT_EQ(map->getNamedItem(Bstr(u"b").get(), b.put()), S_OK);
@@ -100,16 +98,12 @@ TEST_F(Ownership, AHeldAttributeOutlivesItsElement) {
   const Document document = MakeDocument();
   auto element = MakeElement(document, u"e");
   const auto attribute = MakeAttribute(document, u"a", u"1");
-  ComPtr<IXMLDOMNamedNodeMap> map;
-  ASSERT_EQ(element->get_attributes(map.put()), S_OK);
-  ASSERT_EQ(map->setNamedItem(attribute.get(), nullptr), S_OK);
-  map.reset();
+  ASSERT_EQ(AttributesOf(element.get())->setNamedItem(attribute.get(), nullptr), S_OK);
   element.reset();
   EXPECT_EQ(ValueOf(attribute.get()), u"1");
   // It is free for another element.
   const auto other = MakeElement(document, u"o");
-  ASSERT_EQ(other->get_attributes(map.put()), S_OK);
-  EXPECT_EQ(map->setNamedItem(attribute.get(), nullptr), S_OK);
+  EXPECT_EQ(AttributesOf(other.get())->setNamedItem(attribute.get(), nullptr), S_OK);
 }
 
 TEST_F(Ownership, AReplacedAttributeLivesByItsReferences) {
@@ -125,8 +119,7 @@ TEST_F(Ownership, TheAttributeMapKeepsItsElement) {
   const Document document = MakeDocument();
   auto element = MakeElement(document, u"e");
   SetAttribute(document, element, u"a", u"1");
-  ComPtr<IXMLDOMNamedNodeMap> map;
-  ASSERT_EQ(element->get_attributes(map.put()), S_OK);
+  const auto map = AttributesOf(element.get());
   element.reset();
   Node item;
   EXPECT_EQ(map->getNamedItem(Bstr(u"a").get(), item.put()), S_OK);
@@ -169,14 +162,7 @@ TEST_F(Ownership, ReferencesAreCounted) {
 TEST_F(Ownership, FreeingADeepTreeCostsNoStack) {
   const Document document = MakeDocument();
   auto top = MakeElement(document, u"t");
-  {
-    ComPtr<IXMLDOMElement> deepest = top;
-    for (int i = 0; i < 300000; ++i) {
-      auto child = MakeElement(document, u"d");
-      Append(deepest, child);
-      deepest = child;
-    }
-  }
+  AppendChain(document, top, 300000);
   top.reset();
   EXPECT_EQ(host::LiveComObjects(), 1);
 }

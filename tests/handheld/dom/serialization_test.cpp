@@ -218,13 +218,8 @@ TEST_F(Serialization, ADeepTreeCostsNoStack) {
   const Document document = MakeDocument();
   const auto root = MakeElement(document, u"r");
   Append(document, root);
-  ComPtr<IXMLDOMElement> deepest = root;
   constexpr int kDepth = 300000;
-  for (int i = 0; i < kDepth; ++i) {
-    auto child = MakeElement(document, u"d");
-    Append(deepest, child);
-    deepest = child;
-  }
+  AppendChain(document, root, kDepth);
   EXPECT_EQ(Saved(document).size(), std::string("<r></r><d/>").size() + (kDepth - 1) * 7);
 }
 

@@ -70,10 +70,7 @@ TEST_F(Names, AndValuesOfEachKind) {
   EXPECT_EQ(NameOf(root.get()), u"e");
   EXPECT_EQ(ValueOf(root.get()), u"(null)");
   EXPECT_EQ(Outline(root.get()), u"e(#text=t,#cdata-section=d,#comment=c,p=i)");
-  ComPtr<IXMLDOMNamedNodeMap> map;
-  ASSERT_EQ(root->get_attributes(map.put()), S_OK);
-  Node attribute;
-  ASSERT_EQ(map->getNamedItem(Bstr(u"a").get(), attribute.put()), S_OK);
+  const Node attribute = AttributeOf(root.get(), u"a");
   EXPECT_EQ(Outline(attribute.get()), u"a=v");
   EXPECT_FALSE(NextSibling(attribute.get()));
   EXPECT_FALSE(FirstChild(attribute.get()));
@@ -96,13 +93,11 @@ class Attributes : public DomTest {};
 
 TEST_F(Attributes, AreFoundByTheirExactName) {
   const Document document = Loaded("<r Oid='7' p:Oid='8'/>");
-  ComPtr<IXMLDOMNamedNodeMap> map;
-  ASSERT_EQ(Root(document)->get_attributes(map.put()), S_OK);
+  const auto root = Root(document);
+  EXPECT_EQ(ValueOf(AttributeOf(root.get(), u"Oid").get()), u"7");
+  EXPECT_EQ(ValueOf(AttributeOf(root.get(), u"p:Oid").get()), u"8");
+  const auto map = AttributesOf(root.get());
   Node item;
-  EXPECT_EQ(map->getNamedItem(Bstr(u"Oid").get(), item.put()), S_OK);
-  EXPECT_EQ(ValueOf(item.get()), u"7");
-  EXPECT_EQ(map->getNamedItem(Bstr(u"p:Oid").get(), item.put()), S_OK);
-  EXPECT_EQ(ValueOf(item.get()), u"8");
   for (const auto name : {u"oid"sv, u"Oid "sv, u""sv, u"*"sv}) {
     EXPECT_EQ(map->getNamedItem(Bstr(name).get(), item.put()), S_FALSE);
     EXPECT_FALSE(item);
@@ -130,11 +125,9 @@ TEST_F(Attributes, OfTheSameNameAreReplaced) {
 
 TEST_F(Attributes, SetAgainStayWhereTheyAre) {
   const Document document = Loaded("<r a='1' b='2'/>");
-  ComPtr<IXMLDOMNamedNodeMap> map;
-  ASSERT_EQ(Root(document)->get_attributes(map.put()), S_OK);
-  Node a;
-  ASSERT_EQ(map->getNamedItem(Bstr(u"a").get(), a.put()), S_OK);
-  EXPECT_EQ(map->setNamedItem(a.get(), nullptr), S_OK);
+  const auto root = Root(document);
+  const Node a = AttributeOf(root.get(), u"a");
+  EXPECT_EQ(AttributesOf(root.get())->setNamedItem(a.get(), nullptr), S_OK);
   EXPECT_EQ(Saved(document), "<r a=\"1\" b=\"2\"/>");
 }
 
@@ -143,14 +136,9 @@ TEST_F(Attributes, ChangeInTheTreeWithTheirNode) {
   const auto root = MakeElement(document, u"r");
   Append(document, root);
   const auto attribute = MakeAttribute(document, u"a", u"1");
-  ComPtr<IXMLDOMNamedNodeMap> map;
-  ASSERT_EQ(root->get_attributes(map.put()), S_OK);
-  ASSERT_EQ(map->setNamedItem(attribute.get(), nullptr), S_OK);
+  ASSERT_EQ(AttributesOf(root.get())->setNamedItem(attribute.get(), nullptr), S_OK);
   const Bstr text(u"2");
-  VARIANT value;
-  value.vt = VT_BSTR;
-  value.bstrVal = text.get();
-  EXPECT_EQ(attribute->put_value(value), S_OK);
+  EXPECT_EQ(attribute->put_value(Borrowed(text)), S_OK);
   EXPECT_EQ(Saved(document), "<r a=\"2\"/>");
 }
 
@@ -167,14 +155,11 @@ TEST_F(Attributes, TakeTextAlone) {
 TEST_F(Attributes, OfAnotherElementOrDocumentAreRefused) {
   const Document document = Loaded("<r a='1'><s/></r>");
   const auto root = Root(document);
-  ComPtr<IXMLDOMNamedNodeMap> map;
-  ASSERT_EQ(root->get_attributes(map.put()), S_OK);
-  Node taken;
-  ASSERT_EQ(map->getNamedItem(Bstr(u"a").get(), taken.put()), S_OK);
-  ComPtr<IXMLDOMNamedNodeMap> others;
-  ASSERT_EQ(FirstChild(root.get())->get_attributes(others.put()), S_OK);
+  const auto map = AttributesOf(root.get());
+  const Node taken = AttributeOf(root.get(), u"a");
   Node set;
-  EXPECT_EQ(others->setNamedItem(taken.get(), set.put()), E_INVALIDARG);
+  EXPECT_EQ(AttributesOf(FirstChild(root.get()).get())->setNamedItem(taken.get(), set.put()),
+            E_INVALIDARG);
   EXPECT_FALSE(set);
   const Document other = MakeDocument();
   EXPECT_EQ(map->setNamedItem(MakeAttribute(other, u"b", u"1").get(), nullptr), E_INVALIDARG);
@@ -315,9 +300,7 @@ TEST_F(AppendChild, RefusesForeignNodes) {
   Node foreign;
   foreign.attach(new ForeignNode());
   EXPECT_EQ(root_->appendChild(foreign.get(), nullptr), E_INVALIDARG);
-  ComPtr<IXMLDOMNamedNodeMap> map;
-  ASSERT_EQ(root_->get_attributes(map.put()), S_OK);
-  EXPECT_EQ(map->setNamedItem(foreign.get(), nullptr), E_INVALIDARG);
+  EXPECT_EQ(AttributesOf(root_.get())->setNamedItem(foreign.get(), nullptr), E_INVALIDARG);
 }
 
 class Interfaces : public DomTest {};

@@ -1,9 +1,8 @@
-#include "handheld/dom/node_methods.h"
+#include "handheld/dom/node_object.h"
 
 #include "handheld/base/guarded.h"
-#include "handheld/dom/attribute_map.h"
 #include "handheld/dom/document.h"
-#include "handheld/dom/element.h"
+#include "handheld/dom/nodes.h"
 #include "handheld/dom/utf.h"
 
 namespace ce::host::dom::methods {
@@ -16,18 +15,14 @@ BSTR Copy(std::u16string_view text) {
 }  // namespace
 
 HRESULT GetName(Node& node, BSTR* name) {
-  if (!name) return E_POINTER;
-  *name = nullptr;
-  return Guarded("IXMLDOMNode::get_nodeName", [&] {
+  return Guarded("IXMLDOMNode::get_nodeName", name, [&] {
     *name = Copy(node.Name());
     return *name ? S_OK : E_OUTOFMEMORY;
   });
 }
 
 HRESULT GetValue(Node& node, VARIANT* value) {
-  if (!value) return E_POINTER;
-  VariantInit(value);
-  return Guarded("IXMLDOMNode::get_nodeValue", [&] {
+  return Guarded("IXMLDOMNode::get_nodeValue", value, [&] {
     if (node.kind() == NodeKind::kElement || node.kind() == NodeKind::kDocument) {
       value->vt = VT_NULL;
       return S_FALSE;
@@ -41,24 +36,19 @@ HRESULT GetValue(Node& node, VARIANT* value) {
 }
 
 HRESULT GetFirstChild(Node& node, IXMLDOMNode** child) {
-  if (!child) return E_POINTER;
-  *child = nullptr;
-  return Guarded("IXMLDOMNode::get_firstChild", [&] { return HandOut(node.firstChild(), child); });
+  return Guarded("IXMLDOMNode::get_firstChild", child,
+                 [&] { return HandOut(node.firstChild(), child); });
 }
 
 HRESULT GetNextSibling(Node& node, IXMLDOMNode** sibling) {
-  if (!sibling) return E_POINTER;
-  *sibling = nullptr;
-  return Guarded("IXMLDOMNode::get_nextSibling", [&] {
+  return Guarded("IXMLDOMNode::get_nextSibling", sibling, [&] {
     // Attributes are no siblings of each other.
     return HandOut(node.kind() == NodeKind::kAttribute ? nullptr : node.next(), sibling);
   });
 }
 
 HRESULT GetAttributes(Node& node, IXMLDOMNamedNodeMap** attributes) {
-  if (!attributes) return E_POINTER;
-  *attributes = nullptr;
-  return Guarded("IXMLDOMNode::get_attributes", [&] {
+  return Guarded("IXMLDOMNode::get_attributes", attributes, [&] {
     if (node.kind() != NodeKind::kElement) return S_FALSE;
     *attributes = new AttributeMap(static_cast<Element&>(node));
     return S_OK;
@@ -68,20 +58,15 @@ HRESULT GetAttributes(Node& node, IXMLDOMNamedNodeMap** attributes) {
 HRESULT AppendChild(Node& node, IXMLDOMNode* child, IXMLDOMNode** appended) {
   if (appended) *appended = nullptr;
   return Guarded("IXMLDOMNode::appendChild", [&] {
-    if (!child) return E_INVALIDARG;
-    HRESULT status = S_OK;
-    Node* const core = NodeBehind(child, &status);
-    if (!core) return status;
-    status = node.AppendChild(*core);
-    if (Succeeded(status) && appended) HandOut(core, appended);
-    return status;
+    Node* core = nullptr;
+    RETURN_IF_FAILED(NodeBehind(child, &core));
+    RETURN_IF_FAILED(node.AppendChild(*core));
+    return appended ? HandOut(core, appended) : S_OK;
   });
 }
 
 HRESULT SelectSingleNode(Node& node, BSTR query, IXMLDOMNode** found) {
-  if (!found) return E_POINTER;
-  *found = nullptr;
-  return Guarded("IXMLDOMNode::selectSingleNode", [&] {
+  return Guarded("IXMLDOMNode::selectSingleNode", found, [&] {
     const std::u16string_view name = View(query);
     if (!IsXmlName(name)) return E_INVALIDARG;
     return HandOut(node.FindChildElement(name), found);
