@@ -26,6 +26,10 @@ FARPROC GetProcAddressW(HMODULE module, const WCHAR* name);
 // ERROR_MOD_NOT_FOUND.
 HMODULE GetModuleHandleW(const WCHAR* name);
 
+// "AGMALCPOption" of the module "mobilelink.cpl", the control panel of the AvantGo client. (0, 2,
+// 0, 0) synchronises, and returns when that is done.
+using AgmalCpOptionFn = LONG (*)(DWORD, DWORD, DWORD, DWORD);
+
 // The exit code of a process that a handle stands for, STILL_ACTIVE while it runs.
 // ERROR_INVALID_HANDLE when it stands for none. On the device a process's number is a handle to it.
 BOOL GetExitCodeProcess(HANDLE process, DWORD* exitCode);

@@ -4,7 +4,6 @@
 
 #include "agent/device/output_block.h"
 #include "agent/log/log.h"
-#include "platform/mobile_link.h"
 #include "platform/modules.h"
 #include "platform/status.h"
 #include "platform/system.h"

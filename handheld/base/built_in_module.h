@@ -13,7 +13,7 @@ struct ModuleFunction {
   FARPROC function = nullptr;
 };
 
-// A row of the table. What it points to lives as long as the process.
+// What it points to lives as long as the process.
 struct BuiltInModule {
   std::u16string_view name;           // matches without regard to case
   const char16_t* setting = nullptr;  // a DWORD setting of the handheld; 0: it lacks the module
@@ -21,5 +21,8 @@ struct BuiltInModule {
   void (*attach)() = nullptr;  // run when it is loaded the first time, and may throw; may be null
   void (*detach)() = nullptr;  // run when it is freed the last time; may be null
 };
+
+// Those of the handheld, each time the same.
+std::span<const BuiltInModule> BuiltInModules();
 
 }  // namespace ce::host

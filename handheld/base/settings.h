@@ -23,6 +23,8 @@ inline constexpr char16_t kMaxSubject[] = u"MaxSubject";            // DWORD, ch
 inline constexpr char16_t kMaxCalendarText[] = u"MaxCalendarText";  // DWORD, characters (1023)
 inline constexpr char16_t kReminderSet[] = u"ReminderSet";          // DWORD, 0: not set (1)
 inline constexpr char16_t kReminderMinutes[] = u"ReminderMinutes";  // DWORD (15)
+inline constexpr char16_t kRichInk[] = u"RichInk";                  // DWORD, 0: no RichInk control
+inline constexpr char16_t kPhone[] = u"Phone";                      // DWORD, 0: no telephone
 }  // namespace setting
 
 }  // namespace ce::host

@@ -3,14 +3,13 @@
 
 #include <string>
 
-#include "handheld/windows/window_class.h"
 #include "platform/windows.h"
 
 namespace ce::host {
 
-class InkControl : public Control {
+class InkControl {
  public:
-  LRESULT Message(UINT message, WPARAM wParam, LPARAM lParam) override;
+  LRESULT Message(UINT message, WPARAM wParam, LPARAM lParam);
 
  private:
   LRESULT StreamIn(DWORD format, EDITSTREAM& stream);

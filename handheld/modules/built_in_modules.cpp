@@ -1,6 +1,7 @@
-#include "handheld/ink/ink_module.h"
-#include "handheld/modules/module_table.h"
+#include "handheld/base/built_in_module.h"
+#include "handheld/base/settings.h"
 #include "handheld/phone/phone_module.h"
+#include "handheld/windows/windows.h"
 
 namespace ce::host {
 namespace {
@@ -8,8 +9,8 @@ namespace {
 constexpr BuiltInModule kModules[] = {
     {.name = u"RichInk.dll",
      .setting = setting::kRichInk,
-     .attach = AttachRichInk,
-     .detach = DetachRichInk},
+     .attach = AddRichInkClass,
+     .detach = RemoveRichInkClass},
     {.name = u"Phone.dll", .setting = setting::kPhone, .functions = kPhoneFunctions},
 };
 

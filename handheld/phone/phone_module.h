@@ -8,10 +8,6 @@
 
 namespace ce::host {
 
-namespace setting {
-inline constexpr char16_t kPhone[] = u"Phone";  // DWORD, 0: no telephone
-}
-
 // The four functions of platform/phone.h. A handle that is no open call log is answered with the
 // system's code for that, 0x80070006.
 extern const ModuleFunction kPhoneFunctions[4];

@@ -8,10 +8,9 @@
 #include <tuple>
 
 #include "common/text/utf.h"
+#include "handheld/base/settings.h"
 #include "handheld/clock/zone.h"
-#include "handheld/ink/ink_module.h"
 #include "handheld/outlook/outlook_app.h"
-#include "handheld/phone/phone_module.h"
 #include "handheld/store/oid_counter.h"
 #include "handheld/store/store_check.h"
 #include "handheld/system/language.h"

@@ -9,7 +9,7 @@
 #include "agent/device/ink_convert.h"
 #include "agent/log/log.h"
 #include "agent/request_handler.h"
-#include "handheld/windows/window_class.h"
+#include "handheld/windows/windows.h"
 #include "platform/memory.h"
 #include "tests/support/ink_note_bytes.h"
 #include "tests/support/test_handheld.h"

@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "handheld/ink/ink_module.h"
-#include "handheld/modules/module_table.h"
-#include "platform/mobile_link.h"
+#include "handheld/base/built_in_module.h"
+#include "handheld/base/settings.h"
+#include "handheld/windows/windows.h"
 
 namespace corvane::testing {
 namespace {
@@ -23,8 +23,8 @@ const ce::host::ModuleFunction kFunctions[] = {
 ce::host::BuiltInModule g_rows[] = {
     {.name = u"RichInk.dll",
      .setting = ce::host::setting::kRichInk,
-     .attach = ce::host::AttachRichInk,
-     .detach = ce::host::DetachRichInk},
+     .attach = ce::host::AddRichInkClass,
+     .detach = ce::host::RemoveRichInkClass},
     {.name = u"mobilelink.cpl", .setting = kMobileLinkSetting, .functions = kFunctions},
 };
 

@@ -6,7 +6,6 @@
 #include <string>
 
 #include "handheld/ink/note_formats.h"
-#include "handheld/windows/window_class.h"
 #include "platform/windows.h"
 #include "tests/support/ink_note_bytes.h"
 #include "tests/support/test_handheld.h"
@@ -127,6 +126,12 @@ TEST_F(InkControlTest, GivesADevicesNoteAsText) {
 TEST_F(InkControlTest, AddsNoLineForARichTextsLastParagraph) {
   const std::string note = Convert(SF_RTF, "{\\rtf1 one\\par two\\par}", SF_INK_NOTE);
   EXPECT_EQ(Convert(SF_INK_NOTE, note, SF_TEXT_UNICODE), Unicode(u"one\r\ntwo"));
+}
+
+TEST_F(InkControlTest, IsAModuleThatAHandheldMayLack) {
+  handheld_->Set(u"RichInk", DWORD{0});
+  EXPECT_EQ(LoadLibraryW(u"richink.DLL"), nullptr);
+  EXPECT_EQ(LoadLibraryW(u"mobilelink.cpl"), nullptr) << "every handheld lacks it";
 }
 
 TEST_F(InkControlTest, IsEmptyAtFirst) {

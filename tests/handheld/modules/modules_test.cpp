@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <stdexcept>
+
+#include "handheld/base/built_in_module.h"
 #include "handheld/base/fault.h"
 #include "platform/status.h"
 #include "tests/support/test_handheld.h"
@@ -13,27 +16,78 @@ namespace {
 using namespace ce;
 using host::FaultPlan;
 
-using LoadLibraryCall = testing::HandheldTest;
-using GetProcAddressCall = testing::HandheldTest;
-using GetModuleHandleCall = testing::HandheldTest;
-using GetExitCodeProcessCall = testing::HandheldTest;
+int g_attached = 0;
+bool g_refuses = false;
 
-TEST_F(LoadLibraryCall, LoadsTheControlThatEveryHandheldHas) {
-  const HMODULE module = LoadLibraryW(u"RichInk.dll");
-  ASSERT_NE(module, nullptr);
-  EXPECT_EQ(GetModuleHandleW(u"richink.DLL"), module);
-  EXPECT_TRUE(FreeLibrary(module));
-  EXPECT_FALSE(FreeLibrary(module));
-  EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+int Seven() {
+  return 7;
 }
 
-TEST_F(LoadLibraryCall, FailsForAModuleThatTheHandheldLacks) {
-  EXPECT_EQ(LoadLibraryW(u"mobilelink.cpl"), nullptr);
-  EXPECT_EQ(GetLastError(), ERROR_MOD_NOT_FOUND);
-  handheld_->Set(u"RichInk", DWORD{0});
-  SetLastError(0);
-  EXPECT_EQ(LoadLibraryW(u"RichInk.dll"), nullptr);
-  EXPECT_EQ(GetLastError(), ERROR_MOD_NOT_FOUND);
+const host::ModuleFunction kFunctions[] = {{u"Seven", reinterpret_cast<FARPROC>(&Seven)}};
+
+const host::BuiltInModule kRows[] = {
+    {.name = u"Plain.dll", .setting = u"Plain"},
+    {.name = u"Tools.dll",
+     .setting = u"Tools",
+     .functions = kFunctions,
+     .attach =
+         [] {
+           if (g_refuses) throw std::runtime_error("no");
+           ++g_attached;
+         },
+     .detach = [] { --g_attached; }},
+};
+
+// Fails a test that leaves a module loaded.
+class ModuleCall : public testing::HandheldTest {
+ protected:
+  void TearDown() override {
+    EXPECT_EQ(g_attached, 0);
+    HandheldTest::TearDown();
+  }
+  static void ExpectLacks(const WCHAR* name) {
+    SetLastError(0);
+    EXPECT_EQ(LoadLibraryW(name), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_MOD_NOT_FOUND);
+  }
+};
+
+using LoadLibraryCall = ModuleCall;
+using FreeLibraryCall = ModuleCall;
+using GetProcAddressCall = ModuleCall;
+using GetModuleHandleCall = ModuleCall;
+using GetExitCodeProcessCall = ModuleCall;
+
+TEST_F(LoadLibraryCall, FindsAModuleWithoutRegardToCase) {
+  const HMODULE module = LoadLibraryW(u"tOOLS.DLL");
+  EXPECT_NE(module, nullptr);
+  EXPECT_EQ(LoadLibraryW(u"Tools.dll"), module);
+  EXPECT_TRUE(FreeLibrary(module));
+  EXPECT_TRUE(FreeLibrary(module));
+  ExpectLacks(u"Tools");
+  ExpectLacks(u"");
+}
+
+TEST_F(LoadLibraryCall, LacksWhatTheHandheldIsSetNotToHave) {
+  handheld_->Set(u"Tools", DWORD{0});
+  ExpectLacks(u"Tools.dll");
+  handheld_->Set(u"Tools", DWORD{1});
+  EXPECT_TRUE(FreeLibrary(LoadLibraryW(u"Tools.dll")));
+}
+
+TEST_F(LoadLibraryCall, LacksEverythingWithoutAHandheld) {
+  host::Handheld::MakeCurrent(nullptr);
+  ExpectLacks(u"Tools.dll");
+  host::Handheld::MakeCurrent(&*handheld_);
+}
+
+TEST_F(LoadLibraryCall, DoesNotLoadWhatCannotAttach) {
+  g_refuses = true;
+  EXPECT_EQ(LoadLibraryW(u"Tools.dll"), nullptr);
+  EXPECT_EQ(GetLastError(), ERROR_GEN_FAILURE);
+  EXPECT_EQ(GetModuleHandleW(u"Tools.dll"), nullptr);
+  g_refuses = false;
+  EXPECT_TRUE(FreeLibrary(LoadLibraryW(u"Tools.dll")));
 }
 
 TEST_F(LoadLibraryCall, RefusesNoName) {
@@ -43,13 +97,32 @@ TEST_F(LoadLibraryCall, RefusesNoName) {
 
 TEST_F(LoadLibraryCall, HandsOnAFault) {
   const auto plan = FaultPlan::FailCalls("LoadLibraryW", ERROR_NOT_ENOUGH_MEMORY);
-  EXPECT_EQ(LoadLibraryW(u"RichInk.dll"), nullptr);
+  EXPECT_EQ(LoadLibraryW(u"Tools.dll"), nullptr);
   EXPECT_EQ(GetLastError(), ERROR_NOT_ENOUGH_MEMORY);
-  EXPECT_EQ(GetModuleHandleW(u"RichInk.dll"), nullptr);
+  EXPECT_EQ(GetModuleHandleW(u"Tools.dll"), nullptr);
 }
 
-TEST_F(LoadLibraryCall, IsNotFreedByAFailingFree) {
-  const HMODULE module = LoadLibraryW(u"RichInk.dll");
+TEST_F(FreeLibraryCall, DetachesWithTheLastUser) {
+  const HMODULE module = LoadLibraryW(u"Tools.dll");
+  LoadLibraryW(u"Tools.dll");
+  EXPECT_EQ(g_attached, 1);
+  EXPECT_TRUE(FreeLibrary(module));
+  EXPECT_EQ(g_attached, 1);
+  EXPECT_TRUE(FreeLibrary(module));
+  EXPECT_EQ(g_attached, 0);
+  EXPECT_FALSE(FreeLibrary(module));
+  EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+}
+
+TEST_F(FreeLibraryCall, FreesNothingThatWasNotHandedOut) {
+  int other = 0;
+  EXPECT_FALSE(FreeLibrary(nullptr));
+  EXPECT_FALSE(FreeLibrary(&other));
+  EXPECT_FALSE(FreeLibrary(GetModuleHandleW(nullptr)));
+}
+
+TEST_F(FreeLibraryCall, LeavesTheModuleLoadedWhenItFails) {
+  const HMODULE module = LoadLibraryW(u"Tools.dll");
   {
     const auto plan = FaultPlan::FailCalls("FreeLibrary", ERROR_GEN_FAILURE);
     EXPECT_FALSE(FreeLibrary(module));
@@ -57,17 +130,21 @@ TEST_F(LoadLibraryCall, IsNotFreedByAFailingFree) {
   EXPECT_TRUE(FreeLibrary(module));
 }
 
-TEST_F(GetProcAddressCall, FailsForAFunctionThatTheModuleLacks) {
-  const HMODULE module = LoadLibraryW(u"RichInk.dll");
-  EXPECT_EQ(GetProcAddressW(module, u"Nothing"), nullptr);
-  EXPECT_EQ(GetLastError(), ERROR_PROC_NOT_FOUND);
-  EXPECT_EQ(GetProcAddressW(module, nullptr), nullptr);
-  EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+TEST_F(GetProcAddressCall, FindsFunctionsByTheirExactNameWhileLoaded) {
+  const auto error = [](HMODULE module, const WCHAR* name) {
+    EXPECT_EQ(GetProcAddressW(module, name), nullptr);
+    return GetLastError();
+  };
+  const HMODULE module = LoadLibraryW(u"Tools.dll");
+  const HMODULE plain = LoadLibraryW(u"Plain.dll");
+  EXPECT_EQ(reinterpret_cast<int (*)()>(GetProcAddressW(module, u"Seven"))(), 7);
+  EXPECT_EQ(error(module, u"seven"), ERROR_PROC_NOT_FOUND);
+  EXPECT_EQ(error(plain, u"Seven"), ERROR_PROC_NOT_FOUND);
+  EXPECT_EQ(error(GetModuleHandleW(nullptr), u"Seven"), ERROR_PROC_NOT_FOUND);
+  EXPECT_EQ(error(module, nullptr), ERROR_INVALID_PARAMETER);
+  FreeLibrary(plain);
   FreeLibrary(module);
-  EXPECT_EQ(GetProcAddressW(module, u"Nothing"), nullptr);
-  EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
-  EXPECT_EQ(GetProcAddressW(GetModuleHandleW(nullptr), u"Nothing"), nullptr);
-  EXPECT_EQ(GetLastError(), ERROR_PROC_NOT_FOUND);
+  EXPECT_EQ(error(module, u"Seven"), ERROR_INVALID_HANDLE);
 }
 
 TEST_F(GetProcAddressCall, HandsOnAFault) {
@@ -76,11 +153,14 @@ TEST_F(GetProcAddressCall, HandsOnAFault) {
   EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
 }
 
-TEST_F(GetModuleHandleCall, GivesTheProgramsOwnAndTheLoaded) {
+TEST_F(GetModuleHandleCall, KnowsWhatIsLoadedWithoutCountingIt) {
   EXPECT_NE(GetModuleHandleW(nullptr), nullptr);
-  EXPECT_FALSE(FreeLibrary(GetModuleHandleW(nullptr)));
-  EXPECT_EQ(GetModuleHandleW(u"RichInk.dll"), nullptr);
+  EXPECT_EQ(GetModuleHandleW(u"Tools.dll"), nullptr);
   EXPECT_EQ(GetLastError(), ERROR_MOD_NOT_FOUND);
+  const HMODULE module = LoadLibraryW(u"Tools.dll");
+  EXPECT_EQ(GetModuleHandleW(u"TOOLS.dll"), module);
+  EXPECT_TRUE(FreeLibrary(module));
+  EXPECT_EQ(GetModuleHandleW(u"Tools.dll"), nullptr);
 }
 
 TEST_F(GetExitCodeProcessCall, KnowsTheAgentAlone) {
@@ -104,3 +184,12 @@ TEST_F(GetExitCodeProcessCall, RefusesNoPlaceForTheCode) {
 
 }  // namespace
 }  // namespace corvane
+
+namespace ce::host {
+
+// In place of the handheld's own.
+std::span<const BuiltInModule> BuiltInModules() {
+  return corvane::kRows;
+}
+
+}  // namespace ce::host

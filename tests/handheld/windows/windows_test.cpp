@@ -5,7 +5,7 @@
 #include <thread>
 
 #include "handheld/base/fault.h"
-#include "handheld/windows/window_class.h"
+#include "handheld/windows/windows.h"
 #include "platform/status.h"
 #include "tests/support/test_handheld.h"
 
@@ -119,7 +119,8 @@ TEST_F(DestroyWindowCall, WorksFromWithinAMessage) {
 
 TEST_F(DestroyWindowCall, IsDoneAtTheThreadsEnd) {
   std::thread([] { Make(); }).join();
-  EXPECT_EQ(host::FindWindowClass(u"Adder")->windows, 0u);
+  EXPECT_TRUE(UnregisterClassW(u"Adder", nullptr)) << "it has no windows";
+  EXPECT_NE(Register(u"Adder"), 0);
 }
 
 TEST_F(SendMessageCall, GivesWhatTheProcedureAnswers) {
