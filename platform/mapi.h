@@ -50,13 +50,7 @@ inline constexpr DWORD PR_IPM_WASTEBASKET_ENTRYID = 0x35E30102;
 // Of a message store: its Drafts folder.
 inline constexpr DWORD PR_CE_IPM_DRAFTS_ENTRYID = 0x81040102;
 
-// PR_MESSAGE_FLAGS.
-inline constexpr LONG MSGFLAG_READ = 0x01;
-inline constexpr LONG MSGFLAG_UNMODIFIED = 0x02;
-inline constexpr LONG MSGFLAG_SUBMIT = 0x04;
-inline constexpr LONG MSGFLAG_UNSENT = 0x08;
-inline constexpr LONG MSGFLAG_HASATTACH = 0x10;
-inline constexpr LONG MSGFLAG_FROMME = 0x20;
+inline constexpr LONG MSGFLAG_FROMME = 0x20;  // of PR_MESSAGE_FLAGS
 
 inline constexpr DWORD MAPI_STORE = 1;
 inline constexpr DWORD MAPI_FOLDER = 3;
@@ -65,7 +59,6 @@ inline constexpr LONG MAPI_TO = 1;
 inline constexpr DWORD MAPI_UNICODE = 0x80000000;
 
 inline constexpr HRESULT E_ABORT = static_cast<HRESULT>(0x80004004);
-inline constexpr HRESULT MAPI_E_NO_SUPPORT = static_cast<HRESULT>(0x80040102);
 inline constexpr HRESULT MAPI_E_INVALID_ENTRYID = static_cast<HRESULT>(0x80040107);
 inline constexpr HRESULT MAPI_E_NOT_FOUND = static_cast<HRESULT>(0x8004010F);
 inline constexpr HRESULT MAPI_E_NOT_INITIALIZED = static_cast<HRESULT>(0x80040605);
