@@ -7,11 +7,11 @@
 #include <cstdio>
 #include <exception>
 #include <functional>
+#include <initializer_list>
 #include <iostream>
 #include <map>
 #include <optional>
 #include <string>
-#include <variant>
 #include <vector>
 
 #include "desktop/commands/clock_text.h"
@@ -21,38 +21,32 @@
 #include "desktop/commands/commands_device.h"
 #include "desktop/commands/commands_keys.h"
 #include "desktop/commands/commands_pull.h"
-#include "desktop/commands/commands_pull_phone.h"
 #include "desktop/commands/commands_push.h"
 #include "desktop/commands/commands_time.h"
 #include "desktop/commands/interrupt.h"
-#include "desktop/wire/oid.h"
 #include "desktop/wire/target.h"
+#include "desktop/wire/xml_records.h"
 
 namespace {
 
 using namespace desktop;
 
-// What "pull" and "delete" are for.
-using Kind = std::variant<RecordKind, PhoneKind>;
-
-// A word behind "pull --format", and what it means for either sort of kind.
+// A word behind "pull --format".
 struct FormatWord {
-  std::optional<PullFormat> items;
-  std::optional<PhoneFormat> phone;
-  const char* isFor = "";
+  RecordFormat format = RecordFormat::kXml;
+  const char* isFor = "";  // said of a kind that cannot be had so
 };
 const std::map<std::string, FormatWord> kFormatWords = {
-    {"vcf", {PullFormat::kVcf, {}, "vcf is for contacts"}},
-    {"ics", {PullFormat::kIcs, {}, "ics is for the calendar and tasks"}},
-    {"xml", {PullFormat::kXml, PhoneFormat::kXml, ""}},
-    {"json", {PullFormat::kJson, PhoneFormat::kJson, ""}},
-    {"smsbackup", {{}, PhoneFormat::kSmsBackup, "smsbackup is for messages and calls"}},
+    {"vcf", {RecordFormat::kVcf, "vcf is for contacts"}},
+    {"ics", {RecordFormat::kIcs, "ics is for the calendar and tasks"}},
+    {"xml", {RecordFormat::kXml}},
+    {"json", {RecordFormat::kJson}},
+    {"smsbackup", {RecordFormat::kSmsBackup, "smsbackup is for messages and calls"}},
 };
 
 // Everything that a command line can say; the command chosen is run once all of it is read.
 struct CommandLine {
   ConnectionOptions connection;
-  Kind kind = RecordKind::kContacts;
   std::optional<FormatWord> format;
   PullOptions pull;
   PushOptions push;
@@ -120,54 +114,32 @@ void AddZone(CLI::App& command, calendar::Zone& zone) {
       ->type_name("NAME");
 }
 
-void AddKind(CLI::App& command, RecordKind& kind) {
-  AddChoice<RecordKind>(command, "what", kind,
-                        {{"contacts", RecordKind::kContacts},
-                         {"contacts2", RecordKind::kContacts2},
-                         {"calendar", RecordKind::kAppointments},
-                         {"tasks", RecordKind::kTasks}},
-                        "contacts, contacts2 for their second form, calendar or tasks")
-      ->required()
-      ->type_name("");
+void AddKind(CLI::App& command, RecordKind& kind, std::initializer_list<RecordKind> kinds,
+             const std::string& help) {
+  std::map<std::string, RecordKind> choices;
+  for (const RecordKind each : kinds) choices.emplace(WordsOf(each).argument, each);
+  AddChoice(command, "what", kind, choices, help)->required()->type_name("");
 }
 
-int PullWanted(CommandLine& line, const Console& console) {
-  if (const auto* const phone = std::get_if<PhoneKind>(&line.kind)) {
-    PullPhoneOptions options{*phone, PhoneFormat::kJson, line.pull.output};
-    if (line.format) options.format = *line.format->phone;
-    return PullPhone(line.connection, options, console);
-  }
-  return Pull(line.connection, line.pull, console);
-}
-
-// Either may stand before the other on the command line.
-void BringTogether(CommandLine& line) {
-  const auto* const items = std::get_if<RecordKind>(&line.kind);
-  if (items != nullptr) line.pull.kind = *items;
-  if (items == nullptr && !line.pull.oids.empty()) {
+// Kind, identifiers and format may stand in any order on the command line.
+void BringTogether(const std::optional<FormatWord>& format, PullOptions& pull) {
+  if (!WordsOf(pull.kind).isItem && !pull.oids.empty()) {
     throw CLI::ValidationError("--oid", "messages and calls are pulled all together");
   }
-  if (!line.format) return;
-  const FormatWord& format = *line.format;
-  const bool fits = items == nullptr ? format.phone.has_value()
-                                     : format.items && IsFormatOf(*format.items, *items);
-  if (!fits) throw CLI::ValidationError("--format", format.isFor);
-  line.pull.format = format.items;
+  if (!format) return;
+  if (!IsFormatOf(format->format, pull.kind)) {
+    throw CLI::ValidationError("--format", format->isFor);
+  }
+  pull.format = format->format;
 }
 
 void AddPull(CLI::App& app, CommandLine& line) {
   CLI::App& command = *app.add_subcommand(
       "pull", "Contacts, calendar, tasks, text messages or calls from the handheld");
-  AddChoice<Kind>(command, "what", line.kind,
-                  {{"contacts", RecordKind::kContacts},
-                   {"contacts2", RecordKind::kContacts2},
-                   {"calendar", RecordKind::kAppointments},
-                   {"tasks", RecordKind::kTasks},
-                   {"messages", PhoneKind::kMessages},
-                   {"calls", PhoneKind::kCalls}},
-                  "contacts, contacts2 for their second form, calendar, tasks, messages or calls")
-      ->required()
-      ->type_name("");
+  AddKind(command, line.pull.kind,
+          {RecordKind::kContacts, RecordKind::kContacts2, RecordKind::kAppointments,
+           RecordKind::kTasks, RecordKind::kMessages, RecordKind::kCalls},
+          "contacts, contacts2 for their second form, calendar, tasks, messages or calls");
   AddOids(command, line.pull.oids);
   AddChoice<FormatWord>(command, "--format", line.format, kFormatWords,
                         "vcf (contacts), ics (calendar, tasks) and json (messages, calls: an "
@@ -183,8 +155,10 @@ void AddPull(CLI::App& app, CommandLine& line) {
       ->type_name("FILE");
   AddMapping(command, line.pull.mapping);
   command.callback([&line] {
-    BringTogether(line);
-    line.run = [&line](const Console& console) { return PullWanted(line, console); };
+    BringTogether(line.format, line.pull);
+    line.run = [&line](const Console& console) {
+      return Pull(line.connection, line.pull, console);
+    };
   });
 }
 
@@ -214,33 +188,29 @@ void AddPush(CLI::App& app, CommandLine& line) {
 void AddDelete(CLI::App& app, CommandLine& line) {
   CLI::App& command = *app.add_subcommand(
       "delete", "Contacts, calendar, tasks or text messages away from the handheld");
-  AddChoice<Kind>(command, "what", line.kind,
-                  {{"contacts", RecordKind::kContacts},
-                   {"calendar", RecordKind::kAppointments},
-                   {"tasks", RecordKind::kTasks},
-                   {"messages", PhoneKind::kMessages}},
-                  "contacts, calendar, tasks or messages")
-      ->required()
-      ->type_name("");
+  AddKind(
+      command, line.remove.kind,
+      {RecordKind::kContacts, RecordKind::kAppointments, RecordKind::kTasks, RecordKind::kMessages},
+      "contacts, calendar, tasks or messages");
   AddOids(command, line.remove.oids);
   command.add_flag("--yes", line.remove.yes, "Delete all without asking");
   AddMapping(command, line.remove.mapping);
   command.callback([&line] {
-    const auto* const items = std::get_if<RecordKind>(&line.kind);
-    if (items == nullptr && !line.remove.oids.empty()) {
+    if (!WordsOf(line.remove.kind).isItem && !line.remove.oids.empty()) {
       throw CLI::ValidationError("--oid", "messages are deleted all together");
     }
-    if (items != nullptr) line.remove.kind = *items;
-    line.run = [&line, items](const Console& console) {
-      return items == nullptr ? DeleteMessages(line.connection, line.remove.yes, console)
-                              : Delete(line.connection, line.remove, console);
+    line.run = [&line](const Console& console) {
+      return Delete(line.connection, line.remove, console);
     };
   });
 }
 
 void AddKeys(CLI::App& app, CommandLine& line) {
   CLI::App& command = *app.add_subcommand("keys", "The elements that the handheld's records have");
-  AddKind(command, line.keys);
+  AddKind(command, line.keys,
+          {RecordKind::kContacts, RecordKind::kContacts2, RecordKind::kAppointments,
+           RecordKind::kTasks},
+          "contacts, contacts2 for their second form, calendar or tasks");
   command.add_flag("--json", line.json, "As JSON");
   command.callback([&line] {
     line.run = [&line](const Console& console) {

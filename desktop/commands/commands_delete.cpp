@@ -4,16 +4,16 @@
 #include <poll.h>
 
 #include <cerrno>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "desktop/commands/push_run.h"
+#include "desktop/records/phone_records.h"
 #include "desktop/sync/mapping.h"
 #include "desktop/wire/error.h"
-#include "desktop/wire/phone_records.h"
 #include "desktop/wire/request.h"
 #include "desktop/wire/status_text.h"
-#include "desktop/wire/words.h"
 
 namespace desktop {
 namespace {
@@ -47,25 +47,28 @@ bool IsAllowed(const ConnectionOptions& connection, bool yes, std::string_view w
   return false;
 }
 
-std::int32_t AskToDeleteAll(const ConnectionOptions& connection, std::uint32_t kind) {
-  std::string input;
-  PutWord(input, kind);
-  return Invoke(connection, kDeleteAll, input).status;
-}
-
 int DeleteAll(const ConnectionOptions& connection, const DeleteOptions& options,
               const Console& console) {
   const KindWords& words = WordsOf(options.kind);
   if (!CanBeAllowed(options.yes, words.plural, console)) return kUsage;
-  Mapping mapping(options.mapping ? *options.mapping : DefaultMappingPath(connection.target));
+  std::optional<Mapping> mapping;
+  if (words.isItem) {
+    mapping.emplace(options.mapping ? *options.mapping : DefaultMappingPath(connection.target));
+  }
   if (!IsAllowed(connection, options.yes, words.plural, console)) return kFailed;
-  const std::int32_t status = AskToDeleteAll(connection, static_cast<std::uint32_t>(options.kind));
+  const std::int32_t status = Invoke(connection, kDeleteAll, KindInput(options.kind)).status;
+  if (status == kNotSupported && options.kind == RecordKind::kMessages) {
+    throw Error(fmt::format("{}: {}", kNoMessageStore, StatusText(status)));
+  }
   if (status != 0) {
     throw Error(fmt::format("not all {} could be deleted: {}", words.plural, StatusText(status)));
   }
-  mapping.RemoveKind(words.name);
-  mapping.Save();
-  console.out << fmt::format("all {} deleted\n", words.plural);
+  if (mapping) {
+    mapping->RemoveKind(words.name);
+    mapping->Save();
+  }
+  console.out << fmt::format("all {} deleted{}\n", words.plural,
+                             words.isItem ? "" : ", but for drafts and deleted items");
   FlushOutput(console);
   return kDone;
 }
@@ -84,25 +87,6 @@ int Delete(const ConnectionOptions& connection, const DeleteOptions& options,
   return RunGuarded(console, [&] {
     return options.oids.empty() ? DeleteAll(connection, options, console)
                                 : DeleteSome(connection, options, console);
-  });
-}
-
-int DeleteMessages(const ConnectionOptions& connection, bool yes, const Console& console) {
-  return RunGuarded(console, [&] {
-    const std::string_view plural = WordsOf(PhoneKind::kMessages).plural;
-    if (!CanBeAllowed(yes, plural, console)) return kUsage;
-    if (!IsAllowed(connection, yes, plural, console)) return kFailed;
-    const std::int32_t status =
-        AskToDeleteAll(connection, static_cast<std::uint32_t>(PhoneKind::kMessages));
-    if (status == kNotSupported) {
-      throw Error(fmt::format("{}: {}", kNoMessageStore, StatusText(status)));
-    }
-    if (status != 0) {
-      throw Error(fmt::format("not all {} could be deleted: {}", plural, StatusText(status)));
-    }
-    console.out << fmt::format("all {} deleted, but for drafts and deleted items\n", plural);
-    FlushOutput(console);
-    return kDone;
   });
 }
 

@@ -9,16 +9,13 @@
 #include "desktop/wire/error.h"
 #include "desktop/wire/request.h"
 #include "desktop/wire/status_text.h"
-#include "desktop/wire/words.h"
 #include "desktop/wire/xml_records.h"
 
 namespace desktop {
 namespace {
 
 std::vector<std::string> FetchKeys(const ConnectionOptions& connection, RecordKind kind) {
-  std::string input;
-  PutWord(input, static_cast<std::uint32_t>(kind));
-  const Reply reply = Invoke(connection, kGetKeys, input);
+  const Reply reply = Invoke(connection, kGetKeys, KindInput(kind));
   if (reply.status != 0) {
     throw Error(fmt::format("the handheld does not tell its keys: {}", StatusText(reply.status)));
   }

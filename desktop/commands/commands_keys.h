@@ -2,8 +2,8 @@
 #pragma once
 
 #include "desktop/commands/console.h"
+#include "desktop/records/record_kind.h"
 #include "desktop/wire/connection.h"
-#include "desktop/wire/record_kind.h"
 
 namespace desktop {
 

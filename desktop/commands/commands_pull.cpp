@@ -11,16 +11,18 @@
 
 #include "common/files/atomic_file.h"
 #include "desktop/commands/progress.h"
+#include "desktop/records/phone_records.h"
 #include "desktop/sync/mapping.h"
 #include "desktop/sync/record_writers.h"
+#include "desktop/wire/download.h"
 #include "desktop/wire/error.h"
 #include "desktop/wire/status_text.h"
-#include "desktop/wire/xml_records.h"
 
 namespace desktop {
 namespace {
 
 constexpr std::string_view kPartialSuffix = ".partial";
+constexpr std::string_view kErrorElement = "Error";
 
 std::int32_t ErrorValue(const Record& error) {
   const std::string_view text = error.element.ChildText("Value");
@@ -29,25 +31,27 @@ std::int32_t ErrorValue(const Record& error) {
   return value;
 }
 
-// The one that people's other programs take.
-PullFormat UsualFormat(RecordKind kind) {
-  return WordsOf(kind).name == kContactKind ? PullFormat::kVcf : PullFormat::kIcs;
-}
-
-// Holds back what goes to the standard output until it is known to be whole.
 class Output {
  public:
-  Output(const std::optional<std::filesystem::path>& path, const Console& console)
-      : console_(console) {
+  // What is held goes to the standard output only once it is known to be whole.
+  Output(const std::optional<std::filesystem::path>& path, bool hold, const Console& console)
+      : console_(console), hold_(hold) {
     if (path) file_ = std::make_unique<files::AtomicFile>(*path);
   }
 
   void Write(std::string_view bytes) {
     if (file_ != nullptr) {
       file_->Write(bytes);
-    } else {
+    } else if (hold_) {
       held_ += bytes;
+    } else {
+      console_.out << bytes;
     }
+  }
+
+  // So that a pipe that has gone ends the download.
+  void PassOn() {
+    if (file_ == nullptr && !hold_) FlushOutput(console_);
   }
 
   void Commit(std::string_view suffix) {
@@ -58,6 +62,7 @@ class Output {
 
  private:
   const Console& console_;
+  const bool hold_;
   std::unique_ptr<files::AtomicFile> file_;
   std::string held_;
 };
@@ -68,26 +73,29 @@ class PullRun {
       : connection_(connection),
         options_(options),
         console_(console),
-        output_(options.output, console),
         words_(WordsOf(options.kind)),
+        output_(options.output, words_.isItem, console),
         progress_(console.err, console.errIsTerminal, fmt::format("Pulling {}", words_.plural),
                   Total(options)) {
-    if (UsualFormat(options.kind) == Format()) {
+    const RecordFormat format = options.format.value_or(words_.formats[0]);
+    if (NeedsMapping(format)) {
       mapping_ = std::make_unique<Mapping>(options.mapping ? *options.mapping
                                                            : DefaultMappingPath(connection.target));
     }
-    writer_ = MakeWriter();
+    writer_ =
+        MakeRecordWriter({options.kind, format, options.version, options.zone}, mapping_.get(),
+                         [this](std::string_view bytes) { output_.Write(bytes); });
   }
 
   int Run() {
-    output_.Write(writer_->Begin());
     const std::string problem = DownloadUntilProblem();
     progress_.Hide();
     if (!problem.empty() && written_ == 0) throw Error(problem);
     if (problem.empty() && options_.oids.empty()) ForgetVanished();
     // An output whose UIDs the mapping does not know would be added a second time when pushed.
     if (mapping_ != nullptr) mapping_->Save();
-    output_.Write(writer_->End());
+    BeginOnce();
+    writer_->End();
     output_.Commit(problem.empty() ? std::string_view() : kPartialSuffix);
     for (const std::string& loss : writer_->Losses()) console_.err << loss << '\n';
     if (!problem.empty()) {
@@ -104,37 +112,36 @@ class PullRun {
     return options.oids.size();
   }
 
-  PullFormat Format() const { return options_.format.value_or(UsualFormat(options_.kind)); }
-
   bool IsWanted(const Record& record) const {
     return KindOfElement(record.element.name) == words_.name;
   }
 
-  std::unique_ptr<RecordWriter> MakeWriter() {
-    switch (Format()) {
-      case PullFormat::kXml:
-        return MakeXmlWriter();
-      case PullFormat::kJson:
-        return MakeJsonWriter(options_.zone);
-      case PullFormat::kIcs:
-        return MakeICalendarWriter(options_.zone, *mapping_);
-      case PullFormat::kVcf:
-        break;
-    }
-    return MakeVCardWriter(options_.version, *mapping_);
+  // Not before there is something to write: a handheld without a telephone leaves no trace.
+  void BeginOnce() {
+    if (!begun_) writer_->Begin();
+    begun_ = true;
   }
 
   // What kept the download from its good end; empty for nothing.
   std::string DownloadUntilProblem() {
     try {
       const std::int32_t status = DownloadWanted();
-      if (status == 0) return {};
-      return fmt::format("the handheld broke off: {}", StatusText(status));
+      return status == 0 ? std::string()
+                         : fmt::format("{}: {}", Explanation(status), StatusText(status));
     } catch (const Interrupted&) {
       throw;
     } catch (const Error& problem) {
       return problem.what();
     }
+  }
+
+  [[nodiscard]] std::string_view Explanation(std::int32_t status) const {
+    if (status == kNotSupported && options_.kind == RecordKind::kMessages) return kNoMessageStore;
+    if (status != kNotSupported || options_.kind != RecordKind::kCalls) {
+      return "the handheld broke off";
+    }
+    return written_ == 0 ? "the handheld has no telephone, or cannot convert the note of a call"
+                         : "the handheld cannot convert the note of a call";
   }
 
   std::int32_t DownloadWanted() {
@@ -160,36 +167,48 @@ class PullRun {
     }
   }
 
-  void TakeDocument(const std::string& document) {
-    const std::vector<Record> records = Parse(document);
+  // The items that the document has in part, with an error record.
+  std::set<Oid> FailedOf(const std::vector<Record>& records) const {
     std::set<Oid> failed;
     for (const Record& record : records) {
-      if (record.element.name == "Error") failed.insert(record.oid.value_or(0));
+      if (record.element.name == kErrorElement) failed.insert(record.oid.value_or(0));
       if (IsWanted(record) && !record.oid) {
         throw Error(fmt::format("the answer makes no sense: document {}: {} without an OID",
                                 documents_, words_.withArticle));
       }
     }
+    return failed;
+  }
+
+  void TakeDocument(const std::string& document) {
+    const std::vector<Record> records = Parse(document);
+    const std::set<Oid> failed = words_.isItem ? FailedOf(records) : std::set<Oid>();
     for (const Record& record : records) {
-      if (record.element.name == "Error") {
-        ReportError(record);
+      if (words_.isItem && record.element.name == kErrorElement) {
+        ++errors_;
+        Say(fmt::format("OID {}: {}", record.oid.value_or(0), StatusText(ErrorValue(record))));
       } else if (!IsWanted(record)) {
-        progress_.Hide();
-        console_.err << fmt::format("left out: {} is no {}\n", record.element.name, words_.name);
-      } else if (!failed.contains(*record.oid)) {  // one that failed midway is there in part
-        output_.Write(writer_->Write(record));
-        seen_.insert(*record.oid);
-        ++written_;
+        Say(fmt::format("left out: {} is no {}", record.element.name, words_.name));
+      } else if (!failed.contains(record.oid.value_or(0))) {
+        Take(record);
       }
     }
+    output_.PassOn();
     progress_.Update(written_ + errors_);
   }
 
-  void ReportError(const Record& error) {
-    ++errors_;
+  void Take(const Record& record) {
+    BeginOnce();
+    writer_->Write(record);
+    if (mapping_ != nullptr) seen_.insert(*record.oid);
+    ++written_;
+    if (options_.kind == RecordKind::kMessages) Say(MissingOf(record));
+  }
+
+  void Say(const std::string& line) {
+    if (line.empty()) return;
     progress_.Hide();
-    console_.err << fmt::format("OID {}: {}\n", error.oid.value_or(0),
-                                StatusText(ErrorValue(error)));
+    console_.err << line << '\n';
   }
 
   void SayWhatIsThere(const std::filesystem::path& file) {
@@ -220,11 +239,12 @@ class PullRun {
   const ConnectionOptions& connection_;
   const PullOptions& options_;
   const Console& console_;
-  Output output_;
   const KindWords& words_;
+  Output output_;
   Progress progress_;
   std::unique_ptr<Mapping> mapping_;
   std::unique_ptr<RecordWriter> writer_;
+  bool begun_ = false;
   std::set<Oid> seen_;
   std::uint64_t documents_ = 0;
   std::uint64_t written_ = 0;
@@ -232,10 +252,6 @@ class PullRun {
 };
 
 }  // namespace
-
-bool IsFormatOf(PullFormat format, RecordKind kind) {
-  return format == PullFormat::kXml || format == PullFormat::kJson || format == UsualFormat(kind);
-}
 
 int Pull(const ConnectionOptions& connection, const PullOptions& options, const Console& console) {
   return RunGuarded(console, [&] { return PullRun(connection, options, console).Run(); });

@@ -1,4 +1,4 @@
-// "pull": contacts, appointments and tasks from the handheld.
+// "pull": contacts, appointments, tasks, text messages and calls from the handheld.
 #pragma once
 
 #include <filesystem>
@@ -8,22 +8,15 @@
 #include "common/calendar/zone.h"
 #include "common/formats/vcard/vcard.h"
 #include "desktop/commands/console.h"
+#include "desktop/records/record_kind.h"
 #include "desktop/wire/connection.h"
-#include "desktop/wire/download.h"
-#include "desktop/wire/oid.h"
 
 namespace desktop {
 
-// kVcf is for contacts, kIcs for appointments and tasks.
-enum class PullFormat { kVcf, kIcs, kXml, kJson };
-
-// Whether records of the kind can be had so.
-bool IsFormatOf(PullFormat format, RecordKind kind);
-
 struct PullOptions {
   RecordKind kind = RecordKind::kContacts;
-  std::vector<Oid> oids;             // empty for all
-  std::optional<PullFormat> format;  // one that the kind can be had in; nothing for kVcf or kIcs
+  std::vector<Oid> oids;               // of items; empty for all
+  std::optional<RecordFormat> format;  // one that the kind can be had in; nothing for the usual one
   formats::VCardVersion version = formats::VCardVersion::k30;
   std::optional<std::filesystem::path> output;  // nothing for the standard output
   // Nothing for the target's own; used by kVcf and kIcs alone.
@@ -33,9 +26,10 @@ struct PullOptions {
 
 // kPartlyDone when the handheld reported errors for some identifiers, or when the download broke
 // off after some complete documents: what they held then goes to the output with ".partial" added
-// to its name, or to the standard output. An interrupted one writes nothing.
-// A complete pull to a file says on the standard output how many items were pulled. What a format
-// cannot say goes to the error output.
+// to its name, or to the standard output. That gets items once they are all there, and the
+// telephone's records as they come (a backup file at the end). An interrupted one leaves no file.
+// A complete pull to a file says on the standard output how many records were pulled. What a format
+// cannot say, and what the handheld leaves out of a message, goes to the error output.
 int Pull(const ConnectionOptions& connection, const PullOptions& options, const Console& console);
 
 }  // namespace desktop

@@ -6,7 +6,7 @@
 #include <set>
 
 #include "desktop/records/recurrence_xml.h"
-#include "desktop/wire/wire_values.h"
+#include "desktop/records/wire_values.h"
 
 namespace desktop {
 namespace {

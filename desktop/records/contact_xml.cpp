@@ -6,8 +6,8 @@
 #include <array>
 #include <chrono>
 
-#include "desktop/wire/wire_values.h"
-#include "desktop/wire/xml_text.h"
+#include "desktop/records/wire_values.h"
+#include "desktop/records/xml_text.h"
 
 namespace desktop {
 namespace {

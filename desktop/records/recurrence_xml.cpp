@@ -6,7 +6,7 @@
 #include <array>
 #include <string_view>
 
-#include "desktop/wire/wire_values.h"
+#include "desktop/records/wire_values.h"
 
 namespace desktop {
 namespace {

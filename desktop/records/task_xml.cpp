@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "desktop/records/recurrence_xml.h"
-#include "desktop/wire/wire_values.h"
+#include "desktop/records/wire_values.h"
 
 namespace desktop {
 namespace {

@@ -8,8 +8,8 @@
 #include <string_view>
 
 #include "desktop/records/recurrence_xml.h"
-#include "desktop/wire/wire_values.h"
-#include "desktop/wire/xml_text.h"
+#include "desktop/records/wire_values.h"
+#include "desktop/records/xml_text.h"
 
 namespace desktop {
 namespace {

@@ -9,8 +9,8 @@
 #include <unordered_map>
 
 #include "desktop/sync/journal.h"
-#include "desktop/wire/oid.h"
 #include "desktop/wire/target.h"
+#include "desktop/wire/xml_records.h"
 
 namespace desktop {
 

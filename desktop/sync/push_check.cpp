@@ -8,10 +8,10 @@
 #include <utility>
 #include <vector>
 
+#include "desktop/records/record_kind.h"
 #include "desktop/sync/wire_hash.h"
 #include "desktop/wire/download.h"
 #include "desktop/wire/error.h"
-#include "desktop/wire/record_kind.h"
 #include "desktop/wire/status_text.h"
 #include "desktop/wire/xml_records.h"
 

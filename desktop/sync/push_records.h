@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "common/calendar/zone.h"
-#include "desktop/wire/oid.h"
-#include "desktop/wire/record_kind.h"
+#include "desktop/records/record_kind.h"
+#include "desktop/wire/xml_records.h"
 
 namespace desktop {
 

@@ -1,54 +1,138 @@
 #include "desktop/sync/record_writers.h"
 
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <sstream>
 #include <string>
 #include <utility>
 
+#include "common/formats/backup/sms_backup.h"
 #include "common/formats/icalendar/icalendar.h"
-#include "common/formats/json/calendar_json.h"
-#include "common/formats/json/contact_json.h"
 #include "common/formats/json/identity.h"
 #include "desktop/records/appointment_xml.h"
 #include "desktop/records/contact_xml.h"
+#include "desktop/records/phone_records.h"
 #include "desktop/records/task_xml.h"
 #include "desktop/records/wire_losses.h"
 #include "desktop/sync/normal_form.h"
 #include "desktop/sync/wire_hash.h"
-#include "desktop/wire/record_kind.h"
+#include "desktop/wire/error.h"
 
 namespace desktop {
 namespace {
 
 class XmlWriter : public RecordWriter {
  public:
-  std::string Begin() override { return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<root>\n"; }
-  std::string Write(const Record& record) override { return record.bytes + "\n"; }
-  std::string End() override { return "</root>\n"; }
-};
+  explicit XmlWriter(ByteSink sink) : sink_(std::move(sink)) {}
 
-std::string ToJson(const Record& record, const calendar::Zone& zone) {
-  const std::string_view kind = KindOfElement(record.element.name);
-  if (kind == kAppointmentKind) {
-    return formats::AppointmentToJson(AppointmentFromXml(record.element, zone), *record.oid);
-  }
-  if (kind == kTaskKind) return formats::TaskToJson(TaskFromXml(record.element, zone), *record.oid);
-  return formats::ContactToJson(ContactFromXml(record.element), *record.oid);
-}
-
-class JsonWriter : public RecordWriter {
- public:
-  explicit JsonWriter(const calendar::Zone& zone) : zone_(zone) {}
-
-  std::string Begin() override { return "["; }
-  std::string Write(const Record& record) override {
-    const std::string separator = first_ ? "\n" : ",\n";
-    first_ = false;
-    return separator + ToJson(record, zone_);
-  }
-  std::string End() override { return first_ ? "]\n" : "\n]\n"; }
+  void Begin() override { sink_("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<root>\n"); }
+  void Write(const Record& record) override { sink_(record.bytes + "\n"); }
+  void End() override { sink_("</root>\n"); }
 
  private:
+  ByteSink sink_;
+};
+
+// An array of items, a line each; of other records the lines alone.
+class JsonWriter : public RecordWriter {
+ public:
+  JsonWriter(const WriterOptions& options, ByteSink sink)
+      : kind_(WordsOf(options.kind)), zone_(options.zone), sink_(std::move(sink)) {}
+
+  void Begin() override {
+    if (kind_.isItem) sink_("[");
+  }
+  void Write(const Record& record) override {
+    const std::string json = kind_.json(record, zone_);
+    sink_(kind_.isItem ? (first_ ? "\n" : ",\n") + json : json + "\n");
+    first_ = false;
+  }
+  void End() override {
+    if (kind_.isItem) sink_(first_ ? "]\n" : "\n]\n");
+  }
+
+ private:
+  const KindWords& kind_;
   calendar::Zone zone_;
+  ByteSink sink_;
   bool first_ = true;
+};
+
+// A file without a name, gone with the object.
+class Spool {
+ public:
+  Spool() : file_(std::tmpfile()) {
+    if (file_ == nullptr) Fail("make");
+  }
+
+  void Write(std::string_view bytes) {
+    if (std::fwrite(bytes.data(), 1, bytes.size(), file_.get()) != bytes.size()) Fail("write");
+  }
+
+  void CopyTo(const ByteSink& sink) {
+    if (std::fflush(file_.get()) != 0) Fail("write");
+    if (std::fseek(file_.get(), 0, SEEK_SET) != 0) Fail("read");
+    std::array<char, 64 * 1024> block;
+    while (const std::size_t count = std::fread(block.data(), 1, block.size(), file_.get())) {
+      sink(std::string_view(block.data(), count));
+    }
+    if (std::ferror(file_.get()) != 0) Fail("read");
+  }
+
+ private:
+  [[noreturn]] static void Fail(const char* what) {
+    throw Error(std::string("cannot ") + what + " a temporary file: " + std::strerror(errno));
+  }
+
+  struct Closer {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+  };
+  std::unique_ptr<std::FILE, Closer> file_;
+};
+
+formats::TextMessage ItemOf(const Record& record, const formats::MessageBackupWriter& /*writer*/) {
+  return MessageFromXml(record.element);
+}
+
+formats::Call ItemOf(const Record& record, const formats::CallBackupWriter& /*writer*/) {
+  return CallFromXml(record.element);
+}
+
+// The records are written behind a beginning that is dropped: the count of the real one is known
+// only once they all are there.
+template <typename FormatWriter>
+class BackupWriter : public RecordWriter {
+ public:
+  explicit BackupWriter(ByteSink sink) : sink_(std::move(sink)), items_(buffer_, 0) { Taken(); }
+
+  void Write(const Record& record) override {
+    items_.Write(ItemOf(record, items_));
+    spool_.Write(Taken());
+    ++count_;
+  }
+
+  void End() override {
+    const FormatWriter beginning(buffer_, count_);
+    sink_(Taken());
+    spool_.CopyTo(sink_);
+    items_.Finish();
+    sink_(Taken());
+  }
+
+ private:
+  std::string Taken() {
+    std::string bytes = buffer_.str();
+    buffer_.str({});
+    return bytes;
+  }
+
+  ByteSink sink_;
+  std::ostringstream buffer_;
+  FormatWriter items_;
+  Spool spool_;
+  std::size_t count_ = 0;
 };
 
 // What a push has added without hearing of it, or null.
@@ -84,25 +168,27 @@ std::string Remember(const Record& record, std::string hash, Mapping& mapping) {
 
 class VCardWriter : public RecordWriter {
  public:
-  VCardWriter(formats::VCardVersion version, Mapping& mapping)
-      : version_(version), mapping_(mapping) {}
+  VCardWriter(formats::VCardVersion version, Mapping& mapping, ByteSink sink)
+      : version_(version), mapping_(mapping), sink_(std::move(sink)) {}
 
-  std::string Write(const Record& record) override {
+  void Write(const Record& record) override {
     formats::Contact contact = ContactFromXml(record.element);
     contact.uid = Remember(record, WireHash(contact), mapping_);
-    return formats::WriteVCard(contact, version_);
+    sink_(formats::WriteVCard(contact, version_));
   }
 
  private:
   formats::VCardVersion version_;
   Mapping& mapping_;
+  ByteSink sink_;
 };
 
 class ICalendarWriter : public RecordWriter {
  public:
-  ICalendarWriter(const calendar::Zone& zone, Mapping& mapping) : zone_(zone), mapping_(mapping) {}
+  ICalendarWriter(const calendar::Zone& zone, Mapping& mapping, ByteSink sink)
+      : zone_(zone), mapping_(mapping), sink_(std::move(sink)) {}
 
-  std::string Write(const Record& record) override {
+  void Write(const Record& record) override {
     if (KindOfElement(record.element.name) == kTaskKind) {
       formats::Task task = Normalized(TaskFromXml(record.element, zone_));
       task.uid = Remember(record, WireHash(task), mapping_);
@@ -114,13 +200,12 @@ class ICalendarWriter : public RecordWriter {
       AddLosses(record, DisplayName(appointment));
       appointments_.push_back(std::move(appointment));
     }
-    return {};
   }
 
-  std::string End() override {
-    formats::CalendarText text = formats::WriteICalendar(appointments_, tasks_, zone_);
+  void End() override {
+    const formats::CalendarText text = formats::WriteICalendar(appointments_, tasks_, zone_);
     losses_.insert(losses_.end(), text.losses.begin(), text.losses.end());
-    return std::move(text.bytes);
+    sink_(text.bytes);
   }
 
   [[nodiscard]] std::vector<std::string> Losses() const override { return losses_; }
@@ -133,6 +218,7 @@ class ICalendarWriter : public RecordWriter {
 
   calendar::Zone zone_;
   Mapping& mapping_;
+  ByteSink sink_;
   std::vector<formats::Appointment> appointments_;
   std::vector<formats::Task> tasks_;
   std::vector<std::string> losses_;
@@ -140,20 +226,27 @@ class ICalendarWriter : public RecordWriter {
 
 }  // namespace
 
-std::unique_ptr<RecordWriter> MakeXmlWriter() {
-  return std::make_unique<XmlWriter>();
+bool NeedsMapping(RecordFormat format) {
+  return format == RecordFormat::kVcf || format == RecordFormat::kIcs;
 }
 
-std::unique_ptr<RecordWriter> MakeJsonWriter(const calendar::Zone& zone) {
-  return std::make_unique<JsonWriter>(zone);
-}
-
-std::unique_ptr<RecordWriter> MakeVCardWriter(formats::VCardVersion version, Mapping& mapping) {
-  return std::make_unique<VCardWriter>(version, mapping);
-}
-
-std::unique_ptr<RecordWriter> MakeICalendarWriter(const calendar::Zone& zone, Mapping& mapping) {
-  return std::make_unique<ICalendarWriter>(zone, mapping);
+std::unique_ptr<RecordWriter> MakeRecordWriter(const WriterOptions& options, Mapping* mapping,
+                                               ByteSink sink) {
+  switch (options.format) {
+    case RecordFormat::kVcf:
+      return std::make_unique<VCardWriter>(options.version, *mapping, std::move(sink));
+    case RecordFormat::kIcs:
+      return std::make_unique<ICalendarWriter>(options.zone, *mapping, std::move(sink));
+    case RecordFormat::kJson:
+      return std::make_unique<JsonWriter>(options, std::move(sink));
+    case RecordFormat::kSmsBackup:
+      if (options.kind == RecordKind::kCalls)
+        return std::make_unique<BackupWriter<formats::CallBackupWriter>>(std::move(sink));
+      return std::make_unique<BackupWriter<formats::MessageBackupWriter>>(std::move(sink));
+    case RecordFormat::kXml:
+      break;
+  }
+  return std::make_unique<XmlWriter>(std::move(sink));
 }
 
 }  // namespace desktop

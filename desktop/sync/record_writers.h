@@ -1,36 +1,51 @@
 // Records that come in, as the forms that people's programs take.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "common/calendar/zone.h"
 #include "common/formats/vcard/vcard.h"
+#include "desktop/records/record_kind.h"
 #include "desktop/sync/mapping.h"
-#include "desktop/wire/xml_records.h"
 
 namespace desktop {
+
+// Where the bytes of a form go, in order. What it throws passes through.
+using ByteSink = std::function<void(std::string_view)>;
 
 class RecordWriter {
  public:
   virtual ~RecordWriter() = default;
-  virtual std::string Begin() { return {}; }
-  // The record must be of a kind that the writer takes and have an OID.
-  virtual std::string Write(const Record& record) = 0;
-  virtual std::string End() { return {}; }
+  virtual void Begin() {}
+  // The record must be of the writer's kind; an item must have an OID.
+  virtual void Write(const Record& record) = 0;
+  virtual void End() {}
   // After the end: what the form cannot say, a line each with the name of what it is about.
   [[nodiscard]] virtual std::vector<std::string> Losses() const { return {}; }
 };
 
-// One document whose root holds the records, each with the bytes that it came with.
-std::unique_ptr<RecordWriter> MakeXmlWriter();
-// The zone is the handheld's.
-std::unique_ptr<RecordWriter> MakeJsonWriter(const calendar::Zone& zone);
-// Of contacts. The mapping must outlive the writer. It gives each contact its UID, and learns of
-// new ones.
-std::unique_ptr<RecordWriter> MakeVCardWriter(formats::VCardVersion version, Mapping& mapping);
-// The same of appointments and tasks; all is written at the end.
-std::unique_ptr<RecordWriter> MakeICalendarWriter(const calendar::Zone& zone, Mapping& mapping);
+struct WriterOptions {
+  RecordKind kind = RecordKind::kContacts;
+  RecordFormat format = RecordFormat::kXml;  // one that the kind can be had in
+  formats::VCardVersion version = formats::VCardVersion::k30;
+  calendar::Zone zone = calendar::Zone::OfHost();  // the handheld's
+};
+
+// Needs a mapping for those formats alone.
+bool NeedsMapping(RecordFormat format);
+
+// kXml is one document whose root holds the records, each with the bytes that it came with. kJson
+// is an array of items, a line each, and of other records nothing but the lines. Memory does not
+// grow with the records of either, nor with those of kSmsBackup: that begins with how many it
+// holds, so until the end they lie in a temporary file. kIcs is written at the end.
+//
+// The mapping, null where it is not needed, must outlive the writer. It gives each item its UID,
+// and learns of new ones.
+std::unique_ptr<RecordWriter> MakeRecordWriter(const WriterOptions& options, Mapping* mapping,
+                                               ByteSink sink);
 
 }  // namespace desktop

@@ -6,9 +6,9 @@
 #include "common/text/text.h"
 #include "desktop/records/appointment_xml.h"
 #include "desktop/records/contact_xml.h"
+#include "desktop/records/record_kind.h"
 #include "desktop/records/task_xml.h"
 #include "desktop/sync/normal_form.h"
-#include "desktop/wire/record_kind.h"
 
 namespace desktop {
 namespace {

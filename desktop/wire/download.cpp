@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include "desktop/wire/error.h"
-#include "desktop/wire/request.h"
 #include "desktop/wire/words.h"
 
 namespace desktop {
@@ -23,27 +22,16 @@ std::int32_t Download(const ConnectionOptions& options, std::string_view functio
   return static_cast<std::int32_t>(connection.ReceiveWord());
 }
 
-std::string KindInput(std::uint32_t kind) {
-  std::string input;
-  PutWord(input, kind);
-  return input;
-}
-
 }  // namespace
 
 std::int32_t DownloadAll(const ConnectionOptions& options, RecordKind kind,
                          const DocumentHandler& onDocument) {
-  return Download(options, kDownloadAll, KindInput(static_cast<std::uint32_t>(kind)), onDocument);
-}
-
-std::int32_t DownloadAll(const ConnectionOptions& options, PhoneKind kind,
-                         const DocumentHandler& onDocument) {
-  return Download(options, kDownloadAll, KindInput(static_cast<std::uint32_t>(kind)), onDocument);
+  return Download(options, kDownloadAll, KindInput(kind), onDocument);
 }
 
 std::int32_t DownloadSpecific(const ConnectionOptions& options, RecordKind kind,
                               std::span<const Oid> oids, const DocumentHandler& onDocument) {
-  std::string input = KindInput(static_cast<std::uint32_t>(kind));
+  std::string input = KindInput(kind);
   for (const Oid oid : oids) PutWord(input, oid);
   return Download(options, kDownloadSpecific, input, onDocument);
 }

@@ -8,9 +8,8 @@
 #include <string>
 
 #include "desktop/wire/connection.h"
-#include "desktop/wire/oid.h"
-#include "desktop/wire/phone_records.h"
-#include "desktop/wire/record_kind.h"
+#include "desktop/wire/request.h"
+#include "desktop/wire/xml_records.h"
 
 namespace desktop {
 
@@ -20,8 +19,6 @@ using DocumentHandler = std::function<void(const std::string& document)>;
 // All give the trailer's status. Throw Error when the download does not come to its trailer; the
 // documents handed out until then are complete.
 std::int32_t DownloadAll(const ConnectionOptions& options, RecordKind kind,
-                         const DocumentHandler& onDocument);
-std::int32_t DownloadAll(const ConnectionOptions& options, PhoneKind kind,
                          const DocumentHandler& onDocument);
 // At most OidsPerRequest() identifiers.
 std::int32_t DownloadSpecific(const ConnectionOptions& options, RecordKind kind,

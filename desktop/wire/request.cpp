@@ -37,6 +37,12 @@ void PutName(std::string& body, std::string_view name) {
 
 }  // namespace
 
+std::string KindInput(RecordKind kind) {
+  std::string input;
+  PutWord(input, static_cast<std::uint32_t>(kind));
+  return input;
+}
+
 std::size_t InputRoom(std::string_view function) {
   const std::size_t frame = 32 + 2 * (kLibrary.size() + 1) + 2 * (function.size() + 1);
   return std::min(kMostInput, kMostBody - frame);

@@ -20,6 +20,18 @@ inline constexpr std::string_view kGetSystemTime = "CVCeGetSystemTime";
 inline constexpr std::string_view kSetSystemTime = "CVCeSetSystemTime";
 inline constexpr std::string_view kResetLoggingState = "CVResetLoggingState";
 
+// The kinds of records, by the wire's numbers.
+enum class RecordKind : std::uint32_t {
+  kAppointments = 0,
+  kContacts = 1,
+  kTasks = 2,
+  kContacts2 = 3,  // contacts in their second form
+  kCalls = 4,
+  kMessages = 5,
+};
+// As the input of a request begins that is about a kind.
+std::string KindInput(RecordKind kind);
+
 // The most that any count on the wire may announce before it is taken for nonsense.
 inline constexpr std::uint32_t kMostBytes = 256 * 1024 * 1024;
 

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "desktop/wire/connection.h"
-#include "desktop/wire/oid.h"
+#include "desktop/wire/xml_records.h"
 
 namespace desktop {
 

@@ -4,12 +4,12 @@
 #include <libxml/parser.h>
 #include <libxml/tree.h>
 
+#include <charconv>
 #include <cstdlib>
 #include <limits>
 #include <memory>
 
 #include "desktop/wire/error.h"
-#include "desktop/wire/record_kind.h"
 #include "desktop/wire/xml_spans.h"
 
 namespace desktop {
@@ -124,6 +124,24 @@ Record ReadRecord(xmlDoc& document, xmlNode& node, const std::string_view* span)
 
 }  // namespace
 
+std::optional<Oid> ParseOid(std::string_view text) {
+  int base = 10;
+  if (text.starts_with("0x") || text.starts_with("0X")) {
+    base = 16;
+    text.remove_prefix(2);
+    if (text.starts_with('-')) return std::nullopt;
+  }
+  std::int64_t value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, base);
+  if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
+  if (value == 0 || value < INT32_MIN || value > std::int64_t{UINT32_MAX}) return std::nullopt;
+  return static_cast<Oid>(value);
+}
+
+std::string OidAttribute(Oid oid) {
+  return std::to_string(static_cast<std::int32_t>(oid));
+}
+
 const XmlElement* XmlElement::Child(std::string_view childName) const {
   for (const XmlElement& child : children) {
     if (child.name == childName) return &child;
@@ -156,10 +174,6 @@ std::string WithOid(std::string_view record, Oid oid) {
   const std::size_t nameEnd = record.find_first_of(" \t\r\n/>");
   return fmt::format("{} Oid=\"{}\"{}", record.substr(0, nameEnd), OidAttribute(oid),
                      record.substr(nameEnd));
-}
-
-bool IsTakenByAgent(std::string_view elementName) {
-  return !KindOfElement(elementName).empty();
 }
 
 }  // namespace desktop

@@ -2,14 +2,22 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "desktop/wire/oid.h"
-
 namespace desktop {
+
+// Object identifiers: unsigned 32-bit numbers that XML writes as signed decimals.
+using Oid = std::uint32_t;
+
+// Decimal, signed or not, or hexadecimal with 0x, within 32 bits; nothing for other text and for 0,
+// which names no item.
+std::optional<Oid> ParseOid(std::string_view text);
+// As the attribute "Oid" has it.
+std::string OidAttribute(Oid oid);
 
 struct XmlElement {
   std::string name;
@@ -40,8 +48,5 @@ std::vector<Record> ParseRecords(std::string_view document);
 
 // The record, which must have no "Oid", with one.
 std::string WithOid(std::string_view record, Oid oid);
-
-// "CONTACT", "Contact2", "CALENDAR" and "TASK": the agent answers these and skips all others.
-bool IsTakenByAgent(std::string_view elementName);
 
 }  // namespace desktop

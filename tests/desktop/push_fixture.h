@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "desktop/commands/commands_push.h"
-#include "desktop/wire/record_kind.h"
+#include "desktop/records/record_kind.h"
 #include "desktop/wire/words.h"
 #include "desktop/wire/xml_records.h"
 #include "tests/desktop/fixtures.h"

@@ -19,12 +19,18 @@ using testing::Word;
 
 class DeleteMessagesTest : public ::testing::Test {
  protected:
+  int Run(const ConnectionOptions& connection, bool yes) {
+    DeleteOptions options;
+    options.kind = RecordKind::kMessages;
+    options.yes = yes;
+    return Delete(connection, options, console_.console);
+  }
   int RunAgainst(std::uint32_t status, bool yes = true) {
     FakeAgent agent({[this, status](Peer& peer) {
       seen_ = ReadRequest(peer.ReceiveCounted());
       peer.Send(ReplyRecord(status));
     }});
-    const int code = DeleteMessages(agent.options(), yes, console_.console);
+    const int code = Run(agent.options(), yes);
     agent.Join();
     return code;
   }
@@ -43,14 +49,14 @@ TEST_F(DeleteMessagesTest, AsksTheAgentForKindFive) {
 }
 
 TEST_F(DeleteMessagesTest, NeedsYesWithoutATerminal) {
-  EXPECT_EQ(DeleteMessages(NobodyThere(), false, console_.console), kUsage);
+  EXPECT_EQ(Run(NobodyThere(), false), kUsage);
   EXPECT_EQ(err(), "corvane-desktop: deleting all text messages needs --yes\n");
 }
 
 TEST_F(DeleteMessagesTest, AsksOnATerminal) {
   console_.console.inIsTerminal = true;
   console_.in.str("n\n");
-  EXPECT_EQ(DeleteMessages(NobodyThere(), false, console_.console), kFailed);
+  EXPECT_EQ(Run(NobodyThere(), false), kFailed);
   EXPECT_THAT(err(), HasSubstr("Delete all text messages on the handheld at "));
   EXPECT_THAT(err(), HasSubstr("nothing deleted\n"));
   console_.in.str("y\n");

@@ -303,7 +303,7 @@ TEST_F(CalendarPull, ForgetsTheVanishedOfItsKindAlone) {
 
 TEST_F(CalendarPull, MergesTheDocumentsAsXmlWithoutAMapping) {
   store_.items = {{7, kChoir}};
-  pull_.format = PullFormat::kXml;
+  pull_.format = RecordFormat::kXml;
   EXPECT_EQ(PullFrom(store_, RecordKind::kAppointments), kDone);
   EXPECT_EQ(File(), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<root>\n" + WithOid(kChoir, 7) +
                         "\n</root>\n");
@@ -312,14 +312,14 @@ TEST_F(CalendarPull, MergesTheDocumentsAsXmlWithoutAMapping) {
 
 TEST_F(CalendarPull, WritesJsonInTheHandheldsZone) {
   store_.items = {{7, kChoir}};
-  pull_.format = PullFormat::kJson;
+  pull_.format = RecordFormat::kJson;
   EXPECT_EQ(PullFrom(store_, RecordKind::kAppointments), kDone);
   EXPECT_THAT(File(), HasSubstr("\"Start\":\"2024-05-06T09:00:00\""));
   EXPECT_THAT(File(), HasSubstr("{\"oid\":7,"));
 }
 
 TEST_F(CalendarPull, LeavesOutRecordsOfOtherKinds) {
-  pull_.format = PullFormat::kXml;
+  pull_.format = RecordFormat::kXml;
   pull_.kind = RecordKind::kAppointments;
   FakeAgent agent({[](testing::Peer& peer) {
     peer.ReceiveCounted();
@@ -332,14 +332,14 @@ TEST_F(CalendarPull, LeavesOutRecordsOfOtherKinds) {
 
 TEST(PullFormats, AreTheOnesThatAKindCanBeHadIn) {
   for (const RecordKind kind : {RecordKind::kContacts, RecordKind::kContacts2}) {
-    EXPECT_TRUE(IsFormatOf(PullFormat::kVcf, kind));
-    EXPECT_FALSE(IsFormatOf(PullFormat::kIcs, kind));
+    EXPECT_TRUE(IsFormatOf(RecordFormat::kVcf, kind));
+    EXPECT_FALSE(IsFormatOf(RecordFormat::kIcs, kind));
   }
   for (const RecordKind kind : {RecordKind::kAppointments, RecordKind::kTasks}) {
-    EXPECT_FALSE(IsFormatOf(PullFormat::kVcf, kind));
-    EXPECT_TRUE(IsFormatOf(PullFormat::kIcs, kind));
-    EXPECT_TRUE(IsFormatOf(PullFormat::kXml, kind));
-    EXPECT_TRUE(IsFormatOf(PullFormat::kJson, kind));
+    EXPECT_FALSE(IsFormatOf(RecordFormat::kVcf, kind));
+    EXPECT_TRUE(IsFormatOf(RecordFormat::kIcs, kind));
+    EXPECT_TRUE(IsFormatOf(RecordFormat::kXml, kind));
+    EXPECT_TRUE(IsFormatOf(RecordFormat::kJson, kind));
   }
 }
 

@@ -1,4 +1,4 @@
-#include "desktop/commands/commands_pull_phone.h"
+#include "desktop/commands/commands_pull.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,6 +7,7 @@
 
 #include "common/formats/backup/sms_backup.h"
 #include "common/formats/json/message_json.h"
+#include "desktop/records/phone_records.h"
 #include "tests/desktop/fixtures.h"
 
 namespace desktop {
@@ -50,8 +51,10 @@ std::string Xml(const std::string& lines) {
 
 class PullPhoneTest : public ::testing::Test {
  protected:
+  PullPhoneTest() { options_.kind = RecordKind::kMessages; }
+
   int Run(const ConnectionOptions& connection) {
-    return PullPhone(connection, options_, console_.console);
+    return Pull(connection, options_, console_.console);
   }
   int RunAgainst(const std::string& answer) {
     FakeAgent agent({[answer](Peer& peer) {
@@ -65,13 +68,13 @@ class PullPhoneTest : public ::testing::Test {
   std::string out() const { return console_.out.str(); }
 
   TempDirectory directory_;
-  PullPhoneOptions options_;
+  PullOptions options_;
   TestConsole console_;
 };
 
 TEST_F(PullPhoneTest, AsksForAllOfTheKind) {
-  const std::pair<PhoneKind, std::uint32_t> kinds[] = {{PhoneKind::kCalls, 4},
-                                                       {PhoneKind::kMessages, 5}};
+  const std::pair<RecordKind, std::uint32_t> kinds[] = {{RecordKind::kCalls, 4},
+                                                        {RecordKind::kMessages, 5}};
   for (const auto& [kind, number] : kinds) {
     SeenRequest seen;
     FakeAgent agent({[&seen](Peer& peer) {
@@ -97,7 +100,7 @@ TEST_F(PullPhoneTest, WritesALineOfJsonForEachMessage) {
 }
 
 TEST_F(PullPhoneTest, WritesALineOfJsonForEachCall) {
-  options_.kind = PhoneKind::kCalls;
+  options_.kind = RecordKind::kCalls;
   EXPECT_EQ(RunAgainst(Word(0) + Counted(Document(kCall + kCall)) + kTrailer), kDone);
   const std::string line =
       "{\"number\":\"+491\",\"start\":\"2008-02-15T13:45:01Z\",\"end\":\"2008-02-15T13:46:01Z\","
@@ -107,13 +110,13 @@ TEST_F(PullPhoneTest, WritesALineOfJsonForEachCall) {
 }
 
 TEST_F(PullPhoneTest, MergesTheDocumentsUnderOneRootWithTheirBytes) {
-  options_.format = PhoneFormat::kXml;
+  options_.format = RecordFormat::kXml;
   EXPECT_EQ(RunAgainst(kTwoDocuments), kDone);
   EXPECT_EQ(out(), Xml(kFirst + "\n" + kSecond + "\n"));
 }
 
 TEST_F(PullPhoneTest, WritesABackupThatReadsAsTheSameMessages) {
-  options_.format = PhoneFormat::kSmsBackup;
+  options_.format = RecordFormat::kSmsBackup;
   EXPECT_EQ(RunAgainst(kTwoDocuments), kDone);
   EXPECT_THAT(out(), HasSubstr("<smses count=\"2\">\n"));
   std::vector<formats::TextMessage> messages;
@@ -130,8 +133,8 @@ TEST_F(PullPhoneTest, WritesABackupThatReadsAsTheSameMessages) {
 }
 
 TEST_F(PullPhoneTest, WritesABackupThatReadsAsTheSameCalls) {
-  options_.kind = PhoneKind::kCalls;
-  options_.format = PhoneFormat::kSmsBackup;
+  options_.kind = RecordKind::kCalls;
+  options_.format = RecordFormat::kSmsBackup;
   ToFile();
   EXPECT_EQ(RunAgainst(Word(0) + Counted(Document(kCall)) + kTrailer), kDone);
   const std::string backup = ReadFile(directory_ / "out");
@@ -146,10 +149,10 @@ TEST_F(PullPhoneTest, WritesABackupThatReadsAsTheSameCalls) {
 }
 
 TEST_F(PullPhoneTest, WritesAnEmptyFormForNoMessages) {
-  const std::pair<PhoneFormat, std::string> cases[] = {
-      {PhoneFormat::kJson, ""},
-      {PhoneFormat::kXml, Xml("")},
-      {PhoneFormat::kSmsBackup,
+  const std::pair<RecordFormat, std::string> cases[] = {
+      {RecordFormat::kJson, ""},
+      {RecordFormat::kXml, Xml("")},
+      {RecordFormat::kSmsBackup,
        "<?xml version='1.0' encoding='UTF-8' standalone='yes' ?>\n<smses count=\"0\">\n"
        "</smses>\n"}};
   ToFile();
@@ -194,8 +197,8 @@ TEST_F(PullPhoneTest, SaysThatThereIsNoMessageStore) {
 }
 
 TEST_F(PullPhoneTest, SaysThatThereIsNoTelephoneOrNoConverter) {
-  options_.kind = PhoneKind::kCalls;
-  options_.format = PhoneFormat::kXml;
+  options_.kind = RecordKind::kCalls;
+  options_.format = RecordFormat::kXml;
   EXPECT_EQ(RunAgainst(Word(0) + Word(0) + Word(0x80004001)), kFailed);
   EXPECT_THAT(err(), HasSubstr("the handheld has no telephone, or cannot convert the note of a "
                                "call: 0x80004001"));
@@ -210,8 +213,8 @@ TEST_F(PullPhoneTest, KeepsCompleteDocumentsWhenCutOffAtEachByte) {
   ToFile();
   const std::size_t first = 4 + Counted(Document(kFirst)).size();
   const std::size_t second = first + Counted(Document(kSecond)).size();
-  for (const PhoneFormat format :
-       {PhoneFormat::kJson, PhoneFormat::kXml, PhoneFormat::kSmsBackup}) {
+  for (const RecordFormat format :
+       {RecordFormat::kJson, RecordFormat::kXml, RecordFormat::kSmsBackup}) {
     options_.format = format;
     for (std::size_t length = 0; length < kTwoDocuments.size(); ++length) {
       WriteFile(directory_ / "out", "before");
@@ -222,7 +225,7 @@ TEST_F(PullPhoneTest, KeepsCompleteDocumentsWhenCutOffAtEachByte) {
       EXPECT_EQ(std::filesystem::exists(partial), length >= first) << length;
       if (length < first) continue;
       EXPECT_EQ(ReadFile(partial).find("x</NOTES>") != std::string::npos,
-                format == PhoneFormat::kXml && length >= second)
+                format == RecordFormat::kXml && length >= second)
           << length;
       std::filesystem::remove(partial);
     }

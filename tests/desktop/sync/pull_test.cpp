@@ -68,7 +68,7 @@ class PullTest : public ::testing::Test {
 
 class PullXmlTest : public PullTest {
  protected:
-  void SetUp() override { options_.format = PullFormat::kXml; }
+  void SetUp() override { options_.format = RecordFormat::kXml; }
 };
 
 TEST_F(PullXmlTest, AsksForAllOfTheKindInOnePiece) {
@@ -268,7 +268,7 @@ TEST_F(PullXmlTest, SaysWhenTheOutputTakesNothing) {
 }
 
 TEST_F(PullTest, WritesJsonWithPropertyNamesAndUnsignedOids) {
-  options_.format = PullFormat::kJson;
+  options_.format = RecordFormat::kJson;
   const std::string record =
       "<CONTACT Oid=\"-2\"><LAST_NAME>Lee</LAST_NAME><CATEGORIES><CATEGORY><Name>A</Name>"
       "</CATEGORY></CATEGORIES><BIRTHDAY>19700228T000000</BIRTHDAY></CONTACT>";
@@ -281,7 +281,7 @@ TEST_F(PullTest, WritesJsonWithPropertyNamesAndUnsignedOids) {
 }
 
 TEST_F(PullTest, WritesAnEmptyJsonArray) {
-  options_.format = PullFormat::kJson;
+  options_.format = RecordFormat::kJson;
   EXPECT_EQ(RunAgainst(Word(0) + kTrailer), kDone);
   EXPECT_EQ(out(), "[]\n");
 }

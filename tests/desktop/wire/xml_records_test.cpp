@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "desktop/records/xml_text.h"
 #include "desktop/wire/error.h"
-#include "desktop/wire/xml_text.h"
 #include "tests/desktop/fixtures.h"
 
 namespace desktop {
@@ -126,6 +126,25 @@ TEST(XmlText, ReplacesBytesThatAreNotUtf8) {
   EXPECT_EQ(XmlText("\xC0\x80"), "\xEF\xBF\xBD\xEF\xBF\xBD");
   EXPECT_EQ(XmlText("\xED\xA0\x80").find('\xED'), std::string::npos);
   EXPECT_EQ(XmlText("\xF4\x90\x80\x80").find('\xF4'), std::string::npos);
+}
+
+TEST(ParseOid, TakesSignedAndUnsignedDecimalsAndHexadecimal) {
+  EXPECT_EQ(ParseOid("12"), 12U);
+  EXPECT_EQ(ParseOid("-1"), 0xFFFFFFFFU);
+  EXPECT_EQ(ParseOid("-2147483648"), 0x80000000U);
+  EXPECT_EQ(ParseOid("4294967295"), 0xFFFFFFFFU);
+  EXPECT_EQ(ParseOid("0x80000001"), 0x80000001U);
+}
+
+TEST(ParseOid, RefusesZeroOtherTextAndWhatIsTooLarge) {
+  for (const char* text : {"", "0", "-0", "12 ", "1x", "0x", "0x-1", "4294967296", "-2147483649"}) {
+    EXPECT_EQ(ParseOid(text), std::nullopt) << text;
+  }
+}
+
+TEST(OidAttribute, IsSigned) {
+  EXPECT_EQ(OidAttribute(12), "12");
+  EXPECT_EQ(OidAttribute(0x80000000U), "-2147483648");
 }
 
 }  // namespace

@@ -11,20 +11,6 @@
 
 namespace desktop {
 
-// The kinds of records that are the telephone's: they come, and are never sent. The wire's numbers.
-enum class PhoneKind : std::uint32_t {
-  kCalls = 4,
-  kMessages = 5,
-};
-
-struct PhoneWords {
-  std::string_view name;  // to people: "text message"
-  std::string_view plural;
-  std::string_view element;  // of a record
-};
-
-const PhoneWords& WordsOf(PhoneKind kind);
-
 // The status of a handheld that lacks what is asked about, and what that means for messages.
 inline constexpr std::int32_t kNotSupported = static_cast<std::int32_t>(0x80004001);
 inline constexpr std::string_view kNoMessageStore =

@@ -1,4 +1,4 @@
-#include "desktop/wire/wire_values.h"
+#include "desktop/records/wire_values.h"
 
 #include <fmt/format.h>
 
@@ -6,7 +6,7 @@
 #include <charconv>
 #include <limits>
 
-#include "desktop/wire/xml_text.h"
+#include "desktop/records/xml_text.h"
 
 namespace desktop {
 namespace {

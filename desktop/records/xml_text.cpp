@@ -1,4 +1,4 @@
-#include "desktop/wire/xml_text.h"
+#include "desktop/records/xml_text.h"
 
 #include <cstddef>
 

@@ -1,4 +1,4 @@
-#include "desktop/wire/wire_values.h"
+#include "desktop/records/wire_values.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "desktop/wire/phone_records.h"
+#include "desktop/records/phone_records.h"
 
 #include <gtest/gtest.h>
 

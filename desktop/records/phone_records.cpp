@@ -1,17 +1,14 @@
-#include "desktop/wire/phone_records.h"
+#include "desktop/records/phone_records.h"
 
 #include <fmt/format.h>
 
 #include <optional>
 
 #include "common/formats/items/message_time.h"
-#include "desktop/wire/wire_values.h"
+#include "desktop/records/wire_values.h"
 
 namespace desktop {
 namespace {
-
-constexpr PhoneWords kMessageWords{"text message", "text messages", "SMS"};
-constexpr PhoneWords kCallWords{"call", "calls", "Call"};
 
 struct TextRow {
   std::string_view element;
@@ -52,10 +49,6 @@ bool IsMultimedia(const XmlElement& record) {
 }
 
 }  // namespace
-
-const PhoneWords& WordsOf(PhoneKind kind) {
-  return kind == PhoneKind::kCalls ? kCallWords : kMessageWords;
-}
 
 formats::TextMessage MessageFromXml(const XmlElement& record) {
   formats::TextMessage message;
