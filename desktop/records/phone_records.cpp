@@ -40,6 +40,11 @@ std::optional<formats::MessageTime> ChildTime(const XmlElement& record, std::str
   return *time;
 }
 
+// Not so for an element that is not there.
+bool IsFalse(const XmlElement& record, std::string_view name) {
+  return record.ChildText(name) == "FALSE";
+}
+
 // Not even what every message has that the handheld could read.
 bool IsMultimedia(const XmlElement& record) {
   for (const XmlElement& child : record.children) {
@@ -71,6 +76,7 @@ formats::Call CallFromXml(const XmlElement& record) {
   formats::Call call;
   for (const TextRow& row : kCallTexts) call.*row.field = record.ChildText(row.element);
   for (const FlagRow& row : kCallFlags) call.*row.field = ChildIsTrue(record, row.element);
+  call.missed = IsFalse(record, "Outgoing") && IsFalse(record, "Connected");
   call.callerId = ChildNumber(record, "CID", 0);
   call.start = ChildTime(record, "Start");
   call.end = ChildTime(record, "End");

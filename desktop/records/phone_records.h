@@ -17,7 +17,8 @@ inline constexpr std::string_view kNoMessageStore =
     "the handheld has no store of text messages, as one without a telephone";
 
 // What the record says. Elements that it does not know and times that do not exist are left out,
-// and so is the first moment of 1601, which is how a handheld writes that it has no time.
+// and so is the first moment of 1601, which is how a handheld writes that it has no time. The wire
+// does not tell that a call was missed: it is one that came in and was not connected.
 formats::TextMessage MessageFromXml(const XmlElement& record);
 formats::Call CallFromXml(const XmlElement& record);
 

@@ -195,6 +195,26 @@ TEST_F(DesktopPhone, PullsCallsInTheOtherForms) {
   EXPECT_EQ(Lines(directory_.Read("calls.xml")), 1 + 1 + 42 + 1);
 }
 
+TEST_F(DesktopPhone, KeepsAMissedCallInABackup) {
+  {
+    const auto handheld = Open();
+    StoredCall call = SampleCall();
+    call.kind = ce::IOM_MISSED;
+    call.flags = ce::CALLLOG_ENDED;
+    CallFiller(*handheld).Add(call);
+  }
+  StartAgent(handheld_);
+  EXPECT_THAT(Desktop({"pull", "calls"}).out, HasSubstr("\"missed\":true"));
+  const Ended backup = Desktop({"pull", "calls", "--format", "smsbackup", "-o", Path("calls.xml")});
+  EXPECT_EQ(backup.code, 0);
+  EXPECT_THAT(directory_.Read("calls.xml"), HasSubstr(" type=\"3\" "));
+  StopAgent(SIGTERM);
+
+  const std::string other = MakeHandheld("other");
+  EXPECT_EQ(Device({"import", other, Path("calls.xml")}).code, 0);
+  EXPECT_THAT(Device({"show", other, "calls", "--json"}).out, HasSubstr("\"missed\":true"));
+}
+
 TEST_F(DesktopPhone, SaysThatThereIsNoTelephone) {
   AddCalls(2);
   Open()->Set(u"Phone", ce::DWORD{0});

@@ -18,7 +18,7 @@ struct Call {
   std::optional<MessageTime> end;
   bool outgoing = false;
   bool connected = false;
-  bool missed = false;  // only on the handheld, the wire does not tell
+  bool missed = false;
   bool roaming = false;
   bool ended = false;
   std::int32_t callerId = 0;  // a CallerId, or what else the telephone gives

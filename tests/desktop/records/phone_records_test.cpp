@@ -107,6 +107,17 @@ TEST(CallFromXml, TellsEveryFlagApart) {
   }
 }
 
+TEST(CallFromXml, IsMissedWhenItCameInAndWasNotConnected) {
+  for (const std::string outgoing : {"TRUE", "FALSE"}) {
+    for (const std::string connected : {"TRUE", "FALSE"}) {
+      const Record record = Only("<Call><Outgoing>" + outgoing + "</Outgoing><Connected>" +
+                                 connected + "</Connected></Call>");
+      EXPECT_EQ(CallFromXml(record.element).missed, outgoing == "FALSE" && connected == "FALSE")
+          << outgoing << ' ' << connected;
+    }
+  }
+}
+
 TEST(CallFromXml, HasNothingForWhatIsNotThere) {
   EXPECT_EQ(CallFromXml(Only("<Call><Start>16010101T000000</Start></Call>").element), Call());
 }
