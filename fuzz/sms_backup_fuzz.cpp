@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "common/formats/backup/sms_backup.h"
-#include "common/formats/json/message_identity.h"
+#include "common/formats/items/identity.h"
 #include "common/formats/json/message_json.h"
 #include "common/text/text.h"
 

@@ -2,8 +2,7 @@
 
 #include <algorithm>
 
-#include "common/formats/json/calendar_json.h"
-#include "common/formats/json/contact_json.h"
+#include "common/formats/items/item_json.h"
 #include "common/formats/json/message_json.h"
 #include "desktop/records/appointment_xml.h"
 #include "desktop/records/contact_xml.h"

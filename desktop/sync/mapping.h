@@ -19,7 +19,7 @@ struct MappedItem {
   std::string kind;        // its name: "contact", "appointment", "task"
   std::string uid;         // the identity that people's programs know it by; empty for none
   std::string content;     // stands in for a UID that the record does not have; empty for none
-  std::string hash;        // of the content that it had when it was last sent or received
+  std::string hash;        // of what carries it, as it was last sent or received
   std::string state = {};  // StateHash of that; empty when it is not known
 };
 

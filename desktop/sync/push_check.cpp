@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "desktop/records/record_kind.h"
-#include "desktop/sync/wire_hash.h"
+#include "desktop/sync/state_hash.h"
 #include "desktop/wire/download.h"
 #include "desktop/wire/error.h"
 #include "desktop/wire/status_text.h"

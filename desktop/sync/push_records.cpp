@@ -10,14 +10,14 @@
 
 #include "common/files/atomic_file.h"
 #include "common/formats/icalendar/icalendar.h"
-#include "common/formats/json/identity.h"
+#include "common/formats/items/identity.h"
+#include "common/formats/items/normal_form.h"
 #include "common/formats/vcard/vcard.h"
 #include "desktop/records/appointment_xml.h"
 #include "desktop/records/contact_xml.h"
 #include "desktop/records/task_xml.h"
 #include "desktop/records/wire_losses.h"
-#include "desktop/sync/normal_form.h"
-#include "desktop/sync/wire_hash.h"
+#include "desktop/sync/state_hash.h"
 #include "desktop/wire/error.h"
 #include "desktop/wire/upload.h"
 #include "desktop/wire/xml_records.h"
@@ -26,6 +26,7 @@ namespace desktop {
 namespace {
 
 using calendar::Zone;
+using formats::SeriesEnd;
 
 constexpr std::string_view kBlanks = " \t\r\n\xEF\xBB\xBF";
 
@@ -78,11 +79,13 @@ PushRecord FromContact(std::string place, const formats::Contact& contact) {
 PushRecord FromAppointment(std::string place, const formats::Appointment& appointment,
                            const Zone& zone) {
   return FromItem(std::move(place), kAppointmentKind, appointment,
-                  AppointmentToXml(Normalized(appointment), zone), WireLosses(appointment, zone));
+                  AppointmentToXml(Normalized(appointment, SeriesEnd::kCount), zone),
+                  WireLosses(appointment, zone));
 }
 
 PushRecord FromTask(std::string place, const formats::Task& task) {
-  return FromItem(std::move(place), kTaskKind, task, TaskToXml(Normalized(task)), WireLosses(task));
+  return FromItem(std::move(place), kTaskKind, task, TaskToXml(Normalized(task, SeriesEnd::kCount)),
+                  WireLosses(task));
 }
 
 std::vector<PushRecord> FromVCards(const std::filesystem::path& path, std::string_view bytes,

@@ -10,18 +10,20 @@
 
 #include "common/formats/backup/sms_backup.h"
 #include "common/formats/icalendar/icalendar.h"
-#include "common/formats/json/identity.h"
+#include "common/formats/items/identity.h"
+#include "common/formats/items/normal_form.h"
 #include "desktop/records/appointment_xml.h"
 #include "desktop/records/contact_xml.h"
 #include "desktop/records/phone_records.h"
 #include "desktop/records/task_xml.h"
 #include "desktop/records/wire_losses.h"
-#include "desktop/sync/normal_form.h"
-#include "desktop/sync/wire_hash.h"
+#include "desktop/sync/state_hash.h"
 #include "desktop/wire/error.h"
 
 namespace desktop {
 namespace {
+
+using formats::SeriesEnd;
 
 class XmlWriter : public RecordWriter {
  public:
@@ -145,14 +147,16 @@ const MappedItem* FindExpected(const Mapping& mapping, const std::string& state)
   return nullptr;
 }
 
-// Takes the record into the mapping, and gives the UID that it has there.
-std::string Remember(const Record& record, std::string hash, Mapping& mapping) {
+// Takes the record into the mapping, and gives the UID that it has there. It would be sent as
+// `xml`.
+std::string Remember(const Record& record, std::string_view xml, std::string state,
+                     Mapping& mapping) {
   MappedItem item{*record.oid,
                   std::string(KindOfElement(record.element.name)),
                   {},
                   {},
-                  std::move(hash),
-                  StateHash(record.element)};
+                  formats::ContentHash(xml),
+                  std::move(state)};
   const MappedItem* known = mapping.FindOid(item.oid);
   if (known != nullptr && known->kind == item.kind) {
     item.uid = known->uid;
@@ -173,7 +177,8 @@ class VCardWriter : public RecordWriter {
 
   void Write(const Record& record) override {
     formats::Contact contact = ContactFromXml(record.element);
-    contact.uid = Remember(record, WireHash(contact), mapping_);
+    contact.uid =
+        Remember(record, ContactToXml(formats::WithFileAs(contact)), StateHash(contact), mapping_);
     sink_(formats::WriteVCard(contact, version_));
   }
 
@@ -190,13 +195,15 @@ class ICalendarWriter : public RecordWriter {
 
   void Write(const Record& record) override {
     if (KindOfElement(record.element.name) == kTaskKind) {
-      formats::Task task = Normalized(TaskFromXml(record.element, zone_));
-      task.uid = Remember(record, WireHash(task), mapping_);
+      formats::Task task = Normalized(TaskFromXml(record.element, zone_), SeriesEnd::kCount);
+      task.uid = Remember(record, TaskToXml(task), StateHash(record.element), mapping_);
       AddLosses(record, DisplayName(task));
       tasks_.push_back(std::move(task));
     } else {
-      formats::Appointment appointment = Normalized(AppointmentFromXml(record.element, zone_));
-      appointment.uid = Remember(record, WireHash(appointment, zone_), mapping_);
+      formats::Appointment appointment =
+          Normalized(AppointmentFromXml(record.element, zone_), SeriesEnd::kCount);
+      appointment.uid = Remember(record, AppointmentToXml(appointment, zone_),
+                                 StateHash(record.element), mapping_);
       AddLosses(record, DisplayName(appointment));
       appointments_.push_back(std::move(appointment));
     }

@@ -6,9 +6,9 @@
 #include <optional>
 #include <string>
 
-#include "common/formats/json/identity.h"
+#include "common/formats/items/identity.h"
+#include "common/formats/items/normal_form.h"
 #include "handheld/outlook/import_ledger.h"
-#include "handheld/tool/kept_form.h"
 #include "handheld/tool/session.h"
 
 namespace tool {
@@ -18,12 +18,16 @@ struct RecordIdentity {
   RecordIdentity(const std::string& uid, std::string hash);
 
   std::string name;         // made of its UID, of its content when it has none
-  std::string contentHash;  // formats::ContentHash of its KeptForm
+  std::string contentHash;  // formats::ContentHash of it as it is when it comes back from an item
 };
 
+inline RecordIdentity IdentityOf(const formats::Contact& contact) {
+  return {contact.uid, formats::ContentHash(contact)};
+}
+// The same for what a handheld keeps alike.
 template <typename Record>
 RecordIdentity IdentityOf(const Record& record) {
-  return {record.uid, formats::ContentHash(KeptForm(record))};
+  return {record.uid, formats::ContentHash(Normalized(record, formats::SeriesEnd::kDay))};
 }
 
 // Of one kind of item. Calls throw StatusError.

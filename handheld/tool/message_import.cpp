@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "common/formats/json/message_identity.h"
+#include "common/formats/items/identity.h"
 #include "common/text/utf.h"
 #include "handheld/tool/message_records.h"
 

@@ -5,8 +5,7 @@
 #include <string>
 
 #include "common/calendar/wall_time.h"
-#include "common/formats/json/calendar_json.h"
-#include "common/formats/json/contact_json.h"
+#include "common/formats/items/item_json.h"
 #include "handheld/tool/item_walk.h"
 #include "handheld/tool/pattern_words.h"
 #include "handheld/tool/table.h"

@@ -4,8 +4,7 @@
 
 #include <set>
 
-#include "common/formats/json/identity.h"
-#include "desktop/sync/wire_hash.h"
+#include "common/formats/items/identity.h"
 
 namespace desktop {
 namespace {
@@ -146,25 +145,23 @@ TEST(ContactFromXml, LeavesOutDatesThatDoNotExist) {
             (formats::Date{2008, 2, 29}));
 }
 
-TEST(WireHash, ChangesWithEveryFieldOfTheWireAndWithNothingElse) {
+TEST(ContactToXml, ChangesWithEveryFieldOfTheWireAndWithNothingElse) {
   const Contact contact = FullContact();
-  std::set<std::string> hashes = {WireHash(contact)};
+  std::set<std::string> records = {ContactToXml(contact)};
   std::size_t expected = 1;
   for (std::size_t i = 0; i < formats::kContactFieldCount; ++i) {
     Contact changed = contact;
     changed.fields[i] += "!";
-    hashes.insert(WireHash(changed));
+    records.insert(ContactToXml(changed));
     if (IsOnTheWire(static_cast<ContactField>(i))) ++expected;
-    EXPECT_EQ(hashes.size(), expected) << formats::ContactFieldName(static_cast<ContactField>(i));
+    EXPECT_EQ(records.size(), expected) << formats::ContactFieldName(static_cast<ContactField>(i));
   }
   Contact changed = contact;
   changed.uid = "other";
-  EXPECT_EQ(WireHash(changed), WireHash(contact));
-  changed[ContactField::kFileAs].clear();
-  EXPECT_EQ(WireHash(changed), WireHash(formats::WithFileAs(changed)));
+  EXPECT_EQ(ContactToXml(changed), ContactToXml(contact));
   changed = contact;
   changed.birthday.reset();
-  EXPECT_NE(WireHash(changed), WireHash(contact));
+  EXPECT_NE(ContactToXml(changed), ContactToXml(contact));
 }
 
 }  // namespace

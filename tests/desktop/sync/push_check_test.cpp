@@ -6,7 +6,6 @@
 
 #include "desktop/commands/commands_pull.h"
 #include "desktop/sync/mapping.h"
-#include "desktop/sync/wire_hash.h"
 #include "desktop/wire/download.h"
 #include "tests/desktop/push_fixture.h"
 
@@ -220,18 +219,6 @@ TEST_F(PushCheck, SaysOnceAFieldWhatTheWireDoesNotCarry) {
                        "CarTelephoneNumber: the wire does not carry it\n" + place(1) +
                        "AssistantTelephoneNumber: the wire does not carry it\n" + place(1) +
                        "Categories" + control + "1 added\n");
-}
-
-TEST(StateHash, LeavesOutFuriganaLineEndsAndOuterBlanks) {
-  formats::Contact contact;
-  contact[formats::ContactField::kBody] = "a\r\nb";
-  contact[formats::ContactField::kLastName] = "Lee";
-  const std::string hash = StateHash(contact);
-  contact[formats::ContactField::kBody] = "a\nb\n";
-  contact[formats::ContactField::kYomiLastName] = "y";
-  EXPECT_EQ(StateHash(contact), hash);
-  contact[formats::ContactField::kLastName] = "Leeds";
-  EXPECT_NE(StateHash(contact), hash);
 }
 
 }  // namespace

@@ -3,7 +3,7 @@
 
 #include <ostream>
 
-#include "common/formats/json/calendar_json.h"
+#include "common/formats/items/item_json.h"
 #include "handheld/tool/item_walk.h"
 #include "tests/handheld/tool/maintenance_support.h"
 

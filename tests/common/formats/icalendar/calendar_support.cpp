@@ -4,7 +4,7 @@
 
 #include "common/calendar/rule.h"
 #include "common/calendar/wall_time.h"
-#include "common/formats/json/calendar_json.h"
+#include "common/formats/items/item_json.h"
 
 namespace formats {
 

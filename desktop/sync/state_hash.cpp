@@ -1,14 +1,14 @@
-#include "desktop/sync/wire_hash.h"
+#include "desktop/sync/state_hash.h"
 
 #include <utility>
 
-#include "common/formats/json/identity.h"
+#include "common/calendar/zone.h"
+#include "common/formats/items/identity.h"
 #include "common/text/text.h"
 #include "desktop/records/appointment_xml.h"
 #include "desktop/records/contact_xml.h"
 #include "desktop/records/record_kind.h"
 #include "desktop/records/task_xml.h"
-#include "desktop/sync/normal_form.h"
 
 namespace desktop {
 namespace {
@@ -35,18 +35,6 @@ const Zone& Utc() {
 
 }  // namespace
 
-std::string WireHash(const formats::Contact& contact) {
-  return formats::ContentHash(ContactToXml(formats::WithFileAs(contact)));
-}
-
-std::string WireHash(const formats::Appointment& appointment, const Zone& zone) {
-  return formats::ContentHash(AppointmentToXml(Normalized(appointment), zone));
-}
-
-std::string WireHash(const formats::Task& task) {
-  return formats::ContentHash(TaskToXml(Normalized(task)));
-}
-
 std::string StateHash(const formats::Contact& contact) {
   using formats::ContactField;
   formats::Contact state = contact;
@@ -56,7 +44,7 @@ std::string StateHash(const formats::Contact& contact) {
   }
   for (std::string& text : state.fields) text = Normal(std::move(text));
   for (std::string& category : state.categories) category = Normal(std::move(category));
-  return WireHash(state);
+  return formats::ContentHash(ContactToXml(formats::WithFileAs(state)));
 }
 
 std::string StateHash(const XmlElement& record) {

@@ -1,8 +1,8 @@
-#include "common/formats/json/calendar_json.h"
+#include "common/formats/items/item_json.h"
 
 #include <gtest/gtest.h>
 
-#include "common/formats/json/identity.h"
+#include "common/formats/items/identity.h"
 #include "tests/common/formats/icalendar/calendar_support.h"
 
 namespace formats::testing {
