@@ -19,11 +19,9 @@
 #include "desktop/commands/commands_convert.h"
 #include "desktop/commands/commands_delete.h"
 #include "desktop/commands/commands_device.h"
-#include "desktop/commands/commands_keys.h"
 #include "desktop/commands/commands_pull.h"
 #include "desktop/commands/commands_push.h"
 #include "desktop/commands/commands_time.h"
-#include "desktop/commands/interrupt.h"
 #include "desktop/wire/target.h"
 #include "desktop/wire/xml_records.h"
 
@@ -59,6 +57,20 @@ struct CommandLine {
   bool json = false;
   std::function<int(const Console&)> run;
 };
+
+// For a command's callback: it is to run with these options, once all of the line is read.
+template <typename Run, typename... Options>
+std::function<void()> ToRun(CommandLine& line, Run run, Options&... options) {
+  return [&line, run, &options...] {
+    line.run = [&line, run, &options...](const Console& console) {
+      return run(line.connection, options..., console);
+    };
+  };
+}
+
+void AddJson(CLI::App& command, CommandLine& line) {
+  command.add_flag("--json", line.json, "As JSON");
+}
 
 // An option or a positional that takes one of a few words.
 template <typename T, typename Chosen>
@@ -154,11 +166,9 @@ void AddPull(CLI::App& app, CommandLine& line) {
   command.add_option("-o,--output", line.pull.output, "Where to, instead of the standard output")
       ->type_name("FILE");
   AddMapping(command, line.pull.mapping);
-  command.callback([&line] {
+  command.callback([&line, run = ToRun(line, Pull, line.pull)] {
     BringTogether(line.format, line.pull);
-    line.run = [&line](const Console& console) {
-      return Pull(line.connection, line.pull, console);
-    };
+    run();
   });
 }
 
@@ -178,11 +188,7 @@ void AddPush(CLI::App& app, CommandLine& line) {
   command.add_flag("--json", line.push.json, "The results as JSON");
   AddZone(command, line.push.zone);
   AddMapping(command, line.push.mapping);
-  command.callback([&line] {
-    line.run = [&line](const Console& console) {
-      return Push(line.connection, line.push, console);
-    };
-  });
+  command.callback(ToRun(line, Push, line.push));
 }
 
 void AddDelete(CLI::App& app, CommandLine& line) {
@@ -195,13 +201,11 @@ void AddDelete(CLI::App& app, CommandLine& line) {
   AddOids(command, line.remove.oids);
   command.add_flag("--yes", line.remove.yes, "Delete all without asking");
   AddMapping(command, line.remove.mapping);
-  command.callback([&line] {
+  command.callback([&line, run = ToRun(line, Delete, line.remove)] {
     if (!WordsOf(line.remove.kind).isItem && !line.remove.oids.empty()) {
       throw CLI::ValidationError("--oid", "messages are deleted all together");
     }
-    line.run = [&line](const Console& console) {
-      return Delete(line.connection, line.remove, console);
-    };
+    run();
   });
 }
 
@@ -211,24 +215,16 @@ void AddKeys(CLI::App& app, CommandLine& line) {
           {RecordKind::kContacts, RecordKind::kContacts2, RecordKind::kAppointments,
            RecordKind::kTasks},
           "contacts, contacts2 for their second form, calendar or tasks");
-  command.add_flag("--json", line.json, "As JSON");
-  command.callback([&line] {
-    line.run = [&line](const Console& console) {
-      return PrintKeys(line.connection, line.keys, line.json, console);
-    };
-  });
+  AddJson(command, line);
+  command.callback(ToRun(line, PrintKeys, line.keys, line.json));
 }
 
 void AddTime(CLI::App& app, CommandLine& line) {
   CLI::App& command = *app.add_subcommand("time", "The handheld's clock");
   command.require_subcommand(1);
   CLI::App& get = *command.add_subcommand("get", "Prints its time, in UTC");
-  get.add_flag("--json", line.json, "As JSON");
-  get.callback([&line] {
-    line.run = [&line](const Console& console) {
-      return GetTime(line.connection, line.json, console);
-    };
-  });
+  AddJson(get, line);
+  get.callback(ToRun(line, GetTime, line.json));
   CLI::App& set = *command.add_subcommand("set", "Sets its time");
   set.add_option_function<std::string>(
          "time",
@@ -238,40 +234,24 @@ void AddTime(CLI::App& app, CommandLine& line) {
          },
          "ISO 8601 with a zone, or else in UTC; this computer's time when left out")
       ->type_name("TIME");
-  set.callback([&line] {
-    line.run = [&line](const Console& console) {
-      return SetTime(line.connection, line.time, console);
-    };
-  });
+  set.callback(ToRun(line, SetTime, line.time));
 }
 
 void AddDevice(CLI::App& app, CommandLine& line) {
   CLI::App& info =
       *app.add_subcommand("info", "The agent's version; the handheld's language, time and cards");
-  info.add_flag("--json", line.json, "As JSON");
-  info.callback([&line] {
-    line.run = [&line](const Console& console) {
-      return PrintInfo(line.connection, line.json, console);
-    };
-  });
+  AddJson(info, line);
+  info.callback(ToRun(line, PrintInfo, line.json));
   CLI::App& storage = *app.add_subcommand("storage", "The room on the handheld's storage cards");
   storage
       .add_option("directory", line.directory,
                   "On its volume instead; a directory of the handheld, with / or \\")
       ->type_name("PATH");
-  storage.add_flag("--json", line.json, "As JSON");
-  storage.callback([&line] {
-    line.run = [&line](const Console& console) {
-      return PrintStorage(line.connection, line.directory, line.json, console);
-    };
-  });
+  AddJson(storage, line);
+  storage.callback(ToRun(line, PrintStorage, line.directory, line.json));
   CLI::App& cards = *app.add_subcommand("cards", "The handheld's storage cards, one by one");
-  cards.add_flag("--json", line.json, "As JSON");
-  cards.callback([&line] {
-    line.run = [&line](const Console& console) {
-      return PrintCards(line.connection, line.json, console);
-    };
-  });
+  AddJson(cards, line);
+  cards.callback(ToRun(line, PrintCards, line.json));
 }
 
 void RequireOneWay(const ConvertOptions& convert) {
@@ -320,11 +300,9 @@ void AddConvert(CLI::App& app, CommandLine& line) {
       "A FILE travels in one request, which has room for about 900 bytes. While it is converted "
       "it\n"
       "lies in \\~note.pwi on the handheld, a file that is emptied afterwards and stays.");
-  command.callback([&line] {
+  command.callback([&line, run = ToRun(line, Convert, line.convert)] {
     RequireOneWay(line.convert);
-    line.run = [&line](const Console& console) {
-      return Convert(line.connection, line.convert, console);
-    };
+    run();
   });
 }
 
@@ -336,14 +314,8 @@ void AddAgent(CLI::App& app, CommandLine& line) {
       "on, verbose or off")
       ->required()
       ->type_name("");
-  logging.callback([&line] {
-    line.run = [&line](const Console& console) {
-      return SetLogging(line.connection, line.logging, console);
-    };
-  });
-  app.add_subcommand("quit", "Asks the agent to end")->callback([&line] {
-    line.run = [&line](const Console& console) { return Quit(line.connection, console); };
-  });
+  logging.callback(ToRun(line, SetLogging, line.logging));
+  app.add_subcommand("quit", "Asks the agent to end")->callback(ToRun(line, Quit));
 }
 
 void AddConnection(CLI::App& app, CommandLine& line) {

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "desktop/commands/push_run.h"
+#include "desktop/commands/commands_push.h"
 #include "desktop/records/phone_records.h"
 #include "desktop/sync/mapping.h"
 #include "desktop/wire/error.h"
@@ -53,7 +53,7 @@ int DeleteAll(const ConnectionOptions& connection, const DeleteOptions& options,
   if (!CanBeAllowed(options.yes, words.plural, console)) return kUsage;
   std::optional<Mapping> mapping;
   if (words.isItem) {
-    mapping.emplace(options.mapping ? *options.mapping : DefaultMappingPath(connection.target));
+    mapping.emplace(MappingPath(options.mapping, connection.target));
   }
   if (!IsAllowed(connection, options.yes, words.plural, console)) return kFailed;
   const std::int32_t status = Invoke(connection, kDeleteAll, KindInput(options.kind)).status;

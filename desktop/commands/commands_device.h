@@ -1,12 +1,14 @@
-// "info", "storage" and "cards": what the handheld is, and what room it has.
+// "info", "storage", "cards" and "keys": what the handheld is, has room for and writes.
 #pragma once
 
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "desktop/commands/console.h"
 #include "desktop/wire/connection.h"
+#include "desktop/wire/request.h"
 
 namespace desktop {
 
@@ -23,7 +25,15 @@ int PrintStorage(const ConnectionOptions& connection, const std::optional<std::s
 // The storage cards: number, directory, room.
 int PrintCards(const ConnectionOptions& connection, bool json, const Console& console);
 
+// The names of the elements that records of the kind may have, in the handheld's order: one a line,
+// in JSON an array of them.
+int PrintKeys(const ConnectionOptions& connection, RecordKind kind, bool json,
+              const Console& console);
+
 // "0 bytes", "1 byte", "1.5 KiB", … "16.0 EiB".
 std::string SizeText(std::uint64_t bytes);
+
+// "en-US" for 0x0409; empty for a number that stands for no known language.
+std::string_view LanguageTag(std::uint32_t id);
 
 }  // namespace desktop

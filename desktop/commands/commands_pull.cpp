@@ -79,8 +79,7 @@ class PullRun {
                   Total(options)) {
     const RecordFormat format = options.format.value_or(words_.formats[0]);
     if (NeedsMapping(format)) {
-      mapping_ = std::make_unique<Mapping>(options.mapping ? *options.mapping
-                                                           : DefaultMappingPath(connection.target));
+      mapping_ = std::make_unique<Mapping>(MappingPath(options.mapping, connection.target));
     }
     writer_ =
         MakeRecordWriter({options.kind, format, options.version, options.zone}, mapping_.get(),

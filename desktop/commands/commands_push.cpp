@@ -1,10 +1,69 @@
 #include "desktop/commands/commands_push.h"
 
-#include <string>
+#include <utility>
 
-#include "desktop/commands/push_run.h"
+#include "desktop/commands/progress.h"
+#include "desktop/commands/push_report.h"
+#include "desktop/sync/mapping.h"
+#include "desktop/wire/error.h"
 
 namespace desktop {
+namespace {
+
+void PrintResult(const PushResult& result, const Console& console) {
+  console.out << result.record->place << ": ";
+  if (!result.record->title.empty()) console.out << result.record->title << ": ";
+  console.out << OutcomeText(result) << '\n';
+  if (!result.xml.empty()) console.out << "  " << result.xml << '\n';
+}
+
+void PrintLosses(const PushRecord& record, const Console& console) {
+  for (const std::string& loss : record.losses) {
+    console.err << record.place << ": " << loss << '\n';
+  }
+}
+
+}  // namespace
+
+int RunPush(const ConnectionOptions& connection, const PushPolicy& policy,
+            const std::optional<std::filesystem::path>& mapping,
+            std::span<const PushRecord> records, const PushReporting& reporting,
+            const Console& console) {
+  Mapping known(MappingPath(mapping, connection.target));
+  Progress progress(console.err, console.errIsTerminal, reporting.label, records.size());
+  PushSummary summary;
+  std::vector<PushResult> results;
+  PushSession session(connection, policy, known, [&](const PushResult& result) {
+    summary.Count(result.outcome);
+    results.push_back(result);
+    if (!reporting.json) {
+      progress.Hide();
+      PrintResult(result, console);
+    }
+    if (IsTakenIn(result.outcome) && !result.record->losses.empty()) {
+      progress.Hide();
+      PrintLosses(*result.record, console);
+    }
+    progress.Update(results.size());
+  });
+  int code = kDone;
+  const auto attempt = [&](const auto& step) {
+    try {
+      step();
+    } catch (const Error& problem) {
+      progress.Hide();
+      console.err << "corvane-desktop: " << problem.what() << '\n';
+      code = summary.done > 0 ? kPartlyDone : kFailed;
+    }
+  };
+  attempt([&] { session.Run(records); });
+  attempt([&] { known.Save(); });
+  progress.Hide();
+  if (reporting.json) console.out << ResultsToJson(results) << '\n';
+  console.err << SummaryText(results) << '\n';
+  FlushOutput(console);
+  return code == kDone ? summary.exitCode() : code;
+}
 
 int Push(const ConnectionOptions& connection, const PushOptions& options, const Console& console) {
   return RunGuarded(console, [&] {

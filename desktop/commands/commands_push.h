@@ -3,6 +3,8 @@
 
 #include <filesystem>
 #include <optional>
+#include <span>
+#include <string>
 #include <vector>
 
 #include "common/calendar/zone.h"
@@ -23,5 +25,17 @@ struct PushOptions {
 // Reads all files before it sends anything. Says on the output what became of each record, and on
 // the error output what those that were sent lost.
 int Push(const ConnectionOptions& connection, const PushOptions& options, const Console& console);
+
+struct PushReporting {
+  std::string label;  // of the progress bar
+  bool json = false;
+};
+
+// A session with its progress and its report. Gives the exit code. Throws Error when the mapping or
+// the output cannot be used; what stops a session is told and counts in the exit code.
+int RunPush(const ConnectionOptions& connection, const PushPolicy& policy,
+            const std::optional<std::filesystem::path>& mapping,
+            std::span<const PushRecord> records, const PushReporting& reporting,
+            const Console& console);
 
 }  // namespace desktop

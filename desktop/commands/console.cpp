@@ -1,11 +1,27 @@
 #include "desktop/commands/console.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
 #include <exception>
 #include <new>
 
 #include "desktop/wire/error.h"
 
 namespace desktop {
+namespace {
+
+int g_interruptWriteEnd = -1;
+
+void OnInterruption(int) {
+  const int error = errno;
+  [[maybe_unused]] const ssize_t written = write(g_interruptWriteEnd, "", 1);
+  errno = error;
+}
+
+}  // namespace
 
 int RunGuarded(const Console& console, const std::function<int()>& command) {
   try {
@@ -20,6 +36,21 @@ int RunGuarded(const Console& console, const std::function<int()>& command) {
 
 void FlushOutput(const Console& console) {
   if (!console.out.flush()) throw Error("cannot write to the standard output");
+}
+
+int CatchInterruptions() {
+  std::signal(SIGPIPE, SIG_IGN);
+  int ends[2] = {-1, -1};
+  if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) return -1;
+  g_interruptWriteEnd = ends[1];
+
+  struct sigaction action {};
+  action.sa_handler = OnInterruption;
+  action.sa_flags = static_cast<int>(SA_RESETHAND);
+  sigemptyset(&action.sa_mask);
+  sigaction(SIGINT, &action, nullptr);
+  sigaction(SIGTERM, &action, nullptr);
+  return ends[0];
 }
 
 }  // namespace desktop

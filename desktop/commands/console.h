@@ -1,4 +1,4 @@
-// What a command talks to, and what its process ends with.
+// What a command talks to, what its process ends with, and how a person ends it.
 #pragma once
 
 #include <functional>
@@ -23,5 +23,10 @@ int RunGuarded(const Console& console, const std::function<int()>& command);
 
 // Throws Error when the output did not take all that was written.
 void FlushOutput(const Console& console);
+
+// From now on, the first SIGINT or SIGTERM makes the descriptor readable, for
+// ConnectionOptions::interruptFd; a second one ends the process. A write to a pipe that nobody
+// reads fails instead of ending the process. Call it once, from main.
+int CatchInterruptions();
 
 }  // namespace desktop

@@ -296,7 +296,9 @@ void Mapping::Save() {
   journal_.Discard();
 }
 
-std::filesystem::path DefaultMappingPath(const Target& target) {
+std::filesystem::path MappingPath(const std::optional<std::filesystem::path>& chosen,
+                                  const Target& target) {
+  if (chosen) return *chosen;
   std::string name = target.host + "_" + target.port + ".json";
   for (char& c : name) {
     if (c == '/' || c == ':') c = '-';

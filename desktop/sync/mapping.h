@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -80,8 +81,9 @@ class Mapping {
   std::unordered_map<std::string, Oid> byKey_;
 };
 
-// $XDG_STATE_HOME/corvane/<host>_<port>.json, by default below ~/.local/state. Throws Error when
-// neither is known.
-std::filesystem::path DefaultMappingPath(const Target& target);
+// The one chosen, else $XDG_STATE_HOME/corvane/<host>_<port>.json, by default below ~/.local/state.
+// Throws Error when neither of these is known.
+std::filesystem::path MappingPath(const std::optional<std::filesystem::path>& chosen,
+                                  const Target& target);
 
 }  // namespace desktop

@@ -16,7 +16,7 @@ constexpr std::int32_t kPathNotFound = 3;
 constexpr std::int32_t kInvalidName = 123;
 constexpr std::size_t kVersionBytes = 52;
 constexpr std::size_t kVersionText = 12;
-constexpr std::size_t kRoomBytes = 24;
+constexpr std::size_t kSpaceBytes = 24;
 
 [[noreturn]] void ThrowNonsense(std::string_view function, std::size_t count) {
   throw Error(fmt::format("the answer to {} makes no sense: {} bytes", function, count));
@@ -44,7 +44,7 @@ std::uint64_t LongAt(std::string_view bytes, std::size_t offset) {
   return std::uint64_t{WordAt(bytes, offset + 4)} << 32 | WordAt(bytes, offset);
 }
 
-Room RoomFrom(const std::string& block) {
+Space SpaceFrom(const std::string& block) {
   return {LongAt(block, 8), LongAt(block, 16)};
 }
 
@@ -59,9 +59,9 @@ bool AskCard(const ConnectionOptions& connection, Card& card) {
   if (count < 2 || count % 2 != 0) ThrowNonsense(kGetCardDirectory, count);
   card.directory = FromUtf16Le(std::string_view(path).substr(0, count - 2));
 
-  const Reply room = Invoke(connection, kGetCardSpace, input);
-  if (room.status == kNoSuchCard) return false;
-  card.room = RoomFrom(OutputOf(room, kGetCardSpace, kRoomBytes));
+  const Reply space = Invoke(connection, kGetCardSpace, input);
+  if (space.status == kNoSuchCard) return false;
+  card.space = SpaceFrom(OutputOf(space, kGetCardSpace, kSpaceBytes));
   return true;
 }
 
@@ -81,11 +81,11 @@ bool AskHasInk(const ConnectionOptions& connection) {
   return WordAt(Ask(connection, kHasRichInk, 4), 0) != 0;
 }
 
-Room AskTotalRoom(const ConnectionOptions& connection) {
-  return RoomFrom(Ask(connection, kGetTotalSpace, kRoomBytes));
+Space AskTotalSpace(const ConnectionOptions& connection) {
+  return SpaceFrom(Ask(connection, kGetTotalSpace, kSpaceBytes));
 }
 
-Room AskRoomAt(const ConnectionOptions& connection, std::string_view directory) {
+Space AskSpaceAt(const ConnectionOptions& connection, std::string_view directory) {
   const Reply reply = Invoke(connection, kGetDiskSpace, DevicePathBytes(directory));
   if (reply.status == kPathNotFound) {
     throw Error(fmt::format("there is no directory {} on the handheld", directory));
@@ -93,7 +93,7 @@ Room AskRoomAt(const ConnectionOptions& connection, std::string_view directory) 
   if (reply.status == kInvalidName) {
     throw Error(fmt::format("{} is no path of the handheld", directory));
   }
-  return RoomFrom(OutputOf(reply, kGetDiskSpace, kRoomBytes));
+  return SpaceFrom(OutputOf(reply, kGetDiskSpace, kSpaceBytes));
 }
 
 // The handheld counts its cards afresh at every request, so that one that comes or goes meanwhile

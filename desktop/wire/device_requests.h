@@ -33,19 +33,19 @@ std::uint32_t AskLanguage(const ConnectionOptions& connection);
 bool AskHasInk(const ConnectionOptions& connection);
 
 // In bytes.
-struct Room {
+struct Space {
   std::uint64_t total = 0;
   std::uint64_t free = 0;
 };
 // On all storage cards together.
-Room AskTotalRoom(const ConnectionOptions& connection);
+Space AskTotalSpace(const ConnectionOptions& connection);
 // On the volume of a directory of the handheld, UTF-8.
-Room AskRoomAt(const ConnectionOptions& connection, std::string_view directory);
+Space AskSpaceAt(const ConnectionOptions& connection, std::string_view directory);
 
 struct Card {
   std::uint32_t number = 0;
   std::string directory;  // UTF-8
-  Room room;              // zeros for a card that could not be asked
+  Space space;            // zeros for a card that could not be asked
 };
 // Those that are taken out meanwhile are left out.
 std::vector<Card> AskCards(const ConnectionOptions& connection);

@@ -7,7 +7,7 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <fstream>
+#include <filesystem>
 
 #include "desktop/wire/words.h"
 
@@ -118,33 +118,13 @@ ConnectionOptions NobodyThere() {
   return options;
 }
 
-TempDirectory::TempDirectory() {
-  std::string name = (std::filesystem::temp_directory_path() / "corvane-desktop-XXXXXX").string();
-  if (mkdtemp(name.data()) == nullptr) std::abort();
-  path_ = name;
-}
-
-TempDirectory::~TempDirectory() {
-  std::error_code ignored;
-  std::filesystem::remove_all(path_, ignored);
-}
-
-std::vector<std::string> TempDirectory::names() const {
+std::vector<std::string> Names(const TemporaryDirectory& directory) {
   std::vector<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(path_)) {
+  for (const auto& entry : std::filesystem::directory_iterator(directory.path())) {
     names.push_back(entry.path().filename().string());
   }
   std::sort(names.begin(), names.end());
   return names;
-}
-
-std::string ReadFile(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-void WriteFile(const std::filesystem::path& path, std::string_view bytes) {
-  std::ofstream(path, std::ios::binary) << bytes;
 }
 
 std::string Word(std::uint32_t value) {

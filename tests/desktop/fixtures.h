@@ -1,9 +1,9 @@
-// What the desktop's tests share: a scripted agent on a real socket, a directory, a console.
+// What the desktop's tests share: a scripted agent on a real socket, a console, records.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <sstream>
@@ -12,8 +12,11 @@
 #include <thread>
 #include <vector>
 
+#include "common/calendar/zone.h"
 #include "desktop/commands/console.h"
 #include "desktop/wire/connection.h"
+#include "desktop/wire/xml_records.h"
+#include "tests/support/temporary_directory.h"
 
 namespace desktop::testing {
 
@@ -66,22 +69,9 @@ class FakeAgent {
 // A target where nobody listens.
 ConnectionOptions NobodyThere();
 
-class TempDirectory {
- public:
-  TempDirectory();
-  ~TempDirectory();
-  [[nodiscard]] std::filesystem::path operator/(std::string_view name) const {
-    return path_ / name;
-  }
-  [[nodiscard]] const std::filesystem::path& path() const { return path_; }
-  [[nodiscard]] std::vector<std::string> names() const;  // sorted
-
- private:
-  std::filesystem::path path_;
-};
-
-std::string ReadFile(const std::filesystem::path& path);
-void WriteFile(const std::filesystem::path& path, std::string_view bytes);
+using corvane::testing::TemporaryDirectory;
+// What is in it, sorted.
+std::vector<std::string> Names(const TemporaryDirectory& directory);
 
 struct TestConsole {
   std::ostringstream out;
@@ -104,5 +94,50 @@ struct SeenRequest {
   std::uint32_t streamed = 0;
 };
 SeenRequest ReadRequest(std::string_view body);
+
+// A command with a directory, a console, and what an agent saw of it.
+class CommandTest : public ::testing::Test {
+ protected:
+  // Notes one request, and answers with the bytes.
+  FakeAgent::Script Answer(const std::string& bytes) {
+    return [this, bytes](Peer& peer) {
+      seen_.push_back(ReadRequest(peer.ReceiveCounted()));
+      peer.Send(bytes);
+    };
+  }
+  // Runs it on a connection to an agent that answers one request with each.
+  template <typename Command>
+  int RunAgainst(const std::vector<std::string>& answers, const Command& command) {
+    std::vector<FakeAgent::Script> scripts;
+    for (const std::string& bytes : answers) scripts.push_back(Answer(bytes));
+    FakeAgent agent(std::move(scripts));
+    return command(agent.options());
+  }
+  std::string out() const { return console_.out.str(); }
+  std::string err() const { return console_.err.str(); }
+
+  TemporaryDirectory directory_;
+  TestConsole console_;
+  std::vector<SeenRequest> seen_;
+};
+
+inline calendar::Zone ZoneNamed(std::string_view name) {
+  return calendar::Zone::Find(name).value();
+}
+
+// The first record under a root.
+inline XmlElement ElementOf(const std::string& record) {
+  return ParseRecords("<root>" + record + "</root>").at(0).element;
+}
+
+inline std::chrono::local_days Day(int year, int month, int day) {
+  return std::chrono::local_days{std::chrono::year{year} / month / day};
+}
+
+inline std::chrono::local_seconds At(std::chrono::local_days day, int hour, int minute = 0,
+                                     int second = 0) {
+  return day + std::chrono::hours{hour} + std::chrono::minutes{minute} +
+         std::chrono::seconds{second};
+}
 
 }  // namespace desktop::testing

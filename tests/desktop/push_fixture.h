@@ -112,7 +112,7 @@ class Store {
   Oid next_ = 101;
 };
 
-class PushTest : public ::testing::Test {
+class PushTest : public CommandTest {
  protected:
   PushTest() {
     options_.mapping = directory_ / "map.json";
@@ -135,16 +135,12 @@ class PushTest : public ::testing::Test {
     FakeAgent agent({serve, serve, serve});
     return Run(agent.options());
   }
-  void Input(const std::string& bytes) { WriteFile(options_.files[0], bytes); }
+  void Input(const std::string& bytes) { directory_.Write(options_.files[0], bytes); }
   std::string place(int line) const {
     return options_.files[0].string() + ":" + std::to_string(line) + ": ";
   }
-  std::string out() const { return console_.out.str(); }
-  std::string err() const { return console_.err.str(); }
 
-  TempDirectory directory_;
   PushOptions options_;
-  TestConsole console_;
   Store store_;
 };
 

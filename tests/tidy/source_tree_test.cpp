@@ -28,8 +28,7 @@ const std::map<std::string, std::set<std::string>> kMayInclude = {
     {"common/formats/vcard", {"common/text", "common/formats/items", "common/formats/lines"}},
     {"common/formats/icalendar",
      {"common/text", "common/calendar", "common/formats/items", "common/formats/lines"}},
-    {"common/formats/json",
-     {"common/text", "common/calendar", "common/formats/items", "common/formats/lines"}},
+    {"common/formats/json", {"common/text", "common/formats/items", "common/formats/lines"}},
     {"common/formats/backup",
      {"common/text", "common/formats/items", "common/formats/lines", "common/formats/json"}},
 

@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace desktop {
+namespace desktop::testing {
 namespace {
 
 using namespace std::chrono;
@@ -52,4 +52,4 @@ TEST(TimeFromSystemTime, RefusesBytesThatHoldNoTime) {
 }
 
 }  // namespace
-}  // namespace desktop
+}  // namespace desktop::testing

@@ -7,21 +7,10 @@
 #include "desktop/wire/utf16.h"
 #include "tests/desktop/fixtures.h"
 
-namespace desktop {
+namespace desktop::testing {
 namespace {
 
-using testing::FakeAgent;
 using ::testing::HasSubstr;
-using testing::NobodyThere;
-using testing::Peer;
-using testing::ReadFile;
-using testing::ReadRequest;
-using testing::ReplyRecord;
-using testing::SeenRequest;
-using testing::TempDirectory;
-using testing::TestConsole;
-using testing::Word;
-using testing::WriteFile;
 
 std::string ToFileInput(std::uint32_t format, const std::string& path, const std::string& note) {
   const std::string bytes = ToUtf16Le(path);
@@ -31,32 +20,21 @@ std::string ToFileInput(std::uint32_t format, const std::string& path, const std
 const std::string kInk = ReplyRecord(0, Word(1));
 const std::string kDoneReply = ReplyRecord(0);
 
-class ConvertTest : public ::testing::Test {
+class ConvertTest : public CommandTest {
  protected:
   // Answers one request with each; an empty one ends the connection without an answer.
   int RunAgainst(const std::vector<std::string>& replies) {
     seen_.clear();
-    std::vector<FakeAgent::Script> scripts;
-    for (const std::string& reply : replies) {
-      scripts.push_back([this, reply](Peer& peer) {
-        seen_.push_back(ReadRequest(peer.ReceiveCounted()));
-        peer.Send(reply);
-      });
-    }
-    FakeAgent agent(std::move(scripts));
-    return Convert(agent.options(), options_, console_.console);
+    return CommandTest::RunAgainst(replies, [this](const ConnectionOptions& connection) {
+      return Convert(connection, options_, console_.console);
+    });
   }
   void File(const std::string& name, const std::string& bytes) {
-    WriteFile(directory_ / name, bytes);
+    directory_.Write(name, bytes);
     options_.file = directory_ / name;
   }
-  std::string out() const { return console_.out.str(); }
-  std::string err() const { return console_.err.str(); }
 
-  TempDirectory directory_;
   ConvertOptions options_;
-  TestConsole console_;
-  std::vector<SeenRequest> seen_;
 };
 
 TEST_F(ConvertTest, GoesThroughAFileOnTheHandheldAndEmptiesIt) {
@@ -80,7 +58,7 @@ TEST_F(ConvertTest, WritesToAFile) {
   options_.format = NoteFormat::kInk;
   options_.output = directory_ / "out.pwi";
   EXPECT_EQ(RunAgainst({kInk, kDoneReply, ReplyRecord(0, "ink"), kDoneReply}), kDone);
-  EXPECT_EQ(ReadFile(directory_ / "out.pwi"), "ink");
+  EXPECT_EQ(directory_.Read("out.pwi"), "ink");
   EXPECT_EQ(out(), (directory_ / "out.pwi").string() + ": 3 bytes\n");
 }
 
@@ -240,4 +218,4 @@ TEST(NoteRoom, ShrinksWithThePathDownToNothing) {
 }
 
 }  // namespace
-}  // namespace desktop
+}  // namespace desktop::testing

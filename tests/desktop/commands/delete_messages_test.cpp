@@ -4,18 +4,10 @@
 #include "desktop/commands/commands_delete.h"
 #include "tests/desktop/fixtures.h"
 
-namespace desktop {
+namespace desktop::testing {
 namespace {
 
-using testing::FakeAgent;
 using ::testing::HasSubstr;
-using testing::NobodyThere;
-using testing::Peer;
-using testing::ReadRequest;
-using testing::ReplyRecord;
-using testing::SeenRequest;
-using testing::TestConsole;
-using testing::Word;
 
 class DeleteMessagesTest : public ::testing::Test {
  protected:
@@ -76,4 +68,4 @@ TEST_F(DeleteMessagesTest, SaysThatThereIsNoMessageStore) {
 }
 
 }  // namespace
-}  // namespace desktop
+}  // namespace desktop::testing

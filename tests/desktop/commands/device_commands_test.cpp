@@ -4,22 +4,13 @@
 #include <gtest/gtest.h>
 
 #include "desktop/commands/clock_text.h"
-#include "desktop/commands/language_tags.h"
 #include "desktop/wire/utf16.h"
 #include "tests/desktop/fixtures.h"
 
-namespace desktop {
+namespace desktop::testing {
 namespace {
 
-using testing::FakeAgent;
 using ::testing::HasSubstr;
-using testing::NobodyThere;
-using testing::Peer;
-using testing::ReadRequest;
-using testing::ReplyRecord;
-using testing::SeenRequest;
-using testing::TestConsole;
-using testing::Word;
 
 std::string Room(std::uint64_t total, std::uint64_t free) {
   const auto number = [](std::uint64_t value) {
@@ -38,21 +29,8 @@ std::string Version() {
   return block;
 }
 
-class DeviceCommandsTest : public ::testing::Test {
+class DeviceCommandsTest : public CommandTest {
  protected:
-  // Answers one request with each.
-  template <typename Command>
-  int RunAgainst(const std::vector<std::string>& replies, const Command& command) {
-    std::vector<FakeAgent::Script> scripts;
-    for (const std::string& reply : replies) {
-      scripts.push_back([this, reply](Peer& peer) {
-        seen_.push_back(ReadRequest(peer.ReceiveCounted()));
-        peer.Send(reply);
-      });
-    }
-    FakeAgent agent(std::move(scripts));
-    return command(agent.options());
-  }
   int Info(bool json, std::vector<std::string> cards) {
     std::vector<std::string> replies = {
         ReplyRecord(0, Version()), ReplyRecord(0, Word(0x0407)),
@@ -74,11 +52,6 @@ class DeviceCommandsTest : public ::testing::Test {
       return PrintCards(connection, json, console_.console);
     });
   }
-  std::string out() const { return console_.out.str(); }
-  std::string err() const { return console_.err.str(); }
-
-  TestConsole console_;
-  std::vector<SeenRequest> seen_;
 };
 
 const std::vector<std::string> kOneCard = {ReplyRecord(0, Word(1)),
@@ -247,4 +220,4 @@ TEST(DevicePathBytes, TakesEitherSlash) {
 }
 
 }  // namespace
-}  // namespace desktop
+}  // namespace desktop::testing

@@ -1,11 +1,11 @@
-#include "desktop/commands/interrupt.h"
+#include "desktop/commands/console.h"
 
 #include <gtest/gtest.h>
 #include <poll.h>
 
 #include <csignal>
 
-namespace desktop {
+namespace desktop::testing {
 namespace {
 
 TEST(CatchInterruptions, MakesTheDescriptorReadableOnceAndLeavesTheSecondToTheSystem) {
@@ -19,4 +19,4 @@ TEST(CatchInterruptions, MakesTheDescriptorReadableOnceAndLeavesTheSecondToTheSy
 }
 
 }  // namespace
-}  // namespace desktop
+}  // namespace desktop::testing

@@ -3,37 +3,19 @@
 
 #include "desktop/commands/commands_agent.h"
 #include "desktop/commands/commands_delete.h"
-#include "desktop/commands/commands_keys.h"
+#include "desktop/commands/commands_device.h"
 #include "desktop/commands/commands_time.h"
 #include "desktop/sync/mapping.h"
 #include "desktop/wire/request.h"
 #include "desktop/wire/xml_records.h"
 #include "tests/desktop/fixtures.h"
 
-namespace desktop {
+namespace desktop::testing {
 namespace {
 
-using testing::Document;
-using testing::FakeAgent;
 using ::testing::HasSubstr;
-using testing::NobodyThere;
-using testing::Peer;
-using testing::ReadRequest;
-using testing::ReplyRecord;
-using testing::SeenRequest;
-using testing::TempDirectory;
-using testing::TestConsole;
-using testing::Word;
 
-// Notes the request and answers with a reply record.
-FakeAgent::Script Buffered(std::vector<SeenRequest>& seen, std::string reply) {
-  return [&seen, reply](Peer& peer) {
-    seen.push_back(ReadRequest(peer.ReceiveCounted()));
-    peer.Send(reply);
-  };
-}
-
-class DeleteTest : public ::testing::Test {
+class DeleteTest : public CommandTest {
  protected:
   DeleteTest() {
     options_.mapping = directory_ / "map.json";
@@ -45,12 +27,8 @@ class DeleteTest : public ::testing::Test {
   }
 
   std::size_t Mapped() const { return Mapping(*options_.mapping).items().size(); }
-  std::string err() const { return console_.err.str(); }
 
-  TempDirectory directory_;
   DeleteOptions options_;
-  TestConsole console_;
-  std::vector<SeenRequest> seen_;
 };
 
 TEST_F(DeleteTest, OfAllNeedsYesWithoutATerminal) {
@@ -59,7 +37,7 @@ TEST_F(DeleteTest, OfAllNeedsYesWithoutATerminal) {
 }
 
 TEST_F(DeleteTest, OfAllAsksTheAgentForKindOneAndForgetsTheContacts) {
-  FakeAgent agent({Buffered(seen_, ReplyRecord(0))});
+  FakeAgent agent({Answer(ReplyRecord(0))});
   options_.yes = true;
   EXPECT_EQ(Delete(agent.options(), options_, console_.console), kDone);
   agent.Join();
@@ -80,7 +58,7 @@ TEST_F(DeleteTest, OfAllAsksOnATerminalAndTakesOnlyYesForYes) {
     EXPECT_THAT(err(), HasSubstr("nothing deleted\n"));
   }
   EXPECT_EQ(Mapped(), 3U);
-  FakeAgent agent({Buffered(seen_, ReplyRecord(0))});
+  FakeAgent agent({Answer(ReplyRecord(0))});
   console_.in.clear();
   console_.in.str("y\n");
   EXPECT_EQ(Delete(agent.options(), options_, console_.console), kDone);
@@ -88,7 +66,7 @@ TEST_F(DeleteTest, OfAllAsksOnATerminalAndTakesOnlyYesForYes) {
 }
 
 TEST_F(DeleteTest, OfAllSaysWhyItFailedAndKeepsTheMapping) {
-  FakeAgent agent({Buffered(seen_, ReplyRecord(0x80004005))});
+  FakeAgent agent({Answer(ReplyRecord(0x80004005))});
   options_.yes = true;
   EXPECT_EQ(Delete(agent.options(), options_, console_.console), kFailed);
   EXPECT_EQ(err(), "corvane-desktop: not all contacts could be deleted: 0x80004005 (failed)\n");
@@ -127,7 +105,7 @@ TEST_F(DeleteTest, OfAnotherKindNamesItAndForgetsThatKindAlone) {
   EXPECT_EQ(Delete(NobodyThere(), options_, console_.console), kUsage);
   EXPECT_EQ(err(), "corvane-desktop: deleting all appointments needs --yes\n");
   options_.yes = true;
-  FakeAgent agent({Buffered(seen_, ReplyRecord(0)), Buffered(seen_, ReplyRecord(0))});
+  FakeAgent agent({Answer(ReplyRecord(0)), Answer(ReplyRecord(0))});
   EXPECT_EQ(Delete(agent.options(), options_, console_.console), kDone);
   EXPECT_EQ(Mapping(*options_.mapping).FindOid(8), nullptr);
   EXPECT_EQ(Mapped(), 4U);
@@ -158,19 +136,14 @@ TEST_F(DeleteTest, OfSomeSendsElementsOfTheKind) {
   EXPECT_EQ(console_.out.str(), "task: is not there any more (OID 5)\n");
 }
 
-class KeysTest : public ::testing::Test {
+class KeysTest : public CommandTest {
  protected:
   int Run(const std::string& reply, bool json = false) {
-    FakeAgent agent({Buffered(seen_, reply)});
+    FakeAgent agent({Answer(reply)});
     const int code = PrintKeys(agent.options(), RecordKind::kTasks, json, console_.console);
     agent.Join();
     return code;
   }
-  std::string out() const { return console_.out.str(); }
-  std::string err() const { return console_.err.str(); }
-
-  TestConsole console_;
-  std::vector<SeenRequest> seen_;
 };
 
 TEST_F(KeysTest, AreOneALineInTheHandheldsOrder) {
@@ -213,15 +186,11 @@ std::string TimeReply(const char* text) {
   return ReplyRecord(0, *SystemTimeBytes(Time(text)));
 }
 
-class TimeTest : public ::testing::Test {
- protected:
-  TestConsole console_;
-  std::vector<SeenRequest> seen_;
-};
+using TimeTest = CommandTest;
 
 TEST_F(TimeTest, IsPrintedInUtc) {
-  FakeAgent agent({Buffered(seen_, TimeReply("2008-02-15T09:05:07Z")),
-                   Buffered(seen_, TimeReply("2008-02-15T09:05:07Z"))});
+  FakeAgent agent(
+      {Answer(TimeReply("2008-02-15T09:05:07Z")), Answer(TimeReply("2008-02-15T09:05:07Z"))});
   EXPECT_EQ(GetTime(agent.options(), false, console_.console), kDone);
   EXPECT_EQ(GetTime(agent.options(), true, console_.console), kDone);
   agent.Join();
@@ -230,8 +199,7 @@ TEST_F(TimeTest, IsPrintedInUtc) {
 }
 
 TEST_F(TimeTest, IsRefusedWhenItIsNone) {
-  FakeAgent agent(
-      {Buffered(seen_, ReplyRecord(0, "abc")), Buffered(seen_, ReplyRecord(0x80070057))});
+  FakeAgent agent({Answer(ReplyRecord(0, "abc")), Answer(ReplyRecord(0x80070057))});
   EXPECT_EQ(GetTime(agent.options(), false, console_.console), kFailed);
   EXPECT_THAT(console_.err.str(), HasSubstr("makes no sense: 3 bytes that are no time"));
   EXPECT_EQ(GetTime(agent.options(), false, console_.console), kFailed);
@@ -239,8 +207,7 @@ TEST_F(TimeTest, IsRefusedWhenItIsNone) {
 }
 
 TEST_F(TimeTest, IsSetAndReadBack) {
-  FakeAgent agent(
-      {Buffered(seen_, ReplyRecord(0)), Buffered(seen_, TimeReply("2008-02-15T09:05:08Z"))});
+  FakeAgent agent({Answer(ReplyRecord(0)), Answer(TimeReply("2008-02-15T09:05:08Z"))});
   EXPECT_EQ(SetTime(agent.options(), Time("2008-02-15T09:05:07Z"), console_.console), kDone);
   agent.Join();
   EXPECT_EQ(seen_.at(0).function, "CVCeSetSystemTime");
@@ -249,9 +216,8 @@ TEST_F(TimeTest, IsSetAndReadBack) {
 }
 
 TEST_F(TimeTest, IsSetAgainWhenTheAgentMovedItByADaylightSavingChange) {
-  FakeAgent agent(
-      {Buffered(seen_, ReplyRecord(0)), Buffered(seen_, TimeReply("2008-07-15T10:05:07Z")),
-       Buffered(seen_, ReplyRecord(0)), Buffered(seen_, TimeReply("2008-07-15T09:05:07Z"))});
+  FakeAgent agent({Answer(ReplyRecord(0)), Answer(TimeReply("2008-07-15T10:05:07Z")),
+                   Answer(ReplyRecord(0)), Answer(TimeReply("2008-07-15T09:05:07Z"))});
   EXPECT_EQ(SetTime(agent.options(), Time("2008-07-15T09:05:07Z"), console_.console), kDone);
   agent.Join();
   EXPECT_EQ(seen_.at(2).input, seen_.at(0).input);
@@ -259,16 +225,15 @@ TEST_F(TimeTest, IsSetAgainWhenTheAgentMovedItByADaylightSavingChange) {
 }
 
 TEST_F(TimeTest, IsToldWhenTheHandheldTookAnotherOne) {
-  FakeAgent agent(
-      {Buffered(seen_, ReplyRecord(0)), Buffered(seen_, TimeReply("2000-01-01T00:00:00Z")),
-       Buffered(seen_, ReplyRecord(0)), Buffered(seen_, TimeReply("2000-01-01T00:00:00Z"))});
+  FakeAgent agent({Answer(ReplyRecord(0)), Answer(TimeReply("2000-01-01T00:00:00Z")),
+                   Answer(ReplyRecord(0)), Answer(TimeReply("2000-01-01T00:00:00Z"))});
   EXPECT_EQ(SetTime(agent.options(), Time("2008-07-15T09:05:07Z"), console_.console), kFailed);
   EXPECT_EQ(console_.err.str(),
             "corvane-desktop: the handheld was told 2008-07-15T09:05:07Z and took another time\n");
 }
 
 TEST_F(TimeTest, TakesAPositiveStatusForAFailure) {
-  FakeAgent agent({Buffered(seen_, ReplyRecord(87))});
+  FakeAgent agent({Answer(ReplyRecord(87))});
   EXPECT_EQ(SetTime(agent.options(), Time("2008-02-15T09:05:07Z"), console_.console), kFailed);
   EXPECT_THAT(console_.err.str(), HasSubstr("did not set its clock: 87 ("));
 }
@@ -278,27 +243,24 @@ TEST_F(TimeTest, OfAYearThatAClockDoesNotHaveIsNotSent) {
   EXPECT_THAT(console_.err.str(), HasSubstr("is no year for a clock"));
 }
 
-TEST(SetLogging, SendsItsLevel) {
+using SetLoggingTest = CommandTest;
+
+TEST_F(SetLoggingTest, SendsItsLevel) {
   const std::pair<LoggingLevel, std::uint32_t> cases[] = {
       {LoggingLevel::kOff, 0}, {LoggingLevel::kOn, 1}, {LoggingLevel::kVerbose, 42}};
   for (const auto& [level, value] : cases) {
-    TestConsole console;
-    std::vector<SeenRequest> seen;
-    FakeAgent agent({Buffered(seen, ReplyRecord(0))});
-    EXPECT_EQ(SetLogging(agent.options(), level, console.console), kDone);
+    FakeAgent agent({Answer(ReplyRecord(0))});
+    EXPECT_EQ(SetLogging(agent.options(), level, console_.console), kDone);
     agent.Join();
-    EXPECT_EQ(seen.at(0).function, "CVResetLoggingState");
-    EXPECT_EQ(seen.at(0).input, Word(value));
+    EXPECT_EQ(seen_.back().function, "CVResetLoggingState");
+    EXPECT_EQ(seen_.back().input, Word(value));
   }
 }
 
-TEST(SetLogging, SaysWhenTheSettingWasNotKept) {
-  TestConsole console;
-  std::vector<SeenRequest> seen;
-  FakeAgent agent({Buffered(seen, ReplyRecord(5))});
-  EXPECT_EQ(SetLogging(agent.options(), LoggingLevel::kOn, console.console), kFailed);
-  EXPECT_EQ(console.err.str(),
-            "corvane-desktop: the handheld did not keep the setting: 5 (access denied)\n");
+TEST_F(SetLoggingTest, SaysWhenTheSettingWasNotKept) {
+  FakeAgent agent({Answer(ReplyRecord(5))});
+  EXPECT_EQ(SetLogging(agent.options(), LoggingLevel::kOn, console_.console), kFailed);
+  EXPECT_EQ(err(), "corvane-desktop: the handheld did not keep the setting: 5 (access denied)\n");
 }
 
 TEST(Quit, SendsItsRecordAndWakesTheAgentOnceItHasReadIt) {
@@ -330,4 +292,4 @@ TEST(Quit, SaysWhenNobodyListens) {
 }
 
 }  // namespace
-}  // namespace desktop
+}  // namespace desktop::testing

@@ -4,7 +4,7 @@
 
 #include <sstream>
 
-namespace desktop {
+namespace desktop::testing {
 namespace {
 
 TEST(ProgressLine, FillsItsBarByShare) {
@@ -52,4 +52,4 @@ TEST(Progress, DrawsAgainAtOnceAfterItWasHidden) {
 }
 
 }  // namespace
-}  // namespace desktop
+}  // namespace desktop::testing

@@ -2,19 +2,15 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/desktop/records.h"
+#include "tests/desktop/fixtures.h"
 
-namespace desktop {
+namespace desktop::testing {
 namespace {
 
 using calendar::PatternType;
 using calendar::Zone;
 using formats::Appointment;
 using formats::Occurrence;
-using testing::At;
-using testing::Day;
-using testing::ElementOf;
-using testing::ZoneNamed;
 
 const Zone& Berlin() {
   static const Zone zone = ZoneNamed("Europe/Berlin");
@@ -197,4 +193,4 @@ TEST(AppointmentFromXml, IgnoresWhatItDoesNotKnow) {
 }
 
 }  // namespace
-}  // namespace desktop
+}  // namespace desktop::testing

@@ -11,7 +11,7 @@
 #include "common/formats/items/normal_form.h"
 #include "desktop/records/appointment_xml.h"
 #include "desktop/records/task_xml.h"
-#include "tests/desktop/records.h"
+#include "tests/desktop/fixtures.h"
 
 namespace formats {
 
@@ -25,7 +25,7 @@ void showValue(const Task& task, std::ostream& out) {
 
 }  // namespace formats
 
-namespace desktop {
+namespace desktop::testing {
 namespace {
 
 using calendar::Pattern;
@@ -38,9 +38,6 @@ using formats::Occurrence;
 using formats::Series;
 using formats::SeriesEnd;
 using formats::Task;
-using testing::Day;
-using testing::ElementOf;
-using testing::ZoneNamed;
 using namespace std::chrono;
 
 // North and south, half hours, no daylight saving time, changes at midnight.
@@ -248,4 +245,4 @@ INSTANTIATE_TEST_SUITE_P(Zones, InEveryZone, ::testing::ValuesIn(kZones), [](con
 });
 
 }  // namespace
-}  // namespace desktop
+}  // namespace desktop::testing

@@ -6,7 +6,7 @@
 
 #include "common/formats/items/identity.h"
 
-namespace desktop {
+namespace desktop::testing {
 namespace {
 
 using formats::Contact;
@@ -165,4 +165,4 @@ TEST(ContactToXml, ChangesWithEveryFieldOfTheWireAndWithNothingElse) {
 }
 
 }  // namespace
-}  // namespace desktop
+}  // namespace desktop::testing

@@ -4,13 +4,12 @@
 
 #include "tests/desktop/fixtures.h"
 
-namespace desktop {
+namespace desktop::testing {
 namespace {
 
 using formats::Call;
 using formats::MessageClass;
 using formats::TextMessage;
-using testing::Document;
 
 Record Only(const std::string& record) {
   return ParseRecords(Document(record)).at(0);
@@ -123,4 +122,4 @@ TEST(CallFromXml, HasNothingForWhatIsNotThere) {
 }
 
 }  // namespace
-}  // namespace desktop
+}  // namespace desktop::testing

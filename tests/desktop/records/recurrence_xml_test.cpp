@@ -2,15 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/desktop/records.h"
+#include "tests/desktop/fixtures.h"
 
-namespace desktop {
+namespace desktop::testing {
 namespace {
 
 using calendar::Pattern;
 using calendar::PatternType;
-using testing::Day;
-using testing::ElementOf;
 
 std::optional<Pattern> Parsed(const std::string& children) {
   return PatternFromXml(ElementOf("<RECURRENCE>" + children + "</RECURRENCE>"));
@@ -134,4 +132,4 @@ TEST(PatternFromXml, PaysNoHeedToAnIntervalOfYears) {
 }
 
 }  // namespace
-}  // namespace desktop
+}  // namespace desktop::testing

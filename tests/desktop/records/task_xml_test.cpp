@@ -2,18 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/desktop/records.h"
+#include "tests/desktop/fixtures.h"
 
-namespace desktop {
+namespace desktop::testing {
 namespace {
 
 using calendar::PatternType;
 using formats::Importance;
 using formats::Task;
-using testing::At;
-using testing::Day;
-using testing::ElementOf;
-using testing::ZoneNamed;
 
 Task Parsed(const std::string& children) {
   return TaskFromXml(ElementOf("<TASK>" + children + "</TASK>"), ZoneNamed("Europe/Berlin"));
@@ -164,4 +160,4 @@ TEST(TaskToXml, DoesNotSendTheDayOfCompletion) {
 }
 
 }  // namespace
-}  // namespace desktop
+}  // namespace desktop::testing

@@ -3,20 +3,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/desktop/records.h"
+#include "tests/desktop/fixtures.h"
 
-namespace desktop {
+namespace desktop::testing {
 namespace {
 
 using calendar::Zone;
 using formats::Appointment;
 using formats::Task;
-using testing::At;
-using testing::Day;
-using testing::ElementOf;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using testing::ZoneNamed;
 
 constexpr char kControl[] = ": control characters are left out, the wire cannot carry them";
 
@@ -95,4 +91,4 @@ TEST(RecordLosses, NameInkAndARecurrenceThatIsNotUnderstood) {
 }
 
 }  // namespace
-}  // namespace desktop
+}  // namespace desktop::testing

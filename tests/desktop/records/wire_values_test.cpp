@@ -4,13 +4,11 @@
 
 #include <limits>
 
-#include "tests/desktop/records.h"
+#include "tests/desktop/fixtures.h"
 
-namespace desktop {
+namespace desktop::testing {
 namespace {
 
-using testing::Day;
-using testing::ElementOf;
 using namespace std::chrono;
 
 TEST(NumberFromText, ReadsTheDigitsThatTheTextBeginsWith) {
@@ -75,4 +73,4 @@ TEST(CategoriesFromXml, HasEachNameOnce) {
 }
 
 }  // namespace
-}  // namespace desktop
+}  // namespace desktop::testing

@@ -4,18 +4,14 @@
 
 #include "desktop/commands/commands_pull.h"
 #include "desktop/sync/mapping.h"
+#include "tests/desktop/fixtures.h"
 #include "tests/desktop/push_fixture.h"
-#include "tests/desktop/records.h"
 
-namespace desktop {
+namespace desktop::testing {
 namespace {
 
 using ::testing::Contains;
-using testing::FakeAgent;
 using ::testing::HasSubstr;
-using testing::Store;
-using testing::WriteFile;
-using testing::ZoneNamed;
 
 std::string Calendar(const std::string& components) {
   return "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//T//T//EN\r\n" + components +
@@ -35,7 +31,7 @@ std::string Todo(const std::string& uid, const std::string& summary, const std::
          "\r\n" + more + "END:VTODO\r\n";
 }
 
-class CalendarPush : public testing::PushTest {
+class CalendarPush : public PushTest {
  protected:
   CalendarPush() {
     options_.files = {directory_ / "in.ics"};
@@ -153,7 +149,7 @@ TEST_F(CalendarPush, NamesWhatARecordLosesOnlyWhenItIsSent) {
 TEST_F(CalendarPush, ShowsWhatADryRunWouldSend) {
   options_.policy.dryRun = true;
   Input(Calendar(Event("e1", "Choir")));
-  EXPECT_EQ(Run(testing::NobodyThere()), kDone);
+  EXPECT_EQ(Run(NobodyThere()), kDone);
   EXPECT_EQ(out(), place(4) +
                        "Choir: would be added\n  <CALENDAR><SUBJECT>Choir</SUBJECT><EVENT_START>"
                        "20240506T070000</EVENT_START><EVENT_END>20240506T080000</EVENT_END>"
@@ -162,9 +158,9 @@ TEST_F(CalendarPush, ShowsWhatADryRunWouldSend) {
 
 TEST_F(CalendarPush, TellsTheKindOfAFileByItsContentWhereItsNameDoesNot) {
   options_.files = {directory_ / "one", directory_ / "two", directory_ / "three"};
-  WriteFile(options_.files[0], Calendar(Event("e1", "Choir")));
-  WriteFile(options_.files[1], testing::Card("c1", "Lee"));
-  WriteFile(options_.files[2], "\n<root><TASK><SUBJECT>Tax</SUBJECT></TASK></root>");
+  directory_.Write(options_.files[0], Calendar(Event("e1", "Choir")));
+  directory_.Write(options_.files[1], Card("c1", "Lee"));
+  directory_.Write(options_.files[2], "\n<root><TASK><SUBJECT>Tax</SUBJECT></TASK></root>");
   EXPECT_EQ(PushTo(store_), kDone) << err();
   ASSERT_EQ(store_.items.size(), 3U);
   EXPECT_THAT(store_.items[101], HasSubstr("<CALENDAR"));
@@ -174,7 +170,7 @@ TEST_F(CalendarPush, TellsTheKindOfAFileByItsContentWhereItsNameDoesNot) {
 
 TEST_F(CalendarPush, RefusesAFileThatIsNoCalendarThoughItShouldBe) {
   Input("Dear diary");
-  EXPECT_EQ(Run(testing::NobodyThere()), kFailed);
+  EXPECT_EQ(Run(NobodyThere()), kFailed);
   EXPECT_EQ(err(), "corvane-desktop: " + options_.files[0].string() + ": no calendar in it\n");
 }
 
@@ -214,7 +210,7 @@ class CalendarPull : public CalendarPush {
     FakeAgent agent({store.Serve()});
     return Pull(agent.options(), pull_, console_.console);
   }
-  std::string File() const { return testing::ReadFile(options_.files[0]); }
+  std::string File() const { return directory_.Read(options_.files[0]); }
 
   PullOptions pull_;
 };
@@ -269,7 +265,7 @@ TEST_F(CalendarPull, KnowsTheFileThatWasPushedAgainAfterwards) {
   EXPECT_EQ(PushTo(store_), kDone);
   pull_.output = directory_ / "other.ics";
   EXPECT_EQ(PullFrom(store_, RecordKind::kAppointments), kDone);
-  EXPECT_THAT(testing::ReadFile(directory_ / "other.ics"), HasSubstr("UID:e1\r\n"));
+  EXPECT_THAT(directory_.Read("other.ics"), HasSubstr("UID:e1\r\n"));
   EXPECT_EQ(PushTo(store_), kDone);
   EXPECT_EQ(err(), "1 unchanged\n");
 }
@@ -321,10 +317,9 @@ TEST_F(CalendarPull, WritesJsonInTheHandheldsZone) {
 TEST_F(CalendarPull, LeavesOutRecordsOfOtherKinds) {
   pull_.format = RecordFormat::kXml;
   pull_.kind = RecordKind::kAppointments;
-  FakeAgent agent({[](testing::Peer& peer) {
+  FakeAgent agent({[](Peer& peer) {
     peer.ReceiveCounted();
-    peer.Send(testing::Word(0) + testing::Counted(testing::Document("<TASK Oid='1'/>")) +
-              testing::Word(0) + testing::Word(0));
+    peer.Send(Word(0) + Counted(Document("<TASK Oid='1'/>")) + Word(0) + Word(0));
   }});
   EXPECT_EQ(Pull(agent.options(), pull_, console_.console), kDone);
   EXPECT_EQ(err(), "left out: TASK is no appointment\n");
@@ -344,4 +339,4 @@ TEST(PullFormats, AreTheOnesThatAKindCanBeHadIn) {
 }
 
 }  // namespace
-}  // namespace desktop
+}  // namespace desktop::testing

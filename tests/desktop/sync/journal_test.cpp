@@ -9,13 +9,10 @@
 #include "desktop/wire/error.h"
 #include "tests/desktop/fixtures.h"
 
-namespace desktop {
+namespace desktop::testing {
 namespace {
 
 using ::testing::ElementsAre;
-using testing::ReadFile;
-using testing::TempDirectory;
-using testing::WriteFile;
 
 // No file of this process may grow beyond that, as on a disk that is full.
 class FileSizeLimit {
@@ -39,7 +36,7 @@ class FileSizeLimit {
 
 class JournalTest : public ::testing::Test {
  protected:
-  TempDirectory directory_;
+  TemporaryDirectory directory_;
   Journal journal_{directory_ / "journal"};
 };
 
@@ -54,7 +51,7 @@ TEST_F(JournalTest, MakesItsFileWithTheFirstLines) {
 }
 
 TEST_F(JournalTest, LeavesOutWhatHasNoEnd) {
-  WriteFile(journal_.path(), "a\nb");
+  directory_.Write(journal_.path(), "a\nb");
   EXPECT_THAT(journal_.Lines(), ElementsAre("a"));
 }
 
@@ -69,9 +66,9 @@ TEST_F(JournalTest, BeginsAnewOnceDiscarded) {
 }
 
 TEST_F(JournalTest, AddsNothingToAFileFromBefore) {
-  WriteFile(journal_.path(), "a\n");
+  directory_.Write(journal_.path(), "a\n");
   EXPECT_THROW(journal_.Append("b\n"), Error);
-  EXPECT_EQ(ReadFile(journal_.path()), "a\n");
+  EXPECT_EQ(directory_.Read(journal_.path()), "a\n");
 }
 
 TEST_F(JournalTest, TakesBackTheLinesThatOnlyFitInPart) {
@@ -80,10 +77,10 @@ TEST_F(JournalTest, TakesBackTheLinesThatOnlyFitInPart) {
     const FileSizeLimit limit(10);
     EXPECT_THROW(journal_.Append("second\n"), Error);
   }
-  EXPECT_EQ(ReadFile(journal_.path()), "first\n");
+  EXPECT_EQ(directory_.Read(journal_.path()), "first\n");
   journal_.Append("third\n");
   EXPECT_THAT(journal_.Lines(), ElementsAre("first", "third"));
 }
 
 }  // namespace
-}  // namespace desktop
+}  // namespace desktop::testing

@@ -7,12 +7,8 @@
 #include "desktop/wire/error.h"
 #include "tests/desktop/fixtures.h"
 
-namespace desktop {
+namespace desktop::testing {
 namespace {
-
-using testing::ReadFile;
-using testing::TempDirectory;
-using testing::WriteFile;
 
 class MappingTest : public ::testing::Test {
  protected:
@@ -27,7 +23,7 @@ class MappingTest : public ::testing::Test {
     return {};
   }
 
-  TempDirectory directory_;
+  TemporaryDirectory directory_;
 };
 
 TEST_F(MappingTest, IsEmptyWithoutAFile) {
@@ -120,17 +116,17 @@ TEST_F(MappingTest, RefusesADamagedFileAndLeavesItAsItIs) {
       R"({"version":1,"items":[{"oid":1,"kind":"c","hash":"h"},{"oid":1,"kind":"c","hash":"h"}]})",
   };
   for (const char* bytes : cases) {
-    WriteFile(path(), bytes);
+    directory_.Write(path(), bytes);
     const std::string why = WhyNot();
     EXPECT_EQ(why.find("the mapping file " + path().string() + " cannot be understood"), 0U)
         << bytes << ": " << why;
-    EXPECT_EQ(ReadFile(path()), bytes);
+    EXPECT_EQ(directory_.Read(path()), bytes);
   }
   for (std::size_t length = 0; length < good.size(); ++length) {
-    WriteFile(path(), good.substr(0, length));
+    directory_.Write(path(), good.substr(0, length));
     EXPECT_NE(WhyNot(), "") << length;
   }
-  WriteFile(path(), good);
+  directory_.Write(path(), good);
   EXPECT_EQ(WhyNot(), "");
 }
 
@@ -141,9 +137,9 @@ TEST_F(MappingTest, IsHeldByOneAtATime) {
 }
 
 TEST_F(MappingTest, IsFreeAgainAfterADamagedOneWasRefused) {
-  WriteFile(path(), "{");
+  directory_.Write(path(), "{");
   EXPECT_NE(WhyNot(), "");
-  WriteFile(path(), R"({"version":1,"items":[]})");
+  directory_.Write(path(), R"({"version":1,"items":[]})");
   EXPECT_EQ(WhyNot(), "");
 }
 
@@ -190,9 +186,9 @@ TEST_F(MappingJournalTest, TakesInWhatAProcessThatEndedEarlyHasLeft) {
 
 TEST_F(MappingJournalTest, TakesInTwiceWhatTheFileHasAlready) {
   LeaveAJournal();
-  const std::string lines = ReadFile(journal());
+  const std::string lines = directory_.Read(journal());
   ExpectWhatTheJournalTells();
-  WriteFile(journal(), lines);
+  directory_.Write(journal(), lines);
   ExpectWhatTheJournalTells();
 }
 
@@ -200,12 +196,12 @@ TEST_F(MappingJournalTest, CostsTheChangesAlone) {
   Mapping mapping(path());
   mapping.Put({1, "contact", "a", "", "h"});
   mapping.SaveChanges();
-  const std::string first = ReadFile(journal());
+  const std::string first = directory_.Read(journal());
   mapping.SaveChanges();
-  EXPECT_EQ(ReadFile(journal()), first);
+  EXPECT_EQ(directory_.Read(journal()), first);
   mapping.Put({2, "contact", "b", "", "h"});
   mapping.SaveChanges();
-  EXPECT_EQ(ReadFile(journal()),
+  EXPECT_EQ(directory_.Read(journal()),
             first + R"({"hash":"h","kind":"contact","oid":2,"uid":"b"})" + "\n");
   EXPECT_FALSE(std::filesystem::exists(path()));
   mapping.Save();
@@ -214,11 +210,11 @@ TEST_F(MappingJournalTest, CostsTheChangesAlone) {
 
 TEST_F(MappingJournalTest, LeavesOutALastLineThatWasCutOff) {
   LeaveAJournal();
-  const std::string file = ReadFile(path());
-  const std::string lines = ReadFile(journal());
+  const std::string file = directory_.Read(path());
+  const std::string lines = directory_.Read(journal());
   for (std::size_t length = 0; length <= lines.size(); ++length) {
-    WriteFile(path(), file);
-    WriteFile(journal(), lines.substr(0, length));
+    directory_.Write(path(), file);
+    directory_.Write(journal(), lines.substr(0, length));
     EXPECT_EQ(WhyNot(), "") << length;
     EXPECT_FALSE(std::filesystem::exists(journal()));
   }
@@ -238,14 +234,14 @@ TEST_F(MappingJournalTest, RefusesADamagedJournalAndLeavesBothFilesAsTheyAre) {
                                head + R"({"hash":"h","oid":2})" + "\n"};
   const std::string file = R"({"version":1,"items":[]})";
   for (const std::string& lines : cases) {
-    WriteFile(path(), file);
-    WriteFile(journal(), lines);
+    directory_.Write(path(), file);
+    directory_.Write(journal(), lines);
     const std::string why = WhyNot();
     EXPECT_EQ(why.find("the mapping file " + journal().string() + " cannot be understood (line "),
               0U)
         << lines << ": " << why;
-    EXPECT_EQ(ReadFile(journal()), lines);
-    EXPECT_EQ(ReadFile(path()), file);
+    EXPECT_EQ(directory_.Read(journal()), lines);
+    EXPECT_EQ(directory_.Read(path()), file);
   }
 }
 
@@ -258,7 +254,7 @@ TEST_F(MappingJournalTest, KeepsItWhenTheFileCannotBeWritten) {
   EXPECT_TRUE(std::filesystem::exists(journal()));
 }
 
-class DefaultMappingPathTest : public ::testing::Test {
+class MappingPathTest : public ::testing::Test {
  protected:
   void SetUp() override {
     Keep("XDG_STATE_HOME", state_);
@@ -280,20 +276,20 @@ class DefaultMappingPathTest : public ::testing::Test {
   std::optional<std::string> home_;
 };
 
-TEST_F(DefaultMappingPathTest, FollowsTheStateDirectory) {
+TEST_F(MappingPathTest, FollowsTheStateDirectory) {
   setenv("XDG_STATE_HOME", "/state", 1);
-  EXPECT_EQ(DefaultMappingPath({"host", "2005"}), "/state/corvane/host_2005.json");
-  EXPECT_EQ(DefaultMappingPath({"fe80::1", "1"}), "/state/corvane/fe80--1_1.json");
+  EXPECT_EQ(MappingPath({}, {"host", "2005"}), "/state/corvane/host_2005.json");
+  EXPECT_EQ(MappingPath({}, {"fe80::1", "1"}), "/state/corvane/fe80--1_1.json");
 }
 
-TEST_F(DefaultMappingPathTest, IsBelowHomeOtherwise) {
+TEST_F(MappingPathTest, IsBelowHomeOtherwise) {
   setenv("XDG_STATE_HOME", "relative", 1);
   setenv("HOME", "/home/ann", 1);
-  EXPECT_EQ(DefaultMappingPath({"h", "1"}), "/home/ann/.local/state/corvane/h_1.json");
+  EXPECT_EQ(MappingPath({}, {"h", "1"}), "/home/ann/.local/state/corvane/h_1.json");
   unsetenv("XDG_STATE_HOME");
-  EXPECT_EQ(DefaultMappingPath({"h", "1"}), "/home/ann/.local/state/corvane/h_1.json");
+  EXPECT_EQ(MappingPath({}, {"h", "1"}), "/home/ann/.local/state/corvane/h_1.json");
   unsetenv("HOME");
-  EXPECT_THROW(DefaultMappingPath({"h", "1"}), Error);
+  EXPECT_THROW(MappingPath({}, {"h", "1"}), Error);
 }
 
 TEST_F(MappingTest, ExpectsAnItemUntilItIsThereOrSettled) {
@@ -327,4 +323,4 @@ TEST_F(MappingTest, ExpectsAnItemUntilItIsThereOrSettled) {
 }
 
 }  // namespace
-}  // namespace desktop
+}  // namespace desktop::testing

@@ -10,22 +10,10 @@
 #include "desktop/records/phone_records.h"
 #include "tests/desktop/fixtures.h"
 
-namespace desktop {
+namespace desktop::testing {
 namespace {
 
-using testing::Counted;
-using testing::Document;
-using testing::FakeAgent;
 using ::testing::HasSubstr;
-using testing::NobodyThere;
-using testing::Peer;
-using testing::ReadFile;
-using testing::ReadRequest;
-using testing::SeenRequest;
-using testing::TempDirectory;
-using testing::TestConsole;
-using testing::Word;
-using testing::WriteFile;
 
 const std::string kFirst =
     "<SMS Oid=\"0A\"><Folder>/Inbox</Folder><Time>20080215T134501</Time><Flags>1</Flags>"
@@ -49,7 +37,7 @@ std::string Xml(const std::string& lines) {
   return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<root>\n" + lines + "</root>\n";
 }
 
-class PullPhoneTest : public ::testing::Test {
+class PullPhoneTest : public CommandTest {
  protected:
   PullPhoneTest() { options_.kind = RecordKind::kMessages; }
 
@@ -57,19 +45,12 @@ class PullPhoneTest : public ::testing::Test {
     return Pull(connection, options_, console_.console);
   }
   int RunAgainst(const std::string& answer) {
-    FakeAgent agent({[answer](Peer& peer) {
-      peer.ReceiveCounted();
-      peer.Send(answer);
-    }});
+    FakeAgent agent({Answer(answer)});
     return Run(agent.options());
   }
   void ToFile() { options_.output = directory_ / "out"; }
-  std::string err() const { return console_.err.str(); }
-  std::string out() const { return console_.out.str(); }
 
-  TempDirectory directory_;
   PullOptions options_;
-  TestConsole console_;
 };
 
 TEST_F(PullPhoneTest, AsksForAllOfTheKind) {
@@ -137,7 +118,7 @@ TEST_F(PullPhoneTest, WritesABackupThatReadsAsTheSameCalls) {
   options_.format = RecordFormat::kSmsBackup;
   ToFile();
   EXPECT_EQ(RunAgainst(Word(0) + Counted(Document(kCall)) + kTrailer), kDone);
-  const std::string backup = ReadFile(directory_ / "out");
+  const std::string backup = directory_.Read("out");
   EXPECT_THAT(backup, HasSubstr("<calls count=\"1\">\n"));
   std::vector<formats::Call> calls;
   formats::ItemSink sink;
@@ -158,9 +139,9 @@ TEST_F(PullPhoneTest, WritesAnEmptyFormForNoMessages) {
   ToFile();
   for (const auto& [format, content] : cases) {
     options_.format = format;
-    WriteFile(directory_ / "out", "before");
+    directory_.Write("out", "before");
     EXPECT_EQ(RunAgainst(Word(0) + kTrailer), kDone);
-    EXPECT_EQ(ReadFile(directory_ / "out"), content);
+    EXPECT_EQ(directory_.Read("out"), content);
   }
   EXPECT_THAT(out(), HasSubstr("out: 0 text messages\n"));
 }
@@ -169,7 +150,7 @@ TEST_F(PullPhoneTest, SaysHowManyAreInTheFile) {
   ToFile();
   EXPECT_EQ(RunAgainst(kTwoDocuments), kDone);
   EXPECT_EQ(out(), (directory_ / "out").string() + ": 2 text messages\n");
-  EXPECT_EQ(directory_.names(), std::vector<std::string>{"out"});
+  EXPECT_EQ(Names(directory_), std::vector<std::string>{"out"});
 }
 
 TEST_F(PullPhoneTest, NamesAMultimediaMessageAndKeepsWhatThereIs) {
@@ -187,13 +168,13 @@ TEST_F(PullPhoneTest, LeavesOutWhatIsNoneOfTheKind) {
 
 TEST_F(PullPhoneTest, SaysThatThereIsNoMessageStore) {
   ToFile();
-  WriteFile(directory_ / "out", "before");
+  directory_.Write("out", "before");
   EXPECT_EQ(RunAgainst(Word(0) + Word(0) + Word(0x80004001)), kFailed);
   EXPECT_EQ(err(),
             "corvane-desktop: the handheld has no store of text messages, as one without a "
             "telephone: 0x80004001 (not supported)\n");
-  EXPECT_EQ(ReadFile(directory_ / "out"), "before");
-  EXPECT_EQ(directory_.names(), std::vector<std::string>{"out"});
+  EXPECT_EQ(directory_.Read("out"), "before");
+  EXPECT_EQ(Names(directory_), std::vector<std::string>{"out"});
 }
 
 TEST_F(PullPhoneTest, SaysThatThereIsNoTelephoneOrNoConverter) {
@@ -217,14 +198,14 @@ TEST_F(PullPhoneTest, KeepsCompleteDocumentsWhenCutOffAtEachByte) {
        {RecordFormat::kJson, RecordFormat::kXml, RecordFormat::kSmsBackup}) {
     options_.format = format;
     for (std::size_t length = 0; length < kTwoDocuments.size(); ++length) {
-      WriteFile(directory_ / "out", "before");
+      directory_.Write("out", "before");
       const int code = RunAgainst(kTwoDocuments.substr(0, length));
       EXPECT_EQ(code, length < first ? kFailed : kPartlyDone) << length;
-      EXPECT_EQ(ReadFile(directory_ / "out"), "before") << length;
+      EXPECT_EQ(directory_.Read("out"), "before") << length;
       const std::filesystem::path partial = directory_ / "out.partial";
       EXPECT_EQ(std::filesystem::exists(partial), length >= first) << length;
       if (length < first) continue;
-      EXPECT_EQ(ReadFile(partial).find("x</NOTES>") != std::string::npos,
+      EXPECT_EQ(directory_.Read(partial).find("x</NOTES>") != std::string::npos,
                 format == RecordFormat::kXml && length >= second)
           << length;
       std::filesystem::remove(partial);
@@ -259,4 +240,4 @@ TEST_F(PullPhoneTest, SaysThatNobodyListens) {
 }
 
 }  // namespace
-}  // namespace desktop
+}  // namespace desktop::testing

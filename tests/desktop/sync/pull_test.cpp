@@ -9,22 +9,10 @@
 #include "desktop/sync/mapping.h"
 #include "tests/desktop/fixtures.h"
 
-namespace desktop {
+namespace desktop::testing {
 namespace {
 
-using testing::Counted;
-using testing::Document;
-using testing::FakeAgent;
 using ::testing::HasSubstr;
-using testing::NobodyThere;
-using testing::Peer;
-using testing::ReadFile;
-using testing::ReadRequest;
-using testing::SeenRequest;
-using testing::TempDirectory;
-using testing::TestConsole;
-using testing::Word;
-using testing::WriteFile;
 
 std::string Contact(const std::string& oid, const std::string& name) {
   return "<CONTACT Oid=\"" + oid + "\"><LAST_NAME>" + name + "</LAST_NAME></CONTACT>";
@@ -36,18 +24,11 @@ const std::string kTrailer = Word(0) + Word(0);
 const std::string kTwoDocuments =
     Word(0) + Counted(Document(kFirst)) + Counted(Document(kSecond)) + kTrailer;
 
-FakeAgent::Script Answer(const std::string& bytes) {
-  return [bytes](Peer& peer) {
-    peer.ReceiveCounted();
-    peer.Send(bytes);
-  };
-}
-
 std::string Xml(const std::string& lines) {
   return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<root>\n" + lines + "</root>\n";
 }
 
-class PullTest : public ::testing::Test {
+class PullTest : public CommandTest {
  protected:
   int Run(const ConnectionOptions& connection) {
     options_.mapping = directory_ / "map.json";
@@ -58,12 +39,8 @@ class PullTest : public ::testing::Test {
     return Run(agent.options());
   }
   void ToFile() { options_.output = directory_ / "out"; }
-  std::string err() const { return console_.err.str(); }
-  std::string out() const { return console_.out.str(); }
 
-  TempDirectory directory_;
   PullOptions options_;
-  TestConsole console_;
 };
 
 class PullXmlTest : public PullTest {
@@ -100,7 +77,7 @@ TEST_F(PullXmlTest, WritesAnEmptyRootForAnEmptyFolder) {
 
 TEST_F(PullXmlTest, NeedsNoMapping) {
   EXPECT_EQ(RunAgainst(kTwoDocuments), kDone);
-  EXPECT_TRUE(directory_.names().empty());
+  EXPECT_TRUE(Names(directory_).empty());
 }
 
 TEST_F(PullXmlTest, KeepsCompleteDocumentsWhenCutOffAtEachByte) {
@@ -115,30 +92,30 @@ TEST_F(PullXmlTest, KeepsCompleteDocumentsWhenCutOffAtEachByte) {
   for (std::size_t length = 0; length <= kTwoDocuments.size(); ++length) {
     const std::filesystem::path partial = directory_ / "out.partial";
     std::filesystem::remove(partial);
-    WriteFile(directory_ / "out", "before");
+    directory_.Write("out", "before");
     const int code = Run(agent.options());
     if (length == kTwoDocuments.size()) {
       EXPECT_EQ(code, kDone);
-      EXPECT_EQ(ReadFile(directory_ / "out"), Xml(kFirst + "\n" + kSecond + "\n"));
+      EXPECT_EQ(directory_.Read("out"), Xml(kFirst + "\n" + kSecond + "\n"));
       continue;
     }
     EXPECT_EQ(code, length < first ? kFailed : kPartlyDone) << length;
-    EXPECT_EQ(ReadFile(directory_ / "out"), "before") << length;
+    EXPECT_EQ(directory_.Read("out"), "before") << length;
     EXPECT_EQ(std::filesystem::exists(partial), length >= first) << length;
     if (length >= second) {
-      EXPECT_EQ(ReadFile(partial), Xml(kFirst + "\n" + kSecond + "\n"));
+      EXPECT_EQ(directory_.Read(partial), Xml(kFirst + "\n" + kSecond + "\n"));
     } else if (length >= first) {
-      EXPECT_EQ(ReadFile(partial), Xml(kFirst + "\n"));
+      EXPECT_EQ(directory_.Read(partial), Xml(kFirst + "\n"));
     }
   }
-  EXPECT_EQ(directory_.names(), std::vector<std::string>{"out"});
+  EXPECT_EQ(Names(directory_), std::vector<std::string>{"out"});
 }
 
 TEST_F(PullXmlTest, KeepsWhatCameBeforeAFailingTrailer) {
   ToFile();
   EXPECT_EQ(RunAgainst(Word(0) + Counted(Document(kFirst)) + Word(0) + Word(0x80070070)),
             kPartlyDone);
-  EXPECT_EQ(ReadFile(directory_ / "out.partial"), Xml(kFirst + "\n"));
+  EXPECT_EQ(directory_.Read("out.partial"), Xml(kFirst + "\n"));
   EXPECT_FALSE(std::filesystem::exists(directory_ / "out"));
   const std::string name = (directory_ / "out").string();
   EXPECT_EQ(err(),
@@ -230,7 +207,7 @@ TEST_F(PullXmlTest, WritesNothingWhenInterrupted) {
   connection.interruptFd = ends[0];
   EXPECT_EQ(Run(connection), kFailed);
   EXPECT_EQ(err(), "corvane-desktop: interrupted\n");
-  EXPECT_TRUE(directory_.names().empty());
+  EXPECT_TRUE(Names(directory_).empty());
   agent.Join();
   close(ends[0]);
   close(ends[1]);
@@ -238,10 +215,10 @@ TEST_F(PullXmlTest, WritesNothingWhenInterrupted) {
 
 TEST_F(PullXmlTest, SaysWhenNobodyListensAndLeavesTheFile) {
   ToFile();
-  WriteFile(directory_ / "out", "before");
+  directory_.Write("out", "before");
   EXPECT_EQ(Run(NobodyThere()), kFailed);
   EXPECT_THAT(err(), HasSubstr("is corvane running there?"));
-  EXPECT_EQ(ReadFile(directory_ / "out"), "before");
+  EXPECT_EQ(directory_.Read("out"), "before");
 }
 
 TEST_F(PullXmlTest, SaysHowManyContactsAreInTheFile) {
@@ -336,10 +313,10 @@ TEST_F(PullTest, ForgetsContactsThatAreGoneAfterAWholeDownloadOnly) {
 
 TEST_F(PullTest, DoesNothingWithADamagedMapping) {
   ToFile();
-  WriteFile(directory_ / "map.json", "{");
+  directory_.Write("map.json", "{");
   EXPECT_EQ(Run(NobodyThere()), kFailed);
   EXPECT_THAT(err(), HasSubstr("cannot be understood"));
-  EXPECT_EQ(ReadFile(directory_ / "map.json"), "{");
+  EXPECT_EQ(directory_.Read("map.json"), "{");
   EXPECT_FALSE(std::filesystem::exists(directory_ / "out"));
 }
 
@@ -353,4 +330,4 @@ TEST_F(PullTest, WritesTheVCardVersionAskedFor) {
 }
 
 }  // namespace
-}  // namespace desktop
+}  // namespace desktop::testing

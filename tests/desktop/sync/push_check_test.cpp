@@ -9,26 +9,19 @@
 #include "desktop/wire/download.h"
 #include "tests/desktop/push_fixture.h"
 
-namespace desktop {
+namespace desktop::testing {
 namespace {
 
-using testing::Card;
 using ::testing::Contains;
-using testing::FakeAgent;
 using ::testing::HasSubstr;
-using testing::NobodyThere;
 using ::testing::Not;
-using testing::Peer;
-using testing::ReadFile;
-using testing::Store;
-using testing::WriteFile;
 
 constexpr char kConflict[] =
     "conflict: changed on the handheld since, or another handheld (OID 101); pull first, or push "
     "with --force\n";
 constexpr char kStranger[] = "<CONTACT><LAST_NAME>Stranger</LAST_NAME></CONTACT>";
 
-class PushCheck : public testing::PushTest {
+class PushCheck : public PushTest {
  protected:
   void PushFirst(const std::string& cards) {
     Input(cards);
@@ -85,10 +78,10 @@ TEST_F(PushCheck, TakesAHandheldThatAlreadyHasTheChangeForNoConflict) {
 
 TEST_F(PushCheck, PassesWhereAnOldMappingDoesNotRememberTheState) {
   PushFirst(Card("u1", "Lee"));
-  std::string map = ReadFile(directory_ / "map.json");
+  std::string map = directory_.Read("map.json");
   const std::size_t at = map.find("\"state\"");
   ASSERT_NE(at, std::string::npos);
-  WriteFile(directory_ / "map.json", map.replace(at, 7, "\"other\""));
+  directory_.Write("map.json", map.replace(at, 7, "\"other\""));
   store_.items[101] = kStranger;
   Input(Card("u1", "Leeds"));
   EXPECT_EQ(PushTo(store_), kDone);
@@ -109,11 +102,10 @@ TEST_F(PushCheck, AsksInBatchesThatARequestHasRoomFor) {
 TEST_F(PushCheck, SendsNothingWhenTheHandheldDoesNotTellAboutEach) {
   PushFirst(Card("u1", "Lee"));
   Input(Card("u1", "Leeds"));
-  for (const std::string& answer : {testing::Word(0) + testing::Word(0x80004005),
-                                    testing::Word(0) + testing::Word(0), std::string()}) {
+  for (const std::string& answer : {Word(0) + Word(0x80004005), Word(0) + Word(0), std::string()}) {
     EXPECT_EQ(RunAgainst([&](Peer& peer) {
                 peer.ReceiveCounted();
-                peer.Send(testing::Word(0) + answer);
+                peer.Send(Word(0) + answer);
               }),
               kFailed);
     EXPECT_EQ(out(), place(1) + "Leeds: not sent\n");
@@ -175,13 +167,13 @@ TEST_F(PushCheck, HasWhatItIsAboutToAddOnTheDiskBeforeItSends) {
   std::string journal;
   EXPECT_EQ(RunAgainst([&](Peer& peer) {
               peer.ReceiveCounted();
-              peer.Send(testing::Word(0));
+              peer.Send(Word(0));
               peer.ReceiveCounted();
-              journal = ReadFile(directory_ / "map.json.journal");
+              journal = directory_.Read("map.json.journal");
             }),
             kFailed);
   std::filesystem::remove(directory_ / "map.json");
-  WriteFile(directory_ / "map.json.journal", journal);
+  directory_.Write("map.json.journal", journal);
   const Mapping left(directory_ / "map.json");
   ASSERT_EQ(left.expected().size(), 1U);
   EXPECT_EQ(left.expected().begin()->second.uid, "u1");
@@ -222,4 +214,4 @@ TEST_F(PushCheck, SaysOnceAFieldWhatTheWireDoesNotCarry) {
 }
 
 }  // namespace
-}  // namespace desktop
+}  // namespace desktop::testing

@@ -10,20 +10,11 @@
 #include "desktop/sync/mapping.h"
 #include "tests/desktop/push_fixture.h"
 
-namespace desktop {
+namespace desktop::testing {
 namespace {
 
-using testing::Card;
 using ::testing::ElementsAre;
-using testing::FakeAgent;
 using ::testing::HasSubstr;
-using testing::NobodyThere;
-using testing::Peer;
-using testing::PushTest;
-using testing::ReadFile;
-using testing::Store;
-using testing::Word;
-using testing::WriteFile;
 
 TEST_F(PushTest, AddsAndSaysUnderWhichOid) {
   Input(Card("u1", "Lee") + Card("u2", "Ray"));
@@ -127,14 +118,14 @@ TEST_F(PushTest, TakesAPositiveCodeWithoutAnOidForFailed) {
   EXPECT_TRUE(Mapping(directory_ / "map.json").items().empty());
 
   EXPECT_EQ(PushTo(store_), kDone);
-  const std::string before = ReadFile(directory_ / "map.json");
+  const std::string before = directory_.Read("map.json");
   Input(Card("u1", "Leeds"));
   {
     FakeAgent agent({store_.Serve(), refuse});
     EXPECT_EQ(Run(agent.options()), kFailed);
   }
   EXPECT_THAT(out(), HasSubstr("Leeds: failed (OID 101): 87 (invalid value"));
-  EXPECT_EQ(ReadFile(directory_ / "map.json"), before);
+  EXPECT_EQ(directory_.Read("map.json"), before);
 }
 
 TEST_F(PushTest, TakesAnAddWithoutAnOidForFailed) {
@@ -189,7 +180,7 @@ TEST_F(PushTest, HasEveryAnsweredChunkOnTheDiskBeforeItSendsTheNext) {
     peer.ReceiveCounted();
     peer.Send(Word(11) + Word(0));
     peer.ReceiveCounted();
-    afterFirst = ReadFile(directory_ / "map.json.journal");
+    afterFirst = directory_.Read("map.json.journal");
     peer.Send(Word(12) + Word(0));
     peer.AwaitEnd();
   }});
@@ -197,7 +188,7 @@ TEST_F(PushTest, HasEveryAnsweredChunkOnTheDiskBeforeItSendsTheNext) {
   agent.Join();
   EXPECT_FALSE(std::filesystem::exists(directory_ / "map.json.journal"));
   std::filesystem::remove(directory_ / "map.json");
-  WriteFile(directory_ / "map.json.journal", afterFirst);
+  directory_.Write("map.json.journal", afterFirst);
   const Mapping left(directory_ / "map.json");
   EXPECT_EQ(left.items().size(), 1U);
   ASSERT_NE(left.FindUid("contact", "u1"), nullptr);
@@ -244,13 +235,13 @@ TEST_F(PushTest, AddsTwoEqualCardsWithoutAUidOnce) {
 TEST_F(PushTest, ShowsInADryRunWhatItWouldSend) {
   Input(Card("u1", "Lee"));
   EXPECT_EQ(PushTo(store_), kDone);
-  const std::string mapping = ReadFile(directory_ / "map.json");
+  const std::string mapping = directory_.Read("map.json");
   Input(Card("u1", "Leeds") + Card("u2", "Ray"));
   options_.policy.dryRun = true;
   EXPECT_EQ(Run(NobodyThere()), kDone);
   EXPECT_THAT(out(), HasSubstr("Leeds: would be changed (OID 101)\n  <CONTACT Oid=\"101\">"));
   EXPECT_THAT(out(), HasSubstr("Ray: would be added\n  <CONTACT><LAST_NAME>Ray</LAST_NAME>"));
-  EXPECT_EQ(ReadFile(directory_ / "map.json"), mapping);
+  EXPECT_EQ(directory_.Read("map.json"), mapping);
 }
 
 TEST_F(PushTest, GivesItsResultsAsJson) {
@@ -291,10 +282,10 @@ TEST_F(PushTest, RefusesAFileThatIsNoVCardButTakesAnEmptyOne) {
 
 TEST_F(PushTest, SendsNothingWithADamagedMapping) {
   Input(Card("u1", "Lee"));
-  WriteFile(directory_ / "map.json", "garbage");
+  directory_.Write("map.json", "garbage");
   EXPECT_EQ(Run(NobodyThere()), kFailed);
   EXPECT_THAT(err(), HasSubstr("cannot be understood"));
-  EXPECT_EQ(ReadFile(directory_ / "map.json"), "garbage");
+  EXPECT_EQ(directory_.Read("map.json"), "garbage");
 }
 
 TEST_F(PushTest, SaysWhenNobodyListens) {
@@ -311,6 +302,33 @@ TEST_F(PushTest, GivesUpOnASilentAgent) {
   connection.timeout = std::chrono::milliseconds(50);
   EXPECT_EQ(Run(connection), kFailed);
   EXPECT_THAT(err(), HasSubstr("has been silent for 0.05 s"));
+}
+
+// Mappings on people's disks have them.
+TEST_F(PushTest, HashesStayTheSameOverVersions) {
+  directory_.Write("in.ics",
+                   "BEGIN:VCALENDAR\nVERSION:2.0\nBEGIN:VEVENT\nUID:choir\nSUMMARY:Choir\n"
+                   "DTSTART:20240506T090000Z\nDTEND:20240506T100000Z\n"
+                   "RRULE:FREQ=WEEKLY;UNTIL=20240526T000000Z\nEXDATE:20240513T090000Z\n"
+                   "END:VEVENT\nBEGIN:VTODO\nSUMMARY:Nameless\nDESCRIPTION:one\\ntwo\n"
+                   "PRIORITY:1\nEND:VTODO\nEND:VCALENDAR\n");
+  Input(
+      "BEGIN:VCARD\nVERSION:3.0\nN:Lee;Ann;;;\nFN:Ann Lee\nUID:ann\nNOTE:a\\nb \"q\" \\\\ back\n"
+      "BDAY:1970-02-28\nCATEGORIES:x,y\nEND:VCARD\n");
+  std::ostringstream notices;
+  std::vector<PushRecord> records = ReadPushFile(directory_ / "in.ics", ZoneNamed("UTC"), notices);
+  for (PushRecord& record : ReadPushFile(options_.files[0], ZoneNamed("UTC"), notices)) {
+    records.push_back(std::move(record));
+  }
+  const char* const hashes[] = {"a1a2e8db83db0e1326423764f188fecd",
+                                "0b6a62acf50655a98695a12032c96abc",
+                                "ed05050e0cc15ebf158338091b2ae8d7"};
+  ASSERT_EQ(records.size(), std::size(hashes));
+  for (std::size_t i = 0; i < records.size(); ++i) {
+    EXPECT_EQ(records[i].hash, hashes[i]) << records[i].title;
+    EXPECT_EQ(records[i].state, hashes[i]) << records[i].title;
+    EXPECT_EQ(records[i].content, records[i].uid.empty() ? hashes[i] : "") << records[i].title;
+  }
 }
 
 class PushXmlTest : public PushTest {
@@ -371,4 +389,4 @@ TEST_F(PushXmlTest, TellsTheKindOfAFileWithAnotherNameByItsContent) {
 }
 
 }  // namespace
-}  // namespace desktop
+}  // namespace desktop::testing

@@ -4,18 +4,14 @@
 
 #include "desktop/records/appointment_xml.h"
 #include "desktop/records/task_xml.h"
-#include "tests/desktop/records.h"
+#include "tests/desktop/fixtures.h"
 
-namespace desktop {
+namespace desktop::testing {
 namespace {
 
 using calendar::Zone;
 using formats::Appointment;
 using formats::Task;
-using testing::At;
-using testing::Day;
-using testing::ElementOf;
-using testing::ZoneNamed;
 
 std::string StateOf(const std::string& record) {
   return StateHash(ElementOf(record));
@@ -77,4 +73,4 @@ TEST(StateHash, LeavesOutFuriganaLineEndsAndOuterBlanks) {
 }
 
 }  // namespace
-}  // namespace desktop
+}  // namespace desktop::testing

@@ -6,14 +6,8 @@
 #include "desktop/wire/error.h"
 #include "tests/desktop/fixtures.h"
 
-namespace desktop {
+namespace desktop::testing {
 namespace {
-
-using testing::FakeAgent;
-using testing::NobodyThere;
-using testing::Peer;
-using testing::ReplyRecord;
-using testing::Word;
 
 std::string Utf16(std::string_view text) {
   std::string wide;
@@ -174,4 +168,4 @@ TEST(BeginStream, NamesARequestThatTheAgentDoesNotKnow) {
 }
 
 }  // namespace
-}  // namespace desktop
+}  // namespace desktop::testing

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace desktop {
+namespace desktop::testing {
 namespace {
 
 std::int32_t Code(std::uint32_t value) {
@@ -22,4 +22,4 @@ TEST(StatusText, GivesTheNumberAloneOtherwise) {
 }
 
 }  // namespace
-}  // namespace desktop
+}  // namespace desktop::testing

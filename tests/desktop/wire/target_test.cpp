@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace desktop {
+namespace desktop::testing {
 namespace {
 
 TEST(Target, TakesAHostWithOrWithoutAPort) {
@@ -30,4 +30,4 @@ TEST(Target, IsWrittenWithItsPort) {
 }
 
 }  // namespace
-}  // namespace desktop
+}  // namespace desktop::testing

@@ -6,10 +6,8 @@
 #include "desktop/wire/error.h"
 #include "tests/desktop/fixtures.h"
 
-namespace desktop {
+namespace desktop::testing {
 namespace {
-
-using testing::Document;
 
 std::string WhyNot(std::string_view document) {
   try {
@@ -148,4 +146,4 @@ TEST(OidAttribute, IsSigned) {
 }
 
 }  // namespace
-}  // namespace desktop
+}  // namespace desktop::testing
