@@ -21,7 +21,9 @@ inline constexpr DWORD FILE_END = 2;
 inline constexpr DWORD INVALID_SET_FILE_POINTER = 0xFFFFFFFF;
 inline constexpr DWORD INVALID_FILE_SIZE = 0xFFFFFFFF;
 
-// INVALID_HANDLE_VALUE and the last error on failure. `security` and `templateFile` are not used.
+// INVALID_HANDLE_VALUE and the last error on failure: ERROR_SHARING_VIOLATION when `share` does not
+// allow what the file is open for already, or the other way round. `security` and `templateFile`
+// are not used.
 HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share, void* security, DWORD disposition,
                    DWORD attributes, HANDLE templateFile);
 BOOL ReadFile(HANDLE file, void* buffer, DWORD bytes, DWORD* read, void* overlapped);
@@ -32,8 +34,9 @@ DWORD GetFileSize(HANDLE file, DWORD* sizeHigh);
 // The new position, or INVALID_SET_FILE_POINTER. `distanceHigh` may be null.
 DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method);
 BOOL FlushFileBuffers(HANDLE file);
+// ERROR_SHARING_VIOLATION while the file is open, whatever it shares.
 BOOL DeleteFileW(const WCHAR* path);
-// Fails with ERROR_ALREADY_EXISTS when the target exists.
+// As DeleteFileW. ERROR_ALREADY_EXISTS when the target exists.
 BOOL MoveFileW(const WCHAR* from, const WCHAR* to);
 // Closes a file or thread handle.
 BOOL CloseHandle(HANDLE handle);

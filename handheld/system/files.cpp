@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <memory>
+#include <mutex>
+#include <unordered_set>
 #include <utility>
 
 #include "handheld/base/guarded.h"
@@ -23,9 +25,58 @@ using host::GuardedBool;
 using host::GuardedCode;
 using host::UniqueFd;
 
-struct OpenFile : host::HandleObject {
-  explicit OpenFile(UniqueFd file) : fd(std::move(file)) {}
+// A file by what it is, not by what it is called.
+struct FileIdentity {
+  explicit FileIdentity(const struct stat& status) : device(status.st_dev), file(status.st_ino) {}
+  friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
+  dev_t device;
+  ino_t file;
+};
+
+class OpenFile;
+
+// The files that are open. Never destroyed: a thread may end after static objects have.
+struct OpenFiles {
+  std::mutex lock;
+  std::unordered_set<const OpenFile*> files;
+};
+
+OpenFiles& AllOpenFiles() {
+  static OpenFiles* const files = new OpenFiles;
+  return *files;
+}
+
+class OpenFile : public host::HandleObject {
+ public:
+  // The caller holds the lock of AllOpenFiles.
+  OpenFile(UniqueFd file, FileIdentity identity, DWORD access, DWORD share)
+      : fd(std::move(file)), identity_(identity), use_(UseFor(access)), share_(share) {
+    AllOpenFiles().files.insert(this);
+  }
+  ~OpenFile() override {
+    const std::lock_guard guard(AllOpenFiles().lock);
+    AllOpenFiles().files.erase(this);
+  }
+
+  bool Is(const FileIdentity& identity) const { return identity_ == identity; }
+  // Each use must be one that the other open file shares. One that neither reads nor writes is in
+  // nobody's way.
+  bool GoesWith(DWORD access, DWORD share) const {
+    const DWORD use = UseFor(access);
+    return use == 0 || use_ == 0 || ((use & ~share_) | (use_ & ~share)) == 0;
+  }
+
   const UniqueFd fd;
+
+ private:
+  static DWORD UseFor(DWORD access) {
+    return (access & GENERIC_READ ? FILE_SHARE_READ : 0) |
+           (access & GENERIC_WRITE ? FILE_SHARE_WRITE : 0);
+  }
+
+  const FileIdentity identity_;
+  const DWORD use_;  // as the FILE_SHARE_... that allows it
+  const DWORD share_;
 };
 
 DWORD FindFile(HANDLE handle, std::shared_ptr<OpenFile>& file) {
@@ -46,17 +97,30 @@ DWORD CheckDisposition(DWORD disposition, bool exists) {
 }
 
 // Opens or makes the entry. Never waits, whatever kind of entry it is, and never follows a link.
-DWORD OpenEntry(const DevicePath& path, DWORD access, DWORD disposition, UniqueFd& fd) {
+DWORD OpenEntry(const DevicePath& path, DWORD access, UniqueFd& fd, struct stat& status) {
   const int creation = path.exists ? 0 : O_CREAT | O_EXCL;
   const int flags = AccessFlags(access) | creation | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
   constexpr mode_t kMode = S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH;
   fd.reset(::openat(path.directory.get(), path.name.c_str(), flags, kMode));
-  struct stat status = {};
   if (!fd || ::fstat(fd.get(), &status) != 0) return ErrorFromErrno(errno, ERROR_ACCESS_DENIED);
-  if (!S_ISREG(status.st_mode)) return ERROR_ACCESS_DENIED;
+  return S_ISREG(status.st_mode) ? ERROR_SUCCESS : ERROR_ACCESS_DENIED;
+}
+
+// Nothing happens to the file when another one that is open does not share it.
+DWORD OpenShared(const DevicePath& path, DWORD access, DWORD share, DWORD disposition,
+                 std::shared_ptr<OpenFile>& file) {
+  UniqueFd fd;
+  struct stat status = {};
+  if (const DWORD error = OpenEntry(path, access, fd, status)) return error;
+  const FileIdentity identity(status);
+  const std::lock_guard guard(AllOpenFiles().lock);
+  for (const OpenFile* other : AllOpenFiles().files) {
+    if (other->Is(identity) && !other->GoesWith(access, share)) return ERROR_SHARING_VIOLATION;
+  }
   if (disposition == CREATE_ALWAYS && path.exists && ::ftruncate(fd.get(), 0) != 0) {
     return ErrorFromErrno(errno, ERROR_ACCESS_DENIED);
   }
+  file = std::make_shared<OpenFile>(std::move(fd), identity, access, share);
   return ERROR_SUCCESS;
 }
 
@@ -69,13 +133,19 @@ DWORD Seek(int fd, LONGLONG distance, DWORD method, LONGLONG& position) {
   return ERROR_SUCCESS;
 }
 
-DWORD EntryKind(const DevicePath& path, mode_t& kind) {
+// The kind of an entry that is to go from its place, which no open file allows.
+DWORD KindOfClosed(const DevicePath& path, mode_t& kind) {
   struct stat status = {};
   if (!path.exists) return ERROR_FILE_NOT_FOUND;
   if (::fstatat(path.directory.get(), path.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
     return ErrorFromErrno(errno, ERROR_ACCESS_DENIED);
   }
   kind = status.st_mode;
+  const FileIdentity identity(status);
+  const std::lock_guard guard(AllOpenFiles().lock);
+  for (const OpenFile* file : AllOpenFiles().files) {
+    if (file->Is(identity)) return ERROR_SHARING_VIOLATION;
+  }
   return ERROR_SUCCESS;
 }
 
@@ -91,7 +161,7 @@ bool Rename(const DevicePath& from, const DevicePath& to) {
 
 }  // namespace
 
-HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD, void*, DWORD disposition, DWORD,
+HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share, void*, DWORD disposition, DWORD,
                    HANDLE) {
   HANDLE handle = INVALID_HANDLE_VALUE;
   DWORD note = ERROR_SUCCESS;
@@ -99,9 +169,9 @@ HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD, void*, DWORD disposit
     DevicePath entry;
     if (const DWORD failed = host::ResolveDevicePath(path, entry)) return failed;
     if (const DWORD failed = CheckDisposition(disposition, entry.exists)) return failed;
-    UniqueFd fd;
-    if (const DWORD failed = OpenEntry(entry, access, disposition, fd)) return failed;
-    handle = host::AddHandle(std::make_shared<OpenFile>(std::move(fd)));
+    std::shared_ptr<OpenFile> file;
+    if (const DWORD failed = OpenShared(entry, access, share, disposition, file)) return failed;
+    handle = host::AddHandle(std::move(file));
     if (entry.exists && disposition != OPEN_EXISTING) note = ERROR_ALREADY_EXISTS;
     return ERROR_SUCCESS;
   });
@@ -188,7 +258,7 @@ BOOL DeleteFileW(const WCHAR* path) {
     DevicePath entry;
     mode_t kind = 0;
     if (const DWORD error = host::ResolveDevicePath(path, entry)) return error;
-    if (const DWORD error = EntryKind(entry, kind)) return error;
+    if (const DWORD error = KindOfClosed(entry, kind)) return error;
     if (!S_ISREG(kind)) return ERROR_ACCESS_DENIED;
     const int done = ::unlinkat(entry.directory.get(), entry.name.c_str(), 0);
     return done == 0 ? ERROR_SUCCESS : ErrorFromErrno(errno, ERROR_ACCESS_DENIED);
@@ -201,7 +271,7 @@ BOOL MoveFileW(const WCHAR* from, const WCHAR* to) {
     DevicePath target;
     mode_t kind = 0;
     if (const DWORD error = host::ResolveDevicePath(from, source)) return error;
-    if (const DWORD error = EntryKind(source, kind)) return error;
+    if (const DWORD error = KindOfClosed(source, kind)) return error;
     if (const DWORD error = host::ResolveDevicePath(to, target)) return error;
     if (target.exists) return ERROR_ALREADY_EXISTS;
     if (!S_ISREG(kind) && !S_ISDIR(kind)) return ERROR_ACCESS_DENIED;
@@ -210,9 +280,10 @@ BOOL MoveFileW(const WCHAR* from, const WCHAR* to) {
 }
 
 BOOL CloseHandle(HANDLE handle) {
-  return GuardedBool("CloseHandle", [&]() -> DWORD {
-    return host::ObjectHandles().Close(handle) ? ERROR_SUCCESS : ERROR_INVALID_HANDLE;
-  });
+  // The caller gives the handle up whether or not the call succeeds.
+  const bool closed = host::ObjectHandles().Close(handle);
+  return GuardedBool("CloseHandle",
+                     [closed] { return closed ? ERROR_SUCCESS : ERROR_INVALID_HANDLE; });
 }
 
 }  // namespace ce

@@ -163,6 +163,16 @@ TEST_F(ConvertFromFileRequest, HandsOnAFormatThatTheControlRefuses) {
   }
 }
 
+TEST_F(ConvertToFileRequest, LeavesTheLogAloneWhileItIsOpen) {
+  SetLoggingLevel(1);
+  Log(u"kept");
+  const std::string before = handheld_.FileContent("CorvaneLog.txt");
+  ASSERT_NE(before, "");
+  EXPECT_EQ(To(kText, u"\\CorvaneLog.txt", "Milk").status, 6) << "nothing to write to";
+  EXPECT_EQ(To(kText, u"\\CorvaneLog.txt", "").status, 0) << "not noticed";
+  EXPECT_EQ(handheld_.FileContent("CorvaneLog.txt"), before);
+}
+
 TEST_F(ConvertToFileRequest, WritesTheDataInTheFilesFormat) {
   for (const std::u16string_view name : {u"note.pwi", u"note.rtf", u"note.txt", u"note.unicode"}) {
     EXPECT_EQ(To(kUnicode, name, Utf16Bytes(u"Milk\r\nBread")).status, 0);

@@ -135,6 +135,58 @@ TEST_F(CreateFileCall, LetsAFileBeOpenTwice) {
   EXPECT_TRUE(CloseHandle(second));
 }
 
+// An open file's access and shares, those of an attempt beside it, and whether that goes.
+struct Sharing {
+  DWORD access;
+  DWORD share;
+  DWORD access2;
+  DWORD share2;
+  bool goes;
+};
+class ShareModes : public FileCall, public ::testing::WithParamInterface<Sharing> {};
+
+TEST_P(ShareModes, HoldBothWaysAndByWhatTheFileIs) {
+  Make(u"\\a.txt", "content");
+  std::filesystem::create_hard_link(handheld_->filesRoot() / "a.txt",
+                                    handheld_->filesRoot() / "b.txt");
+  const auto open = [](const WCHAR* path, DWORD access, DWORD share, DWORD disposition) {
+    return CreateFileW(path, access, share, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, 0);
+  };
+  const auto [access, share, access2, share2, goes] = GetParam();
+  const bool writes = (access2 & GENERIC_WRITE) != 0;
+  const HANDLE first = open(u"\\a.txt", access, share, OPEN_EXISTING);
+  ASSERT_NE(first, INVALID_HANDLE_VALUE);
+  for (const WCHAR* path : {u"\\A.TXT", u"\\b.txt"}) {
+    const HANDLE second = open(path, access2, share2, writes ? CREATE_ALWAYS : OPEN_EXISTING);
+    if (!goes) {
+      EXPECT_EQ(GetLastError(), ERROR_SHARING_VIOLATION);
+    }
+    EXPECT_EQ(second != INVALID_HANDLE_VALUE, goes);
+    EXPECT_EQ(CloseHandle(second), goes);
+    EXPECT_EQ(handheld_.FileContent("a.txt"), goes && writes ? "" : "content");
+  }
+  EXPECT_TRUE(CloseHandle(first));
+  const HANDLE alone = open(u"\\a.txt", GENERIC_READ | GENERIC_WRITE, 0, OPEN_EXISTING);
+  EXPECT_TRUE(CloseHandle(alone)) << "nothing of it stays behind";
+}
+
+constexpr DWORD kR = GENERIC_READ;
+constexpr DWORD kW = GENERIC_WRITE;
+constexpr DWORD kShareBoth = FILE_SHARE_READ | FILE_SHARE_WRITE;
+INSTANTIATE_TEST_SUITE_P(
+    Pairs, ShareModes,
+    ::testing::Values(Sharing{kR, FILE_SHARE_READ, kR, FILE_SHARE_READ, true},
+                      Sharing{kW, FILE_SHARE_WRITE, kW, FILE_SHARE_WRITE, true},
+                      Sharing{kR | kW, kShareBoth, kR | kW, kShareBoth, true},
+                      Sharing{kR, FILE_SHARE_WRITE, kW, FILE_SHARE_READ, true},
+                      Sharing{0, 0, kR | kW, 0, true}, Sharing{kR | kW, 0, 0, 0, true},
+                      Sharing{kR, 0, kR, FILE_SHARE_READ, false},
+                      Sharing{kR, FILE_SHARE_READ, kR, 0, false},
+                      Sharing{kR, kShareBoth, kW, FILE_SHARE_WRITE, false},
+                      Sharing{kR, FILE_SHARE_READ, kW, kShareBoth, false},
+                      Sharing{kW, kShareBoth, kW, 0, false},
+                      Sharing{kW, kShareBoth, kR, FILE_SHARE_READ, false}));
+
 TEST_F(ReadFileCall, AnswersLessAtTheEndOfTheFile) {
   Make(u"\\a.txt", "content");
   const HANDLE file = Open(u"\\a.txt", OPEN_EXISTING);
@@ -242,6 +294,17 @@ TEST_F(MoveFileCall, RefusesASourceThatIsNotThere) {
   EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
 }
 
+TEST_F(FileCall, NeitherDeletesNorMovesAFileThatIsOpen) {
+  const HANDLE file = Open(u"\\a.txt", CREATE_NEW);
+  EXPECT_FALSE(DeleteFileW(u"\\a.txt"));
+  EXPECT_EQ(GetLastError(), ERROR_SHARING_VIOLATION);
+  EXPECT_FALSE(MoveFileW(u"\\a.txt", u"\\b.txt"));
+  EXPECT_EQ(GetLastError(), ERROR_SHARING_VIOLATION);
+  EXPECT_TRUE(CloseHandle(file));
+  EXPECT_TRUE(MoveFileW(u"\\a.txt", u"\\b.txt"));
+  EXPECT_TRUE(DeleteFileW(u"\\b.txt"));
+}
+
 TEST_F(CloseHandleCall, MakesTheHandleInvalidForGood) {
   const HANDLE stale = Open(u"\\a.txt", CREATE_NEW);
   EXPECT_TRUE(CloseHandle(stale));
@@ -280,9 +343,7 @@ TEST_F(FileCall, HandsOnTheFaultOfEachCall) {
     step(FlushFileBuffers(file));
     step(SetFilePointer(file, 0, nullptr, FILE_BEGIN) != INVALID_SET_FILE_POINTER);
     step(ReadFile(file, &byte, 1, &count, nullptr));
-    const bool closed = CloseHandle(file);
-    step(closed);
-    if (!closed) CloseHandle(file);
+    step(CloseHandle(file));
     step(MoveFileW(u"\\a.txt", u"\\b.txt"));
     step(DeleteFileW(u"\\b.txt"));
     return error;
