@@ -8,8 +8,8 @@
 #include "agent/core/listener.h"
 #include "agent/log/log.h"
 #include "handheld/directory/handheld.h"
+#include "handheld/network/awaited_requests.h"
 #include "handheld/network/listen_options.h"
-#include "handheld/network/silent_connections.h"
 #include "handheld/network/socket_watcher.h"
 #include "handheld/store/store_check.h"
 #include "handheld/system/threads.h"
@@ -62,7 +62,7 @@ int RunAgent(const Options& options) {
   do {
     corvane::ResetAgent();
     result = corvane::WinMain(1, 0, nullptr, 0);
-    ce::host::EndSilentConnections(kTimeToSpeak);
+    ce::host::EndAwaitedRequests(kTimeToSpeak);
     ce::host::WaitForRequestThreads();
     corvane::CloseLog();
   } while (result == 0 && options.stay && !corvane::QuitByRequest());

@@ -5,12 +5,13 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <new>
 #include <utility>
 
 #include "handheld/base/fault.h"
 #include "handheld/directory/handheld.h"
-#include "handheld/network/silent_connections.h"
+#include "handheld/network/awaited_requests.h"
 #include "handheld/network/socket_address.h"
 #include "handheld/network/socket_errors.h"
 #include "handheld/network/socket_table.h"
@@ -22,23 +23,23 @@ namespace host {
 namespace {
 
 constexpr DWORD kDefaultPeerTimeout = 600;
+constexpr DWORD kDefaultRequestTimeout = 30;
 // For what the process always has open, and for the store and files of the requests under way.
 constexpr rlim_t kReservedDescriptors = 24;
 
-// 0, which the host takes for no limit, when the setting is 0.
-::timeval PeerTimeout() {
-  Handheld* handheld = Handheld::Current();
-  const DWORD seconds =
-      handheld ? handheld->Number(setting::kPeerTimeout, kDefaultPeerTimeout) : kDefaultPeerTimeout;
-  ::timeval timeout{};
-  timeout.tv_sec = static_cast<time_t>(seconds);
-  return timeout;
+AwaitedRequest::Patience CurrentPatience() {
+  const Handheld* handheld = Handheld::Current();
+  const auto limit = [handheld](const char16_t* name, DWORD fallback) {
+    return std::chrono::seconds(handheld ? handheld->Number(name, fallback) : fallback);
+  };
+  return {limit(setting::kRequestTimeout, kDefaultRequestTimeout),
+          limit(setting::kPeerTimeout, kDefaultPeerTimeout)};
 }
 
 // None of these options is worth refusing a connection for.
-void Prepare(int fd) {
+void Prepare(int fd, std::chrono::seconds silence) {
   const int on = 1;
-  const ::timeval timeout = PeerTimeout();
+  const ::timeval timeout{static_cast<time_t>(silence.count()), 0};  // 0 is no limit
   ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
   ::setsockopt(fd, SOL_SOCKET, SO_KEEPALIVE, &on, sizeof(on));
   ::setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof(timeout));
@@ -58,7 +59,7 @@ bool DescriptorsAreShort() {
 
 // Ends a connection that has no request under way; false when there is none.
 bool MakeRoom() {
-  return CloseOldestAbandonedSocket() || EndOldestSilentConnection();
+  return CloseOldestAbandonedSocket() || EndOldestAwaitedRequest();
 }
 
 // The descriptor, or -1 and errno. A connection that comes when descriptors are short costs another
@@ -88,11 +89,12 @@ SOCKET Accept(SOCKET listener, sockaddr_in* address, DWORD* error) {
   UniqueFd fd(AcceptDescriptor(socket->fd.get(), &peer));
   *error = SocketErrorFromErrno(errno);
   if (!fd) return INVALID_SOCKET;
-  Prepare(fd.get());
+  const AwaitedRequest::Patience patience = CurrentPatience();
+  Prepare(fd.get(), patience.silence);
   if (address) *address = DeviceAddress(peer);
   *error = kWsaNoBuffers;
   auto connection = std::make_shared<Socket>(std::move(fd), SocketState::kConnected);
-  connection->silence.Begin(connection->fd.get());
+  connection->awaited.Begin(connection->fd.get(), patience);
   return Sockets().Add(std::move(connection));
 }
 

@@ -1,24 +1,20 @@
-#include <poll.h>
+#include "handheld/network/select.h"
 
 #include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
-#include <chrono>
-#include <optional>
 #include <utility>
 
 #include "handheld/base/fault.h"
 #include "handheld/network/socket_errors.h"
 #include "handheld/network/socket_table.h"
-#include "handheld/network/time_lapse.h"
 
 namespace ce {
 namespace host {
 namespace {
 
 using SteadyClock = std::chrono::steady_clock;
-using Deadline = std::optional<SteadyClock::time_point>;
 
 std::atomic<double> g_timeLapse{1.0};
 
@@ -83,21 +79,6 @@ Deadline DeadlineOf(const timeval* timeout) {
          std::chrono::duration_cast<SteadyClock::duration>(wait / g_timeLapse.load());
 }
 
-// As poll, which an interruption does not end.
-int PollUntil(::pollfd* polls, std::size_t count, const Deadline& deadline) {
-  for (;;) {
-    ::timespec left{};
-    if (deadline) {
-      const auto wait = std::max(*deadline - SteadyClock::now(), SteadyClock::duration::zero());
-      const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(wait);
-      left.tv_sec = seconds.count();
-      left.tv_nsec = std::chrono::nanoseconds(wait - seconds).count();
-    }
-    const int ready = ::ppoll(polls, count, deadline ? &left : nullptr, nullptr);
-    if (ready >= 0 || errno != EINTR) return ready;
-  }
-}
-
 INT Select(fd_set* read, fd_set* write, fd_set* error, const timeval* timeout) {
   std::array<Selection, 3> sets{Selection(read, POLLIN), Selection(write, POLLOUT),
                                 Selection(error, POLLPRI)};
@@ -111,7 +92,7 @@ INT Select(fd_set* read, fd_set* write, fd_set* error, const timeval* timeout) {
   }
   const bool badTime = timeout && (timeout->tv_sec < 0 || timeout->tv_usec < 0);
   if (count == 0 || badTime) return FailSocketCall(kWsaInvalid);
-  if (PollUntil(polls.data(), count, DeadlineOf(timeout)) < 0) {
+  if (PollUntil({polls.data(), count}, DeadlineOf(timeout)) < 0) {
     return FailSocketCall(SocketErrorFromErrno(errno));
   }
   INT ready = 0;
@@ -120,6 +101,20 @@ INT Select(fd_set* read, fd_set* write, fd_set* error, const timeval* timeout) {
 }
 
 }  // namespace
+
+int PollUntil(std::span<::pollfd> polls, const Deadline& deadline) {
+  for (;;) {
+    ::timespec left{};
+    if (deadline) {
+      const auto wait = std::max(*deadline - SteadyClock::now(), SteadyClock::duration::zero());
+      const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(wait);
+      left.tv_sec = seconds.count();
+      left.tv_nsec = std::chrono::nanoseconds(wait - seconds).count();
+    }
+    const int ready = ::ppoll(polls.data(), polls.size(), deadline ? &left : nullptr, nullptr);
+    if (ready >= 0 || errno != EINTR) return ready;
+  }
+}
 
 void SetTimeLapse(double factor) {
   g_timeLapse = factor;

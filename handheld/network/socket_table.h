@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "handheld/base/unique_fd.h"
-#include "handheld/network/silent_connections.h"
+#include "handheld/network/awaited_requests.h"
 #include "platform/sockets.h"
 
 namespace ce::host {
@@ -24,8 +24,8 @@ struct Socket {
   std::atomic<SocketState> state;
   std::atomic<bool> agentPort{false};  // listens, or is to listen, for the agent
   std::atomic<bool> announced{false};  // the user has been told that it listens
-  std::atomic<bool> peerGone{false};   // the peer was silent beyond the limit
-  Silence silence;  // lasts from accept to the first byte; behind fd, to be over before it closes
+  std::atomic<bool> peerGone{false};   // the peer took longer than a limit allows
+  AwaitedRequest awaited;              // behind fd, to be over before it closes
 };
 using SocketPtr = std::shared_ptr<Socket>;
 

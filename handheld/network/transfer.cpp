@@ -27,7 +27,7 @@ SocketPtr UsableSocket(SOCKET handle, INT bytes, INT flags, DWORD* error) {
 }
 
 INT FailTransfer(Socket& socket, int error) {
-  // The socket's own time-outs are the peer's limit.
+  // The socket's own time-outs are a limit of the peer's.
   if (error == EAGAIN) socket.peerGone = true;
   return FailSocketCall(SocketErrorFromErrno(error));
 }
@@ -57,9 +57,9 @@ INT recv(SOCKET socket, void* buffer, INT bytes, INT flags) {
   const host::SocketPtr source = host::UsableSocket(socket, bytes, flags, &error);
   if (!source) return host::FailSocketCall(error);
   if (bytes == 0) return 0;  // the host would wait for bytes that it is not to take
+  if (!source->awaited.WaitForBytes()) return host::FailTransfer(*source, EAGAIN);
   for (;;) {
     const ssize_t count = ::recv(source->fd.get(), buffer, static_cast<std::size_t>(bytes), 0);
-    if (count > 0) source->silence.Break();
     if (count >= 0) return static_cast<INT>(count);
     if (errno != EINTR) return host::FailTransfer(*source, errno);
   }
@@ -70,6 +70,7 @@ INT send(SOCKET socket, const void* buffer, INT bytes, INT flags) {
   if (error != 0) return host::FailSocketCall(error);
   const host::SocketPtr target = host::UsableSocket(socket, bytes, flags, &error);
   if (!target) return host::FailSocketCall(error);
+  target->awaited.End();
   return host::SendAll(*target, static_cast<const std::byte*>(buffer), bytes);
 }
 

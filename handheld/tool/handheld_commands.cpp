@@ -131,6 +131,8 @@ constexpr SettingRow kSettings[] = {
      SetSwitch<setting::kRichInk>},
     {"peer-timeout", "seconds after which a silent peer counts as gone",
      SetNumber<setting::kPeerTimeout>},
+    {"request-timeout", "seconds that a peer may take to send its whole request",
+     SetNumber<setting::kRequestTimeout>},
     {"max-block", "bytes: the largest block of memory, and so of an upload's chunk",
      SetNumber<setting::kMaxBlock>},
     {"max-contact-text", "characters of a contact's field", SetNumber<setting::kMaxContactText>},

@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <stdexcept>
+#include <string_view>
 
 #include "tests/support/wire/agent_process.h"
 
@@ -18,11 +19,12 @@ class LifecycleWire : public WireTest {
     EXPECT_EQ(quit.ReceiveToEnd(), "");
   }
   // Each is accepted by the time a request is answered that comes after it.
-  std::vector<RawConnection> ConnectSilently(int count) {
+  std::vector<RawConnection> ConnectAndStop(int count, std::string_view afterBytes = {}) {
     std::vector<RawConnection> silent;
     for (int i = 0; i < count; ++i) {
       SCOPED_TRACE(i);
       silent.push_back(Connect());
+      if (!afterBytes.empty()) silent.back().Send(afterBytes);
       ExpectServing();
     }
     return silent;
@@ -55,10 +57,17 @@ TEST_F(LifecycleWire, ARequestUnderWayIsFinishedAfterAQuit) {
 
 TEST_F(LifecycleWire, ServesRequestsThoughSilentConnectionsHaveTakenTheDescriptors) {
   options_.descriptorLimit = 48;
-  std::vector<RawConnection> silent = ConnectSilently(60);
+  std::vector<RawConnection> silent = ConnectAndStop(60);
   EXPECT_EQ(AddContacts(3).size(), 3u) << "there are descriptors for the store as well";
   EXPECT_EQ(CountElements(AllContacts(), "CONTACT"), 3u);
   EXPECT_EQ(silent.front().ReceiveToEnd(), "") << "the oldest makes room";
+}
+
+TEST_F(LifecycleWire, ServesRequestsThoughHalfRequestsHaveTakenTheDescriptors) {
+  options_.descriptorLimit = 48;
+  std::vector<RawConnection> half = ConnectAndStop(60, Word(100));
+  EXPECT_EQ(AddContacts(3).size(), 3u);
+  EXPECT_EQ(half.front().ReceiveToEnd(), "");
 }
 
 TEST_F(LifecycleWire, KeepsARequestUnderWayThoughSilentConnectionsTakeTheDescriptors) {
@@ -66,7 +75,7 @@ TEST_F(LifecycleWire, KeepsARequestUnderWayThoughSilentConnectionsTakeTheDescrip
   RawConnection upload = Connect();
   upload.Send(Record(Invoke{.function = "UploadPIMRecords", .streamFlag = 1}.Body()));
   EXPECT_EQ(upload.ReceiveWord(), 0u);
-  const std::vector<RawConnection> silent = ConnectSilently(60);
+  const std::vector<RawConnection> silent = ConnectAndStop(60);
   upload.Send(Chunk("<root><CONTACT><FIRST_NAME>Kept</FIRST_NAME></CONTACT></root>") + Word(0));
   EXPECT_GT(upload.ReceiveWord(), 0u);
   EXPECT_EQ(upload.ReceiveWord(), 0u);

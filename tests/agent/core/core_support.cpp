@@ -4,7 +4,7 @@
 #include "agent/log/log.h"
 #include "handheld/network/listen_options.h"
 #include "handheld/network/socket_watcher.h"
-#include "handheld/network/time_lapse.h"
+#include "handheld/network/select.h"
 #include "handheld/system/threads.h"
 
 namespace corvane::testing {

@@ -11,7 +11,7 @@
 #include "agent/log/log.h"
 #include "handheld/base/fault.h"
 #include "handheld/network/listen_options.h"
-#include "handheld/network/time_lapse.h"
+#include "handheld/network/select.h"
 #include "handheld/system/threads.h"
 #include "platform/status.h"
 #include "tests/agent/core/core_support.h"

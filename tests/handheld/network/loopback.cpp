@@ -8,8 +8,8 @@
 #include <cerrno>
 #include <system_error>
 
+#include "handheld/network/select.h"
 #include "handheld/network/socket_watcher.h"
-#include "handheld/network/time_lapse.h"
 #include "handheld/system/threads.h"
 
 namespace corvane::testing {

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "handheld/base/fault.h"
+#include "handheld/network/select.h"
 #include "handheld/network/socket_errors.h"
-#include "handheld/network/time_lapse.h"
 #include "platform/status.h"
 #include "tests/handheld/network/loopback.h"
 
