@@ -1,15 +1,23 @@
 // corvane: the synchronisation agent, on a virtual handheld.
+#include <sys/eventfd.h>
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
+#include <atomic>
+#include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <system_error>
 
 #include "agent/core/listener.h"
 #include "agent/log/log.h"
 #include "handheld/directory/handheld.h"
 #include "handheld/network/awaited_requests.h"
 #include "handheld/network/listen_options.h"
+#include "handheld/network/select.h"
 #include "handheld/network/socket_watcher.h"
 #include "handheld/store/store_check.h"
 #include "handheld/system/threads.h"
@@ -51,8 +59,31 @@ ce::host::ListenOptions ListenOptionsOf(const Options& options) {
   return listen;
 }
 
+// Readable from the first signal to end on.
+int g_ending = -1;
+std::atomic<bool> g_endedBySignal{false};
+
+// The next signal ends the process at once.
+void EndInOrder(int) {
+  const int error = errno;
+  for (const int signal : {SIGINT, SIGTERM}) std::signal(signal, SIG_DFL);
+  g_endedBySignal = true;
+  corvane::QuitRequested = 1;
+  const std::uint64_t one = 1;
+  [[maybe_unused]] const ssize_t written = ::write(g_ending, &one, sizeof(one));
+  errno = error;
+}
+
+void EndOnSignals() {
+  g_ending = ::eventfd(0, EFD_CLOEXEC);
+  if (g_ending < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
+  ce::host::EndSelectsBy(g_ending);
+  for (const int signal : {SIGINT, SIGTERM}) std::signal(signal, EndInOrder);
+}
+
 int RunAgent(const Options& options) {
   ce::host::SetListenOptions(ListenOptionsOf(options));
+  EndOnSignals();
   const auto handheld = ce::host::Handheld::Open(options.handheld, "corvane");
   ce::host::Handheld::MakeCurrent(handheld.get());
   if (const std::string problem = ce::host::DescribeStoreProblem(*handheld); !problem.empty())
@@ -65,7 +96,7 @@ int RunAgent(const Options& options) {
     ce::host::EndAwaitedRequests(kTimeToSpeak);
     ce::host::WaitForRequestThreads();
     corvane::CloseLog();
-  } while (result == 0 && options.stay && !corvane::QuitByRequest());
+  } while (result == 0 && options.stay && !corvane::QuitByRequest() && !g_endedBySignal);
 
   ce::host::CloseKeptListener();
   ce::host::StopSocketWatcher();
@@ -81,12 +112,14 @@ int ParseAndRun(int argc, char** argv) {
       ->required()
       ->type_name("DIR");
   app.add_option("--listen", options.listen,
-                 "Where to listen: 0.0.0.0 for every address, port 0 for any free one")
+                 "Where to listen, an IPv4 address or a host's name: 0.0.0.0 for every address, "
+                 "port 0 for any free one")
       ->capture_default_str()
       ->type_name("ADDR[:PORT]");
   app.add_flag("--stay", options.stay, "Start afresh when a minute without a request has passed");
   app.footer(
-      "Ends by itself after a minute without a request, or when the desktop asks it to.\n"
+      "Ends by itself after a minute without a request, or when the desktop asks it to. SIGTERM\n"
+      "or SIGINT ends it when the requests under way are done, a second one at once.\n"
       "Exit codes: 0 ended as asked, 1 failed, 2 wrong use.");
   try {
     app.parse(argc, argv);

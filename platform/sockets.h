@@ -66,7 +66,7 @@ SOCKET socket(INT family, INT type, INT protocol);
 // address is bound as named.
 INT bind(SOCKET socket, const sockaddr_in* address, INT length);
 INT listen(SOCKET socket, INT backlog);
-// `sockets` is not used. Sets that are not null keep only their ready members.
+// `read` keeps only its ready members; the other sets and `sockets` are not used.
 INT select(INT sockets, fd_set* read, fd_set* write, fd_set* error, const timeval* timeout);
 SOCKET accept(SOCKET socket, sockaddr_in* address, INT* length);
 // 0 at the end of the connection. A peer that is silent for the handheld's limit counts as gone.

@@ -1,3 +1,5 @@
+#include "handheld/network/host_names.h"
+
 #include <ifaddrs.h>
 #include <net/if.h>
 #include <netdb.h>
@@ -45,20 +47,6 @@ Addresses OwnAddresses() {
   return addresses;
 }
 
-Addresses LookUp(const char* name) {
-  ::addrinfo hints{};
-  hints.ai_family = PF_INET;
-  hints.ai_socktype = static_cast<int>(SOCK_STREAM);
-  ::addrinfo* first = nullptr;
-  if (::getaddrinfo(name, nullptr, &hints, &first) != 0) return {};
-  const std::unique_ptr<::addrinfo, decltype(&::freeaddrinfo)> list(first, &::freeaddrinfo);
-  Addresses addresses;
-  for (const ::addrinfo* found = first; found; found = found->ai_next) {
-    addresses.push_back(Ip4Of(found->ai_addr));
-  }
-  return addresses;
-}
-
 bool HostName(char (&name)[kMaxName]) {
   name[kMaxName - 1] = '\0';
   return ::gethostname(name, kMaxName - 1) == 0;
@@ -90,11 +78,25 @@ const hostent* EntryOf(const char* name) {
   thread_local HostEntry entry;
   char own[kMaxName];
   Addresses addresses =
-      HostName(own) && std::strcmp(own, name) == 0 ? OwnAddresses() : LookUp(name);
+      HostName(own) && std::strcmp(own, name) == 0 ? OwnAddresses() : host::AddressesOfHost(name);
   return addresses.empty() ? nullptr : entry.Set(name, std::move(addresses));
 }
 
 }  // namespace
+
+std::vector<DWORD> host::AddressesOfHost(const char* name) {
+  ::addrinfo hints{};
+  hints.ai_family = PF_INET;
+  hints.ai_socktype = static_cast<int>(SOCK_STREAM);
+  ::addrinfo* first = nullptr;
+  if (::getaddrinfo(name, nullptr, &hints, &first) != 0) return {};
+  const std::unique_ptr<::addrinfo, decltype(&::freeaddrinfo)> list(first, &::freeaddrinfo);
+  Addresses addresses;
+  for (const ::addrinfo* found = first; found; found = found->ai_next) {
+    addresses.push_back(Ip4Of(found->ai_addr));
+  }
+  return addresses;
+}
 
 INT gethostname(char* name, INT bytes) {
   if (const DWORD error = host::FaultFor("gethostname")) return host::FailSocketCall(error);

@@ -3,9 +3,13 @@
 #include <arpa/inet.h>
 #include <netinet/in.h>
 
+#include <algorithm>
 #include <charconv>
 #include <mutex>
+#include <optional>
 #include <utility>
+
+#include "handheld/network/host_names.h"
 
 namespace ce::host {
 namespace {
@@ -17,9 +21,23 @@ ListenOptions& Options() {
   return *options;
 }
 
-bool IsAddress(const std::string& text) {
+// Nothing when the text neither is an IPv4 address nor names a host that has one.
+std::optional<std::string> AddressOf(const std::string& text) {
   in_addr address{};
-  return ::inet_pton(PF_INET, text.c_str(), &address) == 1;
+  if (::inet_pton(PF_INET, text.c_str(), &address) == 1) return text;
+  // The host would take a number, or fewer than four of them, for an address.
+  const auto isLetter = [](char c) { return (c | 0x20) >= 'a' && (c | 0x20) <= 'z'; };
+  if (std::ranges::none_of(text, isLetter)) return std::nullopt;
+  const std::vector<DWORD> addresses = AddressesOfHost(text.c_str());
+  if (addresses.empty()) return std::nullopt;
+  address.s_addr = addresses.front();
+  char name[INET_ADDRSTRLEN];
+  return ::inet_ntop(PF_INET, &address, name, sizeof(name));
+}
+
+bool IsIp6(const std::string& text) {
+  in6_addr address{};
+  return text.starts_with('[') || ::inet_pton(PF_INET6, text.c_str(), &address) == 1;
 }
 
 bool ReadPort(std::string_view text, std::uint16_t* port) {
@@ -42,10 +60,16 @@ ListenOptions CurrentListenOptions() {
 
 bool ParseListenAddress(std::string_view text, std::string* address, std::uint16_t* port,
                         std::string* error) {
+  if (const std::string whole(text); IsIp6(whole)) {
+    *error = "\"" + whole + "\" is an IPv6 address; the agent listens on IPv4 only";
+    return false;
+  }
   const std::size_t colon = text.rfind(':');
-  const std::string addressText(text.substr(0, colon));
-  if (!(addressText.empty() && colon != text.npos) && !IsAddress(addressText)) {
-    *error = "\"" + addressText + "\" is not an IPv4 address";
+  const std::string host(text.substr(0, colon));
+  std::optional<std::string> readAddress = *address;
+  if (!host.empty() || colon == text.npos) readAddress = AddressOf(host);
+  if (!readAddress) {
+    *error = "\"" + host + "\" is not an IPv4 address, nor the name of a host that has one";
     return false;
   }
   std::uint16_t readPort = *port;
@@ -53,7 +77,7 @@ bool ParseListenAddress(std::string_view text, std::string* address, std::uint16
     *error = "\"" + std::string(text.substr(colon + 1)) + "\" is not a port number (0 to 65535)";
     return false;
   }
-  if (!addressText.empty()) *address = addressText;
+  *address = *std::move(readAddress);
   *port = readPort;
   return true;
 }

@@ -30,8 +30,9 @@ ListenOptions CurrentListenOptions();
 // Ends a listener that keepListening holds; nothing when there is none.
 void CloseKeptListener();
 
-// Reads "ADDR", "ADDR:PORT" or ":PORT", with an IPv4 address. A part that is not given leaves its
-// value unchanged. False, with `error` worded for people and nothing else changed, for other text.
+// Reads "ADDR", "ADDR:PORT" or ":PORT", with an IPv4 address or the name of a host, of which the
+// first IPv4 address is given. A part that is not given leaves its value unchanged. False, with
+// `error` worded for people and nothing else changed, for other text.
 [[nodiscard]] bool ParseListenAddress(std::string_view text, std::string* address,
                                       std::uint16_t* port, std::string* error);
 

@@ -4,7 +4,6 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
-#include <utility>
 
 #include "handheld/base/fault.h"
 #include "handheld/network/socket_errors.h"
@@ -17,59 +16,15 @@ namespace {
 using SteadyClock = std::chrono::steady_clock;
 
 std::atomic<double> g_timeLapse{1.0};
+std::atomic<int> g_endFd{-1};
 
-// One of select's sets while it waits.
-class Selection {
- public:
-  Selection(fd_set* set, short events) : set_(set), events_(events) {}
-
-  // Appends the set's sockets to `polls`; false when one is not open.
-  bool Open(::pollfd* polls, std::size_t* count) {
-    first_ = *count;
-    for (UINT i = 0; i < Size(); ++i) {
-      SocketPtr socket = Sockets().Find(set_->fd_array[i]);
-      if (!socket) return false;
-      polls[(*count)++] = {PollableFd(*socket), events_, 0};
-      sockets_[i] = std::move(socket);
-    }
-    return true;
-  }
-
-  // Leaves the ready sockets in the set and gives their number.
-  INT KeepReady(const ::pollfd* polls) {
-    UINT kept = 0;
-    const UINT size = Size();
-    for (UINT i = 0; i < size; ++i) {
-      if (Ready(polls[first_ + i])) set_->fd_array[kept++] = set_->fd_array[i];
-    }
-    if (set_) set_->fd_count = kept;
-    return static_cast<INT>(kept);
-  }
-
-  UINT Size() const {
-    if (!set_) return 0;
-    return set_->fd_count < FD_SETSIZE ? set_->fd_count : FD_SETSIZE;
-  }
-
- private:
-  // The host calls a socket ready that neither listens nor has a connection; nothing will ever
-  // happen to it here.
-  static int PollableFd(const Socket& socket) {
-    const SocketState state = socket.state;
-    const bool live = state == SocketState::kListening || state == SocketState::kConnected;
-    return live ? socket.fd.get() : -1;
-  }
-
-  bool Ready(const ::pollfd& poll) const {
-    const int ends = events_ == POLLPRI ? 0 : POLLHUP | POLLERR;
-    return (poll.revents & (events_ | ends)) != 0;
-  }
-
-  fd_set* const set_;
-  const short events_;
-  std::size_t first_ = 0;
-  std::array<SocketPtr, FD_SETSIZE> sockets_;  // keeps the descriptors open meanwhile
-};
+// The host calls a socket ready that neither listens nor has a connection; nothing will ever happen
+// to it here.
+int PollableFd(const Socket& socket) {
+  const SocketState state = socket.state;
+  const bool live = state == SocketState::kListening || state == SocketState::kConnected;
+  return live ? socket.fd.get() : -1;
+}
 
 Deadline DeadlineOf(const timeval* timeout) {
   if (!timeout) return std::nullopt;
@@ -79,25 +34,31 @@ Deadline DeadlineOf(const timeval* timeout) {
          std::chrono::duration_cast<SteadyClock::duration>(wait / g_timeLapse.load());
 }
 
-INT Select(fd_set* read, fd_set* write, fd_set* error, const timeval* timeout) {
-  std::array<Selection, 3> sets{Selection(read, POLLIN), Selection(write, POLLOUT),
-                                Selection(error, POLLPRI)};
-  std::array<::pollfd, 3 * FD_SETSIZE> polls;
-  std::size_t count = 0;
-  for (Selection& set : sets) {
-    if (!set.Open(polls.data(), &count)) {
+INT Select(fd_set& read, const timeval* timeout) {
+  std::array<SocketPtr, FD_SETSIZE> sockets;  // keeps the descriptors open meanwhile
+  std::array<::pollfd, FD_SETSIZE + 1> polls;
+  const UINT count = std::min(read.fd_count, FD_SETSIZE);
+  for (UINT i = 0; i < count; ++i) {
+    sockets[i] = Sockets().Find(read.fd_array[i]);
+    if (!sockets[i]) {
       PauseAfterFailure();
       return FailSocketCall(WSAENOTSOCK);
     }
+    polls[i] = {PollableFd(*sockets[i]), POLLIN, 0};
   }
   const bool badTime = timeout && (timeout->tv_sec < 0 || timeout->tv_usec < 0);
   if (count == 0 || badTime) return FailSocketCall(kWsaInvalid);
-  if (PollUntil({polls.data(), count}, DeadlineOf(timeout)) < 0) {
+  polls[count] = {g_endFd, POLLIN, 0};
+  if (PollUntil({polls.data(), count + 1}, DeadlineOf(timeout)) < 0) {
     return FailSocketCall(SocketErrorFromErrno(errno));
   }
-  INT ready = 0;
-  for (Selection& set : sets) ready += set.KeepReady(polls.data());
-  return ready;
+  UINT ready = 0;
+  const bool ended = polls[count].revents != 0;
+  for (UINT i = 0; i < count && !ended; ++i) {
+    if (polls[i].revents != 0) read.fd_array[ready++] = read.fd_array[i];
+  }
+  read.fd_count = ready;
+  return static_cast<INT>(ready);
 }
 
 }  // namespace
@@ -116,15 +77,19 @@ int PollUntil(std::span<::pollfd> polls, const Deadline& deadline) {
   }
 }
 
+void EndSelectsBy(int fd) {
+  g_endFd = fd;
+}
+
 void SetTimeLapse(double factor) {
   g_timeLapse = factor;
 }
 
 }  // namespace host
 
-INT select(INT, fd_set* read, fd_set* write, fd_set* error, const timeval* timeout) {
+INT select(INT, fd_set* read, fd_set*, fd_set*, const timeval* timeout) {
   if (const DWORD fault = host::FaultFor("select")) return host::FailSocketCall(fault);
-  return host::Select(read, write, error, timeout);
+  return read ? host::Select(*read, timeout) : host::FailSocketCall(host::kWsaInvalid);
 }
 
 }  // namespace ce

@@ -1,9 +1,12 @@
-// The agent's end: when it is asked to, and when it is killed.
+// The agent's end: when it is asked to, by a desktop or a signal, and when it is killed.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 
+#include <chrono>
 #include <map>
+#include <stdexcept>
+#include <thread>
 
 #include "tests/programs/tool_test.h"
 #include "tests/support/wire/raw_connection.h"
@@ -78,6 +81,72 @@ class HalfAnUpload {
   std::vector<std::string> sent_;
   std::size_t answered_ = 0;
 };
+
+class AgentEndBySignal : public AgentEnd, public ::testing::WithParamInterface<int> {
+ protected:
+  // True once nobody listens any more.
+  bool ListenerHasClosed() {
+    for (int attempt = 0; attempt < 600; ++attempt) {
+      try {
+        const RawConnection connection(port());
+      } catch (const std::runtime_error&) {
+        return true;
+      }
+      std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    return false;
+  }
+};
+
+TEST_P(AgentEndBySignal, ComesAtOnceAndInOrder) {
+  const std::string handheld = MakeHandheld();
+  StartAgent(handheld);
+  EXPECT_EQ(Desktop({"logging", "on"}).code, 0);
+  agent().Kill(GetParam());
+  const Ended ended = EndAgent();
+  EXPECT_EQ(ended.code, 0);
+  EXPECT_EQ(ended.out, "");
+  EXPECT_EQ(ended.err, "");
+  const std::string log = directory_.Read("handheld/files/CorvaneLog.txt");
+  EXPECT_THAT(log, HasSubstr(" : Corvane App Ending\r\n"));
+  EXPECT_THAT(log, ::testing::EndsWith(" : Log finished\r\n"));
+}
+
+TEST_P(AgentEndBySignal, IsForGoodThoughItIsToStay) {
+  StartAgent(MakeHandheld(), {"--stay"});
+  agent().Kill(GetParam());
+  const Ended ended = EndAgent();
+  EXPECT_EQ(ended.code, 0);
+  EXPECT_EQ(ended.out, "") << "it has not announced itself again";
+}
+
+TEST_P(AgentEndBySignal, WaitsForTheRequestsUnderWay) {
+  const std::string handheld = MakeHandheld();
+  StartAgent(handheld);
+  {
+    HalfAnUpload upload(port());
+    const RawConnection silent(port());
+    agent().Kill(GetParam());
+    EXPECT_TRUE(ListenerHasClosed());
+    std::map<std::uint32_t, std::string> acknowledged;
+    upload.SendContacts("Last", 0, 1);
+    upload.ReadReplies(1, acknowledged);
+  }
+  EXPECT_EQ(EndAgent().code, 0);
+  EXPECT_THAT(Contacts(handheld), HasSubstr("\"FirstName\":\"Last0end\""));
+}
+
+TEST_P(AgentEndBySignal, ComesAtOnceWithTheSecondOne) {
+  StartAgent(MakeHandheld());
+  const HalfAnUpload upload(port());
+  agent().Kill(GetParam() == SIGINT ? SIGTERM : SIGINT);
+  EXPECT_TRUE(ListenerHasClosed());
+  agent().Kill(GetParam());
+  EXPECT_EQ(EndAgent().code, -GetParam());
+}
+
+INSTANTIATE_TEST_SUITE_P(Signals, AgentEndBySignal, ::testing::Values(SIGINT, SIGTERM),
+                         [](const auto& each) { return each.param == SIGINT ? "INT" : "TERM"; });
 
 TEST_F(AgentEnd, KeepsEveryAcknowledgedContactWhenKilledDuringAnUpload) {
   const std::string handheld = MakeHandheld();

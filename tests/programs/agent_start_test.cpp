@@ -117,6 +117,11 @@ TEST_F(AgentStart, RefusesAnAddressThatThisComputerHasNot) {
   ExpectRefusal(Start(MakeHandheld(), "192.0.2.1:0"), "cannot listen on 192.0.2.1");
 }
 
+TEST_F(AgentStart, ListensOnTheAddressOfAName) {
+  StartAgent(MakeHandheld(), {}, -1, "localhost:0");
+  EXPECT_EQ(greeting(), "corvane: listening on 127.0.0.1:" + std::to_string(port()));
+}
+
 TEST_F(AgentStart, TakesAListeningSocketThatIsHandedOver) {
   const ListeningSocket handedOver;
   StartAgent(MakeHandheld(), {}, handedOver.fd());

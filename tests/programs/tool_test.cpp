@@ -90,8 +90,9 @@ std::string ToolTest::Sample(const std::string& name) {
   return SourcePath("samples/" + name);
 }
 
-void ToolTest::StartAgent(const std::string& handheld, const Arguments& more, int listener) {
-  Arguments arguments{"--handheld", handheld, "--listen", "127.0.0.1:0"};
+void ToolTest::StartAgent(const std::string& handheld, const Arguments& more, int listener,
+                          const std::string& listen) {
+  Arguments arguments{"--handheld", handheld, "--listen", listen};
   arguments.insert(arguments.end(), more.begin(), more.end());
   agent_.emplace(ProgramPath("corvane"), arguments, Options(listener));
   greeting_ = agent_->ReadLine();

@@ -65,7 +65,8 @@ class ToolTest : public ::testing::Test {
   static std::string Sample(const std::string& name);
 
   // Starts the agent on a free port and waits until it listens.
-  void StartAgent(const std::string& handheld, const Arguments& more = {}, int listener = -1);
+  void StartAgent(const std::string& handheld, const Arguments& more = {}, int listener = -1,
+                  const std::string& listen = "127.0.0.1:0");
   Process& agent() { return *agent_; }
   const std::string& greeting() const { return greeting_; }  // what it has printed
   std::uint16_t port() const { return port_; }

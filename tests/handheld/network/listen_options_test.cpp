@@ -37,7 +37,9 @@ INSTANTIATE_TEST_SUITE_P(Forms, ParseListenAddressAccepts,
                                            Accepted{"192.168.1.7:80", "192.168.1.7", 80},
                                            Accepted{":4000", "127.0.0.1", 4000},
                                            Accepted{"127.0.0.1:0", "127.0.0.1", 0},
-                                           Accepted{":65535", "127.0.0.1", 65535}));
+                                           Accepted{":65535", "127.0.0.1", 65535},
+                                           Accepted{"localhost", "127.0.0.1", 2005},
+                                           Accepted{"localhost:0", "127.0.0.1", 0}));
 
 struct Refused {
   const char* text;
@@ -54,18 +56,26 @@ TEST_P(ParseListenAddressRefuses, Text) {
 }
 INSTANTIATE_TEST_SUITE_P(
     Forms, ParseListenAddressRefuses,
-    ::testing::Values(Refused{"", "\"\" is not an IPv4 address"},
-                      Refused{"localhost", "\"localhost\" is not an IPv4 address"},
-                      Refused{"2005", "\"2005\" is not an IPv4 address"},
-                      Refused{"1.2.3", "\"1.2.3\" is not an IPv4 address"},
-                      Refused{"1.2.3.256:1", "\"1.2.3.256\" is not an IPv4 address"},
-                      Refused{" 1.2.3.4", "\" 1.2.3.4\" is not an IPv4 address"},
-                      Refused{"[::1]:2005", "\"[::1]\" is not an IPv4 address"},
-                      Refused{":", "\"\" is not a port number (0 to 65535)"},
-                      Refused{"1.2.3.4:", "\"\" is not a port number (0 to 65535)"},
-                      Refused{"1.2.3.4:65536", "\"65536\" is not a port number (0 to 65535)"},
-                      Refused{"1.2.3.4:-1", "\"-1\" is not a port number (0 to 65535)"},
-                      Refused{"1.2.3.4:80x", "\"80x\" is not a port number (0 to 65535)"}));
+    ::testing::Values(
+        Refused{"", "\"\" is not an IPv4 address, nor the name of a host that has one"},
+        Refused{"no..host",
+                "\"no..host\" is not an IPv4 address, nor the name of a host that has one"},
+        Refused{"2005", "\"2005\" is not an IPv4 address, nor the name of a host that has one"},
+        Refused{"1.2.3", "\"1.2.3\" is not an IPv4 address, nor the name of a host that has one"},
+        Refused{"1.2.3.256:1",
+                "\"1.2.3.256\" is not an IPv4 address, nor the name of a host that has one"},
+        Refused{" 1.2.3.4",
+                "\" 1.2.3.4\" is not an IPv4 address, nor the name of a host that has one"},
+        Refused{"1.2.3.4:5:6",
+                "\"1.2.3.4:5\" is not an IPv4 address, nor the name of a host that has one"},
+        Refused{"::1", "\"::1\" is an IPv6 address; the agent listens on IPv4 only"},
+        Refused{"[::1]", "\"[::1]\" is an IPv6 address; the agent listens on IPv4 only"},
+        Refused{"[::1]:2005", "\"[::1]:2005\" is an IPv6 address; the agent listens on IPv4 only"},
+        Refused{":", "\"\" is not a port number (0 to 65535)"},
+        Refused{"1.2.3.4:", "\"\" is not a port number (0 to 65535)"},
+        Refused{"1.2.3.4:65536", "\"65536\" is not a port number (0 to 65535)"},
+        Refused{"1.2.3.4:-1", "\"-1\" is not a port number (0 to 65535)"},
+        Refused{"1.2.3.4:80x", "\"80x\" is not a port number (0 to 65535)"}));
 
 }  // namespace
 }  // namespace ce::host

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/eventfd.h>
 
 #include "handheld/base/fault.h"
 #include "handheld/network/select.h"
@@ -49,15 +50,9 @@ TEST_F(Select, KeepsTheReadyOnes) {
   const ce::SOCKET busy = Accept(listener);
   busyPeer.Send("!");
   ce::fd_set read = SetOf({quiet, busy, listener});
-  ce::fd_set error = SetOf({quiet, busy});
-  EXPECT_EQ(ce::select(0, &read, nullptr, &error, &kMinute), 1);
+  EXPECT_EQ(ce::select(0, &read, nullptr, nullptr, &kMinute), 1);
   EXPECT_EQ(read.fd_count, 1u);
   EXPECT_EQ(read.fd_array[0], busy);
-  EXPECT_EQ(error.fd_count, 0u);
-
-  ce::fd_set write = SetOf({quiet, busy});
-  EXPECT_EQ(ce::select(0, nullptr, &write, nullptr, &kMinute), 2);
-  EXPECT_EQ(write.fd_count, 2u);
   for (const ce::SOCKET open : {quiet, busy, listener}) ce::closesocket(open);
 }
 
@@ -75,8 +70,7 @@ TEST_F(Select, CallsAConnectionThatHasEndedReadable) {
 TEST_F(Select, NeverCallsASocketReadyThatNothingCanHappenTo) {
   const ce::SOCKET unbound = NewSocket();
   ce::fd_set read = SetOf({unbound});
-  ce::fd_set write = SetOf({unbound});
-  EXPECT_EQ(ce::select(0, &read, &write, nullptr, &kNow), 0);
+  EXPECT_EQ(ce::select(0, &read, nullptr, nullptr, &kNow), 0);
   ce::closesocket(unbound);
 }
 
@@ -93,13 +87,31 @@ TEST_F(Select, RefusesAClosedSocketAndLeavesTheSetAsItIs) {
 
 TEST_F(Select, RefusesToWaitForNothingOrForANegativeTime) {
   ce::fd_set none{};
-  EXPECT_EQ(ce::select(0, &none, nullptr, nullptr, nullptr), ce::SOCKET_ERROR);
-  EXPECT_EQ(ce::GetLastError(), ce::host::kWsaInvalid);
+  for (ce::fd_set* nothing : {&none, static_cast<ce::fd_set*>(nullptr)}) {
+    EXPECT_EQ(ce::select(0, nothing, nullptr, nullptr, nullptr), ce::SOCKET_ERROR);
+    EXPECT_EQ(ce::GetLastError(), ce::host::kWsaInvalid);
+  }
   const ce::SOCKET listener = Listen();
   ce::fd_set read = SetOf({listener});
   const ce::timeval past{-1, 0};
   EXPECT_EQ(ce::select(0, &read, nullptr, nullptr, &past), ce::SOCKET_ERROR);
   EXPECT_EQ(ce::GetLastError(), ce::host::kWsaInvalid);
+  ce::closesocket(listener);
+}
+
+TEST_F(Select, EndsAsIfItsTimeWereUp) {
+  const ce::host::UniqueFd end(::eventfd(0, EFD_CLOEXEC));
+  ce::host::EndSelectsBy(end.get());
+  const ce::SOCKET listener = Listen();
+  std::thread ending([&] { ::eventfd_write(end.get(), 1); });
+  ce::fd_set read = SetOf({listener});
+  EXPECT_EQ(ce::select(0, &read, nullptr, nullptr, nullptr), 0);
+  ending.join();
+  Peer peer(Port());
+  read = SetOf({listener});
+  EXPECT_EQ(ce::select(0, &read, nullptr, nullptr, nullptr), 0) << "whoever connects";
+  EXPECT_EQ(read.fd_count, 0u);
+  ce::host::EndSelectsBy(-1);
   ce::closesocket(listener);
 }
 
