@@ -6,13 +6,13 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstring>
 #include <new>
 #include <utility>
 
 #include "handheld/base/fault.h"
 #include "handheld/directory/handheld.h"
 #include "handheld/network/awaited_requests.h"
-#include "handheld/network/socket_address.h"
 #include "handheld/network/socket_errors.h"
 #include "handheld/network/socket_table.h"
 #include "handheld/network/socket_watcher.h"
@@ -77,6 +77,28 @@ int AcceptDescriptor(int listener, ::sockaddr_storage* peer) {
     errno = error;
     return -1;
   }
+}
+
+// The device's form of an IPv4 address, also of one that an IPv6 socket shows in its own form; all
+// zero for others.
+sockaddr_in DeviceAddress(const ::sockaddr_storage& address) {
+  sockaddr_in device{};
+  if (address.ss_family == PF_INET) {
+    ::sockaddr_in ip4{};
+    std::memcpy(&ip4, &address, sizeof(ip4));
+    device.sin_port = ip4.sin_port;
+    device.sin_addr.s_addr = ip4.sin_addr.s_addr;
+  } else if (address.ss_family == PF_INET6) {
+    sockaddr_in6 ip6{};
+    std::memcpy(&ip6, &address, sizeof(ip6));
+    if (!IN6_IS_ADDR_V4MAPPED(&ip6.sin6_addr)) return device;
+    device.sin_port = ip6.sin6_port;
+    std::memcpy(&device.sin_addr.s_addr, &ip6.sin6_addr.s6_addr[12], 4);
+  } else {
+    return device;
+  }
+  device.sin_family = static_cast<WORD>(AF_INET);
+  return device;
 }
 
 SOCKET Accept(SOCKET listener, sockaddr_in* address, DWORD* error) {

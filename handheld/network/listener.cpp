@@ -1,18 +1,21 @@
 #include "handheld/network/listener.h"
 
 #include <arpa/inet.h>
+#include <fcntl.h>
+#include <netdb.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
+#include <mutex>
 #include <string>
 #include <system_error>
 #include <utility>
 
 #include "handheld/base/fault.h"
-#include "handheld/network/handed_over_listener.h"
 #include "handheld/network/listen_options.h"
-#include "handheld/network/socket_address.h"
 #include "handheld/network/socket_errors.h"
 #include "handheld/network/socket_table.h"
 
@@ -20,6 +23,14 @@ namespace ce::host {
 namespace {
 
 constexpr WORD kAgentPort = HostToNetworkShort(2005);
+constexpr int kHandedOverFd = 3;
+
+std::mutex g_keptLock;
+// The listener that listens on for the next one that binds. Never destroyed.
+SocketPtr& Kept() {
+  static SocketPtr* const kept = new SocketPtr;
+  return *kept;
+}
 
 struct Failure {
   DWORD code;
@@ -32,6 +43,26 @@ Failure FromErrno(int error) {
 
 Failure FromFault(DWORD code) {
   return {code, "error " + std::to_string(code)};
+}
+
+// "127.0.0.1:2005" or "[::1]:2005"; empty for an address of another family.
+std::string AddressText(const ::sockaddr* address, socklen_t length) {
+  char host[INET6_ADDRSTRLEN];
+  char port[sizeof("65535")];
+  if (::getnameinfo(address, length, host, sizeof(host), port, sizeof(port),
+                    NI_NUMERICHOST | NI_NUMERICSERV) != 0) {
+    return {};
+  }
+  const bool isIp4 = address->sa_family == PF_INET;
+  return (isIp4 ? host : "[" + std::string(host) + "]") + ":" + port;
+}
+
+// Of the address that the socket is bound to; empty when it has none.
+std::string BoundAddressText(int fd) {
+  ::sockaddr_storage storage{};
+  auto* const address = reinterpret_cast<::sockaddr*>(&storage);
+  socklen_t length = sizeof(storage);
+  return ::getsockname(fd, address, &length) == 0 ? AddressText(address, length) : "";
 }
 
 bool IsAgentPort(const sockaddr_in* address) {
@@ -56,7 +87,8 @@ bool IsAgentPort(const sockaddr_in* address) {
 std::string WantedAddress(const sockaddr_in& asked, const ListenOptions& options) {
   const std::string port = std::to_string(options.port);
   if (asked.sin_addr.s_addr == 0) return options.address + ":" + port;
-  return AddressText(HostAddress(asked, options));
+  const ::sockaddr_in address = HostAddress(asked, options);
+  return AddressText(reinterpret_cast<const ::sockaddr*>(&address), sizeof(address));
 }
 
 void TellFailure(const std::string& where, const std::string& reason) {
@@ -64,14 +96,51 @@ void TellFailure(const std::string& where, const std::string& reason) {
   if (options.onFailure) options.onFailure("cannot listen on " + where + ": " + reason);
 }
 
+SocketPtr TakeKeptListener() {
+  const std::lock_guard guard(g_keptLock);
+  return std::exchange(Kept(), nullptr);
+}
+
+int Option(int fd, int option) {
+  int value = -1;
+  socklen_t length = sizeof(value);
+  return ::getsockopt(fd, SOL_SOCKET, option, &value, &length) == 0 ? value : -1;
+}
+
+bool ListensForConnections(int fd) {
+  const int domain = Option(fd, SO_DOMAIN);
+  return (domain == PF_INET || domain == PF_INET6) && Option(fd, SO_TYPE) == SOCK_STREAM &&
+         Option(fd, SO_ACCEPTCONN) == 1;
+}
+
+bool MakeOwn(int fd) {
+  const int flags = ::fcntl(fd, F_GETFL);
+  return flags >= 0 && ::fcntl(fd, F_SETFL, flags & ~O_NONBLOCK) == 0 &&
+         ::fcntl(fd, F_SETFD, FD_CLOEXEC) == 0;
+}
+
+// A listening socket that the service manager has opened for this process, so that neither it nor
+// one that it starts takes it again. Null when none was handed over; throws Failure.
+SocketPtr TakeHandedOverListener() {
+  const char* process = std::getenv("LISTEN_PID");
+  const char* count = std::getenv("LISTEN_FDS");
+  if (!process || !count || process != std::to_string(::getpid())) return nullptr;
+  const std::string handedOver = count;
+  for (const char* name : {"LISTEN_PID", "LISTEN_FDS", "LISTEN_FDNAMES"}) ::unsetenv(name);
+  if (handedOver != "1") {
+    throw Failure{WSAENOTSOCK,
+                  "the service manager handed over " + handedOver + " sockets instead of one"};
+  }
+  if (!ListensForConnections(kHandedOverFd) || !MakeOwn(kHandedOverFd)) {
+    throw Failure{WSAENOTSOCK, "what the service manager handed over is no listening TCP socket"};
+  }
+  return std::make_shared<Socket>(UniqueFd(kHandedOverFd), SocketState::kListening);
+}
+
 // Puts a listener that exists already, kept or handed over, in the place of the fresh socket.
 bool AdoptListener(SOCKET handle) {
   SocketPtr listener = TakeKeptListener();
-  try {
-    if (!listener) listener = TakeHandedOverListener();
-  } catch (const HandedOverError& error) {
-    throw Failure{WSAENOTSOCK, error.what()};
-  }
+  if (!listener) listener = TakeHandedOverListener();
   if (!listener) return false;
   listener->agentPort = true;
   Sockets().Replace(handle, std::move(listener));
@@ -135,6 +204,19 @@ INT ListenOrTell(SOCKET handle, INT backlog, DWORD fault) {
 }
 
 }  // namespace
+
+bool KeepListener(const SocketPtr& socket) {
+  if (socket->state != SocketState::kListening || !socket->agentPort) return false;
+  if (!CurrentListenOptions().keepListening) return false;
+  const std::lock_guard guard(g_keptLock);
+  Kept() = socket;
+  return true;
+}
+
+void CloseKeptListener() {
+  if (SocketPtr kept = TakeKeptListener()) CloseNow(std::move(kept));
+}
+
 }  // namespace ce::host
 
 namespace ce {

@@ -8,7 +8,4 @@ namespace ce::host {
 // Takes a listener of the agent that is being closed, if it is to listen on; true when taken.
 [[nodiscard]] bool KeepListener(const SocketPtr& socket);
 
-// The listener that was kept; null when there is none.
-SocketPtr TakeKeptListener();
-
 }  // namespace ce::host

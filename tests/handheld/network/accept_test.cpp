@@ -32,8 +32,6 @@ TEST_F(Accepting, TellsWhoConnects) {
   EXPECT_EQ(from.sin_addr.s_addr, own.sin_addr.s_addr);
   EXPECT_EQ(from.sin_port, own.sin_port);
   EXPECT_EQ(length, 16);
-  ce::closesocket(accepted);
-  ce::closesocket(listener);
 }
 
 TEST_F(Accepting, GivesASocketThatSendsAtOnceAndIsNotInherited) {
@@ -46,8 +44,6 @@ TEST_F(Accepting, GivesASocketThatSendsAtOnceAndIsNotInherited) {
   ASSERT_EQ(::getsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &noDelay, &length), 0);
   EXPECT_NE(noDelay, 0);
   EXPECT_EQ(::fcntl(fd, F_GETFD), FD_CLOEXEC);
-  ce::closesocket(accepted);
-  ce::closesocket(listener);
 }
 
 TEST_F(Accepting, RefusesWhatDoesNotListen) {
@@ -56,7 +52,6 @@ TEST_F(Accepting, RefusesWhatDoesNotListen) {
   const ce::SOCKET unbound = NewSocket();
   EXPECT_EQ(ce::accept(unbound, nullptr, nullptr), ce::INVALID_SOCKET);
   EXPECT_EQ(ce::GetLastError(), ce::host::kWsaInvalid);
-  ce::closesocket(unbound);
 }
 
 TEST_F(Accepting, RefusesTooLittleRoomForTheAddress) {
@@ -65,7 +60,6 @@ TEST_F(Accepting, RefusesTooLittleRoomForTheAddress) {
   ce::INT length = sizeof(from) - 1;
   EXPECT_EQ(ce::accept(listener, &from, &length), ce::INVALID_SOCKET);
   EXPECT_EQ(ce::GetLastError(), ce::host::kWsaFault);
-  ce::closesocket(listener);
 }
 
 TEST_F(Accepting, ThatFailsOnPurposeLeavesTheConnectionWaiting) {
@@ -78,7 +72,6 @@ TEST_F(Accepting, ThatFailsOnPurposeLeavesTheConnectionWaiting) {
   }
   ce::closesocket(Accept(listener));
   EXPECT_TRUE(peer.SeesEnd());
-  ce::closesocket(listener);
 }
 
 TEST_F(Accepting, ClosesTheOldestAbandonedSocketWhenDescriptorsRunShort) {
@@ -96,8 +89,6 @@ TEST_F(Accepting, ClosesTheOldestAbandonedSocketWhenDescriptorsRunShort) {
   EXPECT_FALSE(newer.EndHasArrived());
   EXPECT_EQ(ce::send(accepted, "!", 1, 0), 1);
   EXPECT_EQ(waiting.Receive(1), "!");
-  ce::closesocket(accepted);
-  ce::closesocket(listener);
 }
 
 TEST_F(Accepting, FailsWhenDescriptorsRunShortAndNothingIsAbandoned) {
@@ -110,7 +101,6 @@ TEST_F(Accepting, FailsWhenDescriptorsRunShortAndNothingIsAbandoned) {
   }
   ce::closesocket(Accept(listener));
   EXPECT_TRUE(waiting.SeesEnd());
-  ce::closesocket(listener);
 }
 
 }  // namespace

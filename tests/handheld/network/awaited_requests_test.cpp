@@ -33,22 +33,8 @@ void StartThread(ce::SOCKET socket, ce::ThreadRoutine routine = AnswerBytes<1>) 
   ce::CreateThread(nullptr, 0, routine, reinterpret_cast<void*>(socket), 0, nullptr);
 }
 
-class AwaitedRequests : public LoopbackTest {
+class AwaitedRequests : public ConnectionTest {
  protected:
-  struct Connection {
-    Peer peer;
-    ce::SOCKET socket;
-  };
-
-  AwaitedRequests() : listener_(Listen()) {}
-  void TearDown() override {
-    ce::closesocket(listener_);
-    LoopbackTest::TearDown();
-  }
-  Connection Connect() {
-    Peer peer(Port());
-    return {std::move(peer), Accept(listener_)};
-  }
   // What the next byte is; 0 at the connection's end.
   static char Next(ce::SOCKET socket) {
     char byte = 0;
@@ -80,8 +66,6 @@ class AwaitedRequests : public LoopbackTest {
     for (const ce::SOCKET socket : unused) ce::closesocket(socket);
     return {std::move(peer), accepted};
   }
-
-  const ce::SOCKET listener_;
 };
 
 TEST_F(AwaitedRequests, EndInTheOrderOfTheirAge) {

@@ -36,21 +36,18 @@ TEST_F(Listener, TakesAnyAddressForTheLoopbackUnlessTheUserOpensMore) {
   EXPECT_THAT(listening_, ElementsAre("127.0.0.1:" + std::to_string(Port())));
   EXPECT_NE(Port(), 0);
   EXPECT_THAT(failures_, IsEmpty());
-  ce::closesocket(listener);
 }
 
 TEST_F(Listener, ListensWhereTheUserSays) {
   UseOptions("0.0.0.0", false);
   const ce::SOCKET listener = Listen();
   EXPECT_THAT(listening_, ElementsAre("0.0.0.0:" + std::to_string(Port())));
-  ce::closesocket(listener);
 }
 
 TEST_F(Listener, ListensOnTheAddressThatTheAgentNames) {
   UseOptions("0.0.0.0", false);
   const ce::SOCKET listener = Listen(kLoopback2);
   EXPECT_THAT(listening_, ElementsAre("127.0.0.2:" + std::to_string(Port())));
-  ce::closesocket(listener);
 }
 
 TEST_F(Listener, BindsAnotherPortAsNamed) {
@@ -60,7 +57,6 @@ TEST_F(Listener, BindsAnotherPortAsNamed) {
   EXPECT_EQ(ce::bind(socket, &address, sizeof(address)), 0);
   EXPECT_EQ(ce::listen(socket, 1), 0);
   EXPECT_THAT(listening_, IsEmpty()) << "only the agent's own listener is announced";
-  ce::closesocket(socket);
 }
 
 TEST_F(Listener, TellsThatThePortIsTaken) {
@@ -74,8 +70,6 @@ TEST_F(Listener, TellsThatThePortIsTaken) {
   EXPECT_EQ(ce::GetLastError(), ce::WSAEADDRINUSE);
   EXPECT_THAT(failures_, ElementsAre("cannot listen on 127.0.0.1:" + std::to_string(Port()) +
                                      ": Address already in use"));
-  ce::closesocket(second);
-  ce::closesocket(first);
 }
 
 TEST_F(Listener, TellsThatTheAddressIsNotThisHosts) {
@@ -85,7 +79,6 @@ TEST_F(Listener, TellsThatTheAddressIsNotThisHosts) {
   EXPECT_EQ(ce::GetLastError(), ce::WSAEADDRNOTAVAIL);
   EXPECT_THAT(failures_, ElementsAre("cannot listen on 192.0.2.1:0: "
                                      "Cannot assign requested address"));
-  ce::closesocket(socket);
 }
 
 TEST_F(Listener, TellsThatTheUsersAddressIsNone) {
@@ -94,7 +87,6 @@ TEST_F(Listener, TellsThatTheUsersAddressIsNone) {
   EXPECT_EQ(BindAgent(socket), ce::SOCKET_ERROR);
   EXPECT_EQ(ce::GetLastError(), ce::WSAEADDRNOTAVAIL);
   EXPECT_THAT(failures_, ElementsAre("cannot listen on here:0: not an IPv4 address"));
-  ce::closesocket(socket);
 }
 
 TEST_F(Listener, TellsOnceWhenThereIsNoSocketToBind) {
@@ -110,14 +102,12 @@ TEST_F(Listener, DoesNotListenWithoutAnAddress) {
   EXPECT_EQ(ce::listen(socket, 1), ce::SOCKET_ERROR);
   EXPECT_EQ(ce::GetLastError(), ce::host::kWsaInvalid);
   EXPECT_THAT(listening_, IsEmpty());
-  ce::closesocket(socket);
 }
 
 TEST_F(Listener, IsBoundOnce) {
   const ce::SOCKET listener = Listen();
   EXPECT_EQ(BindAgent(listener), ce::SOCKET_ERROR);
   EXPECT_EQ(ce::GetLastError(), ce::host::kWsaInvalid);
-  ce::closesocket(listener);
 }
 
 TEST_F(Listener, NeedsAWholeAddress) {
@@ -127,7 +117,6 @@ TEST_F(Listener, NeedsAWholeAddress) {
   EXPECT_EQ(ce::GetLastError(), ce::host::kWsaFault);
   EXPECT_EQ(ce::bind(socket, nullptr, 16), ce::SOCKET_ERROR);
   EXPECT_EQ(ce::GetLastError(), ce::host::kWsaFault);
-  ce::closesocket(socket);
 }
 
 TEST_F(Listener, TellsOfABindThatFailsOnPurpose) {
@@ -138,7 +127,6 @@ TEST_F(Listener, TellsOfABindThatFailsOnPurpose) {
   EXPECT_EQ(ce::listen(socket, 1), ce::SOCKET_ERROR);
   EXPECT_EQ(ce::GetLastError(), ce::host::kWsaInvalid);
   EXPECT_THAT(failures_, ElementsAre("cannot listen on 127.0.0.1:0: error 10048"));
-  ce::closesocket(socket);
 }
 
 TEST_F(Listener, TellsOfAListenThatFailsOnPurpose) {
@@ -149,7 +137,6 @@ TEST_F(Listener, TellsOfAListenThatFailsOnPurpose) {
   EXPECT_EQ(ce::GetLastError(), ce::WSAEADDRINUSE);
   EXPECT_THAT(failures_, ElementsAre(StartsWith("cannot listen on 127.0.0.1:")));
   EXPECT_THAT(listening_, IsEmpty());
-  ce::closesocket(socket);
 }
 
 TEST_F(Listener, RefusesConnectionsOnceClosed) {
@@ -169,8 +156,6 @@ TEST_F(Listener, ThatIsKeptServesWhoConnectsBeforeTheNextOneListens) {
   EXPECT_EQ(ce::send(accepted, "served", 6, 0), 6);
   EXPECT_EQ(peer.Receive(6), "served");
   EXPECT_THAT(listening_, SizeIs(1)) << "it is the same listener, announced before";
-  ce::closesocket(accepted);
-  ce::closesocket(second);
 }
 
 TEST_F(Listener, ThatIsKeptEndsWhenAsked) {
@@ -180,7 +165,6 @@ TEST_F(Listener, ThatIsKeptEndsWhenAsked) {
   EXPECT_THROW(Peer{Port()}, std::system_error);
   const ce::SOCKET another = Listen();
   EXPECT_THAT(listening_, SizeIs(2));
-  ce::closesocket(another);
 }
 
 // What the service manager does: a socket as descriptor 3, and variables that say so.
@@ -237,8 +221,6 @@ TEST_F(HandedOverListener, IsTakenInsteadOfANewOne) {
   const ce::SOCKET accepted = Accept(listener);
   EXPECT_EQ(ce::send(accepted, "!", 1, 0), 1);
   EXPECT_EQ(peer.Receive(1), "!");
-  ce::closesocket(accepted);
-  ce::closesocket(listener);
 }
 
 TEST_F(HandedOverListener, MayBeOneForBothFamilies) {
@@ -252,8 +234,6 @@ TEST_F(HandedOverListener, MayBeOneForBothFamilies) {
   const ce::SOCKET accepted = ce::accept(listener, &from, &length);
   EXPECT_EQ(from.sin_family, kInternet);
   EXPECT_EQ(from.sin_addr.s_addr, 0x0100007Fu);
-  ce::closesocket(accepted);
-  ce::closesocket(listener);
 }
 
 TEST_F(HandedOverListener, ForAnotherProcessIsLeftAlone) {
@@ -262,7 +242,6 @@ TEST_F(HandedOverListener, ForAnotherProcessIsLeftAlone) {
   const ce::SOCKET listener = Listen();
   EXPECT_NE(Port(), port);
   EXPECT_NE(std::getenv("LISTEN_PID"), nullptr);
-  ce::closesocket(listener);
 }
 
 TEST_F(HandedOverListener, MustListen) {
@@ -273,7 +252,6 @@ TEST_F(HandedOverListener, MustListen) {
   EXPECT_EQ(ce::GetLastError(), ce::WSAENOTSOCK);
   EXPECT_THAT(failures_, ElementsAre("cannot listen on 127.0.0.1:0: what the service manager "
                                      "handed over is no listening TCP socket"));
-  ce::closesocket(socket);
 }
 
 TEST_F(HandedOverListener, MustBeTheOnlyOne) {
@@ -283,7 +261,6 @@ TEST_F(HandedOverListener, MustBeTheOnlyOne) {
   EXPECT_EQ(BindAgent(socket), ce::SOCKET_ERROR);
   EXPECT_THAT(failures_, ElementsAre("cannot listen on 127.0.0.1:0: the service manager handed "
                                      "over 2 sockets instead of one"));
-  ce::closesocket(socket);
 }
 
 }  // namespace

@@ -74,6 +74,7 @@ LoopbackTest::LoopbackTest() {
 }
 
 void LoopbackTest::TearDown() {
+  for (const ce::SOCKET socket : sockets_) ce::closesocket(socket);
   ce::host::WaitForRequestThreads();
   ce::host::CloseKeptListener();
   ce::host::StopSocketWatcher();
@@ -103,7 +104,11 @@ ce::SOCKET LoopbackTest::Listen(ce::DWORD address) {
 ce::SOCKET LoopbackTest::Accept(ce::SOCKET listener) {
   const ce::SOCKET accepted = ce::accept(listener, nullptr, nullptr);
   EXPECT_NE(accepted, ce::INVALID_SOCKET);
-  return accepted;
+  return sockets_.emplace_back(accepted);
+}
+
+ce::SOCKET LoopbackTest::NewSocket() {
+  return sockets_.emplace_back(testing::NewSocket());
 }
 
 std::uint16_t LoopbackTest::Port() const {

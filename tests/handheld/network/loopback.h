@@ -50,11 +50,30 @@ class LoopbackTest : public HandheldTest {
   // A new socket that binds and listens as the agent does. `address` in network byte order.
   ce::SOCKET Listen(ce::DWORD address = 0);
   ce::SOCKET Accept(ce::SOCKET listener);
+  ce::SOCKET NewSocket();
   // The port of the listener that was announced last.
   std::uint16_t Port() const;
 
   std::vector<std::string> listening_;
   std::vector<std::string> failures_;
+
+ private:
+  std::vector<ce::SOCKET> sockets_;  // that this gave: closed in the end, those that are still open
+};
+
+// Connections to a listener.
+class ConnectionTest : public LoopbackTest {
+ protected:
+  struct Connection {
+    Peer peer;
+    ce::SOCKET socket;
+  };
+  Connection Connect() {
+    Peer peer(Port());
+    return {std::move(peer), Accept(listener_)};
+  }
+
+  const ce::SOCKET listener_ = Listen();
 };
 
 // The family by its value, since the host's headers have a macro of its name.

@@ -30,7 +30,6 @@ TEST_F(Select, WaitsForAConnection) {
   EXPECT_EQ(ce::select(0, &read, nullptr, nullptr, nullptr), 1);
   EXPECT_EQ(read.fd_count, 1u);
   EXPECT_EQ(read.fd_array[0], listener);
-  ce::closesocket(listener);
 }
 
 TEST_F(Select, EmptiesTheSetWhenItsTimeIsUp) {
@@ -39,7 +38,6 @@ TEST_F(Select, EmptiesTheSetWhenItsTimeIsUp) {
   ce::fd_set read = SetOf({listener});
   EXPECT_EQ(ce::select(0, &read, nullptr, nullptr, &kMinute), 0);
   EXPECT_EQ(read.fd_count, 0u);
-  ce::closesocket(listener);
 }
 
 TEST_F(Select, KeepsTheReadyOnes) {
@@ -53,7 +51,6 @@ TEST_F(Select, KeepsTheReadyOnes) {
   EXPECT_EQ(ce::select(0, &read, nullptr, nullptr, &kMinute), 1);
   EXPECT_EQ(read.fd_count, 1u);
   EXPECT_EQ(read.fd_array[0], busy);
-  for (const ce::SOCKET open : {quiet, busy, listener}) ce::closesocket(open);
 }
 
 TEST_F(Select, CallsAConnectionThatHasEndedReadable) {
@@ -63,15 +60,12 @@ TEST_F(Select, CallsAConnectionThatHasEndedReadable) {
   peer.Close();
   ce::fd_set read = SetOf({accepted});
   EXPECT_EQ(ce::select(0, &read, nullptr, nullptr, &kMinute), 1);
-  ce::closesocket(accepted);
-  ce::closesocket(listener);
 }
 
 TEST_F(Select, NeverCallsASocketReadyThatNothingCanHappenTo) {
   const ce::SOCKET unbound = NewSocket();
   ce::fd_set read = SetOf({unbound});
   EXPECT_EQ(ce::select(0, &read, nullptr, nullptr, &kNow), 0);
-  ce::closesocket(unbound);
 }
 
 TEST_F(Select, RefusesAClosedSocketAndLeavesTheSetAsItIs) {
@@ -96,7 +90,6 @@ TEST_F(Select, RefusesToWaitForNothingOrForANegativeTime) {
   const ce::timeval past{-1, 0};
   EXPECT_EQ(ce::select(0, &read, nullptr, nullptr, &past), ce::SOCKET_ERROR);
   EXPECT_EQ(ce::GetLastError(), ce::host::kWsaInvalid);
-  ce::closesocket(listener);
 }
 
 TEST_F(Select, EndsAsIfItsTimeWereUp) {
@@ -112,7 +105,6 @@ TEST_F(Select, EndsAsIfItsTimeWereUp) {
   EXPECT_EQ(ce::select(0, &read, nullptr, nullptr, nullptr), 0) << "whoever connects";
   EXPECT_EQ(read.fd_count, 0u);
   ce::host::EndSelectsBy(-1);
-  ce::closesocket(listener);
 }
 
 TEST_F(Select, FailsOnPurpose) {
@@ -122,7 +114,6 @@ TEST_F(Select, FailsOnPurpose) {
   EXPECT_EQ(ce::select(0, &read, nullptr, nullptr, &kMinute), ce::SOCKET_ERROR);
   EXPECT_EQ(ce::GetLastError(), 10050u);
   EXPECT_EQ(read.fd_count, 1u);
-  ce::closesocket(listener);
 }
 
 }  // namespace

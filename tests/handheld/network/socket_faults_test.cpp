@@ -2,16 +2,14 @@
 
 #include <filesystem>
 
-#include "handheld/base/fault.h"
 #include "handheld/network/socket_watcher.h"
 #include "handheld/system/threads.h"
 #include "platform/status.h"
 #include "tests/handheld/network/loopback.h"
+#include "tests/support/fault_runs.h"
 
 namespace corvane::testing {
 namespace {
-
-using ce::host::FaultPlan;
 
 std::ptrdiff_t OpenDescriptors() {
   const std::filesystem::directory_iterator open("/proc/self/fd");
@@ -62,42 +60,41 @@ class OneSession : public LoopbackTest {
 
 TEST_F(OneSession, LeavesNothingOpenWhicheverCallFails) {
   constexpr ce::DWORD kError = 10999;
-  const std::ptrdiff_t before = OpenDescriptors();
-  bool clean = false;
-  int failed = 0;
-  for (std::uint64_t n = 1; !clean; ++n) {
-    SCOPED_TRACE(n);
+  struct Outcome {
+    bool ran = false;
+    ce::DWORD error = 0;
     std::optional<Peer> peer;
-    const FaultPlan plan = FaultPlan::FailNth(n, kError);
-    const bool ran = Run(&peer);
-    const ce::DWORD error = ce::GetLastError();
+  };
+  const std::ptrdiff_t before = OpenDescriptors();
+  const auto run = [this] {
+    Outcome outcome;
+    outcome.ran = Run(&outcome.peer);
+    outcome.error = ce::GetLastError();
     ce::host::WaitForRequestThreads();
-    clean = !plan.fired();
-    failed += clean ? 0 : 1;
-    const std::string call = plan.firedCall();
-    SCOPED_TRACE(call);
-    if (clean) {
-      EXPECT_TRUE(ran);
+    return outcome;
+  };
+  const std::uint64_t calls = FailEachCall(kError, run, [&](Outcome& outcome, const auto& call) {
+    if (call.empty()) {
+      EXPECT_TRUE(outcome.ran);
     }
-    if (!ran) {
-      EXPECT_EQ(error, kError);
+    if (!outcome.ran) {
+      EXPECT_EQ(outcome.error, kError);
     }
     EXPECT_EQ(failures_.size(), call == "bind" || call == "listen" ? 1u : 0u);
     failures_.clear();
-    const bool answered = ran && call != "recv" && call != "send";
-    if (answered) {
-      EXPECT_EQ(peer->Receive(4), "pong");
+    if (outcome.ran && call != "recv" && call != "send") {
+      EXPECT_EQ(outcome.peer->Receive(4), "pong");
     }
-    if (peer) {
+    if (outcome.peer) {
       EXPECT_TRUE(ce::host::AbandonedSocketCount() == 1 ||
-                  Eventually([&] { return peer->EndHasArrived(); }));
-      peer.reset();
+                  Eventually([&] { return outcome.peer->EndHasArrived(); }));
+      outcome.peer.reset();
     }
     EXPECT_TRUE(Eventually([] { return ce::host::AbandonedSocketCount() == 0; }));
     ce::host::StopSocketWatcher();
     EXPECT_EQ(OpenDescriptors(), before);
-  }
-  EXPECT_EQ(failed, 11) << "one for each call of a session";
+  });
+  EXPECT_EQ(calls, 11u) << "one for each call of a session";
 }
 
 }  // namespace

@@ -23,25 +23,7 @@ ce::SOCKET AsSocket(void* parameter) {
 }
 
 // Connections whose near ends are still in use.
-class SocketWatcher : public LoopbackTest {
- protected:
-  struct Connection {
-    Peer peer;
-    ce::SOCKET socket;
-  };
-
-  SocketWatcher() : listener_(Listen()) {}
-  void TearDown() override {
-    ce::closesocket(listener_);
-    LoopbackTest::TearDown();
-  }
-  Connection Connect() {
-    Peer peer(Port());
-    return {std::move(peer), Accept(listener_)};
-  }
-
-  const ce::SOCKET listener_;
-};
+class SocketWatcher : public ConnectionTest {};
 
 TEST_F(SocketWatcher, ClosesWhenThePeerHasClosed) {
   Connection connection = Connect();

@@ -61,7 +61,6 @@ TEST_F(CloseSocket, EndsTheConnection) {
   Peer peer(Port());
   EXPECT_EQ(ce::closesocket(Accept(listener)), 0);
   EXPECT_TRUE(peer.SeesEnd());
-  ce::closesocket(listener);
 }
 
 TEST_F(CloseSocket, RefusesAClosedSocketAndLeavesItsSuccessorAlone) {
@@ -82,8 +81,6 @@ TEST_F(CloseSocket, RefusesAClosedSocketAndLeavesItsSuccessorAlone) {
 
   EXPECT_EQ(ce::send(open, "y", 1, 0), 1);
   EXPECT_EQ(second.Receive(1), "y");
-  ce::closesocket(open);
-  ce::closesocket(listener);
 }
 
 TEST_F(CloseSocket, RefusesNoSocket) {
@@ -107,7 +104,6 @@ TEST_F(CloseSocket, EndsACallThatAnotherThreadHasUnderWay) {
   ce::closesocket(open);
   reader.join();
   EXPECT_LE(received, 0);
-  ce::closesocket(listener);
 }
 
 TEST_F(CloseSocket, ThatFailsLeavesTheSocketToTheWatcher) {
@@ -123,7 +119,6 @@ TEST_F(CloseSocket, ThatFailsLeavesTheSocketToTheWatcher) {
   EXPECT_FALSE(peer.EndHasArrived());
   peer.FinishSending();
   EXPECT_TRUE(peer.SeesEnd());
-  ce::closesocket(listener);
 }
 
 TEST_F(CloseSocket, ThatFailsStillEndsTheListener) {

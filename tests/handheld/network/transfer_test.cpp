@@ -17,12 +17,6 @@ using ce::host::FaultPlan;
 // A connection with both of its ends.
 class Transfer : public LoopbackTest {
  protected:
-  Transfer() : listener_(Listen()) {}
-  void TearDown() override {
-    ce::closesocket(socket_);
-    ce::closesocket(listener_);
-    LoopbackTest::TearDown();
-  }
   Peer& Connect() {
     peer_.emplace(Port());
     socket_ = Accept(listener_);
@@ -39,7 +33,7 @@ class Transfer : public LoopbackTest {
     return ce::send(socket_, bytes.data(), static_cast<ce::INT>(bytes.size()), 0);
   }
 
-  const ce::SOCKET listener_;
+  const ce::SOCKET listener_ = Listen();
   ce::SOCKET socket_ = ce::INVALID_SOCKET;
   std::optional<Peer> peer_;
 };
