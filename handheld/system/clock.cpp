@@ -11,7 +11,6 @@ namespace ce {
 namespace {
 
 using host::GuardedBool;
-using host::GuardedCode;
 using host::Handheld;
 
 constexpr LONGLONG kNanosecondsPerSecond = 1'000'000'000;
@@ -21,13 +20,12 @@ constexpr LONGLONG kNanosecondsPerSecond = 1'000'000'000;
 void GetSystemTime(SYSTEMTIME* time) {
   if (!time) return;
   *time = {};
-  const DWORD error = GuardedCode("GetSystemTime", [&]() -> DWORD {
+  GuardedBool("GetSystemTime", [&]() -> DWORD {
     Handheld* handheld = Handheld::Current();
     if (!handheld) return ERROR_NOT_READY;
     *time = host::SystemTimeFromTicks(handheld->clock().Now());
     return ERROR_SUCCESS;
   });
-  if (error != ERROR_SUCCESS) SetLastError(error);
 }
 
 BOOL SetSystemTime(const SYSTEMTIME* time) {
@@ -42,7 +40,7 @@ BOOL SetSystemTime(const SYSTEMTIME* time) {
 void GetLocalTime(SYSTEMTIME* time) {
   if (!time) return;
   *time = {};
-  const DWORD error = GuardedCode("GetLocalTime", [&]() -> DWORD {
+  GuardedBool("GetLocalTime", [&]() -> DWORD {
     Handheld* handheld = Handheld::Current();
     if (!handheld) return ERROR_NOT_READY;
     const LONGLONG utc = handheld->clock().Now();
@@ -50,12 +48,11 @@ void GetLocalTime(SYSTEMTIME* time) {
     *time = host::SystemTimeFromTicks(zone ? host::LocalFromUtc(*zone, utc) : utc);
     return ERROR_SUCCESS;
   });
-  if (error != ERROR_SUCCESS) SetLastError(error);
 }
 
 DWORD GetTimeZoneInformation(TIME_ZONE_INFORMATION* zone) {
   DWORD state = TIME_ZONE_ID_INVALID;
-  const DWORD error = GuardedCode("GetTimeZoneInformation", [&]() -> DWORD {
+  GuardedBool("GetTimeZoneInformation", [&]() -> DWORD {
     if (!zone) return ERROR_INVALID_PARAMETER;
     Handheld* handheld = Handheld::Current();
     if (!handheld) return ERROR_NOT_READY;
@@ -70,7 +67,6 @@ DWORD GetTimeZoneInformation(TIME_ZONE_INFORMATION* zone) {
     }
     return ERROR_SUCCESS;
   });
-  if (error != ERROR_SUCCESS) SetLastError(error);
   return state;
 }
 

@@ -41,19 +41,18 @@ BOOL GetVersionExW(OSVERSIONINFO* version) {
 
 LANGID GetSystemDefaultLangID() {
   LANGID language = host::kLangEnglishUs;
-  const DWORD error = GuardedCode("GetSystemDefaultLangID", [&]() -> DWORD {
+  GuardedBool("GetSystemDefaultLangID", [&]() -> DWORD {
     const Handheld* handheld = Handheld::Current();
     if (!handheld) return ERROR_NOT_READY;
     language = static_cast<LANGID>(handheld->Number(host::setting::kLanguage, language));
     return ERROR_SUCCESS;
   });
-  if (error != ERROR_SUCCESS) SetLastError(error);
   return language;
 }
 
 DWORD GetModuleFileNameW(HANDLE module, WCHAR* name, DWORD characters) {
   DWORD written = 0;
-  const DWORD error = GuardedCode("GetModuleFileNameW", [&]() -> DWORD {
+  GuardedBool("GetModuleFileNameW", [&]() -> DWORD {
     if (module != 0) return ERROR_INVALID_HANDLE;
     if (!name || characters == 0) return ERROR_INVALID_PARAMETER;
     if (characters <= kModuleName.size()) return ERROR_INSUFFICIENT_BUFFER;
@@ -61,7 +60,6 @@ DWORD GetModuleFileNameW(HANDLE module, WCHAR* name, DWORD characters) {
     written = static_cast<DWORD>(kModuleName.size());
     return ERROR_SUCCESS;
   });
-  if (error != ERROR_SUCCESS) SetLastError(error);
   return written;
 }
 

@@ -1,8 +1,10 @@
 #include "handheld/system/threads.h"
 
+#include <array>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <thread>
 
 #include "handheld/base/fault.h"
@@ -97,6 +99,36 @@ HANDLE FailToStart(SOCKET owned, DWORD error) {
   return 0;
 }
 
+constexpr DWORD kSlots = 64;
+
+// Odd while the slot is allocated. A value that a thread has stored under an earlier generation
+// does not count, so a slot that is allocated again is null in every thread.
+std::array<std::atomic<DWORD>, kSlots> g_generations{};
+std::mutex g_allocation;
+
+struct Value {
+  void* value;
+  DWORD generation;
+};
+// Without a destructor, so that the destructors of other thread-local objects may still use slots.
+thread_local std::array<Value, kSlots> t_values{};
+
+// The slot's generation; 0 when it is not allocated.
+DWORD Generation(DWORD slot) {
+  if (slot >= kSlots) return 0;
+  const DWORD generation = g_generations[slot].load(std::memory_order_acquire);
+  return generation & 1 ? generation : 0;
+}
+
+BOOL Fail(DWORD error) {
+  SetLastError(error);
+  return FALSE;
+}
+
+std::recursive_mutex* MutexOf(const CRITICAL_SECTION* section) {
+  return static_cast<std::recursive_mutex*>(section->implementation);
+}
+
 }  // namespace
 
 HANDLE CreateThread(void*, DWORD, ThreadRoutine routine, void* parameter, DWORD, DWORD* threadId) {
@@ -113,6 +145,69 @@ HANDLE CreateThread(void*, DWORD, ThreadRoutine routine, void* parameter, DWORD,
 DWORD GetCurrentThreadId() {
   if (t_threadId == 0) t_threadId = NewThreadId();
   return t_threadId;
+}
+
+DWORD TlsAlloc() {
+  DWORD error = host::FaultFor("TlsAlloc");
+  if (error == 0) {
+    const std::lock_guard guard(g_allocation);
+    for (DWORD slot = 0; slot < kSlots; ++slot) {
+      if (Generation(slot) != 0) continue;
+      ++g_generations[slot];
+      return slot;
+    }
+    error = ERROR_NOT_ENOUGH_MEMORY;
+  }
+  SetLastError(error);
+  return TLS_OUT_OF_INDEXES;
+}
+
+void* TlsGetValue(DWORD slot) {
+  DWORD error = host::FaultFor("TlsGetValue");
+  const DWORD generation = Generation(slot);
+  if (error == 0 && generation == 0) error = ERROR_INVALID_PARAMETER;
+  if (error != 0) {
+    SetLastError(error);
+    return nullptr;
+  }
+  const Value& value = t_values[slot];
+  return value.generation == generation ? value.value : nullptr;
+}
+
+BOOL TlsSetValue(DWORD slot, void* value) {
+  if (const DWORD error = host::FaultFor("TlsSetValue")) return Fail(error);
+  const DWORD generation = Generation(slot);
+  if (generation == 0) return Fail(ERROR_INVALID_PARAMETER);
+  t_values[slot] = {value, generation};
+  return TRUE;
+}
+
+BOOL TlsFree(DWORD slot) {
+  if (const DWORD error = host::FaultFor("TlsFree")) return Fail(error);
+  const std::lock_guard guard(g_allocation);
+  if (Generation(slot) == 0) return Fail(ERROR_INVALID_PARAMETER);
+  ++g_generations[slot];
+  return TRUE;
+}
+
+// None of these is a fault point: the device's calls have no way to report a failure. A section
+// that is not initialised, or could not be, locks nothing.
+
+void InitializeCriticalSection(CRITICAL_SECTION* section) {
+  section->implementation = new (std::nothrow) std::recursive_mutex;
+}
+
+void EnterCriticalSection(CRITICAL_SECTION* section) {
+  if (section->implementation) MutexOf(section)->lock();
+}
+
+void LeaveCriticalSection(CRITICAL_SECTION* section) {
+  if (section->implementation) MutexOf(section)->unlock();
+}
+
+void DeleteCriticalSection(CRITICAL_SECTION* section) {
+  delete MutexOf(section);
+  section->implementation = nullptr;
 }
 
 namespace host {

@@ -9,7 +9,7 @@
 #include "common/files/error.h"
 #include "common/text/utf.h"
 #include "handheld/system/device_path.h"
-#include "handheld/system/directory_entries.h"
+#include "handheld/system/directories.h"
 #include "handheld/tool/table.h"
 #include "handheld/tool/usage_error.h"
 #include "platform/find_files.h"

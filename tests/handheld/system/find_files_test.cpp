@@ -9,7 +9,7 @@
 
 #include "common/text/utf.h"
 #include "handheld/base/fault.h"
-#include "handheld/system/directory_entries.h"
+#include "handheld/system/directories.h"
 #include "platform/files.h"
 #include "platform/status.h"
 #include "tests/support/fault_runs.h"
