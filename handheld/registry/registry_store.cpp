@@ -87,34 +87,36 @@ DWORD Registry::SetValue(std::u16string_view key, std::u16string_view name, Regi
 }
 
 DWORD Registry::SetValues(std::u16string_view key, std::vector<NamedRegistryValue> values) {
-  const std::optional<std::u16string> path = FullPath(key);
-  if (!path) return ERROR_INVALID_NAME;
-  const std::lock_guard guard(lock_);
-  RegistryTree changed = tree_;
-  for (NamedRegistryValue& value : values) {
-    if (!RegistryTree::ValidName(value.name)) return ERROR_INVALID_NAME;
-    if (value.value.data.size() > RegistryTree::kMaxData) return ERROR_INVALID_PARAMETER;
-    changed.Set(*path, value.name, std::move(value.value));
-  }
-  return Replace(std::move(changed));
+  return Change(key, [&](RegistryTree& tree, const std::u16string& path) -> DWORD {
+    for (NamedRegistryValue& value : values) {
+      if (!RegistryTree::ValidName(value.name)) return ERROR_INVALID_NAME;
+      if (value.value.data.size() > RegistryTree::kMaxData) return ERROR_INVALID_PARAMETER;
+      tree.Set(path, value.name, std::move(value.value));
+    }
+    return ERROR_SUCCESS;
+  });
 }
 
 DWORD Registry::DeleteValue(std::u16string_view key, std::u16string_view name) {
-  const std::optional<std::u16string> path = FullPath(key);
-  if (!path) return ERROR_INVALID_NAME;
-  const std::lock_guard guard(lock_);
-  RegistryTree changed = tree_;
-  if (!changed.DeleteValue(*path, name)) return ERROR_FILE_NOT_FOUND;
-  return Replace(std::move(changed));
+  return Change(key, [name](RegistryTree& tree, const std::u16string& path) {
+    return tree.DeleteValue(path, name) ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
+  });
 }
 
 DWORD Registry::DeleteKey(std::u16string_view key) {
+  return Change(key, [](RegistryTree& tree, const std::u16string& path) {
+    if (path.find(u'\\') == std::u16string::npos) return ERROR_ACCESS_DENIED;
+    return tree.DeleteKey(path) ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
+  });
+}
+
+template <typename Edit>
+DWORD Registry::Change(std::u16string_view key, Edit edit) {
   const std::optional<std::u16string> path = FullPath(key);
   if (!path) return ERROR_INVALID_NAME;
-  if (path->find(u'\\') == std::u16string::npos) return ERROR_ACCESS_DENIED;
   const std::lock_guard guard(lock_);
   RegistryTree changed = tree_;
-  if (!changed.DeleteKey(*path)) return ERROR_FILE_NOT_FOUND;
+  if (const DWORD error = edit(changed, *path)) return error;
   return Replace(std::move(changed));
 }
 

@@ -45,6 +45,9 @@ class Registry : public std::enable_shared_from_this<Registry> {
   static std::optional<std::u16string> FullPath(std::u16string_view key);
 
  private:
+  // Lets `edit` change a copy and, when that gives 0, takes the copy over.
+  template <typename Edit>
+  DWORD Change(std::u16string_view key, Edit edit);
   // Takes the changed tree over once it is in the file.
   DWORD Replace(RegistryTree changed);
 

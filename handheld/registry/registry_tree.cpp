@@ -136,10 +136,4 @@ std::vector<NamedRegistryValue> RegistryTree::Values(std::u16string_view path) c
   return values;
 }
 
-std::vector<std::u16string> RegistryTree::AllKeys() const {
-  std::vector<std::u16string> paths;
-  for (const auto& [order, key] : keys_) paths.push_back(key.path);
-  return paths;
-}
-
 }  // namespace ce::host

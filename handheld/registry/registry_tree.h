@@ -64,18 +64,19 @@ class RegistryTree {
   // In the order of their names; nothing for a key that is not there.
   std::vector<std::u16string> SubKeys(std::u16string_view path) const;
   std::vector<NamedRegistryValue> Values(std::u16string_view path) const;
-  // The full path of every key, parents first.
-  std::vector<std::u16string> AllKeys() const;
 
-  friend bool operator==(const RegistryTree&, const RegistryTree&) = default;
-
- private:
   struct Key {
     std::u16string path;
     std::map<std::u16string, NamedRegistryValue> values;  // by folded name
     friend bool operator==(const Key&, const Key&) = default;
   };
-  std::map<std::u16string, Key> keys_;  // by folded path
+  // By folded path, parents first.
+  const std::map<std::u16string, Key>& keys() const { return keys_; }
+
+  friend bool operator==(const RegistryTree&, const RegistryTree&) = default;
+
+ private:
+  std::map<std::u16string, Key> keys_;
 };
 
 }  // namespace ce::host

@@ -61,9 +61,10 @@ std::string FormatRegistryData(const RegistryValue& value) {
 
 std::string FormatRegistry(const RegistryTree& tree) {
   std::string out = "Windows Registry Editor Version 5.00\r\n";
-  for (const std::u16string& path : tree.AllKeys()) {
-    out += "\r\n[" + ToUtf8Lossy(path) + "]\r\n";
-    for (const auto& [name, value] : tree.Values(path)) {
+  for (const auto& [order, key] : tree.keys()) {
+    out += "\r\n[" + ToUtf8Lossy(key.path) + "]\r\n";
+    for (const auto& [folded, named] : key.values) {
+      const auto& [name, value] = named;
       out += name.empty() ? "@" : Quoted(ToUtf8Lossy(name));
       out += '=' + FormatRegistryData(value) + "\r\n";
     }
