@@ -3,8 +3,8 @@
 #include "agent/core/listener.h"
 #include "agent/log/log.h"
 #include "handheld/network/listen_options.h"
-#include "handheld/network/socket_watcher.h"
 #include "handheld/network/select.h"
+#include "handheld/network/socket_watcher.h"
 #include "handheld/system/threads.h"
 
 namespace corvane::testing {

@@ -27,7 +27,7 @@ TEST_F(Accepting, TellsWhoConnects) {
   ASSERT_EQ(::getsockname(peer.fd(), reinterpret_cast<::sockaddr*>(&own), &ownLength), 0);
   ce::sockaddr_in from{};
   ce::INT length = sizeof(from);
-  const ce::SOCKET accepted = ce::accept(listener, &from, &length);
+  ce::closesocket(ce::accept(listener, &from, &length));
   EXPECT_EQ(from.sin_family, kInternet);
   EXPECT_EQ(from.sin_addr.s_addr, own.sin_addr.s_addr);
   EXPECT_EQ(from.sin_port, own.sin_port);

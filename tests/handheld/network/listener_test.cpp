@@ -32,7 +32,7 @@ class Listener : public LoopbackTest {
 };
 
 TEST_F(Listener, TakesAnyAddressForTheLoopbackUnlessTheUserOpensMore) {
-  const ce::SOCKET listener = Listen();
+  Listen();
   EXPECT_THAT(listening_, ElementsAre("127.0.0.1:" + std::to_string(Port())));
   EXPECT_NE(Port(), 0);
   EXPECT_THAT(failures_, IsEmpty());
@@ -40,13 +40,13 @@ TEST_F(Listener, TakesAnyAddressForTheLoopbackUnlessTheUserOpensMore) {
 
 TEST_F(Listener, ListensWhereTheUserSays) {
   UseOptions("0.0.0.0", false);
-  const ce::SOCKET listener = Listen();
+  Listen();
   EXPECT_THAT(listening_, ElementsAre("0.0.0.0:" + std::to_string(Port())));
 }
 
 TEST_F(Listener, ListensOnTheAddressThatTheAgentNames) {
   UseOptions("0.0.0.0", false);
-  const ce::SOCKET listener = Listen(kLoopback2);
+  Listen(kLoopback2);
   EXPECT_THAT(listening_, ElementsAre("127.0.0.2:" + std::to_string(Port())));
 }
 
@@ -60,7 +60,7 @@ TEST_F(Listener, BindsAnotherPortAsNamed) {
 }
 
 TEST_F(Listener, TellsThatThePortIsTaken) {
-  const ce::SOCKET first = Listen();
+  Listen();
   ce::host::ListenOptions options = ce::host::CurrentListenOptions();
   options.port = Port();
   ce::host::SetListenOptions(options);
@@ -163,7 +163,7 @@ TEST_F(Listener, ThatIsKeptEndsWhenAsked) {
   ce::closesocket(Listen());
   ce::host::CloseKeptListener();
   EXPECT_THROW(Peer{Port()}, std::system_error);
-  const ce::SOCKET another = Listen();
+  Listen();
   EXPECT_THAT(listening_, SizeIs(2));
 }
 
@@ -231,7 +231,7 @@ TEST_F(HandedOverListener, MayBeOneForBothFamilies) {
   Peer peer(port);
   ce::sockaddr_in from{};
   ce::INT length = sizeof(from);
-  const ce::SOCKET accepted = ce::accept(listener, &from, &length);
+  ce::closesocket(ce::accept(listener, &from, &length));
   EXPECT_EQ(from.sin_family, kInternet);
   EXPECT_EQ(from.sin_addr.s_addr, 0x0100007Fu);
 }
@@ -239,7 +239,7 @@ TEST_F(HandedOverListener, MayBeOneForBothFamilies) {
 TEST_F(HandedOverListener, ForAnotherProcessIsLeftAlone) {
   const std::uint16_t port = HandOver(PF_INET, true);
   Announce(::getppid(), "1");
-  const ce::SOCKET listener = Listen();
+  Listen();
   EXPECT_NE(Port(), port);
   EXPECT_NE(std::getenv("LISTEN_PID"), nullptr);
 }

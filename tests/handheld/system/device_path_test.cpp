@@ -4,8 +4,10 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 #include "common/text/utf.h"
 #include "platform/files.h"
@@ -63,34 +65,13 @@ TEST_F(DevicePathTest, PrefersTheExactName) {
 
 TEST_F(DevicePathTest, RefusesNamesThatTheDeviceDoesNotAllow) {
   fs::create_directory(Root() / "dir");
-  for (const char16_t* path : {u"\\.",
-                               u"\\..",
-                               u"\\dir\\..\\a",
-                               u"\\dir\\.\\a",
-                               u"..",
-                               u"..\\a",
-                               u"\\dir\\..\\..\\a",
-                               u"\\\\a",
-                               u"\\dir\\\\a",
-                               u"\\dir\\",
-                               u"/../registry.reg",
-                               u"\\C:\\a",
-                               u"C:a",
-                               u"\\a*",
-                               u"\\a?",
-                               u"\\a\"b",
-                               u"\\<a",
-                               u"\\a>",
-                               u"\\a|b",
-                               u"\\a\nb",
-                               u"\\a\x01",
-                               u"\\NUL",
-                               u"\\con.txt",
-                               u"\\COM1",
-                               u"\\lpt9.log",
-                               u"\\aux\\a",
-                               u"\\\xD800",
-                               u"\\a\xDC00z"}) {
+  std::u16string_view paths =
+      u"\\. \\.. \\dir\\..\\a \\dir\\.\\a .. ..\\a \\dir\\..\\..\\a \\\\a \\dir\\\\a "
+      u"\\dir\\ /../registry.reg \\C:\\a C:a \\a* \\a? \\a\"b \\<a \\a> \\a|b \\a\nb "
+      u"\\a\x01 \\NUL \\con.txt \\COM1 \\lpt9.log \\aux\\a \\\xD800 \\a\xDC00z";
+  while (!paths.empty()) {
+    const std::u16string path(paths.substr(0, paths.find(u' ')));
+    paths.remove_prefix(std::min(path.size() + 1, paths.size()));
     EXPECT_EQ(Touch(path), ERROR_INVALID_NAME) << host::ToUtf8Lossy(path);
   }
   EXPECT_EQ(Touch(u"\\" + std::u16string(256, u'n')), ERROR_INVALID_NAME);

@@ -8,6 +8,7 @@
 
 #include "handheld/base/fault.h"
 #include "platform/status.h"
+#include "tests/support/fault_runs.h"
 #include "tests/support/test_handheld.h"
 
 namespace corvane {
@@ -328,9 +329,8 @@ TEST_F(FileCall, FlushKeepsWhatWasWritten) {
 }
 
 TEST_F(FileCall, HandsOnTheFaultOfEachCall) {
-  const auto session = []() -> DWORD {
-    DeleteFileW(u"\\b.txt");
-    DeleteFileW(u"\\a.txt");
+  const auto session = [this]() -> DWORD {
+    std::filesystem::remove(handheld_->filesRoot() / "b.txt");
     const HANDLE file = Open(u"\\a.txt", CREATE_ALWAYS);
     if (file == INVALID_HANDLE_VALUE) return GetLastError();
     char byte = 0;
@@ -348,17 +348,10 @@ TEST_F(FileCall, HandsOnTheFaultOfEachCall) {
     step(DeleteFileW(u"\\b.txt"));
     return error;
   };
-  constexpr std::uint64_t kDeletesBefore = 2;
-  for (std::uint64_t n = kDeletesBefore + 1;; ++n) {
-    const auto plan = host::FaultPlan::FailNth(n, ERROR_WRITE_FAULT);
-    const DWORD error = session();
-    if (!plan.fired()) {
-      EXPECT_EQ(error, ERROR_SUCCESS);
-      EXPECT_EQ(n, 11u);
-      break;
-    }
-    EXPECT_EQ(error, ERROR_WRITE_FAULT) << plan.firedCall();
-  }
+  const auto check = [](DWORD error, const std::string& call) {
+    EXPECT_EQ(error, call.empty() ? ERROR_SUCCESS : ERROR_WRITE_FAULT);
+  };
+  EXPECT_EQ(testing::FailEachCall(ERROR_WRITE_FAULT, session, check), 8u);
 }
 
 TEST(FileCallWithoutAHandheld, FailsCleanly) {

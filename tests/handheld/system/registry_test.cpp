@@ -8,6 +8,7 @@
 #include "handheld/base/fault.h"
 #include "handheld/registry/registry_store.h"
 #include "platform/files.h"
+#include "tests/support/fault_runs.h"
 #include "tests/support/test_handheld.h"
 
 namespace corvane {
@@ -18,13 +19,27 @@ using namespace ce;
 constexpr WCHAR kAgentKey[] = u"SOFTWARE\\Tenbrook\\Corvane";
 constexpr DWORD kUntouched = 0xEEEEEEEE;
 
+LONG Open(HKEY parent, const WCHAR* path, HKEY* key) {
+  return RegOpenKeyExW(parent, path, 0, 0, key);
+}
+LONG CreateKey(const WCHAR* path, HKEY* key, DWORD* disposition = nullptr) {
+  return RegCreateKeyExW(HKEY_LOCAL_MACHINE, path, 0, nullptr, 0, 0, nullptr, key, disposition);
+}
+constexpr LONG Answer(DWORD error) {
+  return static_cast<LONG>(error);
+}
+
 class RegistryCall : public testing::HandheldTest {
  protected:
-  static HKEY Create(const WCHAR* path) {
+  void TearDown() override {
+    for (const HKEY key : keys_) RegCloseKey(key);
+    HandheldTest::TearDown();
+  }
+  // Closed in the end, if it is still open.
+  HKEY Create(const WCHAR* path) {
     HKEY key = 0;
-    EXPECT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, path, 0, nullptr, 0, 0, nullptr, &key, nullptr),
-              0);
-    return key;
+    EXPECT_EQ(CreateKey(path, &key), 0);
+    return keys_.emplace_back(key);
   }
   static LONG Set(HKEY key, const WCHAR* name, DWORD value) {
     return RegSetValueExW(key, name, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&value), 4);
@@ -40,6 +55,9 @@ class RegistryCall : public testing::HandheldTest {
     }
     return status;
   }
+
+ private:
+  std::vector<HKEY> keys_;
 };
 
 using RegOpenKeyEx = RegistryCall;
@@ -50,27 +68,24 @@ using RegCloseKeyCall = RegistryCall;
 
 TEST_F(RegOpenKeyEx, AnswersAPositiveCodeForAKeyThatIsNotThere) {
   HKEY key = kUntouched;
-  EXPECT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, kAgentKey, 0, 0, &key),
-            static_cast<LONG>(ERROR_FILE_NOT_FOUND));
+  EXPECT_EQ(Open(HKEY_LOCAL_MACHINE, kAgentKey, &key), Answer(ERROR_FILE_NOT_FOUND));
   EXPECT_EQ(key, kUntouched);
 }
 
 TEST_F(RegOpenKeyEx, MatchesNamesWithoutRegardToCase) {
-  RegCloseKey(Create(kAgentKey));
+  Create(kAgentKey);
   HKEY key = 0;
-  EXPECT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, u"software\\TENBROOK\\corvane", 0, 0, &key), 0);
+  EXPECT_EQ(Open(HKEY_LOCAL_MACHINE, u"software\\TENBROOK\\corvane", &key), 0);
   EXPECT_EQ(RegCloseKey(key), 0);
 }
 
 TEST_F(RegOpenKeyEx, OpensBelowAnOpenKey) {
   const HKEY parent = Create(u"SOFTWARE\\Tenbrook");
-  RegCloseKey(Create(kAgentKey));
+  Create(kAgentKey);
   HKEY key = 0;
-  EXPECT_EQ(RegOpenKeyExW(parent, u"Corvane", 0, 0, &key), 0);
+  EXPECT_EQ(Open(parent, u"Corvane", &key), 0);
   RegCloseKey(key);
-  EXPECT_EQ(RegOpenKeyExW(parent, nullptr, 0, 0, &key), 0) << "no sub-key: the key itself";
-  RegCloseKey(key);
-  RegCloseKey(parent);
+  EXPECT_EQ(Open(parent, nullptr, &key), 0) << "no sub-key: the key itself";
 }
 
 TEST_F(RegOpenKeyEx, RefusesAHandleThatIsNoKey) {
@@ -78,8 +93,7 @@ TEST_F(RegOpenKeyEx, RefusesAHandleThatIsNoKey) {
   const HANDLE file =
       CreateFileW(u"\\note.txt", GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, 0);
   for (const HKEY parent : {HKEY{0}, HKEY{12}, file, INVALID_HANDLE_VALUE}) {
-    EXPECT_EQ(RegOpenKeyExW(parent, u"SOFTWARE", 0, 0, &key),
-              static_cast<LONG>(ERROR_INVALID_HANDLE));
+    EXPECT_EQ(Open(parent, u"SOFTWARE", &key), Answer(ERROR_INVALID_HANDLE));
   }
   CloseHandle(file);
 }
@@ -87,15 +101,11 @@ TEST_F(RegOpenKeyEx, RefusesAHandleThatIsNoKey) {
 TEST_F(RegCreateKeyEx, MakesEveryKeyOnTheWay) {
   DWORD disposition = 0;
   HKEY key = 0;
-  ASSERT_EQ(
-      RegCreateKeyExW(HKEY_LOCAL_MACHINE, kAgentKey, 0, nullptr, 0, 0, nullptr, &key, &disposition),
-      0);
+  ASSERT_EQ(CreateKey(kAgentKey, &key, &disposition), 0);
   RegCloseKey(key);
   EXPECT_EQ(disposition, REG_CREATED_NEW_KEY);
   EXPECT_TRUE(handheld_->registry().HasKey(u"SOFTWARE\\Tenbrook"));
-  ASSERT_EQ(
-      RegCreateKeyExW(HKEY_LOCAL_MACHINE, kAgentKey, 0, nullptr, 0, 0, nullptr, &key, &disposition),
-      0);
+  ASSERT_EQ(CreateKey(kAgentKey, &key, &disposition), 0);
   RegCloseKey(key);
   EXPECT_EQ(disposition, REG_OPENED_EXISTING_KEY);
 }
@@ -105,9 +115,7 @@ TEST_F(RegCreateKeyEx, RefusesNamesThatNoKeyCanHave) {
   for (const std::u16string& name :
        {std::u16string(u"a\\\\b"), std::u16string(u"a\\"), std::u16string(u"\\a"),
         std::u16string(u"line\nbreak"), std::u16string(256, u'n'), std::u16string(u"\xD800")}) {
-    EXPECT_EQ(
-        RegCreateKeyExW(HKEY_LOCAL_MACHINE, name.c_str(), 0, nullptr, 0, 0, nullptr, &key, nullptr),
-        static_cast<LONG>(ERROR_INVALID_NAME));
+    EXPECT_EQ(CreateKey(name.c_str(), &key), Answer(ERROR_INVALID_NAME));
   }
 }
 
@@ -117,7 +125,6 @@ TEST_F(RegSetValueEx, IsReadBackByQuery) {
   DWORD value = 0;
   EXPECT_EQ(Query(key, u"LOGGING", value), 0);
   EXPECT_EQ(value, 42u);
-  RegCloseKey(key);
 }
 
 TEST_F(RegSetValueEx, IsInTheFileWhenItReturns) {
@@ -144,7 +151,6 @@ TEST_F(RegSetValueEx, KeepsAnyTypeAndAnyBytes) {
     EXPECT_EQ(readType, type);
     EXPECT_EQ(size, 6u);
     EXPECT_EQ(data, bytes);
-    RegCloseKey(again);
   }
 }
 
@@ -153,26 +159,24 @@ TEST_F(RegSetValueEx, ChangesNothingWhenTheFileCannotBeWritten) {
   EXPECT_EQ(Set(key, u"Logging", 1), 0);
   {
     const auto plan = host::FaultPlan::FailCalls("ReplaceFile", ERROR_DISK_FULL);
-    EXPECT_EQ(Set(key, u"Logging", 2), static_cast<LONG>(ERROR_DISK_FULL));
+    EXPECT_EQ(Set(key, u"Logging", 2), Answer(ERROR_DISK_FULL));
   }
   DWORD value = 0;
   EXPECT_EQ(Query(key, u"Logging", value), 0);
   EXPECT_EQ(value, 1u);
-  RegCloseKey(key);
 }
 
 TEST_F(RegSetValueEx, RefusesAKeyThatWasDeletedMeanwhile) {
   const HKEY key = Create(kAgentKey);
   ASSERT_EQ(handheld_->registry().DeleteKey(u"SOFTWARE"), ERROR_SUCCESS);
-  EXPECT_EQ(Set(key, u"Logging", 1), static_cast<LONG>(ERROR_FILE_NOT_FOUND));
+  EXPECT_EQ(Set(key, u"Logging", 1), Answer(ERROR_FILE_NOT_FOUND));
   EXPECT_EQ(RegCloseKey(key), 0);
 }
 
 TEST_F(RegQueryValueEx, AnswersAPositiveCodeForAValueThatIsNotThere) {
   const HKEY key = Create(kAgentKey);
   DWORD value = 0;
-  EXPECT_EQ(Query(key, u"IPAddr", value), static_cast<LONG>(ERROR_FILE_NOT_FOUND));
-  RegCloseKey(key);
+  EXPECT_EQ(Query(key, u"IPAddr", value), Answer(ERROR_FILE_NOT_FOUND));
 }
 
 TEST_F(RegQueryValueEx, LeavesAShortBufferAloneAndNamesTheSize) {
@@ -181,13 +185,12 @@ TEST_F(RegQueryValueEx, LeavesAShortBufferAloneAndNamesTheSize) {
   BYTE data[2] = {9, 9};
   DWORD size = 2;
   EXPECT_EQ(RegQueryValueExW(key, u"Logging", nullptr, nullptr, data, &size),
-            static_cast<LONG>(ERROR_MORE_DATA));
+            Answer(ERROR_MORE_DATA));
   EXPECT_EQ(size, 4u);
   EXPECT_EQ(data[0], 9);
   size = 0;
   EXPECT_EQ(RegQueryValueExW(key, u"Logging", nullptr, nullptr, nullptr, &size), 0);
   EXPECT_EQ(size, 4u);
-  RegCloseKey(key);
 }
 
 TEST_F(RegQueryValueEx, ReadsTheDefaultValueUnderNoName) {
@@ -196,15 +199,14 @@ TEST_F(RegQueryValueEx, ReadsTheDefaultValueUnderNoName) {
   DWORD value = 0;
   EXPECT_EQ(Query(key, u"", value), 0);
   EXPECT_EQ(value, 5u);
-  RegCloseKey(key);
 }
 
 TEST_F(RegCloseKeyCall, MakesTheHandleInvalid) {
   const HKEY key = Create(kAgentKey);
   EXPECT_EQ(RegCloseKey(key), 0);
   DWORD value = 0;
-  EXPECT_EQ(Query(key, u"Logging", value), static_cast<LONG>(ERROR_INVALID_HANDLE));
-  EXPECT_EQ(RegCloseKey(key), static_cast<LONG>(ERROR_INVALID_HANDLE));
+  EXPECT_EQ(Query(key, u"Logging", value), Answer(ERROR_INVALID_HANDLE));
+  EXPECT_EQ(RegCloseKey(key), Answer(ERROR_INVALID_HANDLE));
   EXPECT_EQ(RegCloseKey(HKEY_LOCAL_MACHINE), 0);
 }
 
@@ -212,25 +214,21 @@ TEST_F(RegCloseKeyCall, AKeyOutlivesItsHandheldAsAnInvalidHandle) {
   const HKEY key = Create(kAgentKey);
   handheld_.Reopen();
   DWORD value = 0;
-  EXPECT_EQ(Query(key, u"Logging", value), static_cast<LONG>(ERROR_INVALID_HANDLE));
+  EXPECT_EQ(Query(key, u"Logging", value), Answer(ERROR_INVALID_HANDLE));
   EXPECT_EQ(RegCloseKey(key), 0);
 }
 
 TEST(RegistryCallWithoutAHandheld, FailsCleanly) {
   HKEY key = 0;
-  EXPECT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, kAgentKey, 0, 0, &key),
-            static_cast<LONG>(ERROR_NOT_READY));
-  EXPECT_EQ(
-      RegCreateKeyExW(HKEY_LOCAL_MACHINE, kAgentKey, 0, nullptr, 0, 0, nullptr, &key, nullptr),
-      static_cast<LONG>(ERROR_NOT_READY));
+  EXPECT_EQ(Open(HKEY_LOCAL_MACHINE, kAgentKey, &key), Answer(ERROR_NOT_READY));
+  EXPECT_EQ(CreateKey(kAgentKey, &key), Answer(ERROR_NOT_READY));
 }
 
 // Each call of a small session fails once; the session ends with that code and leaves no harm.
 TEST_F(RegistryCall, HandsOnTheFaultOfEachCall) {
   const auto session = []() -> LONG {
     HKEY key = 0;
-    LONG status =
-        RegCreateKeyExW(HKEY_LOCAL_MACHINE, kAgentKey, 0, nullptr, 0, 0, nullptr, &key, nullptr);
+    LONG status = CreateKey(kAgentKey, &key);
     if (status != 0) return status;
     DWORD value = 0;
     status = Set(key, u"Logging", 3);
@@ -239,16 +237,10 @@ TEST_F(RegistryCall, HandsOnTheFaultOfEachCall) {
     if (closed != 0) RegCloseKey(key);
     return status != 0 ? status : closed;
   };
-  for (std::uint64_t n = 1;; ++n) {
-    const auto plan = host::FaultPlan::FailNth(n, ERROR_WRITE_FAULT);
-    const LONG status = session();
-    if (!plan.fired()) {
-      EXPECT_EQ(status, 0);
-      EXPECT_GT(n, 4u);
-      break;
-    }
-    EXPECT_EQ(status, static_cast<LONG>(ERROR_WRITE_FAULT)) << plan.firedCall();
-  }
+  const auto check = [](LONG status, const std::string& call) {
+    EXPECT_EQ(status, Answer(call.empty() ? ERROR_SUCCESS : ERROR_WRITE_FAULT));
+  };
+  EXPECT_GE(testing::FailEachCall(ERROR_WRITE_FAULT, session, check), 4u);
 }
 
 }  // namespace
