@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "common/calendar/rule.h"
+#include "common/formats/icalendar/pattern_rule.h"
 
 namespace {
 
@@ -16,10 +16,9 @@ void Require(bool condition) {
   if (!condition) std::abort();
 }
 
-void RequireSameDays(const Pattern& a, const Pattern& b, calendar::local_days start) {
-  calendar::DayWalk first(a, start);
-  calendar::DayWalk second(b, start);
-  for (int i = 0; i < 20; ++i) Require(first.Next() == second.Next());
+std::optional<Pattern> PatternOf(std::string_view text, calendar::local_days start) {
+  const std::optional<formats::RecurrenceRule> rule = formats::RecurrenceRule::Parse(text);
+  return rule ? formats::PatternOfRule(*rule, {}, start) : std::nullopt;
 }
 
 }  // namespace
@@ -31,13 +30,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::uint32_t number = data[0] | data[1] << 8U | data[2] << 16U;
   const auto start = calendar::kFirstDay + std::chrono::days{number % (range + 1)};
   const std::string_view rule(reinterpret_cast<const char*>(data) + 3, size - 3);
-  const std::optional<Pattern> pattern = calendar::PatternOfRule(rule, start);
+  const std::optional<Pattern> pattern = PatternOf(rule, start);
   if (!pattern) return 0;
   Require(calendar::IsValid(*pattern));
   const auto first = calendar::NextDayOf(*pattern, start, start);
   Require(first.has_value());
-  const std::optional<Pattern> again = calendar::PatternOfRule(calendar::RuleOf(*pattern), *first);
+  const std::optional<Pattern> again = PatternOf(formats::RuleOf(*pattern), *first);
   Require(again.has_value());
-  RequireSameDays(*pattern, *again, *first);
+  const calendar::SeriesDays days(*pattern, *first);
+  const calendar::SeriesDays same(*again, *first);
+  Require(days.size() == same.size());
+  for (int n = 0; n < 20 && n < days.size(); ++n) Require(days[n] == same[n]);
   return 0;
 }

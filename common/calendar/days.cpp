@@ -1,110 +1,94 @@
 #include <algorithm>
 #include <bit>
-#include <vector>
 
 #include "common/calendar/pattern.h"
-#include "common/calendar/rule_days.h"
 
 namespace calendar {
 namespace {
 
-int DaysPerBlock(const Pattern& pattern) {
-  if (pattern.type == PatternType::kDaily) return RuleDays::kDailyDays;
-  if (pattern.type != PatternType::kWeekly) return 1;
+using std::chrono::days;
+using std::chrono::months;
+using std::chrono::weekday;
+using std::chrono::year_month;
+using std::chrono::year_month_day;
+
+int DaysAWeek(const Pattern& pattern) {
   return std::popcount(static_cast<unsigned>(pattern.daysOfWeek));
 }
 
-// Every block of a pattern's rule has the same number of days, so that they are counted without
-// being walked.
-class Series {
- public:
-  Series(const Pattern& pattern, local_days start)
-      : rule_(EndlessRule(pattern), std::max(start, kFirstDay)),
-        perBlock_(DaysPerBlock(pattern)),
-        start_(std::max(start, kFirstDay)),
-        end_(std::min(pattern.until.value_or(kLastDay), kLastDay)),
-        occurrences_(pattern.occurrences) {}
+bool IsOfMask(local_days day, int mask) {
+  return (mask >> weekday{day}.c_encoding() & 1) != 0;
+}
 
-  std::optional<local_days> FirstFrom(local_days day) const {
-    day = std::max(day, start_);
-    if (day > end_) return std::nullopt;
-    for (std::int64_t block = rule_.BlockOf(day); rule_.FirstDayOf(block) <= end_; ++block) {
-      const std::vector<local_days> days = rule_.DaysOf(block);
-      const auto found = std::lower_bound(days.begin(), days.end(), day);
-      if (found == days.end()) continue;
-      const bool isDay = *found <= end_ && (!occurrences_ || CountTo(*found) <= *occurrences_);
-      return isDay ? std::optional(*found) : std::nullopt;
-    }
-    return std::nullopt;
+local_days SundayBy(local_days day) {
+  return day - (weekday{day} - std::chrono::Sunday);
+}
+
+bool IsOfYear(const Pattern& pattern) {
+  return pattern.monthOfYear != 0;
+}
+
+// The month of the series' first period.
+year_month FirstMonth(const Pattern& pattern, local_days start) {
+  const year_month_day date{start};
+  if (IsOfYear(pattern)) return date.year() / pattern.monthOfYear;
+  return date.year() / date.month();
+}
+
+local_days DayInMonth(const Pattern& pattern, year_month month) {
+  const local_days first{month / 1};
+  const local_days last{month / std::chrono::last};
+  if (pattern.dayOfMonth != 0) return std::min(first + days{pattern.dayOfMonth - 1}, last);
+  const bool isLast = pattern.instance == 5;
+  local_days day = isLast ? last : first;
+  for (int left = isLast ? 1 : pattern.instance;; day += days{isLast ? -1 : 1}) {
+    if (IsOfMask(day, pattern.daysOfWeek) && --left == 0) return day;
   }
-
-  std::optional<local_days> Last() const {
-    return occurrences_ ? LastOfOccurrences() : LastBy(end_);
-  }
-
-  // How many days the series has up to one of them, whatever its number of occurrences.
-  std::int64_t CountTo(local_days day) const {
-    const std::int64_t block = rule_.BlockOf(day);
-    const std::vector<local_days> days = rule_.DaysOf(block);
-    const auto place = std::upper_bound(days.begin(), days.end(), day) - days.begin();
-    return block * perBlock_ + place - CountBeforeStart();
-  }
-
- private:
-  std::int64_t CountBeforeStart() const {
-    const std::vector<local_days> days = rule_.DaysOf(0);
-    return std::lower_bound(days.begin(), days.end(), start_) - days.begin();
-  }
-
-  std::optional<local_days> LastBy(local_days day) const {
-    if (day < start_) return std::nullopt;
-    for (std::int64_t block = rule_.BlockOf(day); block >= 0; --block) {
-      const std::vector<local_days> days = rule_.DaysOf(block);
-      const auto behind = std::upper_bound(days.begin(), days.end(), day);
-      if (behind == days.begin()) continue;
-      const local_days last = *std::prev(behind);
-      return last >= start_ ? std::optional(last) : std::nullopt;
-    }
-    return std::nullopt;
-  }
-
-  std::optional<local_days> LastOfOccurrences() const {
-    const std::int64_t index = *occurrences_ - 1 + CountBeforeStart();
-    const std::int64_t block = index / perBlock_;
-    if (start_ > end_ || block > rule_.BlockOf(end_)) return LastBy(end_);
-    const auto place = static_cast<std::size_t>(index % perBlock_);
-    return LastBy(std::min(rule_.DaysOf(block).at(place), end_));
-  }
-
-  RuleDays rule_;
-  std::int64_t perBlock_;
-  local_days start_;
-  local_days end_;
-  std::optional<int> occurrences_;
-};
+}
 
 }  // namespace
 
-struct DayWalk::State {
-  RuleWalk walk;
-  local_days end;
-  std::optional<int> left;
-};
+SeriesDays::SeriesDays(const Pattern& pattern, local_days start)
+    : pattern_(pattern), start_(std::max(start, kFirstDay)) {
+  const local_days last = std::min(pattern.until.value_or(kLastDay), kLastDay);
+  first_ = IndexFrom(start_);
+  end_ = last < start_ ? first_ : IndexFrom(last + days{1});
+  if (pattern.occurrences) end_ = std::min(end_, first_ + *pattern.occurrences);
+}
 
-DayWalk::DayWalk(const Pattern& pattern, local_days start)
-    : state_(new State{{EndlessRule(pattern), std::max(start, kFirstDay)},
-                       pattern.until.value_or(kLastDay),
-                       pattern.occurrences}) {}
-DayWalk::~DayWalk() = default;
-DayWalk::DayWalk(DayWalk&&) noexcept = default;
-DayWalk& DayWalk::operator=(DayWalk&&) noexcept = default;
+std::int64_t SeriesDays::CountBefore(local_days day) const {
+  if (size() == 0 || day <= start_) return 0;
+  return std::min(IndexFrom(std::min(day, kLastDay + days{1})), end_) - first_;
+}
 
-std::optional<local_days> DayWalk::Next() {
-  if (state_->left && *state_->left == 0) return std::nullopt;
-  const std::optional<local_days> day = state_->walk.Next();
-  if (!day || *day > state_->end) return std::nullopt;
-  if (state_->left) --*state_->left;
-  return day;
+local_days SeriesDays::DayAt(std::int64_t index) const {
+  const int interval = pattern_.interval;
+  if (pattern_.type == PatternType::kDaily) return start_ + days{index * interval};
+  if (pattern_.type == PatternType::kWeekly) {
+    const int each = DaysAWeek(pattern_);
+    local_days day = SundayBy(start_) + days{7 * (index / each * interval)};
+    for (auto before = index % each;; day += days{1}) {
+      if (IsOfMask(day, pattern_.daysOfWeek) && before-- == 0) return day;
+    }
+  }
+  const months later{index * (IsOfYear(pattern_) ? 12 : interval)};
+  return DayInMonth(pattern_, FirstMonth(pattern_, start_) + later);
+}
+
+std::int64_t SeriesDays::IndexFrom(local_days day) const {
+  std::int64_t index = 0;
+  if (pattern_.type == PatternType::kDaily) {
+    index = (day - start_).count() / pattern_.interval;
+  } else if (pattern_.type == PatternType::kWeekly) {
+    const auto weeks = (day - SundayBy(start_)).count() / 7;
+    index = weeks / pattern_.interval * DaysAWeek(pattern_);
+  } else {
+    const year_month_day date{day};
+    const months passed = date.year() / date.month() - FirstMonth(pattern_, start_);
+    index = passed.count() / (IsOfYear(pattern_) ? 12 : pattern_.interval);
+  }
+  while (DayAt(index) < day) ++index;
+  return index;
 }
 
 bool IsDayOf(const Pattern& pattern, local_days start, local_days day) {
@@ -112,19 +96,20 @@ bool IsDayOf(const Pattern& pattern, local_days start, local_days day) {
 }
 
 std::optional<local_days> NextDayOf(const Pattern& pattern, local_days start, local_days day) {
-  return Series(pattern, start).FirstFrom(day);
+  const SeriesDays series(pattern, start);
+  const std::int64_t before = series.CountBefore(day);
+  return before < series.size() ? std::optional(series[before]) : std::nullopt;
 }
 
 std::optional<local_days> LastDayOf(const Pattern& pattern, local_days start) {
-  if (!pattern.occurrences && !pattern.until) return std::nullopt;
-  return Series(pattern, start).Last();
+  const SeriesDays series(pattern, start);
+  const bool hasLast = (pattern.occurrences || pattern.until) && series.size() != 0;
+  return hasLast ? std::optional(series[series.size() - 1]) : std::nullopt;
 }
 
 std::optional<int> CountDaysOf(const Pattern& pattern, local_days start) {
   if (!pattern.occurrences && !pattern.until) return std::nullopt;
-  const Series series(pattern, start);
-  const std::optional<local_days> last = series.Last();
-  return last ? static_cast<int>(series.CountTo(*last)) : 0;
+  return static_cast<int>(SeriesDays(pattern, start).size());
 }
 
 }  // namespace calendar

@@ -5,7 +5,7 @@
 #pragma once
 
 #include <chrono>
-#include <memory>
+#include <cstdint>
 #include <optional>
 
 namespace calendar {
@@ -47,25 +47,29 @@ bool IsValid(const Pattern& pattern);
 // The pattern of a type that a start implies: its weekday, its day of the month and so on.
 Pattern PatternFrom(PatternType type, local_days start);
 
-// Walks the days of a series, ascending, none before `start`; `start` itself need not be one. The
-// pattern is valid.
-class DayWalk {
+// The days of a series in their order, each known without a walk to it. None is before `start`,
+// which need not be one itself. The pattern is valid.
+class SeriesDays {
  public:
-  DayWalk(const Pattern& pattern, local_days start);
-  ~DayWalk();
-  DayWalk(DayWalk&&) noexcept;
-  DayWalk& operator=(DayWalk&&) noexcept;
+  SeriesDays(const Pattern& pattern, local_days start);
 
-  // Nothing when the series or the days that can be told are at their end.
-  std::optional<local_days> Next();
+  // A series without an end goes on to the last day that can be told.
+  std::int64_t size() const { return end_ - first_; }
+  local_days operator[](std::int64_t n) const { return DayAt(first_ + n); }
+  std::int64_t CountBefore(local_days day) const;
 
  private:
-  struct State;
-  std::unique_ptr<State> state_;
+  // Counted from the first day of the week or month that the start lies in.
+  local_days DayAt(std::int64_t index) const;
+  std::int64_t IndexFrom(
+      local_days day) const;  // the first at or after a day, not before the start
+
+  Pattern pattern_;
+  local_days start_;
+  std::int64_t first_ = 0;
+  std::int64_t end_ = 0;
 };
 
-// In time that does not grow with the days between `start` and `day` for a series that has no end
-// or an `until`.
 bool IsDayOf(const Pattern& pattern, local_days start, local_days day);
 // The first one at or after `day`.
 std::optional<local_days> NextDayOf(const Pattern& pattern, local_days start, local_days day);

@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-#include "common/calendar/rule.h"
+#include "common/formats/icalendar/pattern_rule.h"
 #include "common/formats/icalendar/zone_alignment.h"
 #include "common/text/text.h"
 
@@ -77,20 +77,17 @@ std::optional<local_seconds> EventRules::UntilOf(const std::string& text) const 
 std::optional<RulePattern> EventRules::Pattern() {
   if (rules_.size() != 1 || hasExceptionRules_) return std::nullopt;
   const Rule& only = rules_.front();
-  RecurrenceRule rule = only.rule;
-  if (!rule.IsOfDays() || rule.HasTimeOfDay()) return std::nullopt;
-  const std::optional<int> count = rule.Count();
-  if (count && only.until) return std::nullopt;
-  if (count) rule.Set("COUNT", std::to_string(*count - only.skipped));
-  rule.Drop("UNTIL");
+  RuleEnd end{only.rule.Count()};
+  if (end.occurrences && only.until) return std::nullopt;
+  if (end.occurrences) *end.occurrences -= only.skipped;
   const local_days firstDay = DayOf(only.first);
   if (only.until && *only.until < calendar::kLastDay) {
     const local_days day = DayOf(*only.until);
     const bool reaches = *only.until - day >= start_ - DayOf(start_);
-    rule.Set("UNTIL", BasicDate(reaches ? day : day - days(1)));
+    end.until = reaches ? day : day - days(1);
   }
   budget_.units -= kUnitsAPattern;
-  const std::optional<calendar::Pattern> pattern = calendar::PatternOfRule(rule.Text(), firstDay);
+  const std::optional<calendar::Pattern> pattern = PatternOfRule(only.rule, end, firstDay);
   if (!pattern || !calendar::IsValid(*pattern)) return std::nullopt;
   return RulePattern{*pattern, only.first};
 }

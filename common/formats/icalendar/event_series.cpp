@@ -6,7 +6,6 @@
 #include <string>
 #include <utility>
 
-#include "common/calendar/rule.h"
 #include "common/formats/icalendar/event_fields.h"
 #include "common/formats/icalendar/event_rules.h"
 #include "common/formats/icalendar/exception_book.h"

@@ -90,9 +90,7 @@ std::optional<RecurrenceRule> RecurrenceRule::Parse(std::string_view text) {
     if (name.starts_with("X-")) continue;
     if (!IsKnownPart(name) || rule.Part(name) != nullptr) return std::nullopt;
     std::string value(part.substr(equals + 1));
-    value.erase(
-        std::remove_if(value.begin(), value.end(), [](char c) { return c == ' ' || c == '\t'; }),
-        value.end());
+    std::erase_if(value, [](char c) { return c == ' ' || c == '\t'; });
     rule.parts_.emplace_back(name, std::move(value));
   }
   const std::string* frequency = rule.Part("FREQ");
@@ -131,15 +129,8 @@ const std::string* RecurrenceRule::Part(std::string_view name) const {
   return nullptr;
 }
 
-void RecurrenceRule::Set(std::string_view name, std::string value) {
-  Drop(name);
-  parts_.emplace_back(name, std::move(value));
-}
-
 void RecurrenceRule::Drop(std::string_view name) {
-  parts_.erase(std::remove_if(parts_.begin(), parts_.end(),
-                              [&](const auto& part) { return part.first == name; }),
-               parts_.end());
+  std::erase_if(parts_, [&](const auto& part) { return part.first == name; });
 }
 
 bool RecurrenceRule::IsOfDays() const {
@@ -161,10 +152,6 @@ void RecurrenceRule::DropTimeOfDay(seconds timeOfDay) {
     const std::string* value = Part(name);
     if (value != nullptr && ParseNumber(*value) == static_cast<int>(number)) Drop(name);
   }
-}
-
-bool RecurrenceRule::HasTimeOfDay() const {
-  return Part("BYHOUR") != nullptr || Part("BYMINUTE") != nullptr || Part("BYSECOND") != nullptr;
 }
 
 RuleTimes TimesOfRule(const RecurrenceRule& rule, local_seconds start,

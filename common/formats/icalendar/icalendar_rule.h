@@ -30,14 +30,12 @@ class RecurrenceRule {
   std::string Text() const;
   // The value of a part, null without it.
   const std::string* Part(std::string_view name) const;
-  void Set(std::string_view name, std::string value);
   void Drop(std::string_view name);
 
   bool IsOfDays() const;  // FREQ is DAILY or longer
   std::optional<int> Count() const;
   // Drops BYHOUR, BYMINUTE and BYSECOND as far as they say what a start at this time of day says.
   void DropTimeOfDay(std::chrono::seconds timeOfDay);
-  bool HasTimeOfDay() const;
 
  private:
   std::vector<std::pair<std::string, std::string>> parts_;  // FREQ is the first

@@ -4,7 +4,6 @@
 #include <string>
 #include <utility>
 
-#include "common/calendar/rule.h"
 #include "common/formats/icalendar/event_rules.h"
 #include "common/formats/icalendar/icalendar_alarm.h"
 #include "common/formats/icalendar/icalendar_properties.h"

@@ -5,9 +5,9 @@
 #include <string>
 #include <utility>
 
-#include "common/calendar/rule.h"
 #include "common/calendar/wall_time.h"
 #include "common/formats/icalendar/icalendar.h"
+#include "common/formats/icalendar/pattern_rule.h"
 #include "common/formats/icalendar/vtimezone_writer.h"
 #include "common/formats/lines/content_writer.h"
 
@@ -144,9 +144,7 @@ void CalendarWriter::Add(const Appointment& appointment) {
 }
 
 void CalendarWriter::Rule(const calendar::Pattern& pattern, const EventTimes& first) {
-  calendar::Pattern endless = pattern;
-  endless.until.reset();
-  std::string rule = "RRULE:" + calendar::RuleOf(endless);
+  std::string rule = "RRULE:" + RuleOf(pattern);
   if (pattern.until) {
     const local_seconds last = *pattern.until + (first.start - DayOf(first.start));
     rule += ";UNTIL=";

@@ -39,10 +39,10 @@ std::vector<Shown> Walk(const Event& event, const Pattern& pattern, local_days f
                         const ZoneBook& zones, WorkBudget& budget) {
   const seconds clock = event.start->wall - DayOf(event.start->wall);
   std::vector<Shown> shown;
-  calendar::DayWalk walk(pattern, firstDay);
-  while (const std::optional<local_days> day = walk.Next()) {
-    if (*day - firstDay > kLookedAt) break;
-    shown.push_back({*day, TimesAt(event, *day + clock, zones)});
+  const calendar::SeriesDays series(pattern, firstDay);
+  const std::int64_t count = series.CountBefore(firstDay + kLookedAt + days(1));
+  for (std::int64_t i = 0; i < count; ++i) {
+    shown.push_back({series[i], TimesAt(event, series[i] + clock, zones)});
   }
   budget.units -= static_cast<long long>(shown.size()) * kUnitsADay;
   return shown;
@@ -81,12 +81,14 @@ Pattern Shifted(Pattern pattern, days shift) {
 
 bool HasDays(const Pattern& pattern, const std::vector<Shown>& shown, days shift) {
   if (!calendar::IsValid(pattern)) return false;
-  calendar::DayWalk walk(pattern, shown.front().day + shift);
-  for (const Shown& each : shown) {
-    if (walk.Next() != each.day + shift) return false;
+  const local_days first = shown.front().day;
+  const calendar::SeriesDays series(pattern, first + shift);
+  const auto count = static_cast<std::int64_t>(shown.size());
+  if (series.size() < count || series.CountBefore(first + kLookedAt) > count) return false;
+  for (std::int64_t i = 0; i < count; ++i) {
+    if (series[i] != shown[static_cast<std::size_t>(i)].day + shift) return false;
   }
-  const std::optional<local_days> next = walk.Next();
-  return !next || *next - shown.front().day > kLookedAt - days(1);
+  return true;
 }
 
 }  // namespace

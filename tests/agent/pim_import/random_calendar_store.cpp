@@ -27,11 +27,9 @@ local_days LocalDay(int day) {
 
 // The day of an occurrence; nothing beyond the days there are.
 std::optional<int> OccurrenceDay(const calendar::Pattern& pattern, int start, int number) {
-  calendar::DayWalk walk(pattern, LocalDay(start));
-  std::optional<local_days> day = walk.Next();
-  for (; number > 0 && day; --number) day = walk.Next();
-  if (!day) return std::nullopt;
-  return static_cast<int>((*day - LocalDay(0)).count());
+  const calendar::SeriesDays days(pattern, LocalDay(start));
+  if (number >= days.size()) return std::nullopt;
+  return static_cast<int>((days[std::max(number, 0)] - LocalDay(0)).count());
 }
 
 // False when no pattern of the type begins that late.

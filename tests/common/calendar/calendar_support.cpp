@@ -1,7 +1,10 @@
 #include "tests/common/calendar/calendar_support.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
+#include <map>
+#include <sstream>
 #include <string>
 
 namespace calendar {
@@ -16,7 +19,7 @@ void PrintTo(const Pattern& pattern, std::ostream* out) {
        << pattern.daysOfWeek << " day " << pattern.dayOfMonth << " instance " << pattern.instance
        << " month " << pattern.monthOfYear;
   if (pattern.occurrences) *out << " occurrences " << *pattern.occurrences;
-  if (pattern.until) *out << " until " << testing::Text(*pattern.until);
+  if (pattern.until) *out << " until " << testing::Text({*pattern.until});
 }
 
 std::ostream& operator<<(std::ostream& out, const Pattern& pattern) {
@@ -72,16 +75,37 @@ local_days Day(int year, int month, int day) {
   return local_days{std::chrono::year{year} / month / day};
 }
 
-std::string Text(local_days day) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%04d-%02d-%02d", YearOf(day), MonthOf(day), DayOf(day));
-  return text;
+std::string Text(const std::vector<local_days>& days) {
+  std::string all;
+  for (const local_days day : days) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%04d-%02d-%02d", YearOf(day), MonthOf(day), DayOf(day));
+    if (!all.empty()) all += ' ';
+    all += text;
+  }
+  return all;
 }
 
-std::vector<std::string> Texts(const std::vector<local_days>& days) {
-  std::vector<std::string> texts;
-  for (const local_days day : days) texts.push_back(Text(day));
-  return texts;
+Pattern PatternOf(const std::string& text) {
+  const std::map<std::string, PatternType> types = {
+      {"daily", PatternType::kDaily},     {"weekly", PatternType::kWeekly},
+      {"monthly", PatternType::kMonthly}, {"month-nth", PatternType::kMonthNth},
+      {"yearly", PatternType::kYearly},   {"year-nth", PatternType::kYearNth},
+  };
+  const std::map<std::string, int Pattern::*> members = {
+      {"interval", &Pattern::interval}, {"days", &Pattern::daysOfWeek},
+      {"day", &Pattern::dayOfMonth},    {"instance", &Pattern::instance},
+      {"month", &Pattern::monthOfYear},
+  };
+  std::istringstream words(text);
+  std::string word;
+  words >> word;
+  Pattern pattern{.type = types.at(word)};
+  while (words >> word) {
+    const std::size_t equals = word.find('=');
+    pattern.*members.at(word.substr(0, equals)) = std::stoi(word.substr(equals + 1));
+  }
+  return pattern;
 }
 
 rc::Gen<Pattern> AnyEndlessPattern() {
@@ -144,15 +168,12 @@ std::vector<local_days> CountedDays(const Pattern& pattern, local_days start, lo
   return found;
 }
 
-std::vector<local_days> WalkedDays(const Pattern& pattern, local_days start, std::size_t most) {
-  std::vector<local_days> walked;
-  DayWalk walk(pattern, start);
-  while (walked.size() < most) {
-    const auto day = walk.Next();
-    if (!day) break;
-    walked.push_back(*day);
-  }
-  return walked;
+std::vector<local_days> ToldDays(const Pattern& pattern, local_days start, std::size_t most) {
+  const SeriesDays series(pattern, start);
+  const std::int64_t count = std::min(series.size(), static_cast<std::int64_t>(most));
+  std::vector<local_days> told;
+  for (std::int64_t n = 0; n < count; ++n) told.push_back(series[n]);
+  return told;
 }
 
 }  // namespace testing

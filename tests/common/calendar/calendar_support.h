@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <ostream>
+#include <string>
 #include <vector>
 
 #include "common/calendar/pattern.h"
@@ -19,8 +20,10 @@ std::ostream& operator<<(std::ostream& out, const Pattern& pattern);
 namespace testing {
 
 local_days Day(int year, int month, int day);
-std::string Text(local_days day);
-std::vector<std::string> Texts(const std::vector<local_days>& days);
+// "2024-01-31", separated by blanks.
+std::string Text(const std::vector<local_days>& days);
+// "weekly interval=2 days=3": a type and the members that are not as in a new Pattern.
+Pattern PatternOf(const std::string& text);
 
 rc::Gen<Pattern> AnyEndlessPattern();
 rc::Gen<local_days> AnyDay(int firstYear, int lastYear);
@@ -30,7 +33,8 @@ bool FallsOn(const Pattern& pattern, local_days start, local_days day);
 // The first days of the series, its end regarded, and none after `last`.
 std::vector<local_days> CountedDays(const Pattern& pattern, local_days start, local_days last,
                                     std::size_t most);
-std::vector<local_days> WalkedDays(const Pattern& pattern, local_days start, std::size_t most);
+// The first ones as SeriesDays has them.
+std::vector<local_days> ToldDays(const Pattern& pattern, local_days start, std::size_t most);
 
 }  // namespace testing
 }  // namespace calendar

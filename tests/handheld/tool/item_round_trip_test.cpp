@@ -88,13 +88,9 @@ Pattern AnyPattern(local_days start) {
 
 // The first days of the series.
 std::vector<local_days> DaysOf(const Pattern& pattern, local_days start) {
+  const calendar::SeriesDays days(pattern, start);
   std::vector<local_days> found;
-  calendar::DayWalk walk(pattern, start);
-  while (found.size() < 20) {
-    const auto day = walk.Next();
-    if (!day) break;
-    found.push_back(*day);
-  }
+  for (int n = 0; n < 20 && n < days.size(); ++n) found.push_back(days[n]);
   return found;
 }
 

@@ -2,8 +2,8 @@
 
 #include <stdexcept>
 
-#include "common/calendar/rule.h"
 #include "common/calendar/wall_time.h"
+#include "common/formats/icalendar/pattern_rule.h"
 #include "common/formats/items/item_json.h"
 
 namespace formats {
@@ -81,7 +81,7 @@ std::string ShowTimes(const Occurrence& occurrence) {
 }
 
 std::string ShowRule(const calendar::Pattern& pattern) {
-  return calendar::RuleOf(pattern);
+  return RuleOf(pattern) + (pattern.until ? ";UNTIL=" + BasicDate(*pattern.until) : "");
 }
 
 Strings ShowDays(const std::vector<local_days>& days) {

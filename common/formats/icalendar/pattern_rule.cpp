@@ -1,19 +1,81 @@
+#include "common/formats/icalendar/pattern_rule.h"
+
 #include <algorithm>
 #include <array>
-#include <iterator>
-#include <memory>
+#include <string_view>
 #include <vector>
 
-#include "common/calendar/rule.h"
-#include "common/calendar/rule_days.h"
-#include "common/calendar/rule_parts.h"
+#include "common/formats/icalendar/rule_days.h"
 
-namespace calendar {
+namespace formats {
 namespace {
 
-using std::chrono::weekday;
+using calendar::Pattern;
+using calendar::PatternType;
 using std::chrono::year_month_day;
-using Days = std::vector<local_days>;
+using Frequency = DayRule::Frequency;
+
+std::string Part(std::string_view name, int value) {
+  return std::string(name) + std::to_string(value);
+}
+
+std::string Each(const char* name, int interval) {
+  std::string rule = std::string("FREQ=") + name;
+  if (interval != 1) rule += Part(";INTERVAL=", interval);
+  return rule;
+}
+
+// The day, or the last one of a month that lacks it.
+std::string DayOfMonth(int day) {
+  if (day == 31) return ";BYMONTHDAY=-1";
+  if (day <= 28) return Part(";BYMONTHDAY=", day);
+  return std::string(";BYMONTHDAY=28,29") + (day == 30 ? ",30" : "") + ";BYSETPOS=-1";
+}
+
+std::string DayOfYear(int month, int day) {
+  const year_month_day date{std::chrono::year{2001} / month / std::chrono::last};
+  const int last = static_cast<int>(unsigned{date.day()});
+  const bool isLeapDay = date.month() == std::chrono::February && day > last;
+  return Part(";BYMONTH=", month) + Part(";BYMONTHDAY=", isLeapDay ? -1 : std::min(day, last));
+}
+
+// "SU,WE" of a pattern's mask.
+std::string WeekdayNames(int mask) {
+  std::string names;
+  for (std::size_t i = 0; i < std::size(kWeekdayNames); ++i) {
+    if ((mask >> i & 1) == 0) continue;
+    if (!names.empty()) names += ',';
+    names += kWeekdayNames[i];
+  }
+  return names;
+}
+
+std::string NthDay(int mask, int instance) {
+  const int position = instance == 5 ? -1 : instance;
+  const bool isOneDay = (mask & (mask - 1)) == 0;
+  if (isOneDay) return ";BYDAY=" + std::to_string(position) + WeekdayNames(mask);
+  return ";BYDAY=" + WeekdayNames(mask) + Part(";BYSETPOS=", position);
+}
+
+std::string EndlessRuleOf(const Pattern& pattern) {
+  switch (pattern.type) {
+    case PatternType::kDaily:
+      return Each("DAILY", pattern.interval);
+    case PatternType::kWeekly:
+      return Each("WEEKLY", pattern.interval) + ";BYDAY=" + WeekdayNames(pattern.daysOfWeek) +
+             ";WKST=SU";
+    case PatternType::kMonthly:
+      return Each("MONTHLY", pattern.interval) + DayOfMonth(pattern.dayOfMonth);
+    case PatternType::kMonthNth:
+      return Each("MONTHLY", pattern.interval) + NthDay(pattern.daysOfWeek, pattern.instance);
+    case PatternType::kYearly:
+      return Each("YEARLY", 1) + DayOfYear(pattern.monthOfYear, pattern.dayOfMonth);
+    case PatternType::kYearNth:
+      return Each("YEARLY", 1) + Part(";BYMONTH=", pattern.monthOfYear) +
+             NthDay(pattern.daysOfWeek, pattern.instance);
+  }
+  return {};
+}
 
 // Enough to see every leap day's effect on yearly days, and more than two weekly series need to
 // show that they differ.
@@ -35,7 +97,7 @@ bool IsNth(PatternType type) {
   return type == PatternType::kMonthNth || type == PatternType::kYearNth;
 }
 
-int DayOf(local_days day) {
+int DayOfMonth(local_days day) {
   return static_cast<int>(unsigned{year_month_day{day}.day()});
 }
 
@@ -58,30 +120,27 @@ int UnitOf(PatternType type, local_days day) {
   return IsOfYear(type) ? year : year * 12 + MonthOf(day);
 }
 
-// A rule whose days repeat with the weeks.
-bool IsOfWeeks(const RuleParts& parts) {
-  return (parts.IsOf("DAILY") || parts.IsOf("WEEKLY")) && !parts.Has("BYMONTH") &&
-         !parts.Has("BYMONTHDAY") && !parts.Has("BYYEARDAY") && !parts.Has("BYSETPOS");
+// Whose days repeat with the weeks.
+bool IsOfWeeks(const DayRule& rule) {
+  return rule.frequency < Frequency::kMonthly && rule.months.empty() && rule.monthDays.empty() &&
+         rule.yearDays.empty();
 }
 
-std::string Text(icalrecurrencetype rule) {
-  const std::unique_ptr<char, void (*)(void*)> text(icalrecurrencetype_as_string_r(&rule),
-                                                    icalmemory_free_buffer);
-  return text ? text.get() : "";
+bool IsOfWeeks(PatternType type) {
+  return type == PatternType::kDaily || type == PatternType::kWeekly;
 }
 
 // Where only the kind of a year decides about its days.
-bool IsOfEveryYear(const icalrecurrencetype& rule) {
-  return rule.interval == 1 || (rule.freq == ICAL_MONTHLY_RECURRENCE && 12 % rule.interval == 0);
+bool IsOfEveryYear(bool isOfMonths, int interval) {
+  return interval == 1 || (isOfMonths && 12 % interval == 0);
 }
 
 // Looks for the pattern of an endless rule, then for one that is good until the end.
 class Search {
  public:
   // All must outlive it.
-  Search(const RuleParts& parts, const icalrecurrencetype& rule, const RuleEnd& end,
-         local_days start)
-      : parts_(parts), rule_(rule), end_(end), start_(start) {
+  Search(const DayRule& rule, const RuleEnd& end, local_days start)
+      : rule_(rule), end_(end), start_(start) {
     RuleWalk walk(rule, start);
     while (sample_.size() < kSample) {
       const auto day = walk.Next();
@@ -114,14 +173,15 @@ class Search {
 
   // How unlike the rule's words a type is.
   int Rank(PatternType type) const {
-    const bool byDay = parts_.Has("BYDAY");
-    if (parts_.IsOf("DAILY") || parts_.IsOf("WEEKLY")) {
-      if (type == PatternType::kDaily) return parts_.IsOf("DAILY") && !byDay ? 0 : 2;
+    const bool byDay = !rule_.weekdays.empty();
+    if (rule_.frequency < Frequency::kMonthly) {
+      const bool isDaily = rule_.frequency == Frequency::kDaily;
+      if (type == PatternType::kDaily) return isDaily && !byDay ? 0 : 2;
       if (type == PatternType::kWeekly) return 1;
     }
     if (type == PatternType::kWeekly) return byDay ? 8 : 10;
     if (type == PatternType::kDaily) return 9;
-    const bool ofYear = parts_.IsOf("YEARLY") || parts_.Has("BYMONTH");
+    const bool ofYear = rule_.frequency == Frequency::kYearly || !rule_.months.empty();
     return 3 + (IsOfYear(type) != ofYear ? 2 : 0) + (IsNth(type) != byDay ? 1 : 0);
   }
 
@@ -147,30 +207,24 @@ class Search {
     const auto next = std::find_if(sample_.begin(), sample_.end(),
                                    [&](local_days day) { return UnitOf(type, day) != first; });
     const int step = next == sample_.end() ? 1 : UnitOf(type, *next) - first;
-    const bool hasUnit = rule_.freq == (type == PatternType::kDaily    ? ICAL_DAILY_RECURRENCE
-                                        : type == PatternType::kWeekly ? ICAL_WEEKLY_RECURRENCE
-                                                                       : ICAL_MONTHLY_RECURRENCE);
+    const bool hasUnit = rule_.frequency == (type == PatternType::kDaily    ? Frequency::kDaily
+                                             : type == PatternType::kWeekly ? Frequency::kWeekly
+                                                                            : Frequency::kMonthly);
     if (!hasUnit || rule_.interval == step) return {step};
     return {rule_.interval, step};
   }
 
   int DayOfMonthOf(PatternType type) const {
     int last = 0;
-    for (const local_days day : sample_) last = std::max(last, DayOf(day));
-    if (IsOfYear(type) || !parts_.Has("BYMONTHDAY")) return last;
-    const auto* end = std::find(std::begin(rule_.by_month_day), std::end(rule_.by_month_day),
-                                short{ICAL_RECURRENCE_ARRAY_MAX});
-    if (std::find(std::begin(rule_.by_month_day), end, -1) != end) return 31;
-    return *std::max_element(std::begin(rule_.by_month_day), end);
+    for (const local_days day : sample_) last = std::max(last, DayOfMonth(day));
+    if (IsOfYear(type) || rule_.monthDays.empty()) return last;
+    return rule_.monthDays.contains(-1) ? 31 : *rule_.monthDays.rbegin();
   }
 
   // The rule's weekdays, else those on which it falls.
   int Mask() const {
     int mask = 0;
-    for (const short day : rule_.by_day) {
-      if (day == ICAL_RECURRENCE_ARRAY_MAX) break;
-      mask |= 1 << (icalrecurrencetype_day_day_of_week(day) - ICAL_SUNDAY_WEEKDAY);
-    }
+    for (const auto& [nth, day] : rule_.weekdays) mask |= 1 << day;
     if (mask != 0) return mask;
     for (const local_days day : sample_) mask |= MaskOf(day);
     return mask;
@@ -181,11 +235,11 @@ class Search {
     if (!IsNth(pattern.type)) return {0};
     const local_days first = sample_.front();
     const year_month_day date{first};
-    const int lastOfMonth = DayOf(local_days{date.year() / date.month() / std::chrono::last});
+    const int lastOfMonth = DayOfMonth(local_days{date.year() / date.month() / std::chrono::last});
     int before = 0;
     bool isLast = true;
     for (int day = 1; day <= lastOfMonth; ++day) {
-      const int away = day - DayOf(first);
+      const int away = day - DayOfMonth(first);
       if ((MaskOf(first + std::chrono::days{away}) & pattern.daysOfWeek) == 0) continue;
       if (away < 0) ++before;
       if (away > 0) isLast = false;
@@ -197,51 +251,54 @@ class Search {
   }
 
   bool Agrees(const Pattern& pattern, const RuleEnd& end) const {
-    const icalrecurrencetype candidateRule = EndlessRule(pattern);
-    if (Text(candidateRule) == Text(rule_)) return true;
-    const bool areOfEveryYear = IsOfEveryYear(rule_) && IsOfEveryYear(candidateRule);
+    const bool areOfEveryYear =
+        IsOfEveryYear(rule_.frequency == Frequency::kMonthly, rule_.interval) &&
+        IsOfEveryYear(!IsOfWeeks(pattern.type), pattern.interval);
+    const bool areOfWeeks = IsOfWeeks(rule_) && IsOfWeeks(pattern.type);
     RuleWalk walk(rule_, start_);
-    DayWalk candidate(pattern, start_);
-    const bool isOfWeeks = IsOfWeeks(parts_) && (pattern.type == PatternType::kDaily ||
-                                                 pattern.type == PatternType::kWeekly);
+    const calendar::SeriesDays candidate(pattern, start_);
     for (int count = 0;; ++count) {
       if (end.occurrences && count == *end.occurrences) return true;
-      if (isOfWeeks && count == kSample) return true;
+      if (areOfWeeks && count == kSample) return true;
       const std::optional<local_days> day = walk.Next();
-      const std::optional<local_days> expected = candidate.Next();
       const bool isOver = !day || (end.until && *day > *end.until);
-      const bool isExpectedOver = !expected || (end.until && *expected > *end.until);
-      if (isOver || isExpectedOver) return isOver && isExpectedOver;
-      if (*day != *expected) return false;
+      const bool isCandidateOver =
+          count == candidate.size() || (end.until && candidate[count] > *end.until);
+      if (isOver || isCandidateOver) return isOver && isCandidateOver;
+      if (*day != candidate[count]) return false;
       const bool isEnough = areOfEveryYear || count >= kComparedDays;
       if (isEnough && *day - start_ > kComparedYears) return true;
     }
   }
 
-  const RuleParts& parts_;
-  const icalrecurrencetype& rule_;
+  const DayRule& rule_;
   const RuleEnd& end_;
   local_days start_;
-  Days sample_;
+  std::vector<local_days> sample_;
 };
 
 }  // namespace
 
-std::optional<Pattern> PatternOfRule(std::string_view rule, local_days start) {
-  if (start < kFirstDay || start > kLastDay) return std::nullopt;
-  const std::optional<RuleParts> parts = RuleParts::Read(rule);
-  if (!parts) return std::nullopt;
-  const std::optional<icalrecurrencetype> endless = parts->Endless(start);
-  if (!endless) return std::nullopt;
+std::string RuleOf(const Pattern& pattern) {
+  std::string rule = EndlessRuleOf(pattern);
+  if (pattern.occurrences) rule += Part(";COUNT=", *pattern.occurrences);
+  return rule;
+}
+
+std::optional<Pattern> PatternOfRule(const RecurrenceRule& rule, const RuleEnd& end,
+                                     local_days start) {
+  if (start < calendar::kFirstDay || start > calendar::kLastDay) return std::nullopt;
+  const std::optional<DayRule> days = DayRule::Of(rule);
+  if (!days) return std::nullopt;
   // A late start leaves few days to compare: an earlier one has the same series.
   const std::chrono::days back = start < kLateStart ? std::chrono::days{0} : kTwoCycles;
-  RuleEnd end = parts->end();
-  if (end.until) *end.until -= back;
-  std::optional<Pattern> pattern = Search(*parts, *endless, end, start - back).Find();
+  RuleEnd earlier = end;
+  if (earlier.until) *earlier.until -= back;
+  std::optional<Pattern> pattern = Search(*days, earlier, start - back).Find();
   if (!pattern) return std::nullopt;
-  pattern->occurrences = parts->end().occurrences;
-  pattern->until = parts->end().until;
+  pattern->occurrences = end.occurrences;
+  pattern->until = end.until;
   return pattern;
 }
 
-}  // namespace calendar
+}  // namespace formats
