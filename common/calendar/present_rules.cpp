@@ -6,8 +6,6 @@
 #include <set>
 #include <vector>
 
-#include "common/calendar/posix_zone.h"
-
 namespace calendar {
 namespace {
 
@@ -95,24 +93,22 @@ PresentRules WithoutChange(const std::string& name, int west) {
 
 }  // namespace
 
-std::optional<PresentRules> PresentRulesOf(std::string_view posixRule) {
-  const std::optional<PosixZone> posix = ParsePosixZone(posixRule);
-  if (!posix) return std::nullopt;
-  if (!posix->daylightStart || posix->daylightWest == posix->standardWest) {
-    return WithoutChange(posix->standardName, posix->standardWest);
+PresentRules PresentRulesOf(const PosixZone& posix) {
+  if (!posix.daylightStart || posix.daylightWest == posix.standardWest) {
+    return WithoutChange(posix.standardName, posix.standardWest);
   }
-  if (IsDaylightAllYear(*posix)) return WithoutChange(posix->daylightName, posix->daylightWest);
+  if (IsDaylightAllYear(posix)) return WithoutChange(posix.daylightName, posix.daylightWest);
 
-  const bool reversed = posix->daylightWest > posix->standardWest;
-  const int standardWest = reversed ? posix->daylightWest : posix->standardWest;
-  const int daylightWest = reversed ? posix->standardWest : posix->daylightWest;
+  const bool reversed = posix.daylightWest > posix.standardWest;
+  const int standardWest = reversed ? posix.daylightWest : posix.standardWest;
+  const int daylightWest = reversed ? posix.standardWest : posix.daylightWest;
   PresentRules rules;
   rules.bias = standardWest / 60;
   rules.daylightBias = (daylightWest - standardWest) / 60;
-  rules.standardName = reversed ? posix->daylightName : posix->standardName;
-  rules.daylightName = reversed ? posix->standardName : posix->daylightName;
-  rules.toStandard = PresentChange(reversed ? *posix->daylightStart : *posix->daylightEnd);
-  rules.toDaylight = PresentChange(reversed ? *posix->daylightEnd : *posix->daylightStart);
+  rules.standardName = reversed ? posix.daylightName : posix.standardName;
+  rules.daylightName = reversed ? posix.standardName : posix.daylightName;
+  rules.toStandard = PresentChange(reversed ? *posix.daylightStart : *posix.daylightEnd);
+  rules.toDaylight = PresentChange(reversed ? *posix.daylightEnd : *posix.daylightStart);
   return rules;
 }
 

@@ -2,9 +2,9 @@
 // at an hour of that day.
 #pragma once
 
-#include <optional>
 #include <string>
-#include <string_view>
+
+#include "common/calendar/posix_zone.h"
 
 namespace calendar {
 
@@ -27,13 +27,13 @@ struct PresentRules {
 };
 
 // Standard time is the one further west, so a rule that calls the winter time "daylight" comes out
-// the other way round. Nothing for a text that is no POSIX rule.
+// the other way round.
 //
 // The form knows hours 0 to 23 of the n-th or last weekday of a month. A change at another hour is
 // moved to the neighbouring weekday; as "the day after the fourth Thursday" is not always the
 // fourth Friday, the week is the one that lies nearest over all years, which may be a week off in
 // some. Midnight at the end of a day becomes the day's last millisecond where that is exact. A
 // change on a day of the year becomes the nearest weekday's.
-std::optional<PresentRules> PresentRulesOf(std::string_view posixRule);
+PresentRules PresentRulesOf(const PosixZone& posix);
 
 }  // namespace calendar

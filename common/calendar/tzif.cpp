@@ -7,7 +7,6 @@ namespace calendar {
 namespace {
 
 using std::chrono::seconds;
-using std::chrono::sys_seconds;
 
 constexpr std::size_t kHeaderSize = 44;
 constexpr std::size_t kCounts = 20;
@@ -81,13 +80,13 @@ std::optional<std::string_view> FooterOf(std::string_view file) {
   return rest->substr(0, end);
 }
 
-std::optional<ZoneHistory> HistoryOf(std::string_view file) {
+std::optional<Clock> HistoryOf(std::string_view file) {
   const std::optional<std::string_view> rest = SecondBlockOf(file);
   const std::optional<Block> block = rest ? BlockOf(*rest, 8) : std::nullopt;
   if (!block || block->leapSeconds != 0) return std::nullopt;
   const std::optional<seconds> first = OffsetOf(*rest, *block, 0);
   if (!first) return std::nullopt;
-  ZoneHistory history{*first, {}};
+  Clock history{*first};
   for (std::size_t i = 0; i < block->transitions; ++i) {
     const sys_seconds at{
         seconds{static_cast<std::int64_t>(Unsigned(*rest, kHeaderSize + i * 8, 8))}};

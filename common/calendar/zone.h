@@ -7,10 +7,9 @@
 #include <string>
 #include <string_view>
 
-namespace calendar {
+#include "common/calendar/clock.h"
 
-using std::chrono::local_seconds;
-using std::chrono::sys_seconds;
+namespace calendar {
 
 // Cheap to copy; may be used from several threads.
 class Zone {
@@ -23,8 +22,8 @@ class Zone {
 
   const std::string& name() const;
 
-  // As people's clocks show it, with the rules of that time. A local time that did not exist is
-  // taken with the offset before the gap; of one that was twice, the first is taken.
+  // As people's clocks show it, with the rules of that time.
+  std::shared_ptr<const Clock> clock() const;
   sys_seconds ToUtc(local_seconds local) const;
   local_seconds ToLocal(sys_seconds utc) const;
 

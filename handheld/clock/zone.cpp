@@ -3,7 +3,6 @@
 #include <chrono>
 #include <string>
 
-#include "common/calendar/posix_zone.h"
 #include "common/calendar/present_rules.h"
 #include "common/calendar/tzif.h"
 #include "handheld/clock/handheld_clock.h"
@@ -50,15 +49,16 @@ LONGLONG RuleTicks(const SYSTEMTIME& rule, int inYear) {
 }  // namespace
 
 std::optional<TIME_ZONE_INFORMATION> ZoneFromPosixRule(std::string_view rule) {
-  const std::optional<calendar::PresentRules> rules = calendar::PresentRulesOf(rule);
-  if (!rules) return std::nullopt;
+  const std::optional<calendar::PosixZone> posix = calendar::ParsePosixZone(rule);
+  if (!posix) return std::nullopt;
+  const calendar::PresentRules rules = calendar::PresentRulesOf(*posix);
   TIME_ZONE_INFORMATION zone{};
-  zone.Bias = rules->bias;
-  zone.DaylightBias = rules->daylightBias;
-  CopyName(rules->standardName, zone.StandardName);
-  CopyName(rules->daylightName, zone.DaylightName);
-  zone.StandardDate = RuleTime(rules->toStandard);
-  zone.DaylightDate = RuleTime(rules->toDaylight);
+  zone.Bias = rules.bias;
+  zone.DaylightBias = rules.daylightBias;
+  CopyName(rules.standardName, zone.StandardName);
+  CopyName(rules.daylightName, zone.DaylightName);
+  zone.StandardDate = RuleTime(rules.toStandard);
+  zone.DaylightDate = RuleTime(rules.toDaylight);
   return zone;
 }
 

@@ -7,7 +7,7 @@ namespace {
 
 using std::chrono::days;
 
-std::optional<int> ReminderOf(const Event& event, const Times& times, const ZoneBook& zones) {
+std::optional<int> ReminderOf(const Event& event, const Times& times, const ZoneTable& zones) {
   if (!event.alarm) return std::nullopt;
   const Alarm& alarm = *event.alarm;
   if (alarm.after) {
@@ -32,7 +32,7 @@ bool AreKeepable(const Times& times) {
 }
 
 Appointment AppointmentAt(const Event& event, const Times& times, std::string uid,
-                          const ZoneBook& zones) {
+                          const ZoneTable& zones) {
   Appointment appointment = event.fields;
   appointment.uid = std::move(uid);
   appointment.allDay = event.start->isDate;
@@ -43,7 +43,7 @@ Appointment AppointmentAt(const Event& event, const Times& times, std::string ui
 }
 
 Occurrence OccurrenceOf(const Event& change, const Event& series, const Times& regular,
-                        const ZoneBook& zones) {
+                        const ZoneTable& zones) {
   Occurrence occurrence = change.hasSummary ? change.fields : series.fields;
   if (!change.hasSummary) {
     if (!change.fields.location.empty()) occurrence.location = change.fields.location;
@@ -61,7 +61,7 @@ Occurrence OccurrenceOf(const Event& change, const Event& series, const Times& r
   return occurrence;
 }
 
-void NoticeUnkeptChanges(Event& change, const Event& series, const ZoneBook& zones) {
+void NoticeUnkeptChanges(Event& change, const Event& series, const ZoneTable& zones) {
   if (!change.hasSummary) return;
   const auto report = [&](const char* name, const char* what) {
     change.notices.Add(change.line, std::string(name) + ": an occurrence has " + what);

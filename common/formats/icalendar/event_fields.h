@@ -4,7 +4,7 @@
 #include <string>
 
 #include "common/formats/icalendar/icalendar_event.h"
-#include "common/formats/icalendar/zone_book.h"
+#include "common/formats/icalendar/zone_table.h"
 #include "common/formats/items/appointment.h"
 
 namespace formats {
@@ -14,15 +14,15 @@ bool AreKeepable(const Times& times);
 
 // An appointment of its own at these times.
 Appointment AppointmentAt(const Event& event, const Times& times, std::string uid,
-                          const ZoneBook& zones);
+                          const ZoneTable& zones);
 
 // What the change makes of an occurrence of its series. One that has no SUMMARY says what is
 // different alone, and has the rest as the series has it; `regular` are the times that it had.
 Occurrence OccurrenceOf(const Event& change, const Event& series, const Times& regular,
-                        const ZoneBook& zones);
+                        const ZoneTable& zones);
 
 // Notices what the change has of its own and an occurrence cannot.
-void NoticeUnkeptChanges(Event& change, const Event& series, const ZoneBook& zones);
+void NoticeUnkeptChanges(Event& change, const Event& series, const ZoneTable& zones);
 
 // "UID/20080215T134500": the identity of one occurrence, by its time on its own clock; empty
 // without a UID.

@@ -9,7 +9,7 @@
 #include "common/calendar/pattern.h"
 #include "common/formats/icalendar/icalendar_event.h"
 #include "common/formats/icalendar/icalendar_rule.h"
-#include "common/formats/icalendar/zone_book.h"
+#include "common/formats/icalendar/zone_table.h"
 
 namespace formats {
 

@@ -8,7 +8,7 @@
 
 #include "common/formats/icalendar/event_fields.h"
 #include "common/formats/icalendar/event_rules.h"
-#include "common/formats/icalendar/exception_book.h"
+#include "common/formats/icalendar/exception_table.h"
 #include "common/formats/icalendar/zone_alignment.h"
 
 namespace formats {
@@ -32,7 +32,7 @@ std::string Shown(local_seconds wall) {
 }
 
 // A changed occurrence whose series is not there.
-void AddOrphan(Event& change, const ZoneBook& zones, CalendarFile& file) {
+void AddOrphan(Event& change, const ZoneTable& zones, CalendarFile& file) {
   if (!change.start) change.start = change.recurrenceId;
   const Times times = TimesOf(change, zones);
   if (!AreKeepable(times)) {
@@ -46,7 +46,7 @@ void AddOrphan(Event& change, const ZoneBook& zones, CalendarFile& file) {
        change.line});
 }
 
-void AddOrphans(std::vector<Event>& changes, const ZoneBook& zones, CalendarFile& file) {
+void AddOrphans(std::vector<Event>& changes, const ZoneTable& zones, CalendarFile& file) {
   for (Event& change : changes) {
     if (change.isCancelled) {
       change.notices.Add(change.line,
@@ -61,7 +61,7 @@ void AddOrphans(std::vector<Event>& changes, const ZoneBook& zones, CalendarFile
 
 class SeriesBuilder {
  public:
-  SeriesBuilder(Event& master, std::vector<Event>& changes, const ZoneBook& zones,
+  SeriesBuilder(Event& master, std::vector<Event>& changes, const ZoneTable& zones,
                 WorkBudget& budget, CalendarFile& file)
       : master_(master),
         zones_(zones),
@@ -90,11 +90,11 @@ class SeriesBuilder {
   void NoticeSingles(std::size_t count, local_seconds from, const RuleTimes& times);
 
   Event& master_;
-  const ZoneBook& zones_;
+  const ZoneTable& zones_;
   WorkBudget& budget_;
   CalendarFile& file_;
   EventRules rules_;
-  ExceptionBook exceptions_;
+  ExceptionTable exceptions_;
   const local_seconds start_;  // on the event's own clock
   const seconds clock_;        // its time of day
   calendar::Pattern lookup_;   // the series' days, its end a day
@@ -318,7 +318,7 @@ void SeriesBuilder::NoticeSingles(std::size_t count, local_seconds from, const R
 
 }  // namespace
 
-void AddAppointments(EventGroup group, const ZoneBook& zones, WorkBudget& budget,
+void AddAppointments(EventGroup group, const ZoneTable& zones, WorkBudget& budget,
                      CalendarFile& file) {
   std::vector<Event*> events;
   if (group.master) events.push_back(&*group.master);

@@ -7,7 +7,7 @@
 #include "common/formats/icalendar/icalendar.h"
 #include "common/formats/icalendar/icalendar_event.h"
 #include "common/formats/icalendar/icalendar_rule.h"
-#include "common/formats/icalendar/zone_book.h"
+#include "common/formats/icalendar/zone_table.h"
 
 namespace formats {
 
@@ -17,7 +17,7 @@ struct EventGroup {
 };
 
 // Appends the appointments and the notices of the group. docs/calendar-mapping.md tells the rules.
-void AddAppointments(EventGroup group, const ZoneBook& zones, WorkBudget& budget,
+void AddAppointments(EventGroup group, const ZoneTable& zones, WorkBudget& budget,
                      CalendarFile& file);
 
 }  // namespace formats

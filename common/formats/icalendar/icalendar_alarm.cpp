@@ -8,20 +8,13 @@
 namespace formats {
 namespace {
 
-const Property* Find(const Component& alarm, std::string_view name) {
-  for (const Property& property : alarm.properties) {
-    if (property.name == name) return &property;
-  }
-  return nullptr;
-}
-
 bool IsAction(const Component& alarm, std::string_view action) {
-  const Property* property = Find(alarm, "ACTION");
+  const Property* property = alarm.Find("ACTION");
   return property != nullptr && EqualsNoCase(TrimBlanks(property->value), action);
 }
 
 std::optional<Alarm> Read(const Component& component, NoticeList& notices) {
-  const Property* trigger = Find(component, "TRIGGER");
+  const Property* trigger = component.Find("TRIGGER");
   if (trigger == nullptr) {
     notices.Add(component.line, "VALARM: it does not say when, left out");
     return std::nullopt;
@@ -39,7 +32,7 @@ std::optional<Alarm> Read(const Component& component, NoticeList& notices) {
   }
   const std::string* related = trigger->Parameter("RELATED");
   alarm.ofEnd = related != nullptr && EqualsNoCase(*related, "END");
-  if (Find(component, "REPEAT") != nullptr) {
+  if (component.Find("REPEAT") != nullptr) {
     notices.Add(component.line, "VALARM: a reminder is not repeated");
   }
   return alarm;

@@ -43,6 +43,12 @@ std::string MarkedName(std::string_view line, std::string_view marker) {
 
 }  // namespace
 
+const Property* Component::Find(std::string_view property) const {
+  const auto found = std::find_if(properties.begin(), properties.end(),
+                                  [&](const Property& each) { return each.name == property; });
+  return found == properties.end() ? nullptr : &*found;
+}
+
 ComponentReader::ComponentReader(std::vector<std::string_view> wanted, Sink sink,
                                  NoticeList* notices)
     : wanted_(std::move(wanted)), sink_(std::move(sink)), notices_(notices) {}
@@ -68,7 +74,7 @@ void ComponentReader::Read(std::string_view text) {
 
 void ComponentReader::Begin(std::size_t line, const std::string& name) {
   if (name == "VCALENDAR") {
-    BeginCalendar(line);
+    BeginCalendar();
   } else if (IsItem(name)) {
     BeginItem(line, name);
   } else if (skipped_.empty() && item_ && !part_ && IsPartOf(item_->name, name)) {
@@ -80,7 +86,7 @@ void ComponentReader::Begin(std::size_t line, const std::string& name) {
   }
 }
 
-void ComponentReader::BeginCalendar(std::size_t) {
+void ComponentReader::BeginCalendar() {
   CloseItem(true);
   ++calendars_;
   inCalendar_ = true;

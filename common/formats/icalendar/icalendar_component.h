@@ -21,6 +21,9 @@ struct Component {
   bool cancels = false;  // METHOD:CANCEL stands before it
   std::vector<Property> properties;
   std::vector<Component> parts;  // a VALARM, or a STANDARD or DAYLIGHT of a VTIMEZONE
+
+  // The first property of a name; null without one.
+  const Property* Find(std::string_view property) const;
 };
 
 // Walks the lines once and hands over every VEVENT, VTODO and VTIMEZONE at its end, inside of a
@@ -37,7 +40,7 @@ class ComponentReader {
  private:
   void Begin(std::size_t line, const std::string& name);
   void End(std::size_t line, const std::string& name);
-  void BeginCalendar(std::size_t line);
+  void BeginCalendar();
   void BeginItem(std::size_t line, const std::string& name);
   void Skip(std::size_t line, const std::string& name);
   bool EndSkipped(const std::string& name);

@@ -14,18 +14,9 @@ namespace {
 using std::chrono::days;
 using std::chrono::seconds;
 
-// The words of X-MICROSOFT-CDO-BUSYSTATUS; other numbers stand as they are.
-struct BusyWord {
-  std::string_view word;
-  int status;
-};
-constexpr BusyWord kBusyWords[] = {
-    {"FREE", 0}, {"TENTATIVE", 1}, {"BUSY", 2}, {"OOF", 3}, {"WORKINGELSEWHERE", 4},
-};
-
 class EventReader {
  public:
-  EventReader(const Component& vevent, ZoneBook& zones) : vevent_(vevent), zones_(zones) {}
+  EventReader(const Component& vevent, ZoneTable& zones) : vevent_(vevent), zones_(zones) {}
   Event Read();
 
  private:
@@ -46,7 +37,7 @@ class EventReader {
   bool EndsBeforeStart() const;
 
   const Component& vevent_;
-  ZoneBook& zones_;
+  ZoneTable& zones_;
   Event event_;
   std::set<std::string> seen_, reported_;
   bool transparent_ = false;
@@ -206,8 +197,8 @@ void EventReader::TakeStatus(std::string_view status) {
 }
 
 void EventReader::TakeBusyStatus(std::string_view value) {
-  for (const BusyWord& known : kBusyWords) {
-    if (EqualsNoCase(value, known.word)) busyStatus_ = known.status;
+  for (std::size_t i = 0; i < std::size(kBusyWords); ++i) {
+    if (EqualsNoCase(value, kBusyWords[i])) busyStatus_ = static_cast<int>(i);
   }
   const bool negative = value.starts_with('-');
   if (const std::optional<int> number = ParseNumber(value.substr(negative ? 1 : 0))) {
@@ -272,13 +263,13 @@ seconds WallLength(const Event& event) {
   return std::max<seconds>(std::chrono::ceil<days>(length), days(1));
 }
 
-local_seconds OnOwn(const Event& event, local_seconds wall, const ZoneBook& zones) {
+local_seconds OnOwn(const Event& event, local_seconds wall, const ZoneTable& zones) {
   Moment moment = *event.start;
   moment.wall = wall;
   return WallOn(moment, zones.own());
 }
 
-local_seconds Later(const Moment& moment, const Span& span, const ZoneBook& zones) {
+local_seconds Later(const Moment& moment, const Span& span, const ZoneTable& zones) {
   Moment end = moment;
   end.wall += span.days;
   if (moment.isFloating) return end.wall + span.seconds;
@@ -287,7 +278,7 @@ local_seconds Later(const Moment& moment, const Span& span, const ZoneBook& zone
 
 }  // namespace
 
-Event ReadEvent(const Component& vevent, ZoneBook& zones) {
+Event ReadEvent(const Component& vevent, ZoneTable& zones) {
   return EventReader(vevent, zones).Read();
 }
 
@@ -298,12 +289,12 @@ local_seconds SeriesTimeOf(const Event& event, const Moment& moment) {
   return WallOn(moment, start.clock);
 }
 
-Times TimesAt(const Event& event, local_seconds wall, const ZoneBook& zones) {
+Times TimesAt(const Event& event, local_seconds wall, const ZoneTable& zones) {
   const local_seconds start = OnOwn(event, wall, zones);
   return {start, std::max(start, OnOwn(event, wall + WallLength(event), zones))};
 }
 
-Times TimesOf(const Event& event, const ZoneBook& zones) {
+Times TimesOf(const Event& event, const ZoneTable& zones) {
   const Moment& start = *event.start;
   Times times = TimesAt(event, start.wall, zones);
   if (start.isDate) return times;
@@ -315,7 +306,7 @@ Times TimesOf(const Event& event, const ZoneBook& zones) {
   return times;
 }
 
-Times TimesOf(const Event& event, const ListedDate& date, const ZoneBook& zones) {
+Times TimesOf(const Event& event, const ListedDate& date, const ZoneTable& zones) {
   Times times = TimesAt(event, SeriesTimeOf(event, date.moment), zones);
   if (date.end) times.end = WallOn(*date.end, zones.own());
   if (date.length) times.end = Later(date.moment, *date.length, zones);

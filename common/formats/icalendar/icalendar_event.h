@@ -9,7 +9,7 @@
 #include "common/formats/icalendar/icalendar_alarm.h"
 #include "common/formats/icalendar/icalendar_component.h"
 #include "common/formats/icalendar/icalendar_values.h"
-#include "common/formats/icalendar/zone_book.h"
+#include "common/formats/icalendar/zone_table.h"
 #include "common/formats/items/appointment.h"
 #include "common/formats/lines/notice_list.h"
 
@@ -48,7 +48,7 @@ struct Event {
   NoticeList notices;
 };
 
-Event ReadEvent(const Component& vevent, ZoneBook& zones);
+Event ReadEvent(const Component& vevent, ZoneTable& zones);
 
 // The time of one of the event's series that a listed date means: that of a date is the start's.
 local_seconds SeriesTimeOf(const Event& event, const Moment& moment);
@@ -59,9 +59,9 @@ struct Times {
   local_seconds start = {};
   local_seconds end = {};
 };
-Times TimesAt(const Event& event, local_seconds wall, const ZoneBook& zones);
+Times TimesAt(const Event& event, local_seconds wall, const ZoneTable& zones);
 // As the event says them, without a detour over its own clock.
-Times TimesOf(const Event& event, const ZoneBook& zones);
-Times TimesOf(const Event& event, const ListedDate& date, const ZoneBook& zones);
+Times TimesOf(const Event& event, const ZoneTable& zones);
+Times TimesOf(const Event& event, const ListedDate& date, const ZoneTable& zones);
 
 }  // namespace formats

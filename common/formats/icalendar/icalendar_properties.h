@@ -5,6 +5,10 @@
 
 namespace formats {
 
+// The words of X-MICROSOFT-CDO-BUSYSTATUS, by the numbers of a busy status.
+inline constexpr std::string_view kBusyWords[] = {"FREE", "TENTATIVE", "BUSY", "OOF",
+                                                  "WORKINGELSEWHERE"};
+
 enum class ItemProperty {
   kIgnored,  // says nothing that a person would miss
   kNotKept,  // a handheld has no place for it

@@ -4,13 +4,14 @@
 #include <unordered_map>
 #include <utility>
 
+#include "common/formats/icalendar/event_fields.h"
 #include "common/formats/icalendar/event_series.h"
 #include "common/formats/icalendar/icalendar.h"
 #include "common/formats/icalendar/icalendar_component.h"
 #include "common/formats/icalendar/icalendar_event.h"
 #include "common/formats/icalendar/icalendar_rule.h"
 #include "common/formats/icalendar/icalendar_task.h"
-#include "common/formats/icalendar/zone_book.h"
+#include "common/formats/icalendar/zone_table.h"
 #include "common/formats/lines/vcard_lines.h"
 #include "common/text/text.h"
 
@@ -56,7 +57,7 @@ class Collector {
   void Keep(Item& kept, Item item);
 
   WorkBudget budget_;
-  ZoneBook zones_;
+  ZoneTable zones_;
   NoticeList& notices_;
   std::vector<Group> groups_;
   std::unordered_map<std::string, std::size_t> groupOf_;
@@ -141,10 +142,9 @@ bool Collector::IsKept(Todo& todo) const {
 void Collector::AddTodos(CalendarFile& file) {
   for (Todo& todo : todos_) {
     if (IsKept(todo)) {
-      if (todo.recurrenceId && !todo.task.uid.empty()) {
+      if (todo.recurrenceId) {
         const Moment& original = *todo.recurrenceId;
-        todo.task.uid += "/" + (original.isDate ? BasicDate(DayOf(original.wall))
-                                                : BasicDateTime(original.wall));
+        todo.task.uid = UidOfOccurrence(todo.task.uid, original.wall, original.isDate);
       }
       file.tasks.push_back({std::move(todo.task), todo.line});
     }

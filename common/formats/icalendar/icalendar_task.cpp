@@ -19,7 +19,7 @@ using std::chrono::seconds;
 
 class TodoReader {
  public:
-  TodoReader(const Component& vtodo, ZoneBook& zones, WorkBudget& budget)
+  TodoReader(const Component& vtodo, ZoneTable& zones, WorkBudget& budget)
       : vtodo_(vtodo), zones_(zones), budget_(budget) {}
   Todo Read();
 
@@ -41,7 +41,7 @@ class TodoReader {
   void Notice(const char* text) { todo_.notices.Add(vtodo_.line, text); }
 
   const Component& vtodo_;
-  ZoneBook& zones_;
+  ZoneTable& zones_;
   WorkBudget& budget_;
   Todo todo_;
   std::set<std::string> seen_, reported_;
@@ -260,7 +260,7 @@ void TodoReader::SettleReminder() {
 
 }  // namespace
 
-Todo ReadTodo(const Component& vtodo, ZoneBook& zones, WorkBudget& budget) {
+Todo ReadTodo(const Component& vtodo, ZoneTable& zones, WorkBudget& budget) {
   return TodoReader(vtodo, zones, budget).Read();
 }
 

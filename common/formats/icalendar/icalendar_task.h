@@ -6,7 +6,7 @@
 
 #include "common/formats/icalendar/icalendar_component.h"
 #include "common/formats/icalendar/icalendar_rule.h"
-#include "common/formats/icalendar/zone_book.h"
+#include "common/formats/icalendar/zone_table.h"
 #include "common/formats/items/task.h"
 #include "common/formats/lines/notice_list.h"
 
@@ -23,6 +23,6 @@ struct Todo {
   NoticeList notices;
 };
 
-Todo ReadTodo(const Component& vtodo, ZoneBook& zones, WorkBudget& budget);
+Todo ReadTodo(const Component& vtodo, ZoneTable& zones, WorkBudget& budget);
 
 }  // namespace formats

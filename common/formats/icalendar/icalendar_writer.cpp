@@ -7,6 +7,7 @@
 
 #include "common/calendar/wall_time.h"
 #include "common/formats/icalendar/icalendar.h"
+#include "common/formats/icalendar/icalendar_properties.h"
 #include "common/formats/icalendar/pattern_rule.h"
 #include "common/formats/icalendar/vtimezone_writer.h"
 #include "common/formats/lines/content_writer.h"
@@ -19,8 +20,6 @@ using std::chrono::seconds;
 
 // The same items give the same bytes, so the stamp that every item must have says nothing.
 constexpr std::string_view kStamp = "DTSTAMP:19700101T000000Z";
-
-constexpr std::string_view kBusyWords[] = {"FREE", "TENTATIVE", "BUSY", "OOF", "WORKINGELSEWHERE"};
 
 std::string BusyWord(int status) {
   const bool known = status >= 0 && status < static_cast<int>(std::size(kBusyWords));

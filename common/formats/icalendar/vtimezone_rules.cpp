@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <vector>
 
 #include "common/formats/icalendar/icalendar_values.h"
 #include "common/text/text.h"
@@ -18,16 +19,15 @@ constexpr local_days kRulesBegin{year{1899} / 1 / 1};
 constexpr std::size_t kMostChanges = 2000;  // of one rule
 constexpr seconds kYear = std::chrono::years(1);
 
-const Property* Find(const Component& component, std::string_view name) {
-  for (const Property& property : component.properties) {
-    if (property.name == name) return &property;
-  }
-  return nullptr;
-}
+struct Change {
+  sys_seconds at;
+  seconds before;
+  seconds after;
+};
 
 // "+0100", "-0330", "+001932".
 std::optional<seconds> OffsetOf(const Component& observance, std::string_view name) {
-  const Property* property = Find(observance, name);
+  const Property* property = observance.Find(name);
   if (property == nullptr) return std::nullopt;
   std::string_view text = TrimBlanks(property->value);
   const bool west = text.starts_with('-');
@@ -68,13 +68,10 @@ std::vector<local_seconds> OnsetsOfRule(const Property& property, local_seconds 
   return TimesOfRule(*rule, begin, until, begin, kRulesEnd, kMostChanges, budget).times;
 }
 
-}  // namespace
-
-void VTimezoneRules::AddObservance(const Component& observance, std::vector<Change>& changes,
-                                   WorkBudget& budget) {
+void AddObservance(const Component& observance, std::vector<Change>& changes, WorkBudget& budget) {
   const std::optional<seconds> from = OffsetOf(observance, "TZOFFSETFROM");
   const std::optional<seconds> to = OffsetOf(observance, "TZOFFSETTO");
-  const Property* startProperty = Find(observance, "DTSTART");
+  const Property* startProperty = observance.Find("DTSTART");
   if (!to || startProperty == nullptr) return;
   const std::optional<TimeValue> start = ParseTimeValue(*startProperty, startProperty->value);
   if (!start) return;
@@ -97,50 +94,23 @@ void VTimezoneRules::AddObservance(const Component& observance, std::vector<Chan
   }
 }
 
-std::optional<VTimezoneRules> VTimezoneRules::Of(const Component& vtimezone, WorkBudget& budget) {
-  VTimezoneRules rules;
-  for (const Component& observance : vtimezone.parts) {
-    AddObservance(observance, rules.changes_, budget);
-  }
-  if (rules.changes_.empty() || budget.isUsedUp()) return std::nullopt;
-  std::stable_sort(rules.changes_.begin(), rules.changes_.end(),
+}  // namespace
+
+std::optional<calendar::Clock> ClockOf(const Component& vtimezone, WorkBudget& budget) {
+  std::vector<Change> changes;
+  for (const Component& observance : vtimezone.parts) AddObservance(observance, changes, budget);
+  if (changes.empty() || budget.isUsedUp()) return std::nullopt;
+  std::stable_sort(changes.begin(), changes.end(),
                    [](const Change& a, const Change& b) { return a.at < b.at; });
-  const auto repeated = std::unique(rules.changes_.begin(), rules.changes_.end(),
+  const auto repeated = std::unique(changes.begin(), changes.end(),
                                     [](const Change& a, const Change& b) { return a.at == b.at; });
-  rules.changes_.erase(repeated, rules.changes_.end());
-  return rules;
-}
-
-// A zone that goes back and forth in its first year did so before, too.
-bool VTimezoneRules::RepeatsFirstYear() const {
-  return changes_.size() > 1 && changes_[1].at - changes_[0].at < kYear &&
-         changes_[1].after == changes_[0].before;
-}
-
-seconds VTimezoneRules::OffsetAt(sys_seconds utc) const {
-  const sys_seconds first = changes_.front().at;
-  if (utc < first && RepeatsFirstYear()) {
-    utc += ((first - utc - seconds(1)) / kYear + 1) * kYear;
-  }
-  const auto next = std::upper_bound(changes_.begin(), changes_.end(), utc,
-                                     [](sys_seconds at, const Change& c) { return at < c.at; });
-  return next == changes_.begin() ? next->before : std::prev(next)->after;
-}
-
-local_seconds VTimezoneRules::ToLocal(sys_seconds utc) const {
-  return local_seconds((utc + OffsetAt(utc)).time_since_epoch());
-}
-
-sys_seconds VTimezoneRules::ToUtc(local_seconds local) const {
-  const auto minus = [&](seconds offset) {
-    return sys_seconds((local - offset).time_since_epoch());
-  };
-  // The offsets that can be in force at a time that this clock shows are those a day around it.
-  const seconds early = OffsetAt(minus(seconds(0)) - std::chrono::days(1));
-  const seconds late = OffsetAt(minus(seconds(0)) + std::chrono::days(1));
-  if (OffsetAt(minus(early)) == early) return minus(early);
-  if (OffsetAt(minus(late)) == late) return minus(late);
-  return minus(early);
+  changes.erase(repeated, changes.end());
+  calendar::Clock clock{changes.front().before};
+  for (const Change& change : changes) clock.changes.push_back({change.at, change.after});
+  // A zone that goes back and forth in its first year did so before, too.
+  clock.repeatsFirstYear = changes.size() > 1 && changes[1].at - changes[0].at < kYear &&
+                           changes[1].after == changes[0].before;
+  return clock;
 }
 
 }  // namespace formats

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "common/formats/icalendar/rule_days.h"
 #include "common/formats/lines/content_writer.h"
 
 namespace formats {
@@ -21,7 +22,6 @@ using std::chrono::year;
 // The years in which a zone has its last rules alone.
 constexpr int kRuleYears = 28;
 constexpr int kLastYear = 2150;
-constexpr std::chrono::sys_days kToldByRules{year(2037) / 1 / 1};
 constexpr int kFirstRuleYear = kLastYear - kRuleYears + 1;
 
 struct Change {
@@ -64,27 +64,13 @@ unsigned MonthOf(local_days day) {
   return static_cast<unsigned>(std::chrono::year_month_day(day).month());
 }
 
-seconds OffsetAt(const calendar::Zone& zone, sys_seconds utc) {
-  return zone.ToLocal(utc).time_since_epoch() - utc.time_since_epoch();
-}
-
-// Found by looking at every day, and in years that are told by rules every week, then between two
-// that differ.
-std::vector<Change> ChangesOf(const calendar::Zone& zone, sys_seconds from, sys_seconds to) {
+std::vector<Change> ChangesOf(const calendar::Clock& clock, sys_seconds from, sys_seconds to) {
   std::vector<Change> changes;
-  seconds before = OffsetAt(zone, from);
-  days step(1);
-  for (sys_seconds at = from; at < to; at += step) {
-    step = at < kToldByRules ? days(1) : days(7);
-    const seconds after = OffsetAt(zone, at + step);
-    if (after == before) continue;
-    sys_seconds early = at;
-    sys_seconds late = at + step;
-    while (late - early > seconds(1)) {
-      const sys_seconds middle = early + (late - early) / 2;
-      (OffsetAt(zone, middle) == before ? early : late) = middle;
-    }
-    changes.push_back({late, before, after});
+  seconds before = clock.OffsetAt(from);
+  for (const calendar::OffsetChange& change : clock.changes) {
+    const seconds after = clock.OffsetAt(change.at);
+    if (change.at <= from || change.at > to || after == before) continue;
+    changes.push_back({change.at, before, after});
     before = after;
   }
   return changes;
@@ -116,7 +102,7 @@ std::vector<YearlyRule> RulesOf(const calendar::Zone& zone) {
   const auto begin = zone.ToUtc(local_days(year(kFirstRuleYear) / 1 / 1));
   const auto end = zone.ToUtc(local_days(year(kLastYear + 1) / 1 / 1));
   std::map<std::pair<seconds, seconds>, std::vector<Change>> kinds;
-  for (const Change& change : ChangesOf(zone, begin, end)) {
+  for (const Change& change : ChangesOf(*zone.clock(), begin, end)) {
     kinds[{change.before, change.after}].push_back(change);
   }
   std::vector<YearlyRule> rules;
@@ -156,8 +142,7 @@ std::string OffsetText(seconds offset) {
 }
 
 std::string DayText(const YearlyRule& rule) {
-  constexpr const char* kNames[] = {"SU", "MO", "TU", "WE", "TH", "FR", "SA"};
-  const char* name = kNames[rule.weekday.c_encoding()];
+  const char* name = kWeekdayNames[rule.weekday.c_encoding()];
   if (rule.isLast) return fmt::format("BYDAY=-1{}", name);
   if (rule.firstDay % 7 == 1) return fmt::format("BYDAY={}{}", rule.firstDay / 7 + 1, name);
   std::string text = fmt::format("BYDAY={};BYMONTHDAY={}", name, rule.firstDay);
@@ -195,12 +180,13 @@ std::string Writer::Write(const calendar::Zone& zone, const UsedTimes& used) {
   const int lastYear = used.goesOn ? kLastYear : std::min(YearOf(used.last) + 1, kLastYear);
   const sys_seconds begin = zone.ToUtc(local_days(year(firstYear) / 1 / 1));
   std::vector<YearlyRule> rules = RulesOf(zone);
-  const auto changes = ChangesOf(zone, begin, zone.ToUtc(local_days(year(kLastYear + 1) / 1 / 1)));
+  const auto changes =
+      ChangesOf(*zone.clock(), begin, zone.ToUtc(local_days(year(kLastYear + 1) / 1 / 1)));
   const int ruleYear = std::max(FirstYearOf(rules, changes), firstYear);
 
   Line("BEGIN:VTIMEZONE");
   Line("TZID:" + ContentValue().Add(zone.name()).text());
-  const seconds offset = OffsetAt(zone, begin);
+  const seconds offset = zone.clock()->OffsetAt(begin);
   Observance(offset, offset, local_days(year(firstYear) / 1 / 1), {});
   std::map<std::pair<seconds, seconds>, std::vector<local_seconds>> single;
   for (const Change& change : changes) {

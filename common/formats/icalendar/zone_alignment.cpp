@@ -36,7 +36,7 @@ Times TimesOf(const Place& place, local_days day) {
 }
 
 std::vector<Shown> Walk(const Event& event, const Pattern& pattern, local_days firstDay,
-                        const ZoneBook& zones, WorkBudget& budget) {
+                        const ZoneTable& zones, WorkBudget& budget) {
   const seconds clock = event.start->wall - DayOf(event.start->wall);
   std::vector<Shown> shown;
   const calendar::SeriesDays series(pattern, firstDay);
@@ -96,7 +96,7 @@ bool HasDays(const Pattern& pattern, const std::vector<Shown>& shown, days shift
 std::optional<Alignment> Align(const Event& event, const Pattern& pattern, local_days firstDay,
                                local_days from, std::size_t most,
                                const std::function<bool(local_days)>& isChanged,
-                               const ZoneBook& zones, WorkBudget& budget) {
+                               const ZoneTable& zones, WorkBudget& budget) {
   Alignment result;
   result.pattern = pattern;
   const seconds clock = event.start->wall - DayOf(event.start->wall);

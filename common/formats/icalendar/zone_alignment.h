@@ -9,7 +9,7 @@
 #include "common/calendar/pattern.h"
 #include "common/formats/icalendar/icalendar_event.h"
 #include "common/formats/icalendar/icalendar_rule.h"
-#include "common/formats/icalendar/zone_book.h"
+#include "common/formats/icalendar/zone_table.h"
 
 namespace formats {
 
@@ -33,6 +33,6 @@ struct Alignment {
 std::optional<Alignment> Align(const Event& event, const calendar::Pattern& pattern,
                                local_days firstDay, local_days from, std::size_t most,
                                const std::function<bool(local_days)>& isChanged,
-                               const ZoneBook& zones, WorkBudget& budget);
+                               const ZoneTable& zones, WorkBudget& budget);
 
 }  // namespace formats

@@ -83,7 +83,7 @@ RC_GTEST_PROP(IsDayOf, AgreesWithTheDefinitionFarFromTheStart, ()) {
   const SeriesDays series(pattern, start);
   const std::int64_t before = series.CountBefore(day);
   RC_ASSERT(before == 0 || series[before - 1] < day);
-  RC_ASSERT(next ? series[before] == *next : before == series.size());
+  RC_ASSERT(next == (before < series.size() ? std::optional(series[before]) : std::nullopt));
 }
 
 RC_GTEST_PROP(LastDayOf, AgreesWithTheDefinitionForADate, ()) {

@@ -1,10 +1,13 @@
 #include "tests/common/formats/icalendar/calendar_support.h"
 
+#include <algorithm>
+#include <fstream>
 #include <stdexcept>
 
 #include "common/calendar/wall_time.h"
 #include "common/formats/icalendar/pattern_rule.h"
 #include "common/formats/items/item_json.h"
+#include "tests/support/paths.h"
 
 namespace formats {
 
@@ -17,6 +20,46 @@ void PrintTo(const Task& task, std::ostream* out) {
 }
 
 namespace testing {
+namespace {
+
+Strings Cut(std::string_view text, std::string_view separator) {
+  Strings parts;
+  while (true) {
+    const std::size_t end = text.find(separator);
+    parts.emplace_back(text.substr(0, end));
+    if (end == std::string_view::npos) return parts;
+    text.remove_prefix(end + separator.size());
+  }
+}
+
+}  // namespace
+
+void ForEachCase(const std::string& file, const std::function<void(const Strings&)>& check) {
+  std::ifstream in(corvane::testing::SourcePath("tests/common/formats/icalendar/" + file));
+  int cases = 0;
+  for (std::string line; std::getline(in, line);) {
+    if (line.empty() || line.starts_with('#')) continue;
+    SCOPED_TRACE(line);
+    Strings fields = Cut(line, " | ");
+    fields.resize(std::max<std::size_t>(fields.size(), 4));
+    check(fields);
+    ++cases;
+  }
+  EXPECT_GT(cases, 0) << file;
+}
+
+std::string LinesOf(std::string_view field) {
+  std::string lines;
+  if (field.empty()) return lines;
+  for (const std::string& line : Cut(field, " / ")) lines += line + "\n";
+  return lines;
+}
+
+std::string Joined(const Strings& notices) {
+  std::string joined;
+  for (const std::string& notice : notices) joined += (joined.empty() ? "" : " / ") + notice;
+  return joined;
+}
 
 calendar::Zone ZoneOf(std::string_view name) {
   std::optional<calendar::Zone> zone = calendar::Zone::Find(name);

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -20,6 +21,14 @@ void PrintTo(const Task& task, std::ostream* out);
 namespace testing {
 
 using Strings = std::vector<std::string>;
+
+// Runs a check for every line of a file of cases in this folder: its fields, cut at " | " and
+// filled up to four. Comments (#) and empty lines are none.
+void ForEachCase(const std::string& file, const std::function<void(const Strings&)>& check);
+// What stands as "a / b" in a case, with a line end behind each.
+std::string LinesOf(std::string_view field);
+// The notices of a case: "a / b".
+std::string Joined(const Strings& notices);
 
 calendar::Zone ZoneOf(std::string_view name);
 

@@ -33,7 +33,7 @@ TEST(HostileCalendar, FollowsARuleThatNeverComesForAWhileOnly) {
 TEST(HostileCalendar, KeepsSeriesOnceWhenItsBudgetIsUsedUp) {
   const calendar::Zone zone = ZoneOf("UTC");
   WorkBudget budget;
-  ZoneBook zones(zone, budget);
+  ZoneTable zones(zone, budget);
   const auto read = [&](const char* rule) {
     EventGroup group;
     group.master.emplace();

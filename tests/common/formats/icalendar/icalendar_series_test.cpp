@@ -5,65 +5,17 @@
 namespace formats::testing {
 namespace {
 
-struct SeriesCase {
-  const char* name;
-  const char* lines;
-  const char* first;
-  const char* rule;
-};
-void PrintTo(const SeriesCase& test, std::ostream* out) {
-  *out << test.lines;
+TEST(ReadSeries, TakesARuleForAPattern) {
+  ForEachCase("event_series.txt", [](const Strings& each) {
+    const ReadItem read = ReadEventLines("UID:u\n" + LinesOf(each[1]));
+    EXPECT_EQ(read.notices, Strings{});
+    EXPECT_EQ(ShowTimes(read.appointment), each[2]);
+    ASSERT_TRUE(read.appointment.series.has_value());
+    EXPECT_EQ(ShowRule(read.appointment.series->pattern), each[3]);
+    EXPECT_EQ(read.appointment.series->deleted.size(), 0u);
+    EXPECT_EQ(ShowChanges(*read.appointment.series), Strings{});
+  });
 }
-class SeriesTest : public ::testing::TestWithParam<SeriesCase> {};
-
-TEST_P(SeriesTest, IsAPattern) {
-  const ReadItem read = ReadEventLines(std::string("UID:u\n") + GetParam().lines);
-  EXPECT_EQ(read.notices, Strings{});
-  EXPECT_EQ(ShowTimes(read.appointment), GetParam().first);
-  ASSERT_TRUE(read.appointment.series.has_value());
-  EXPECT_EQ(ShowRule(read.appointment.series->pattern), GetParam().rule);
-  EXPECT_EQ(read.appointment.series->deleted.size(), 0u);
-  EXPECT_EQ(ShowChanges(*read.appointment.series), Strings{});
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    ReadSeries, SeriesTest,
-    ::testing::Values(
-        SeriesCase{"Daily", "DTSTART:20080215T090000\nDURATION:PT1H\nRRULE:FREQ=DAILY\n",
-                   "2008-02-15T09:00:00 - 2008-02-15T10:00:00", "FREQ=DAILY"},
-        SeriesCase{"WeeklyWithItsWordsInDisorder",
-                   "DTSTART:20080215T090000\nRRULE: byday=fr ; interval=2 ; freq=weekly ; X-A=1;\n",
-                   "2008-02-15T09:00:00 - 2008-02-15T09:00:00",
-                   "FREQ=WEEKLY;INTERVAL=2;BYDAY=FR;WKST=SU"},
-        SeriesCase{"Birthday", "DTSTART;VALUE=DATE:20080215\nRRULE:FREQ=YEARLY\n",
-                   "2008-02-15 - 2008-02-15", "FREQ=YEARLY;BYMONTH=2;BYMONTHDAY=15"},
-        SeriesCase{"Count", "DTSTART:20080215T090000\nRRULE:FREQ=DAILY;COUNT=3\n",
-                   "2008-02-15T09:00:00 - 2008-02-15T09:00:00", "FREQ=DAILY;COUNT=3"},
-        SeriesCase{"UntilADay", "DTSTART:20080215T090000\nRRULE:FREQ=DAILY;UNTIL=20080220\n",
-                   "2008-02-15T09:00:00 - 2008-02-15T09:00:00", "FREQ=DAILY;UNTIL=20080220"},
-        SeriesCase{"UntilATimeBeforeTheLastDays",
-                   "DTSTART:20080215T090000\nRRULE:FREQ=DAILY;UNTIL=20080220T085959\n",
-                   "2008-02-15T09:00:00 - 2008-02-15T09:00:00", "FREQ=DAILY;UNTIL=20080219"},
-        SeriesCase{"UntilInUtcOnTheDayBefore",
-                   "DTSTART;TZID=Europe/Berlin:20080215T003000\n"
-                   "RRULE:FREQ=DAILY;UNTIL=20080219T233000Z\n",
-                   "2008-02-15T00:30:00 - 2008-02-15T00:30:00", "FREQ=DAILY;UNTIL=20080220"},
-        SeriesCase{"UntilInUtcOnTheDayBehind",
-                   "DTSTART;TZID=America/New_York:20080215T140000\n"
-                   "RRULE:FREQ=DAILY;UNTIL=20080221T030000Z\n",
-                   "2008-02-15T20:00:00 - 2008-02-15T20:00:00", "FREQ=DAILY;UNTIL=20080220"},
-        SeriesCase{"UntilBeyondAllDays",
-                   "DTSTART:20080215T090000\nRRULE:FREQ=DAILY;UNTIL=99991231T235959\n",
-                   "2008-02-15T09:00:00 - 2008-02-15T09:00:00", "FREQ=DAILY"},
-        SeriesCase{"TimeOfDayThatTheStartImplies",
-                   "DTSTART:20080215T090000\nRRULE:FREQ=DAILY;BYHOUR=9;BYMINUTE=0;BYSECOND=0\n",
-                   "2008-02-15T09:00:00 - 2008-02-15T09:00:00", "FREQ=DAILY"},
-        SeriesCase{"TimeOfDayOfADay", "DTSTART;VALUE=DATE:20080215\nRRULE:FREQ=DAILY;BYHOUR=9\n",
-                   "2008-02-15 - 2008-02-15", "FREQ=DAILY"},
-        SeriesCase{"ZoneWithTheSameClocks",
-                   "DTSTART;TZID=Europe/Paris:20080215T090000\nRRULE:FREQ=DAILY\n",
-                   "2008-02-15T09:00:00 - 2008-02-15T09:00:00", "FREQ=DAILY"}),
-    [](const auto& test) { return std::string(test.param.name); });
 
 TEST(ReadSeries, TakesExceptions) {
   const CalendarFile file = ReadLines(

@@ -81,39 +81,14 @@ TEST(ReadTodo, NamesWhatPeopleWouldMiss) {
                "12: DTSTART: neither a day nor a time, left out: whenever"}));
 }
 
-struct ReminderCase {
-  const char* name;
-  const char* lines;
-  const char* trigger;
-  const char* reminder;
-};
-void PrintTo(const ReminderCase& test, std::ostream* out) {
-  *out << test.lines << test.trigger;
+TEST(ReadTodo, HasATimeForAReminder) {
+  ForEachCase("todo_reminders.txt", [](const Strings& each) {
+    const ReadItem read = ReadTodoLines(LinesOf(each[1]) + "BEGIN:VALARM\nACTION:DISPLAY\nTRIGGER" +
+                                        each[2] + "\nEND:VALARM\n");
+    EXPECT_EQ(read.task.reminder ? IsoDateTime(*read.task.reminder) : "none", each[3]);
+    EXPECT_EQ(read.notices.empty(), read.task.reminder.has_value());
+  });
 }
-class TodoReminderTest : public ::testing::TestWithParam<ReminderCase> {};
-
-TEST_P(TodoReminderTest, IsATime) {
-  const ReadItem read =
-      ReadTodoLines(GetParam().lines + std::string("BEGIN:VALARM\nACTION:DISPLAY\nTRIGGER") +
-                    GetParam().trigger + "\nEND:VALARM\n");
-  EXPECT_EQ(read.task.reminder ? IsoDateTime(*read.task.reminder) : "none", GetParam().reminder);
-  EXPECT_EQ(read.notices.empty(), read.task.reminder.has_value());
-}
-
-constexpr const char* kDays = "DTSTART;VALUE=DATE:20080301\nDUE;VALUE=DATE:20080415\n";
-INSTANTIATE_TEST_SUITE_P(
-    ReadTodo, TodoReminderTest,
-    ::testing::Values(
-        ReminderCase{"Absolute", "", ";VALUE=DATE-TIME:20080415T060000Z", "2008-04-15T08:00:00"},
-        ReminderCase{"AbsoluteFloating", "", ";VALUE=DATE-TIME:20080415T060000",
-                     "2008-04-15T06:00:00"},
-        ReminderCase{"BeforeTheStart", kDays, ":-PT15M", "2008-02-29T23:45:00"},
-        ReminderCase{"BeforeTheDueDay", kDays, ";RELATED=END:-P1D", "2008-04-14T00:00:00"},
-        ReminderCase{"AfterTheDueDayWithoutAStart", "DUE;VALUE=DATE:20080415\n", ":PT9H",
-                     "2008-04-15T09:00:00"},
-        ReminderCase{"BeforeNothing", "", ":-PT15M", "none"},
-        ReminderCase{"BeforeAllYears", "DUE;VALUE=DATE:19000101\n", ":-PT15M", "none"}),
-    [](const auto& test) { return std::string(test.param.name); });
 
 TEST(ReadTodo, RecursFromItsStartElseItsDueDay) {
   const ReadItem start = ReadTodoLines(

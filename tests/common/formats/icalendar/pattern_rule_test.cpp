@@ -3,11 +3,9 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
-#include <fstream>
 #include <string>
 
 #include "tests/common/formats/icalendar/calendar_support.h"
-#include "tests/support/paths.h"
 
 namespace formats::testing {
 namespace {
@@ -25,20 +23,11 @@ std::string PatternOf(const std::string& rule, const std::string& start) {
   return shown;
 }
 
-// One case a line of rules.txt, which says how to read it.
 TEST(PatternOfRule, IsThatOfTheLine) {
-  std::ifstream file(corvane::testing::SourcePath("tests/common/formats/icalendar/rules.txt"));
-  int cases = 0;
-  for (std::string line; std::getline(file, line);) {
-    if (line.empty() || line.starts_with('#')) continue;
-    const std::size_t start = line.find(" | ");
-    const std::size_t pattern = line.find(" | ", start + 3);
-    ASSERT_NE(pattern, std::string::npos) << line;
-    EXPECT_EQ(PatternOf(line.substr(0, start), line.substr(start + 3, 8)), line.substr(pattern + 3))
-        << line;
-    ++cases;
-  }
-  EXPECT_GT(cases, 100);
+  ForEachCase("rules.txt", [](const Strings& each) {
+    const std::string days = each[3].empty() ? "" : " | " + each[3];
+    EXPECT_EQ(PatternOf(each[0], each[1]), each[2] + days);
+  });
 }
 
 std::optional<calendar::Pattern> PatternOfText(const std::string& text, local_days start) {

@@ -10,10 +10,10 @@
 
 namespace formats {
 
-class ExceptionBook {
+class ExceptionTable {
  public:
-  // Both must outlive the book. The event has a start.
-  ExceptionBook(const Event& master, std::vector<Event>& changes);
+  // Both must outlive the table. The event has a start.
+  ExceptionTable(const Event& master, std::vector<Event>& changes);
 
   // Whether something is said of the occurrence.
   bool Has(local_seconds wall) const;

@@ -1,10 +1,10 @@
-#include "common/formats/icalendar/exception_book.h"
+#include "common/formats/icalendar/exception_table.h"
 
 #include <utility>
 
 namespace formats {
 
-ExceptionBook::ExceptionBook(const Event& master, std::vector<Event>& changes) : master_(master) {
+ExceptionTable::ExceptionTable(const Event& master, std::vector<Event>& changes) : master_(master) {
   for (const ListedDate& date : master.exceptionDates) {
     if (date.moment.isDate && !master.start->isDate) {
       excludedDays_.try_emplace(DayOf(date.moment.wall), Exclusion{date.line});
@@ -17,11 +17,11 @@ ExceptionBook::ExceptionBook(const Event& master, std::vector<Event>& changes) :
   }
 }
 
-bool ExceptionBook::Has(local_seconds wall) const {
+bool ExceptionTable::Has(local_seconds wall) const {
   return excluded_.contains(wall) || excludedDays_.contains(DayOf(wall)) || changes_.contains(wall);
 }
 
-std::set<local_seconds> ExceptionBook::Times() const {
+std::set<local_seconds> ExceptionTable::Times() const {
   std::set<local_seconds> times;
   const auto clock = master_.start->wall - DayOf(master_.start->wall);
   for (const auto& [wall, exclusion] : excluded_) times.insert(wall);
@@ -30,7 +30,7 @@ std::set<local_seconds> ExceptionBook::Times() const {
   return times;
 }
 
-bool ExceptionBook::Excludes(local_seconds wall) {
+bool ExceptionTable::Excludes(local_seconds wall) {
   bool excludes = false;
   if (const auto found = excluded_.find(wall); found != excluded_.end()) {
     found->second.used = excludes = true;
@@ -41,14 +41,14 @@ bool ExceptionBook::Excludes(local_seconds wall) {
   return excludes;
 }
 
-Event* ExceptionBook::ChangeOf(local_seconds wall) {
+Event* ExceptionTable::ChangeOf(local_seconds wall) {
   const auto found = changes_.find(wall);
   if (found == changes_.end()) return nullptr;
   found->second.used = true;
   return found->second.event;
 }
 
-std::vector<std::pair<local_seconds, std::size_t>> ExceptionBook::UnusedDates() const {
+std::vector<std::pair<local_seconds, std::size_t>> ExceptionTable::UnusedDates() const {
   std::vector<std::pair<local_seconds, std::size_t>> unused;
   for (const auto& [wall, exclusion] : excluded_) {
     if (!exclusion.used) unused.emplace_back(wall, exclusion.line);
@@ -59,7 +59,7 @@ std::vector<std::pair<local_seconds, std::size_t>> ExceptionBook::UnusedDates() 
   return unused;
 }
 
-std::vector<Event*> ExceptionBook::UnusedChanges() const {
+std::vector<Event*> ExceptionTable::UnusedChanges() const {
   std::vector<Event*> unused;
   for (const auto& [wall, change] : changes_) {
     if (!change.used) unused.push_back(change.event);

@@ -7,28 +7,17 @@
 #include <optional>
 #include <string>
 #include <utility>
-#include <variant>
 #include <vector>
 
 #include "common/calendar/zone.h"
 #include "common/formats/icalendar/icalendar_component.h"
 #include "common/formats/icalendar/icalendar_rule.h"
 #include "common/formats/icalendar/icalendar_values.h"
-#include "common/formats/icalendar/vtimezone_rules.h"
 #include "common/formats/lines/notice_list.h"
 
 namespace formats {
 
-class Clock {
- public:
-  explicit Clock(calendar::Zone zone) : rules_(std::move(zone)) {}
-  explicit Clock(VTimezoneRules rules) : rules_(std::move(rules)) {}
-  sys_seconds ToUtc(local_seconds local) const;
-  local_seconds ToLocal(sys_seconds utc) const;
-
- private:
-  std::variant<calendar::Zone, VTimezoneRules> rules_;
-};
+using calendar::Clock;
 
 // A point in time on the clock that it was written for.
 struct Moment {
@@ -41,10 +30,10 @@ struct Moment {
 // The same moment as another clock shows it; what floats stays as it is.
 local_seconds WallOn(const Moment& moment, const std::shared_ptr<const Clock>& clock);
 
-class ZoneBook {
+class ZoneTable {
  public:
-  // `own` is the handheld's zone. Both must outlive the book.
-  ZoneBook(const calendar::Zone& own, WorkBudget& budget);
+  // `own` is the handheld's zone. Both must outlive the table.
+  ZoneTable(const calendar::Zone& own, WorkBudget& budget);
 
   // Zones must be added before a moment of theirs is asked for. One of a VCALENDAR stands before
   // one of the same name of another; of one VCALENDAR's the last one counts.

@@ -31,13 +31,13 @@ std::string StartsOf(const std::string& lines) {
   return starts;
 }
 
-TEST(ZoneBook, TakesZonesThatTheFileDescribes) {
+TEST(ZoneTable, TakesZonesThatTheFileDescribes) {
   EXPECT_EQ(StartsOf(kEastern + Event("US-Eastern", "19980312T083000") +
                      Event("US-Eastern", "19980712T083000")),
             "1998-03-12T13:30 1998-07-12T12:30");
 }
 
-TEST(ZoneBook, TakesANameWithCommas) {
+TEST(ZoneTable, TakesANameWithCommas) {
   const std::string zone = Zone("Canberra\\, Melbourne\\, Sydney", "+1000");
   EXPECT_EQ(StartsOf(zone + Event("\"Canberra, Melbourne, Sydney\"", "20080712T100000")),
             "2008-07-12T00:00");
@@ -45,23 +45,23 @@ TEST(ZoneBook, TakesANameWithCommas) {
             "2008-07-12T00:00");
 }
 
-TEST(ZoneBook, FindsAZoneThatComesBehindItsEvents) {
+TEST(ZoneTable, FindsAZoneThatComesBehindItsEvents) {
   EXPECT_EQ(StartsOf(Event("Mine", "20080712T100000") + Zone("Mine", "+0330")), "2008-07-12T06:30");
 }
 
-TEST(ZoneBook, PrefersTheSystemsZonesToTheFiles) {
+TEST(ZoneTable, PrefersTheSystemsZonesToTheFiles) {
   EXPECT_EQ(StartsOf(Zone("Europe/Berlin", "+0900") + Event("Europe/Berlin", "20080712T100000")),
             "2008-07-12T08:00");
 }
 
-TEST(ZoneBook, PrefersTheFilesZonesToWindowsNames) {
+TEST(ZoneTable, PrefersTheFilesZonesToWindowsNames) {
   EXPECT_EQ(StartsOf(Event("W. Europe Standard Time", "20080712T100000")), "2008-07-12T08:00");
   EXPECT_EQ(StartsOf(Zone("W. Europe Standard Time", "+0900") +
                      Event("W. Europe Standard Time", "20080712T100000")),
             "2008-07-12T01:00");
 }
 
-TEST(ZoneBook, TakesALocationAndAPathAsNames) {
+TEST(ZoneTable, TakesALocationAndAPathAsNames) {
   EXPECT_EQ(StartsOf(Zone("X", "+0900", "X-LIC-LOCATION:Europe/Berlin\n") +
                      Event("X", "20080712T100000")),
             "2008-07-12T08:00");
@@ -70,7 +70,7 @@ TEST(ZoneBook, TakesALocationAndAPathAsNames) {
   EXPECT_EQ(StartsOf(Event("/example.org/nowhere", "20080712T100000")), "2008-07-12T10:00");
 }
 
-TEST(ZoneBook, PrefersTheZoneOfTheSameCalendar) {
+TEST(ZoneTable, PrefersTheZoneOfTheSameCalendar) {
   const auto calendar = [](const std::string& lines) {
     return "BEGIN:VCALENDAR\n" + lines + "END:VCALENDAR\n";
   };
@@ -80,19 +80,19 @@ TEST(ZoneBook, PrefersTheZoneOfTheSameCalendar) {
             "2008-07-12T09:00 2008-07-12T08:00 2008-07-12T08:00");
 }
 
-TEST(ZoneBook, TakesTheLastOfSeveralOfOneName) {
+TEST(ZoneTable, TakesTheLastOfSeveralOfOneName) {
   EXPECT_EQ(StartsOf(Zone("X", "+0100") + Zone("X", "+0200") + Event("X", "20080712T100000")),
             "2008-07-12T08:00");
 }
 
-TEST(ZoneBook, TakesALocalTimeTwiceAsTheFirstAndOneInAGapAsBeforeIt) {
+TEST(ZoneTable, TakesALocalTimeTwiceAsTheFirstAndOneInAGapAsBeforeIt) {
   EXPECT_EQ(
       StartsOf(kEastern + Event("US-Eastern", "19981025T013000") +
                Event("US-Eastern", "19980405T023000") + Event("US-Eastern", "19980405T033000")),
       "1998-10-25T05:30 1998-04-05T07:30 1998-04-05T07:30");
 }
 
-TEST(ZoneBook, TakesAZoneBeforeItsFirstChangeAsInItsFirstYear) {
+TEST(ZoneTable, TakesAZoneBeforeItsFirstChangeAsInItsFirstYear) {
   const std::string zone =
       "BEGIN:VTIMEZONE\nTZID:X\nBEGIN:STANDARD\nDTSTART:19981025T020000\nRDATE:19981025T020000\n"
       "TZOFFSETFROM:-0400\nTZOFFSETTO:-0500\nEND:STANDARD\nBEGIN:DAYLIGHT\n"
@@ -103,7 +103,7 @@ TEST(ZoneBook, TakesAZoneBeforeItsFirstChangeAsInItsFirstYear) {
             "1998-03-12T13:30 1998-07-12T12:30 1999-01-12T13:30 2005-01-12T12:30");
 }
 
-TEST(ZoneBook, EndsARuleWithItsUntil) {
+TEST(ZoneTable, EndsARuleWithItsUntil) {
   const std::string zone =
       "BEGIN:VTIMEZONE\nTZID:X\nBEGIN:STANDARD\nDTSTART:19671029T020000\n"
       "RRULE:FREQ=YEARLY;BYDAY=-1SU;BYMONTH=10\nTZOFFSETFROM:-0400\nTZOFFSETTO:-0500\n"
@@ -114,7 +114,7 @@ TEST(ZoneBook, EndsARuleWithItsUntil) {
             "1998-07-12T12:30 1999-07-12T13:30");
 }
 
-TEST(ZoneBook, TakesRulesFrom1601) {
+TEST(ZoneTable, TakesRulesFrom1601) {
   const std::string zone =
       "BEGIN:VTIMEZONE\nTZID:X\nBEGIN:STANDARD\nDTSTART:16010101T030000\n"
       "RRULE:FREQ=YEARLY;INTERVAL=1;BYDAY=-1SU;BYMONTH=10\nTZOFFSETFROM:+0200\nTZOFFSETTO:+0100\n"
@@ -126,7 +126,7 @@ TEST(ZoneBook, TakesRulesFrom1601) {
             "2008-02-12T09:00 2008-07-12T08:00 2150-07-12T08:00");
 }
 
-TEST(ZoneBook, IgnoresAZoneWithoutOffsets) {
+TEST(ZoneTable, IgnoresAZoneWithoutOffsets) {
   const CalendarFile file = ReadLines(
       "BEGIN:VTIMEZONE\nTZID:X\nBEGIN:STANDARD\nDTSTART:19700101T000000\nTZOFFSETTO:soon\n"
       "END:STANDARD\nEND:VTIMEZONE\n" +
@@ -136,7 +136,7 @@ TEST(ZoneBook, IgnoresAZoneWithoutOffsets) {
                                          "are taken as the handheld's"});
 }
 
-TEST(ZoneBook, ReadsOffsetsWithSeconds) {
+TEST(ZoneTable, ReadsOffsetsWithSeconds) {
   EXPECT_EQ(StartsOf(Zone("X", "+001932") + Event("X", "19300712T101932")), "1930-07-12T10:00");
 }
 

@@ -1,8 +1,9 @@
-#include "common/formats/icalendar/zone_book.h"
+#include "common/formats/icalendar/zone_table.h"
 
 #include <string_view>
 #include <utility>
 
+#include "common/formats/icalendar/vtimezone_rules.h"
 #include "common/formats/icalendar/windows_zones.h"
 #include "common/text/text.h"
 
@@ -12,41 +13,20 @@ namespace {
 constexpr std::size_t kLongestName = 255;
 constexpr std::string_view kUtc = "UTC";
 
-std::shared_ptr<const Clock> UtcClock(const calendar::Zone& own,
-                                      const std::shared_ptr<const Clock>& ownClock) {
-  if (own.name() == kUtc) return ownClock;
-  return std::make_shared<const Clock>(*calendar::Zone::Find(kUtc));
-}
-
-std::string_view ValueOf(const Component& component, std::string_view name) {
-  for (const Property& property : component.properties) {
-    if (property.name == name) return TrimBlanks(property.value);
-  }
-  return {};
-}
-
 }  // namespace
-
-sys_seconds Clock::ToUtc(local_seconds local) const {
-  return std::visit([&](const auto& rules) { return rules.ToUtc(local); }, rules_);
-}
-
-local_seconds Clock::ToLocal(sys_seconds utc) const {
-  return std::visit([&](const auto& rules) { return rules.ToLocal(utc); }, rules_);
-}
 
 local_seconds WallOn(const Moment& moment, const std::shared_ptr<const Clock>& clock) {
   if (moment.isFloating || moment.clock == clock) return moment.wall;
   return clock->ToLocal(moment.clock->ToUtc(moment.wall));
 }
 
-ZoneBook::ZoneBook(const calendar::Zone& own, WorkBudget& budget)
+ZoneTable::ZoneTable(const calendar::Zone& own, WorkBudget& budget)
     : zone_(own),
       budget_(budget),
-      own_(std::make_shared<const Clock>(own)),
-      utc_(UtcClock(own, own_)) {}
+      own_(own.clock()),
+      utc_(own.name() == kUtc ? own_ : std::make_shared<const Clock>()) {}
 
-void ZoneBook::Add(Component vtimezone) {
+void ZoneTable::Add(Component vtimezone) {
   std::string tzid;
   for (const Property& property : vtimezone.properties) {
     if (property.name == "TZID") tzid = TrimBlanks(TextOf(property));
@@ -57,8 +37,8 @@ void ZoneBook::Add(Component vtimezone) {
   components_[{calendar, std::move(tzid)}] = std::move(vtimezone);
 }
 
-Moment ZoneBook::MomentOf(const TimeValue& value, std::size_t calendar, std::size_t line,
-                          NoticeList& notices) {
+Moment ZoneTable::MomentOf(const TimeValue& value, std::size_t calendar, std::size_t line,
+                           NoticeList& notices) {
   Moment moment;
   moment.wall = value.time;
   moment.isDate = value.isDate;
@@ -67,7 +47,7 @@ Moment ZoneBook::MomentOf(const TimeValue& value, std::size_t calendar, std::siz
     moment.clock = utc_;
   } else if (value.isDate || value.tzid.empty()) {
     moment.isFloating = true;
-  } else if (value.tzid != zone_.name()) {
+  } else {
     const auto [found, isNew] = found_.try_emplace({calendar, value.tzid});
     if (isNew) found->second = Find(value.tzid, calendar);
     if (found->second) {
@@ -80,7 +60,7 @@ Moment ZoneBook::MomentOf(const TimeValue& value, std::size_t calendar, std::siz
   return moment;
 }
 
-std::shared_ptr<const Clock> ZoneBook::Find(const std::string& tzid, std::size_t calendar) {
+std::shared_ptr<const Clock> ZoneTable::Find(const std::string& tzid, std::size_t calendar) {
   if (tzid.size() > kLongestName) return nullptr;
   if (auto clock = FromSystem(tzid)) return clock;
   if (auto clock = FromFile(tzid, calendar)) return clock;
@@ -90,29 +70,29 @@ std::shared_ptr<const Clock> ZoneBook::Find(const std::string& tzid, std::size_t
   return FromPath(tzid);
 }
 
-std::shared_ptr<const Clock> ZoneBook::FromSystem(std::string_view name) const {
+std::shared_ptr<const Clock> ZoneTable::FromSystem(std::string_view name) const {
   if (name == zone_.name()) return own_;
   if (name == kUtc) return utc_;
-  std::optional<calendar::Zone> zone = calendar::Zone::Find(name);
-  return zone ? std::make_shared<const Clock>(std::move(*zone)) : nullptr;
+  const std::optional<calendar::Zone> zone = calendar::Zone::Find(name);
+  return zone ? zone->clock() : nullptr;
 }
 
-std::shared_ptr<const Clock> ZoneBook::FromFile(const std::string& tzid, std::size_t calendar) {
+std::shared_ptr<const Clock> ZoneTable::FromFile(const std::string& tzid, std::size_t calendar) {
   auto component = components_.find({calendar, tzid});
   if (component == components_.end()) {
     const auto elsewhere = calendarOf_.find(tzid);
     if (elsewhere == calendarOf_.end()) return nullptr;
     component = components_.find({elsewhere->second, tzid});
   }
-  if (const std::string_view name = ValueOf(component->second, "X-LIC-LOCATION"); !name.empty()) {
-    if (auto clock = FromSystem(name)) return clock;
+  if (const Property* name = component->second.Find("X-LIC-LOCATION")) {
+    if (auto clock = FromSystem(TrimBlanks(name->value))) return clock;
   }
-  std::optional<VTimezoneRules> rules = VTimezoneRules::Of(component->second, budget_);
-  return rules ? std::make_shared<const Clock>(std::move(*rules)) : nullptr;
+  std::optional<Clock> clock = ClockOf(component->second, budget_);
+  return clock ? std::make_shared<const Clock>(std::move(*clock)) : nullptr;
 }
 
 // "/example.org/2001_5/America/Chicago": what is behind some slash is a zone's name.
-std::shared_ptr<const Clock> ZoneBook::FromPath(std::string_view tzid) const {
+std::shared_ptr<const Clock> ZoneTable::FromPath(std::string_view tzid) const {
   if (!tzid.starts_with('/')) return nullptr;
   while (true) {
     const std::size_t slash = tzid.find('/');
