@@ -1,81 +1,78 @@
-// The tags of a backup as a strict XML parser takes them.
+// The tags of a backup, one after the other.
 //
 // Backups come with what XML forbids: characters written as two halves of a surrogate pair, control
 // characters, bytes of other character sets, and pictures of any size in an attribute.
 #pragma once
 
 #include <cstddef>
-#include <functional>
+#include <istream>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "common/formats/backup/sms_backup_element.h"
 #include "common/formats/lines/notice_tally.h"
+#include "common/text/stream_pieces.h"
 
 namespace formats {
 
-// Cuts a file of UTF-8 into its tags and drops what stands between them: text, comments,
-// instructions, and the values of "data", which are pictures. Values come out as ASCII and valid
-// UTF-8 without anything that XML cannot carry and are cut off at kLongestBackupValue; line breaks
-// within them stay. Memory is that of one tag, which has a bound.
+struct BackupTag {
+  std::size_t line = 0;   // where it begins
+  std::size_t depth = 0;  // 1 for those of the first element
+  bool starts = false;    // both for an element without content
+  bool ends = false;
+  std::string name;
+  BackupAttributes attributes;
+};
+
+// Reads a file of UTF-8 and passes over what stands between its tags, text, comments and
+// instructions, and over the values of "data", which are pictures. Names and values come out as
+// valid UTF-8 without anything that XML cannot carry; values are cut off at kLongestBackupValue,
+// and line breaks within them stay. Memory is that of one tag, which has a bound.
 class BackupTags {
  public:
-  // `line` is where the tag begins. The text is gone after the call. An exception ends the reading.
-  using TagSink = std::function<void(std::string_view tag, std::size_t line)>;
+  // Both must outlive this.
+  BackupTags(std::istream& in, NoticeTally& tally);
 
-  BackupTags(TagSink sink, NoticeTally& tally) : sink_(std::move(sink)), tally_(tally) {}
+  // Nothing once there is no more to read. Not to be called after that.
+  std::optional<BackupTag> Next();
 
-  // Any pieces of the file, in their order.
-  void Feed(std::string_view bytes);
-  // After the last one. False when the file ends within a tag or anything else that has an end.
-  bool End();
-  // Reads no more; also by itself, with a notice, for what is no such file.
-  void Stop() { state_ = State::kStopped; }
-  bool stopped() const { return state_ == State::kStopped; }
+  // What ended it. What is damaged, or no such file, is stopped at with a notice.
+  enum class End { kWhole, kTooEarly, kStopped };
+  End end() const { return end_; }
 
  private:
-  enum class State { kStart, kText, kSkipping, kTag, kValue, kStopped };
-  enum class Step { kTaken, kNeedsMore };
+  bool SkipText();
+  bool SkipInstruction();
+  bool SkipPast(std::string_view end);
+  bool TakeTag(BackupTag& tag);
+  bool SkipTag();
+  bool TakeAttribute(BackupTag& tag);
+  bool TakeValue(std::string_view name, char quote, std::string& value);
+  std::string TakeReference();
+  std::string TakeName();
+  bool Take(char c);
+  bool SkipBlanks();
+  bool Nest(BackupTag& tag);
+  bool StopAtDamage(const BackupTag& tag, std::string_view what);
+  bool Stop(std::size_t line, std::string_view why);
 
-  void Run();
-  Step TakeStart();
-  Step TakeText();
-  Step TakeSkipped();
-  Step TakeInTag();
-  Step TakeInValue();
-  Step TakePlainRun();
-  Step TakeReference();
-  Step TakeCharacter(std::string& out, bool inValue);
-  void BeginSkipping(std::string_view end, bool isInstruction);
-  void CheckEncoding();
-  void AppendToValue(std::string_view written, std::size_t bytes);
-  void AppendCodePoint(unsigned long codePoint);
-  void EndTag();
-  void StopWith(std::string_view why);
-
-  std::string_view rest() const { return std::string_view(buffer_).substr(position_); }
+  // At least so many bytes of what comes next, fewer only at the end of the file.
+  std::string_view Ahead(std::size_t least);
+  // The next character in a tag, empty at the end. Leaves out what is none.
+  std::string_view NextCharacter();
   void Advance(std::size_t bytes);
 
-  TagSink sink_;
+  std::istream& in_;
   NoticeTally& tally_;
-  State state_ = State::kStart;
-  bool atEnd_ = false;
+  End end_ = End::kTooEarly;
+  StreamPiece piece_;
   std::string buffer_;
   std::size_t position_ = 0;
   std::size_t line_ = 1;
-
-  std::string_view skipEnd_;  // what ends the part that is skipped
-  std::string instruction_;   // its beginning
-  bool isInstruction_ = false;
-  bool textNoticed_ = false;
-
-  std::string tag_;
-  std::size_t tagLine_ = 0;
-  std::string name_;  // of the attribute
-  bool nameEnded_ = false;
-  char quote_ = 0;
-  bool dropsValue_ = false;
-  bool cutsValue_ = false;
-  std::size_t valueBytes_ = 0;
+  std::vector<std::string> open_;  // the elements around
+  bool anyElement_ = false;
 };
 
 }  // namespace formats
