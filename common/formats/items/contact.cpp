@@ -5,56 +5,11 @@
 namespace formats {
 namespace {
 
-constexpr std::array<std::string_view, kContactFieldCount> kFieldNames = {
-    "Email1Address",
-    "Email2Address",
-    "Email3Address",
-    "FirstName",
-    "LastName",
-    "CompanyName",
-    "FileAs",
-    "BusinessFaxNumber",
-    "Department",
-    "MobileTelephoneNumber",
-    "PagerNumber",
-    "BusinessTelephoneNumber",
-    "JobTitle",
-    "HomeTelephoneNumber",
-    "Spouse",
-    "Home2TelephoneNumber",
-    "HomeFaxNumber",
-    "AssistantName",
-    "Children",
-    "WebPage",
-    "Business2TelephoneNumber",
-    "Title",
-    "MiddleName",
-    "Suffix",
-    "HomeAddressStreet",
-    "HomeAddressCity",
-    "HomeAddressState",
-    "HomeAddressPostalCode",
-    "HomeAddressCountry",
-    "OtherAddressStreet",
-    "OtherAddressCity",
-    "OtherAddressState",
-    "OtherAddressPostalCode",
-    "OtherAddressCountry",
-    "BusinessAddressStreet",
-    "BusinessAddressCity",
-    "BusinessAddressState",
-    "BusinessAddressPostalCode",
-    "BusinessAddressCountry",
-    "RadioTelephoneNumber",
-    "Body",
-    "YomiCompanyName",
-    "YomiFirstName",
-    "YomiLastName",
-    "OfficeLocation",
-    "CarTelephoneNumber",
-    "AssistantTelephoneNumber",
+constexpr std::string_view kFieldNames[] = {
+#define FORMATS_FIELD_NAME(Name) #Name,
+    FORMATS_CONTACT_FIELDS(FORMATS_FIELD_NAME)
+#undef FORMATS_FIELD_NAME
 };
-static_assert(!kFieldNames.back().empty());
 
 // What a contact without a name is called by, the best first.
 constexpr ContactField kCallNames[] = {

@@ -13,55 +13,61 @@
 
 namespace formats {
 
+// X(name of the Pocket Outlook property). The last three are kept on the handheld but never carried
+// by the wire.
+#define FORMATS_CONTACT_FIELDS(X) \
+  X(Email1Address)                \
+  X(Email2Address)                \
+  X(Email3Address)                \
+  X(FirstName)                    \
+  X(LastName)                     \
+  X(CompanyName)                  \
+  X(FileAs)                       \
+  X(BusinessFaxNumber)            \
+  X(Department)                   \
+  X(MobileTelephoneNumber)        \
+  X(PagerNumber)                  \
+  X(BusinessTelephoneNumber)      \
+  X(JobTitle)                     \
+  X(HomeTelephoneNumber)          \
+  X(Spouse)                       \
+  X(Home2TelephoneNumber)         \
+  X(HomeFaxNumber)                \
+  X(AssistantName)                \
+  X(Children)                     \
+  X(WebPage)                      \
+  X(Business2TelephoneNumber)     \
+  X(Title)                        \
+  X(MiddleName)                   \
+  X(Suffix)                       \
+  X(HomeAddressStreet)            \
+  X(HomeAddressCity)              \
+  X(HomeAddressState)             \
+  X(HomeAddressPostalCode)        \
+  X(HomeAddressCountry)           \
+  X(OtherAddressStreet)           \
+  X(OtherAddressCity)             \
+  X(OtherAddressState)            \
+  X(OtherAddressPostalCode)       \
+  X(OtherAddressCountry)          \
+  X(BusinessAddressStreet)        \
+  X(BusinessAddressCity)          \
+  X(BusinessAddressState)         \
+  X(BusinessAddressPostalCode)    \
+  X(BusinessAddressCountry)       \
+  X(RadioTelephoneNumber)         \
+  X(Body)                         \
+  X(YomiCompanyName)              \
+  X(YomiFirstName)                \
+  X(YomiLastName)                 \
+  X(OfficeLocation)               \
+  X(CarTelephoneNumber)           \
+  X(AssistantTelephoneNumber)
+
 enum class ContactField {
-  kEmail1Address,
-  kEmail2Address,
-  kEmail3Address,
-  kFirstName,
-  kLastName,
-  kCompanyName,
-  kFileAs,
-  kBusinessFaxNumber,
-  kDepartment,
-  kMobileTelephoneNumber,
-  kPagerNumber,
-  kBusinessTelephoneNumber,
-  kJobTitle,
-  kHomeTelephoneNumber,
-  kSpouse,
-  kHome2TelephoneNumber,
-  kHomeFaxNumber,
-  kAssistantName,
-  kChildren,
-  kWebPage,
-  kBusiness2TelephoneNumber,
-  kTitle,
-  kMiddleName,
-  kSuffix,
-  kHomeAddressStreet,
-  kHomeAddressCity,
-  kHomeAddressState,
-  kHomeAddressPostalCode,
-  kHomeAddressCountry,
-  kOtherAddressStreet,
-  kOtherAddressCity,
-  kOtherAddressState,
-  kOtherAddressPostalCode,
-  kOtherAddressCountry,
-  kBusinessAddressStreet,
-  kBusinessAddressCity,
-  kBusinessAddressState,
-  kBusinessAddressPostalCode,
-  kBusinessAddressCountry,
-  kRadioTelephoneNumber,
-  kBody,
-  kYomiCompanyName,
-  kYomiFirstName,
-  kYomiLastName,
-  // Kept on the handheld but never carried by the wire.
-  kOfficeLocation,
-  kCarTelephoneNumber,
-  kAssistantTelephoneNumber,
+#define FORMATS_CONTACT_FIELD(Name) k##Name,
+  FORMATS_CONTACT_FIELDS(FORMATS_CONTACT_FIELD)
+#undef FORMATS_CONTACT_FIELD
 };
 inline constexpr std::size_t kContactFieldCount =
     static_cast<std::size_t>(ContactField::kAssistantTelephoneNumber) + 1;

@@ -22,71 +22,57 @@ enum class PhoneKind {
   kAssistant
 };
 
+template <ContactField... Fields>
+inline constexpr ContactField kSlots[] = {Fields...};
+
 struct PhoneSlots {
-  PhoneKind kind;
   std::string_view type30;  // the TYPE parameter's value
   std::string_view type40;
-  std::array<ContactField, 2> fields;
-  std::size_t count;  // how many of `fields` there are
-
-  std::span<const ContactField> slots() const { return std::span(fields).first(count); }
+  std::span<const ContactField> slots;
 };
 
 // In the order of PhoneKind.
-inline constexpr std::array<PhoneSlots, 9> kPhoneSlots = {{
-    {PhoneKind::kWork,
-     "WORK,VOICE",
-     "work,voice",
-     {ContactField::kBusinessTelephoneNumber, ContactField::kBusiness2TelephoneNumber},
-     2},
-    {PhoneKind::kHome,
-     "HOME,VOICE",
-     "home,voice",
-     {ContactField::kHomeTelephoneNumber, ContactField::kHome2TelephoneNumber},
-     2},
-    {PhoneKind::kMobile, "CELL", "cell", {ContactField::kMobileTelephoneNumber}, 1},
-    {PhoneKind::kWorkFax, "WORK,FAX", "work,fax", {ContactField::kBusinessFaxNumber}, 1},
-    {PhoneKind::kHomeFax, "HOME,FAX", "home,fax", {ContactField::kHomeFaxNumber}, 1},
-    {PhoneKind::kPager, "PAGER", "pager", {ContactField::kPagerNumber}, 1},
-    {PhoneKind::kCar, "CAR", "x-car", {ContactField::kCarTelephoneNumber}, 1},
-    {PhoneKind::kRadio, "X-RADIO", "x-radio", {ContactField::kRadioTelephoneNumber}, 1},
-    {PhoneKind::kAssistant,
-     "X-ASSISTANT",
-     "x-assistant",
-     {ContactField::kAssistantTelephoneNumber},
-     1},
-}};
+inline constexpr PhoneSlots kPhoneSlots[] = {
+    {"WORK,VOICE", "work,voice",
+     kSlots<ContactField::kBusinessTelephoneNumber, ContactField::kBusiness2TelephoneNumber>},
+    {"HOME,VOICE", "home,voice",
+     kSlots<ContactField::kHomeTelephoneNumber, ContactField::kHome2TelephoneNumber>},
+    {"CELL", "cell", kSlots<ContactField::kMobileTelephoneNumber>},
+    {"WORK,FAX", "work,fax", kSlots<ContactField::kBusinessFaxNumber>},
+    {"HOME,FAX", "home,fax", kSlots<ContactField::kHomeFaxNumber>},
+    {"PAGER", "pager", kSlots<ContactField::kPagerNumber>},
+    {"CAR", "x-car", kSlots<ContactField::kCarTelephoneNumber>},
+    {"X-RADIO", "x-radio", kSlots<ContactField::kRadioTelephoneNumber>},
+    {"X-ASSISTANT", "x-assistant", kSlots<ContactField::kAssistantTelephoneNumber>},
+};
 
-inline constexpr std::array<ContactField, 3> kEmailSlots = {
-    ContactField::kEmail1Address, ContactField::kEmail2Address, ContactField::kEmail3Address};
+inline constexpr std::span<const ContactField> kEmailSlots =
+    kSlots<ContactField::kEmail1Address, ContactField::kEmail2Address,
+           ContactField::kEmail3Address>;
 
 struct AddressSlot {
   std::string_view type30;
   std::string_view type40;  // empty for none
-  std::string_view words;   // what to call it in a message
   ContactField street;
-  ContactField city;
-  ContactField state;
-  ContactField postalCode;
-  ContactField country;
 
-  std::array<ContactField, 5> fields() const { return {street, city, state, postalCode, country}; }
+  // Street, city, state, postal code and country, which follow each other in a contact.
+  std::array<ContactField, 5> fields() const {
+    std::array<ContactField, 5> fields{};
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+      fields[i] = static_cast<ContactField>(static_cast<std::size_t>(street) + i);
+    }
+    return fields;
+  }
 };
 
 inline constexpr std::size_t kHomeAddress = 0;
 inline constexpr std::size_t kWorkAddress = 1;
 inline constexpr std::size_t kOtherAddress = 2;
-inline constexpr std::array<AddressSlot, 3> kAddressSlots = {{
-    {"HOME", "home", "home", ContactField::kHomeAddressStreet, ContactField::kHomeAddressCity,
-     ContactField::kHomeAddressState, ContactField::kHomeAddressPostalCode,
-     ContactField::kHomeAddressCountry},
-    {"WORK", "work", "business", ContactField::kBusinessAddressStreet,
-     ContactField::kBusinessAddressCity, ContactField::kBusinessAddressState,
-     ContactField::kBusinessAddressPostalCode, ContactField::kBusinessAddressCountry},
-    {"OTHER", "", "other", ContactField::kOtherAddressStreet, ContactField::kOtherAddressCity,
-     ContactField::kOtherAddressState, ContactField::kOtherAddressPostalCode,
-     ContactField::kOtherAddressCountry},
-}};
+inline constexpr AddressSlot kAddressSlots[] = {
+    {"HOME", "home", ContactField::kHomeAddressStreet},
+    {"WORK", "work", ContactField::kBusinessAddressStreet},
+    {"OTHER", "", ContactField::kOtherAddressStreet},
+};
 
 // Whether the texts in these slots would find the same slots again when they come in order: no gap
 // before one, none twice.

@@ -95,7 +95,7 @@ struct Number {
   bool placed = false;
 
   Fields ownSlots() const {
-    return kind ? kPhoneSlots[static_cast<std::size_t>(*kind)].slots() : Fields{};
+    return kind ? kPhoneSlots[static_cast<std::size_t>(*kind)].slots : Fields{};
   }
 };
 
@@ -126,8 +126,8 @@ std::vector<Field> OverflowSlots(const Number& number) {
 }
 
 bool IsKeptAnywhere(const Contact& contact, const std::string& text) {
-  return std::any_of(kPhoneSlots.begin(), kPhoneSlots.end(),
-                     [&](const PhoneSlots& kind) { return Holds(contact, kind.slots(), text); });
+  return std::ranges::any_of(
+      kPhoneSlots, [&](const PhoneSlots& kind) { return Holds(contact, kind.slots, text); });
 }
 
 void PlaceLeftOver(const Number& number, Contact& contact, NoticeList& notices) {

@@ -47,6 +47,8 @@ class CardWriter {
  private:
   void Line(std::string name, const ContentValue& value);
   void Names();
+  template <typename TypeOf>
+  void Slots(std::string_view name, std::span<const Field> slots, TypeOf typeOf);
   void Phones();
   void Emails();
   void Addresses();
@@ -91,37 +93,32 @@ void CardWriter::Names() {
   if (!organization.text().empty()) Line("ORG", organization);
 }
 
+// `typeOf(i)` is what stands between the property's name and its slot.
+template <typename TypeOf>
+void CardWriter::Slots(std::string_view name, std::span<const Field> slots, TypeOf typeOf) {
+  const bool named = !FillsSlotsInOrder(contact_, slots);
+  for (std::size_t i = 0; i < slots.size(); ++i) {
+    const std::string& text = contact_[slots[i]];
+    if (text.empty()) continue;
+    std::string head(name);
+    head += typeOf(i);
+    if (named) head += ";X-SLOT=" + std::to_string(i + 1);
+    if (MustBeExact(text)) head += ";VALUE=text";
+    Line(head, ContentValue().Add(text));
+  }
+}
+
 void CardWriter::Phones() {
   for (const PhoneSlots& kind : kPhoneSlots) {
-    const bool named = !FillsSlotsInOrder(contact_, kind.slots());
-    for (std::size_t i = 0; i < kind.count; ++i) {
-      const std::string& number = contact_[kind.fields[i]];
-      if (number.empty()) continue;
-      std::string name = "TEL;TYPE=";
-      name += is40_ ? kind.type40 : kind.type30;
-      if (named) name += ";X-SLOT=" + std::to_string(i + 1);
-      if (MustBeExact(number)) name += ";VALUE=text";
-      Line(name, ContentValue().Add(number));
-    }
+    Slots("TEL;TYPE=", kind.slots, [&](std::size_t) { return is40_ ? kind.type40 : kind.type30; });
   }
 }
 
 void CardWriter::Emails() {
-  const bool named = !FillsSlotsInOrder(contact_, kEmailSlots);
-  for (std::size_t i = 0; i < kEmailSlots.size(); ++i) {
-    const std::string& address = contact_[kEmailSlots[i]];
-    if (address.empty()) continue;
-    const bool first = i == 0;
-    std::string name = "EMAIL";
-    if (is40_) {
-      if (first) name += ";PREF=1";
-    } else {
-      name += first ? ";TYPE=INTERNET,PREF" : ";TYPE=INTERNET";
-    }
-    if (named) name += ";X-SLOT=" + std::to_string(i + 1);
-    if (MustBeExact(address)) name += ";VALUE=text";
-    Line(name, ContentValue().Add(address));
-  }
+  Slots("EMAIL", kEmailSlots, [&](std::size_t i) -> std::string_view {
+    if (is40_) return i == 0 ? ";PREF=1" : "";
+    return i == 0 ? ";TYPE=INTERNET,PREF" : ";TYPE=INTERNET";
+  });
 }
 
 void CardWriter::Addresses() {
