@@ -1,4 +1,4 @@
-#include "handheld/tool/appointment_item.h"
+#include "handheld/tool/records.h"
 
 #include <fmt/core.h>
 

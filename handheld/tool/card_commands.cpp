@@ -11,7 +11,6 @@
 #include "handheld/system/device_path.h"
 #include "handheld/system/directories.h"
 #include "handheld/tool/table.h"
-#include "handheld/tool/usage_error.h"
 #include "platform/find_files.h"
 
 namespace tool {

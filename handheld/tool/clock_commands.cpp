@@ -5,7 +5,6 @@
 #include "common/formats/items/iso_time.h"
 #include "common/text/utf.h"
 #include "handheld/clock/handheld_clock.h"
-#include "handheld/tool/usage_error.h"
 #include "platform/clock.h"
 
 namespace tool {

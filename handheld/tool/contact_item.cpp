@@ -1,4 +1,4 @@
-#include "handheld/tool/contact_item.h"
+#include "handheld/tool/records.h"
 
 #include <fmt/core.h>
 
@@ -15,59 +15,11 @@ struct FieldRow {
   ce::HRESULT (IContact::*put)(ce::BSTR);
 };
 
-#define FIELD(Name) \
-  { ContactField::k##Name, &IContact::get_##Name, &IContact::put_##Name }
 constexpr FieldRow kFields[] = {
-    FIELD(Email1Address),
-    FIELD(Email2Address),
-    FIELD(Email3Address),
-    FIELD(FirstName),
-    FIELD(LastName),
-    FIELD(CompanyName),
-    FIELD(FileAs),
-    FIELD(BusinessFaxNumber),
-    FIELD(Department),
-    FIELD(MobileTelephoneNumber),
-    FIELD(PagerNumber),
-    FIELD(BusinessTelephoneNumber),
-    FIELD(JobTitle),
-    FIELD(HomeTelephoneNumber),
-    FIELD(Spouse),
-    FIELD(Home2TelephoneNumber),
-    FIELD(HomeFaxNumber),
-    FIELD(AssistantName),
-    FIELD(Children),
-    FIELD(WebPage),
-    FIELD(Business2TelephoneNumber),
-    FIELD(Title),
-    FIELD(MiddleName),
-    FIELD(Suffix),
-    FIELD(HomeAddressStreet),
-    FIELD(HomeAddressCity),
-    FIELD(HomeAddressState),
-    FIELD(HomeAddressPostalCode),
-    FIELD(HomeAddressCountry),
-    FIELD(OtherAddressStreet),
-    FIELD(OtherAddressCity),
-    FIELD(OtherAddressState),
-    FIELD(OtherAddressPostalCode),
-    FIELD(OtherAddressCountry),
-    FIELD(BusinessAddressStreet),
-    FIELD(BusinessAddressCity),
-    FIELD(BusinessAddressState),
-    FIELD(BusinessAddressPostalCode),
-    FIELD(BusinessAddressCountry),
-    FIELD(RadioTelephoneNumber),
-    FIELD(Body),
-    FIELD(YomiCompanyName),
-    FIELD(YomiFirstName),
-    FIELD(YomiLastName),
-    FIELD(OfficeLocation),
-    FIELD(CarTelephoneNumber),
-    FIELD(AssistantTelephoneNumber),
+#define TOOL_FIELD(Name) {ContactField::k##Name, &IContact::get_##Name, &IContact::put_##Name},
+    FORMATS_CONTACT_FIELDS(TOOL_FIELD)
+#undef TOOL_FIELD
 };
-#undef FIELD
-static_assert(std::size(kFields) == formats::kContactFieldCount);
 
 std::optional<formats::Date> CalendarDate(ce::DATE date) {
   const auto day = DayOf(date);

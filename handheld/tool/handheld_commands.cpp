@@ -15,10 +15,8 @@
 #include "handheld/store/store_check.h"
 #include "handheld/system/language.h"
 #include "handheld/tool/card_commands.h"
-#include "handheld/tool/item_walk.h"
-#include "handheld/tool/message_walk.h"
+#include "handheld/tool/records.h"
 #include "handheld/tool/status_error.h"
-#include "handheld/tool/usage_error.h"
 #include "platform/clock.h"
 
 namespace tool {
@@ -184,9 +182,9 @@ Facts FactsOf(Session& session) {
   ce::GetSystemTime(&now);
   facts.clock = fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}Z", now.wYear, now.wMonth, now.wDay,
                             now.wHour, now.wMinute, now.wSecond);
-  facts.contacts = CountItems(session, ce::olFolderContacts);
-  facts.appointments = CountItems(session, ce::olFolderCalendar);
-  facts.tasks = CountItems(session, ce::olFolderTasks);
+  facts.contacts = CountRecords<formats::Contact>(session);
+  facts.appointments = CountRecords<formats::Appointment>(session);
+  facts.tasks = CountRecords<formats::Task>(session);
   facts.messages = CountRecords<formats::TextMessage>(session);
   facts.calls = CountRecords<formats::Call>(session);
   facts.phone = handheld.Number(setting::kPhone, 1) != 0;

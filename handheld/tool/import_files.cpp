@@ -12,13 +12,24 @@
 #include "common/formats/icalendar/icalendar.h"
 #include "common/formats/json/message_json.h"
 #include "common/formats/vcard/vcard.h"
-#include "handheld/tool/file_kind.h"
+#include "common/text/text.h"
 #include "handheld/tool/message_import.h"
 
 namespace tool {
 namespace {
 
 namespace fs = std::filesystem;
+
+// What FileKindOf needs of a file.
+constexpr std::size_t kFileKindBytes = 64 << 10;
+
+// The first character that is neither a byte-order mark nor blank.
+char FirstSign(std::string_view bytes) {
+  constexpr std::string_view kMark = "\xEF\xBB\xBF";
+  if (bytes.starts_with(kMark)) bytes.remove_prefix(kMark.size());
+  const std::size_t first = bytes.find_first_not_of(" \t\r\n");
+  return first == bytes.npos ? '\0' : bytes[first];
+}
 
 // One for each kind of record, for all files.
 struct Imports {
@@ -134,6 +145,22 @@ bool ImportFile(Session& session, const fs::path& file, const Report& report, Im
 }
 
 }  // namespace
+
+FileKind FileKindOf(const std::filesystem::path& file, std::string_view beginning) {
+  const std::string extension = file.extension().string();
+  const auto isNamed = [&](std::string_view name) {
+    return formats::EqualsNoCase(extension, name);
+  };
+  if (isNamed(".vcf")) return FileKind::kCards;
+  if (isNamed(".ics")) return FileKind::kCalendar;
+  const char first = FirstSign(beginning);
+  if (first == '<') return FileKind::kBackup;
+  if (first == '{') return FileKind::kJsonLines;
+  if (formats::LooksLikeICalendar(beginning)) return FileKind::kCalendar;
+  if (isNamed(".xml")) return FileKind::kBackup;
+  if (isNamed(".json") || isNamed(".jsonl")) return FileKind::kJsonLines;
+  return FileKind::kCards;
+}
 
 Outcome ImportFiles(Session& session, const std::vector<fs::path>& files,
                     const ImportOptions& options, const Report& report) {

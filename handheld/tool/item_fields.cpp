@@ -6,6 +6,7 @@
 
 #include "common/calendar/wall_time.h"
 #include "common/text/utf.h"
+#include "handheld/store/item_limits.h"
 #include "platform/com_ptr.h"
 #include "platform/pocket_outlook.h"
 
@@ -43,20 +44,14 @@ ce::HRESULT Put(const TextSetter& put, std::u16string_view text) {
   return string ? put(string.get()) : ce::E_OUTOFMEMORY;
 }
 
-// The longest text that the setter takes, found without knowing its limit.
-std::size_t PutLongest(const TextSetter& put, std::string_view name, std::u16string_view text) {
-  std::size_t fits = 0;
-  std::size_t tooLong = text.size();
-  while (tooLong - fits > 1) {
-    const std::size_t middle = fits + (tooLong - fits) / 2;
-    const ce::HRESULT status = Put(put, text.substr(0, middle));
-    if (status != ce::kTextTooLong) Check(status, name);
-    (status == ce::kTextTooLong ? tooLong : fits) = middle;
-  }
-  // Not between the halves of one character.
-  if (fits > 0 && (text[fits - 1] & 0xFC00) == 0xD800) --fits;
-  Check(Put(put, text.substr(0, fits)), name);
-  return fits;
+// Characters that the handheld keeps of it.
+std::size_t LongestText(std::string_view name, bool ofContact) {
+  using ce::host::TextKind;
+  const TextKind kind = name == "Body"      ? TextKind::kBody
+                        : ofContact         ? TextKind::kPlain
+                        : name == "Subject" ? TextKind::kSubject
+                                            : TextKind::kCalendar;
+  return ce::host::LongestText(ce::host::ReadItemLimits(*ce::host::Handheld::Current()), kind);
 }
 
 std::string JoinCategories(const std::vector<std::string>& names) {
@@ -84,12 +79,15 @@ std::string ReadText(const TextGetter& get, std::string_view name) {
   return WithPlainLineEnds(ce::host::ToUtf8Lossy(text.view()));
 }
 
-void PutText(const TextSetter& put, std::string_view name, std::string_view utf8,
+void PutText(const TextSetter& put, std::string_view name, std::string_view utf8, bool ofContact,
              NotKept& notKept) {
   const std::u16string text = WithStoredLineEnds(ce::host::FromUtf8Lossy(utf8));
   const ce::HRESULT status = Put(put, text);
   if (status == ce::kTextTooLong) {
-    const std::size_t kept = PutLongest(put, name, text);
+    std::size_t kept = LongestText(name, ofContact);
+    // Not between the halves of one character.
+    if (kept > 0 && (text[kept - 1] & 0xFC00) == 0xD800) --kept;
+    Check(Put(put, text.substr(0, kept)), name);
     notKept.push_back(
         fmt::format("{}: cut from {} to {} characters, which is what a handheld keeps", name,
                     text.size(), kept));

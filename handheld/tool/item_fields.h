@@ -6,10 +6,11 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 #include "handheld/tool/status_error.h"
-#include "platform/automation.h"
+#include "platform/pocket_outlook.h"
 
 namespace tool {
 
@@ -27,8 +28,10 @@ using TextSetter = std::function<ce::HRESULT(ce::BSTR)>;
 
 // UTF-8 with LF for a line break; empty for a property that the handheld does not have.
 std::string ReadText(const TextGetter& get, std::string_view name);
-// A text that is too long is cut, between two characters.
-void PutText(const TextSetter& put, std::string_view name, std::string_view utf8, NotKept& notKept);
+// A text that is longer than this property of a contact, or of an appointment or a task, may be is
+// cut, between two characters.
+void PutText(const TextSetter& put, std::string_view name, std::string_view utf8, bool ofContact,
+             NotKept& notKept);
 std::vector<std::string> ReadCategories(const TextGetter& get);
 // As many names as there is room for, each whole.
 void PutCategories(const TextSetter& put, std::vector<std::string> names, NotKept& notKept);
@@ -41,7 +44,8 @@ std::string ReadText(Item& item, Getter<Item, ce::BSTR> get, std::string_view na
 template <typename Item>
 void PutText(Item& item, Setter<Item, ce::BSTR> put, std::string_view name, std::string_view utf8,
              NotKept& notKept) {
-  PutText([&](ce::BSTR text) { return (item.*put)(text); }, name, utf8, notKept);
+  PutText([&](ce::BSTR text) { return (item.*put)(text); }, name, utf8,
+          std::is_same_v<Item, ce::IContact>, notKept);
 }
 template <typename Item>
 std::vector<std::string> ReadCategories(Item& item) {

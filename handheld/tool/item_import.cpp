@@ -5,9 +5,7 @@
 #include <limits>
 #include <string>
 
-#include "handheld/tool/appointment_item.h"
-#include "handheld/tool/contact_item.h"
-#include "handheld/tool/task_item.h"
+#include "handheld/tool/records.h"
 
 namespace tool {
 namespace {

@@ -9,7 +9,7 @@
 #include "handheld/outlook/store_batch.h"
 #include "handheld/tool/imported_items.h"
 #include "handheld/tool/item_fields.h"
-#include "handheld/tool/item_kinds.h"
+#include "handheld/tool/records.h"
 #include "handheld/tool/report.h"
 #include "handheld/tool/session.h"
 

@@ -5,22 +5,20 @@
 #include <charconv>
 #include <functional>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "handheld/tool/card_commands.h"
 #include "handheld/tool/clock_commands.h"
-#include "handheld/tool/export_items.h"
-#include "handheld/tool/export_messages.h"
+#include "handheld/tool/export_records.h"
 #include "handheld/tool/handheld_commands.h"
 #include "handheld/tool/import_files.h"
 #include "handheld/tool/note_commands.h"
+#include "handheld/tool/records.h"
 #include "handheld/tool/registry_commands.h"
-#include "handheld/tool/remove_items.h"
-#include "handheld/tool/remove_messages.h"
+#include "handheld/tool/remove_records.h"
 #include "handheld/tool/session.h"
-#include "handheld/tool/show_items.h"
-#include "handheld/tool/show_messages.h"
-#include "handheld/tool/usage_error.h"
+#include "handheld/tool/show_records.h"
 
 namespace {
 
@@ -54,11 +52,22 @@ struct Arguments {
 
 using Command = std::function<Outcome(const Report&)>;
 
+// `run` takes the handheld in use, if it is to be there, and the report.
+template <typename Run>
 CLI::App* AddCommand(CLI::App& app, const char* name, const char* description, Arguments& a,
-                     Command& chosen, Command run) {
+                     Command& chosen, Run run) {
   CLI::App* command = app.add_subcommand(name, description);
   command->add_option("DIR", a.directory, "The handheld's directory")->required();
-  command->callback([&chosen, run = std::move(run)] { chosen = run; });
+  command->callback([&a, &chosen, run] {
+    if constexpr (std::is_invocable_v<Run, Session&, const Report&>) {
+      chosen = [&a, run](const Report& report) {
+        Session session(a.directory);
+        return run(session, report);
+      };
+    } else {
+      chosen = run;
+    }
+  });
   return command;
 }
 
@@ -75,10 +84,10 @@ void AddHandheldCommands(CLI::App& app, Arguments& a, Command& chosen) {
   init->add_option("--first-oid", a.init.firstOid, "Its first object identifier (default: 1)")
       ->type_name("N");
 
-  auto* set = AddCommand(app, "set", "Change a setting", a, chosen, [&](const Report& report) {
-    Session session(a.directory);
-    return tool::SetSetting(session, a.key, a.value, report);
-  });
+  auto* set =
+      AddCommand(app, "set", "Change a setting", a, chosen, [&](auto& session, auto& report) {
+        return tool::SetSetting(session, a.key, a.value, report);
+      });
   set->add_option("KEY", a.key, "The setting")->required();
   set->add_option("VALUE", a.value, "Its new value")->required();
   std::string keys = "Settings:\n";
@@ -86,16 +95,12 @@ void AddHandheldCommands(CLI::App& app, Arguments& a, Command& chosen) {
     keys += fmt::format("  {:<18}{}\n", key, values);
   set->footer(keys);
 
-  auto* info = AddCommand(app, "info", "Say what it is", a, chosen, [&](const Report& report) {
-    Session session(a.directory);
-    return tool::ShowHandheld(session, a.json, report);
-  });
+  auto* info = AddCommand(
+      app, "info", "Say what it is", a, chosen,
+      [&](auto& session, auto& report) { return tool::ShowHandheld(session, a.json, report); });
   info->add_flag("--json", a.json, "As JSON");
 
-  AddCommand(app, "check", "Look for damage in the store", a, chosen, [&](const Report& report) {
-    Session session(a.directory);
-    return tool::CheckHandheld(session, report);
-  });
+  AddCommand(app, "check", "Look for damage in the store", a, chosen, tool::CheckHandheld);
 }
 
 void AddKind(CLI::App& command, Arguments& a) {
@@ -105,37 +110,32 @@ void AddKind(CLI::App& command, Arguments& a) {
           CLI::IsMember({"contacts", "calendar", "appointments", "tasks", "messages", "calls"}));
 }
 
-// Another word for the calendar.
-bool IsCalendar(const std::string& kind) {
-  return kind == "calendar" || kind == "appointments";
-}
-
 bool IsOfTelephone(const std::string& kind) {
   return kind == "messages" || kind == "calls";
 }
 
-Outcome RunShow(const Arguments& a, const Report& report) {
-  Session session(a.directory);
-  if (IsCalendar(a.kind)) return ShowCalendar(session, a.json, report);
-  if (a.kind == "tasks") return ShowTasks(session, a.json, report);
-  if (a.kind == "messages") return ShowMessages(session, a.json, report);
-  if (a.kind == "calls") return ShowCalls(session, a.json, report);
-  return ShowContacts(session, a.json, report);
+// Runs it with an empty record of the kind, which says by its type which one it is.
+template <typename Run>
+Outcome WithRecord(const std::string& kind, Run run) {
+  if (kind == "contacts") return run(formats::Contact());
+  if (kind == "tasks") return run(formats::Task());
+  if (kind == "messages") return run(formats::TextMessage());
+  if (kind == "calls") return run(formats::Call());
+  return run(formats::Appointment());
 }
 
 Outcome RunExport(const Arguments& a, const Report& report) {
-  using tool::MessageFormat;
   if (a.format && !IsOfTelephone(a.kind))
     throw UsageError("--format is of messages and calls only");
+  using formats::VCardVersion;
+  const tool::ExportOptions options = {
+      .file = a.output,
+      .vcardVersion = a.vcardVersion == "4.0" ? VCardVersion::k40 : VCardVersion::k30,
+      .jsonLines = a.format == "json"};
   Session session(a.directory);
-  if (IsCalendar(a.kind)) return ExportCalendar(session, a.output, report);
-  if (a.kind == "tasks") return ExportTasks(session, a.output, report);
-  const auto format = a.format == "json" ? MessageFormat::kJsonLines : MessageFormat::kBackup;
-  if (a.kind == "messages") return ExportMessages(session, a.output, format, report);
-  if (a.kind == "calls") return ExportCalls(session, a.output, format, report);
-  const auto version =
-      a.vcardVersion == "4.0" ? formats::VCardVersion::k40 : formats::VCardVersion::k30;
-  return ExportContacts(session, a.output, version, report);
+  return WithRecord(a.kind, [&](auto record) {
+    return tool::ExportRecords<decltype(record)>(session, options, report);
+  });
 }
 
 template <typename Number>
@@ -175,8 +175,7 @@ Outcome RunRemove(const Arguments& a, const Report& report) {
 
 void AddImport(CLI::App& app, Arguments& a, Command& chosen) {
   auto* import = AddCommand(app, "import", "Put vCards, iCalendar files, messages and calls on it",
-                            a, chosen, [&](const Report& report) {
-                              Session session(a.directory);
+                            a, chosen, [&](auto& session, auto& report) {
                               return tool::ImportFiles(session, a.files, a.import, report);
                             });
   import
@@ -204,8 +203,12 @@ void AddExport(CLI::App& app, Arguments& a, Command& chosen) {
 
 void AddItemCommands(CLI::App& app, Arguments& a, Command& chosen) {
   AddImport(app, a, chosen);
-  auto* show = AddCommand(app, "show", "List what is on it", a, chosen,
-                          [&](const Report& report) { return RunShow(a, report); });
+  auto* show =
+      AddCommand(app, "show", "List what is on it", a, chosen, [&](auto& session, auto& report) {
+        return WithRecord(a.kind, [&](auto record) {
+          return tool::ShowRecords<decltype(record)>(session, a.json, report);
+        });
+      });
   AddKind(*show, a);
   show->add_flag("--json", a.json, "As JSON");
 
@@ -222,23 +225,22 @@ void AddItemCommands(CLI::App& app, Arguments& a, Command& chosen) {
       ->type_name("PATH");
 }
 
-Outcome RunRegistry(const Arguments& a, const Report& report) {
-  Session session(a.directory);
+Outcome RunRegistry(Session& session, const Arguments& a, const Report& report) {
   if (a.verb == "get") return RegistryGet(session.handheld(), a.key, a.name, report);
   if (a.verb == "delete") return RegistryDelete(session.handheld(), a.key, a.name, report);
   return RegistrySet(session.handheld(), a.key, a.name, a.typedValue, report);
 }
 
-Outcome RunClock(const Arguments& a, const Report& report) {
-  Session session(a.directory);
+Outcome RunClock(Session& session, const Arguments& a, const Report& report) {
   if (a.verb == "set") return SetClock(session, a.time, report);
   if (a.verb == "reset") return ResetClock(session, report);
   return ShowClock(session, report);
 }
 
 void AddSystemCommands(CLI::App& app, Arguments& a, Command& chosen) {
-  auto* registry = AddCommand(app, "registry", "Look at and change its registry", a, chosen,
-                              [&](const Report& report) { return RunRegistry(a, report); });
+  auto* registry =
+      AddCommand(app, "registry", "Look at and change its registry", a, chosen,
+                 [&](auto& session, auto& report) { return RunRegistry(session, a, report); });
   registry->add_option("VERB", a.verb, "get, set or delete")
       ->required()
       ->check(CLI::IsMember({"get", "set", "delete"}));
@@ -247,8 +249,9 @@ void AddSystemCommands(CLI::App& app, Arguments& a, Command& chosen) {
   registry->add_option("VALUE", a.typedValue, "sz:TEXT, dword:NUMBER or binary:HEX")
       ->type_name("TYPE:VALUE");
 
-  auto* clock = AddCommand(app, "clock", "Show or set its clock", a, chosen,
-                           [&](const Report& report) { return RunClock(a, report); });
+  auto* clock =
+      AddCommand(app, "clock", "Show or set its clock", a, chosen,
+                 [&](auto& session, auto& report) { return RunClock(session, a, report); });
   clock->add_option("VERB", a.verb, "set or reset (default: show)")
       ->check(CLI::IsMember({"show", "set", "reset"}));
   clock->add_option("TIME", a.time, "For set: 2008-02-15T13:45:00Z; UTC unless it says otherwise");
@@ -258,18 +261,16 @@ void AddSystemCommands(CLI::App& app, Arguments& a, Command& chosen) {
   });
 }
 
-Outcome RunCard(const Arguments& a, const Report& report) {
-  Session session(a.directory);
+Outcome RunCard(Session& session, const Arguments& a, const Report& report) {
   if (a.verb == "add") return AddCard(session, a.key, a.target, report);
   if (a.verb == "remove") return RemoveCard(session, a.key, report);
   return ShowCards(session, report);
 }
 
 void AddFileCommands(CLI::App& app, Arguments& a, Command& chosen) {
-  auto* note = AddCommand(app, "note", "Put a note on it", a, chosen, [&](const Report& report) {
-    Session session(a.directory);
-    return tool::AddNote(session, a.file, a.name, report);
-  });
+  auto* note = AddCommand(
+      app, "note", "Put a note on it", a, chosen,
+      [&](auto& session, auto& report) { return tool::AddNote(session, a.file, a.name, report); });
   note->add_option("VERB", a.verb, "add")->required()->check(CLI::IsMember({"add"}));
   note->add_option("FILE", a.file, "The note's file")->required();
   note->add_option("NAME", a.name,
@@ -277,7 +278,7 @@ void AddFileCommands(CLI::App& app, Arguments& a, Command& chosen) {
                    "file's name)");
 
   auto* card = AddCommand(app, "card", "List, add and remove its storage cards", a, chosen,
-                          [&](const Report& report) { return RunCard(a, report); });
+                          [&](auto& session, auto& report) { return RunCard(session, a, report); });
   card->add_option("VERB", a.verb, "list, add or remove")
       ->required()
       ->check(CLI::IsMember({"list", "add", "remove"}));

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "handheld/tool/item_import.h"
-#include "handheld/tool/message_walk.h"
+#include "handheld/tool/records.h"
 #include "handheld/tool/report.h"
 #include "handheld/tool/session.h"
 

@@ -9,7 +9,6 @@
 #include "common/text/utf.h"
 #include "handheld/ink/note_formats.h"
 #include "handheld/system/device_path.h"
-#include "handheld/tool/usage_error.h"
 #include "platform/files.h"
 #include "platform/status.h"
 

@@ -7,7 +7,6 @@
 
 #include "common/text/utf.h"
 #include "handheld/registry/registry_store.h"
-#include "handheld/tool/usage_error.h"
 #include "platform/registry.h"
 
 namespace tool {

@@ -1,18 +1,23 @@
-// Where a command of corvane-device says what it did.
+// What a command of corvane-device says and ends with.
 #pragma once
 
 #include <cstdio>
-#include <string_view>
+#include <stdexcept>
 
 namespace tool {
 
-// What a command ends with; the program's exit code.
+// The program's exit code.
 enum class Outcome { kDone = 0, kFailed = 1, kPartlyDone = 3 };
 
 // Results go to `out`; errors and notices to `err`, as lines "corvane-device: …" or "FILE:LINE: …".
 struct Report {
   std::FILE* out = stdout;
   std::FILE* err = stderr;
+};
+
+// A value on the command line that makes no sense: the program's exit code is 2.
+struct UsageError : std::runtime_error {
+  using std::runtime_error::runtime_error;
 };
 
 }  // namespace tool

@@ -1,4 +1,4 @@
-#include "handheld/tool/task_item.h"
+#include "handheld/tool/records.h"
 
 #include "handheld/tool/recurrence.h"
 

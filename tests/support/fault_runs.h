@@ -10,12 +10,14 @@
 
 namespace corvane::testing {
 
-// `run()` gives the outcome; `check(outcome, call)` is told which call failed, once the plan is no
-// longer in force. Ends with the first run in which no call failed. Answers the number of calls.
-template <typename Run, typename Check>
-std::uint64_t FailEachCall(ce::DWORD error, Run run, Check check) {
+// `prepare()` comes before the plan is in force; `run()` gives the outcome; `check(outcome, call)`
+// is told which call failed, once the plan is no longer in force. Ends with the first run in which
+// no call failed. Answers the number of calls.
+template <typename Prepare, typename Run, typename Check>
+std::uint64_t FailEachCall(ce::DWORD error, Prepare prepare, Run run, Check check) {
   for (std::uint64_t n = 1;; ++n) {
     std::string call;
+    prepare();
     auto outcome = [&] {
       const auto plan = ce::host::FaultPlan::FailNth(n, error);
       auto result = run();
@@ -27,6 +29,11 @@ std::uint64_t FailEachCall(ce::DWORD error, Run run, Check check) {
     if (call.empty()) return n - 1;
     if (::testing::Test::HasFailure()) return n;
   }
+}
+template <typename Run, typename Check>
+std::uint64_t FailEachCall(ce::DWORD error, Run run, Check check) {
+  return FailEachCall(
+      error, [] {}, run, check);
 }
 
 }  // namespace corvane::testing

@@ -3,10 +3,8 @@
 #include <nlohmann/json.hpp>
 
 #include "common/formats/icalendar/icalendar.h"
-#include "handheld/tool/export_items.h"
-#include "handheld/tool/import_files.h"
-#include "handheld/tool/remove_items.h"
-#include "handheld/tool/show_items.h"
+#include "handheld/tool/export_records.h"
+#include "handheld/tool/remove_records.h"
 #include "tests/handheld/tool/item_support.h"
 
 namespace tool::testing {
@@ -58,24 +56,30 @@ class CalendarListing : public ItemTest {
     plants.pattern = calendar::PatternFrom(PatternType::kDaily, Day(2008, 2, 15));
     Add(plants);
   }
-  using Command = Outcome (*)(Session&, bool, const Report&);
-  std::string Show(Command show, bool json = false) {
-    Capture capture;
-    EXPECT_EQ(show(*session_, json, capture.report()), Outcome::kDone);
-    return capture.Out();
+  template <typename Record>
+  std::string Show(bool json = false) {
+    RunIn(*session_, [&](Session& session, const Report& report) {
+      return ShowRecords<Record>(session, json, report);
+    });
+    return out_;
   }
-  using ExportCommand = Outcome (*)(Session&, const std::optional<std::filesystem::path>&,
-                                    const Report&);
-  std::string Export(ExportCommand run) {
-    Capture capture;
-    EXPECT_EQ(run(*session_, std::nullopt, capture.report()), Outcome::kDone);
-    losses_ = capture.Err();
-    return capture.Out();
+  template <typename Record>
+  Outcome Export(const ExportOptions& options) {
+    return RunIn(*session_, [&](Session& session, const Report& report) {
+      return ExportRecords<Record>(session, options, report);
+    });
+  }
+  template <typename Record>
+  std::string Exported() {
+    EXPECT_EQ(Export<Record>({}), Outcome::kDone);
+    losses_ = err_;
+    return out_;
   }
   std::string Import(const std::string& text) {
-    Capture capture;
-    ImportFiles(*session_, {WriteFile("in.ics", text)}, {}, capture.report());
-    return capture.Out();
+    RunIn(*session_, [&](Session& session, const Report& report) {
+      return ImportFiles(session, {WriteFile("in.ics", text)}, {}, report);
+    });
+    return out_;
   }
 
   std::string losses_;
@@ -83,7 +87,7 @@ class CalendarListing : public ItemTest {
 
 TEST_F(CalendarListing, ListsAnAppointmentALine) {
   AddAppointments();
-  EXPECT_EQ(Show(ShowCalendar),
+  EXPECT_EQ(Show<Appointment>(),
             "       OID  Date       Time           Subject                          Place          "
             "      Repeats\n"
             "         1  2008-02-15 09:00-10:30    Meeting                          Room 1         "
@@ -112,7 +116,7 @@ TEST_F(CalendarListing, ListsTimesAsPeopleSayThem) {
     appointment.end = each.end;
     const auto item = New<Appointment>();
     StoreIn(appointment, *item.get());
-    EXPECT_THAT(Show(ShowCalendar), HasSubstr(each.times));
+    EXPECT_THAT(Show<Appointment>(), HasSubstr(each.times));
     item->Delete();
   }
 }
@@ -120,7 +124,7 @@ TEST_F(CalendarListing, ListsTimesAsPeopleSayThem) {
 TEST_F(CalendarListing, ListsATaskALine) {
   AddTasks();
   EXPECT_EQ(
-      Show(ShowTasks),
+      Show<Task>(),
       "       OID  Done Due        Priority Subject                                  Repeats\n"
       "         1  [ ]  2008-02-15 high     Shopping                                 \n"
       "         2  [x]  -          normal   Plants                                   daily\n"
@@ -128,22 +132,22 @@ TEST_F(CalendarListing, ListsATaskALine) {
 }
 
 TEST_F(CalendarListing, ListsNothingAsNothing) {
-  EXPECT_EQ(Show(ShowCalendar), "0 appointments\n");
-  EXPECT_EQ(Show(ShowTasks), "0 tasks\n");
-  EXPECT_EQ(Show(ShowCalendar, true), "[]\n");
+  EXPECT_EQ(Show<Appointment>(), "0 appointments\n");
+  EXPECT_EQ(Show<Task>(), "0 tasks\n");
+  EXPECT_EQ(Show<Appointment>(true), "[]\n");
 }
 
 TEST_F(CalendarListing, ListsJson) {
   AddAppointments();
   AddTasks();
-  const auto calendar = nlohmann::json::parse(Show(ShowCalendar, true));
+  const auto calendar = nlohmann::json::parse(Show<Appointment>(true));
   ASSERT_EQ(calendar.size(), 2u);
   EXPECT_EQ(calendar[0]["oid"], 1);
   EXPECT_EQ(calendar[0]["Start"], "2008-02-15T09:00:00");
   EXPECT_EQ(calendar[1]["recurrence"]["PatternEndDate"], "2008-06-30");
   EXPECT_EQ(calendar[1]["recurrence"]["deleted"],
             nlohmann::json::array({"2008-02-20", "2008-02-25"}));
-  const auto tasks = nlohmann::json::parse(Show(ShowTasks, true));
+  const auto tasks = nlohmann::json::parse(Show<Task>(true));
   ASSERT_EQ(tasks.size(), 2u);
   EXPECT_EQ(tasks[0]["DueDate"], "2008-02-15");
   EXPECT_EQ(tasks[1]["Complete"], true);
@@ -152,10 +156,10 @@ TEST_F(CalendarListing, ListsJson) {
 TEST_F(CalendarListing, ExportsICalendarThatImportsAsUnchanged) {
   AddAppointments();
   AddTasks();
-  const std::string calendar = Export(ExportCalendar);
+  const std::string calendar = Exported<Appointment>();
   EXPECT_THAT(calendar, HasSubstr("SUMMARY:Standup\r\n"));
   EXPECT_THAT(Import(calendar), HasSubstr("0 added, 0 changed, 2 unchanged"));
-  const std::string tasks = Export(ExportTasks);
+  const std::string tasks = Exported<Task>();
   EXPECT_THAT(tasks, HasSubstr("BEGIN:VTODO\r\n"));
   EXPECT_THAT(Import(tasks), HasSubstr("0 added, 0 changed, 2 unchanged"));
   EXPECT_EQ(losses_, "");
@@ -168,7 +172,7 @@ TEST_F(CalendarListing, ExportsWhatWasImportedUnderItsUidAndKnowsBothFilesAgain)
       "DTEND:20080218T091500\r\nRRULE:FREQ=WEEKLY;BYDAY=MO,WE;COUNT=6\r\nEND:VEVENT\r\n"
       "END:VCALENDAR\r\n";
   Import(imported);
-  const std::string exported = Export(ExportCalendar);
+  const std::string exported = Exported<Appointment>();
   EXPECT_THAT(exported, HasSubstr("UID:with-uid\r\n"));
   EXPECT_THAT(Import(exported), HasSubstr("0 added, 0 changed, 1 unchanged"));
   EXPECT_THAT(Import(imported), HasSubstr("0 added, 0 changed, 1 unchanged"));
@@ -183,12 +187,12 @@ TEST_F(CalendarListing, ExportsOddItemsWithoutChangingThemWhenTheyComeBack) {
   plants.subject = "Plants";
   plants.pattern = calendar::PatternFrom(PatternType::kDaily, Day(2008, 2, 15));
   Add(plants);
-  const std::string before = Show(ShowCalendar, true) + Show(ShowTasks, true);
-  EXPECT_THAT(Import(Export(ExportCalendar)), HasSubstr("0 added, 0 changed, 1 unchanged"));
+  const std::string before = Show<Appointment>(true) + Show<Task>(true);
+  EXPECT_THAT(Import(Exported<Appointment>()), HasSubstr("0 added, 0 changed, 1 unchanged"));
   EXPECT_NE(losses_, "");
-  EXPECT_THAT(Import(Export(ExportTasks)), HasSubstr("0 added, 0 changed, 1 unchanged"));
+  EXPECT_THAT(Import(Exported<Task>()), HasSubstr("0 added, 0 changed, 1 unchanged"));
   EXPECT_NE(losses_, "");
-  EXPECT_EQ(Show(ShowCalendar, true) + Show(ShowTasks, true), before);
+  EXPECT_EQ(Show<Appointment>(true) + Show<Task>(true), before);
 }
 
 TEST_F(CalendarListing, GivesAnItemTheSameUidEachTime) {
@@ -196,7 +200,7 @@ TEST_F(CalendarListing, GivesAnItemTheSameUidEachTime) {
   const auto uids = [&] {
     std::vector<std::string> found;
     const auto zone = session_->Zone();
-    for (const auto& parsed : formats::ReadICalendar(Export(ExportCalendar), zone).appointments)
+    for (const auto& parsed : formats::ReadICalendar(Exported<Appointment>(), zone).appointments)
       found.push_back(parsed.appointment.uid);
     return found;
   };
@@ -207,11 +211,10 @@ TEST_F(CalendarListing, GivesAnItemTheSameUidEachTime) {
 
 TEST_F(CalendarListing, ExportsToAFileAsAWhole) {
   AddAppointments();
-  Capture capture;
   const auto file = directory_ / "out.ics";
-  EXPECT_EQ(ExportCalendar(*session_, file, capture.report()), Outcome::kDone);
+  EXPECT_EQ(Export<Appointment>({.file = file}), Outcome::kDone);
   EXPECT_EQ(formats::ReadICalendar(ReadFile(file), session_->Zone()).appointments.size(), 2u);
-  EXPECT_EQ(capture.Out(), file.string() + ": 2 appointments\n");
+  EXPECT_EQ(out_, file.string() + ": 2 appointments\n");
 }
 
 TEST_F(CalendarListing, NamesWhatNoEventCanSay) {
@@ -220,11 +223,9 @@ TEST_F(CalendarListing, NamesWhatNoEventCanSay) {
   item->put_Start(ce::kNoDate);
   item->put_End(ce::kNoDate);
   ASSERT_EQ(item->Save(), ce::S_OK);
-  Capture capture;
-  EXPECT_EQ(ExportCalendar(*session_, directory_ / "out.ics", capture.report()),
-            Outcome::kPartlyDone);
-  EXPECT_THAT(capture.Err(), HasSubstr("corvane-device: Some day: "));
-  EXPECT_THAT(capture.Out(), HasSubstr("out.ics: 0 appointments\n"));
+  EXPECT_EQ(Export<Appointment>({.file = directory_ / "out.ics"}), Outcome::kPartlyDone);
+  EXPECT_THAT(err_, HasSubstr("corvane-device: Some day: "));
+  EXPECT_THAT(out_, HasSubstr("out.ics: 0 appointments\n"));
   EXPECT_THAT(ReadFile(directory_ / "out.ics"), Not(HasSubstr("BEGIN:VEVENT")));
 }
 
@@ -236,8 +237,8 @@ TEST_F(CalendarListing, RemovesItemsOfEveryKind) {
   EXPECT_EQ(RemoveItems(*session_, {2, 3, 77}, capture.report()), Outcome::kPartlyDone);
   EXPECT_EQ(capture.Out(), "removed          2\nremoved          3\n");
   EXPECT_EQ(capture.Err(), "corvane-device: 77: no such item\n");
-  EXPECT_EQ(CountItems(*session_, ce::olFolderCalendar), 1u);
-  EXPECT_EQ(CountItems(*session_, ce::olFolderTasks), 1u);
+  EXPECT_EQ(CountRecords<Appointment>(*session_), 1u);
+  EXPECT_EQ(CountRecords<Task>(*session_), 1u);
 }
 
 }  // namespace

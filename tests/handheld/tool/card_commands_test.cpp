@@ -2,7 +2,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include "handheld/tool/usage_error.h"
 #include "platform/find_files.h"
 #include "tests/handheld/tool/maintenance_support.h"
 
@@ -19,16 +18,25 @@ class CardCommands : public MaintenanceTest {
     fs::create_directories(directory_ / "cf");
   }
   std::string Add(const std::string& name, const fs::path& target) {
-    Capture capture;
-    Session session(HandheldPath());
-    EXPECT_EQ(AddCard(session, name, target, capture.report()), Outcome::kDone);
-    return capture.Out();
+    const auto add = [&](Session& session, const Report& report) {
+      return AddCard(session, name, target, report);
+    };
+    EXPECT_EQ(Run(add), Outcome::kDone);
+    return out_;
+  }
+  Outcome Remove(const std::string& name) {
+    return Run(
+        [&](Session& session, const Report& report) { return RemoveCard(session, name, report); });
   }
   std::string List() {
-    Capture capture;
-    Session session(HandheldPath());
-    EXPECT_EQ(ShowCards(session, capture.report()), Outcome::kDone);
-    return capture.Out();
+    EXPECT_EQ(Run(ShowCards), Outcome::kDone);
+    return out_;
+  }
+  std::string Info(bool json) {
+    Run([&](Session& session, const Report& report) {
+      return ShowHandheld(session, json, report);
+    });
+    return out_;
   }
   fs::path Files() const { return HandheldPath() / "files"; }
   std::string Target(const std::string& name) const {
@@ -91,10 +99,8 @@ TEST_F(CardCommands, RefusesWhatIsNoDirectoryOrHoldsTheHandheld) {
 TEST_F(CardCommands, RemovesTheLinkAndNothingElse) {
   Add("Card", directory_ / "sd");
   WriteFile("sd/photo", "x");
-  Capture capture;
-  Session session(HandheldPath());
-  EXPECT_EQ(RemoveCard(session, "card", capture.report()), Outcome::kDone);
-  EXPECT_EQ(capture.Out(), "removed Card\n");
+  EXPECT_EQ(Remove("card"), Outcome::kDone);
+  EXPECT_EQ(out_, "removed Card\n");
   EXPECT_FALSE(fs::exists(fs::symlink_status(Files() / "Card")));
   EXPECT_EQ(ReadFile(directory_ / "sd" / "photo"), "x");
 }
@@ -102,38 +108,27 @@ TEST_F(CardCommands, RemovesTheLinkAndNothingElse) {
 TEST_F(CardCommands, RemovesACardThatIsTakenOut) {
   Add("Card", directory_ / "sd");
   fs::remove(directory_ / "sd");
-  Capture capture;
-  Session session(HandheldPath());
-  EXPECT_EQ(RemoveCard(session, "Card", capture.report()), Outcome::kDone);
-  EXPECT_TRUE(ListCards(session.handheld()).empty());
+  EXPECT_EQ(Remove("Card"), Outcome::kDone);
+  EXPECT_EQ(List(), "0 cards\n");
 }
 
 TEST_F(CardCommands, RemovesNothingButCards) {
   fs::create_directory(Files() / "plain");
-  Capture capture;
-  Session session(HandheldPath());
-  EXPECT_EQ(RemoveCard(session, "plain", capture.report()), Outcome::kFailed);
-  EXPECT_EQ(RemoveCard(session, "../files", capture.report()), Outcome::kFailed);
-  EXPECT_EQ(capture.Err(),
-            "corvane-device: plain: no such card\ncorvane-device: ../files: no such card\n");
+  EXPECT_EQ(Remove("plain"), Outcome::kFailed);
+  EXPECT_EQ(err_, "corvane-device: plain: no such card\n");
+  EXPECT_EQ(Remove("../files"), Outcome::kFailed);
+  EXPECT_EQ(err_, "corvane-device: ../files: no such card\n");
   EXPECT_TRUE(fs::exists(Files() / "plain"));
 }
 
 TEST_F(CardCommands, AreNamedByInfo) {
   Add("Card", directory_ / "sd");
-  Session session(HandheldPath());
-  Capture table;
-  ShowHandheld(session, false, table.report());
-  EXPECT_NE(table.Out().find("Cards       Card\n"), std::string::npos) << table.Out();
+  EXPECT_NE(Info(false).find("Cards       Card\n"), std::string::npos) << out_;
   fs::remove(directory_ / "sd");
-  Capture json;
-  ShowHandheld(session, true, json.report());
-  const auto card = nlohmann::json::parse(json.Out())["cards"][0];
+  const auto card = nlohmann::json::parse(Info(true))["cards"][0];
   EXPECT_EQ(card["name"], "Card");
   EXPECT_EQ(card["present"], false);
-  Capture out;
-  ShowHandheld(session, false, out.report());
-  EXPECT_NE(out.Out().find("Cards       Card (taken out)\n"), std::string::npos) << out.Out();
+  EXPECT_NE(Info(false).find("Cards       Card (taken out)\n"), std::string::npos) << out_;
 }
 
 }  // namespace

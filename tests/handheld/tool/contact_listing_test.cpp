@@ -1,10 +1,8 @@
-#include "handheld/tool/export_items.h"
+#include "handheld/tool/export_records.h"
 
 #include "common/files/error.h"
 #include "common/formats/vcard/vcard.h"
-#include "handheld/tool/import_files.h"
-#include "handheld/tool/remove_items.h"
-#include "handheld/tool/show_items.h"
+#include "handheld/tool/remove_records.h"
 #include "tests/handheld/tool/maintenance_support.h"
 
 namespace tool::testing {
@@ -19,25 +17,16 @@ class ContactListing : public MaintenanceTest {
         "TEL;TYPE=CELL:+1 555 0100\r\nEMAIL:john@example.org\r\nEND:VCARD\r\n"
         "BEGIN:VCARD\r\nVERSION:3.0\r\nN:Roe;Jane;;;\r\nEND:VCARD\r\n");
   }
-  std::string Import(const std::string& cards) {
-    Capture capture;
-    Session session(HandheldPath());
-    ImportFiles(session, {WriteFile("in.vcf", cards)}, {}, capture.report());
-    return capture.Out();
-  }
-  std::string Export(formats::VCardVersion version) {
-    Capture capture;
-    Session session(HandheldPath());
-    EXPECT_EQ(ExportContacts(session, std::nullopt, version, capture.report()), Outcome::kDone);
-    return capture.Out();
+  void Import(const std::string& cards) { MaintenanceTest::Import({WriteFile("in.vcf", cards)}); }
+  Outcome Export(const ExportOptions& options) {
+    return Run([&](Session& session, const Report& report) {
+      return ExportRecords<formats::Contact>(session, options, report);
+    });
   }
 };
 
 TEST_F(ContactListing, ListsAContactALine) {
-  Capture capture;
-  Session session(HandheldPath());
-  EXPECT_EQ(ShowContacts(session, false, capture.report()), Outcome::kDone);
-  EXPECT_EQ(capture.Out(),
+  EXPECT_EQ(Shown<formats::Contact>(false),
             "       OID  Name                         Company              Phone                "
             "E-mail\n"
             "         1  Doe, John                    Acme                 +1 555 0100          "
@@ -47,11 +36,8 @@ TEST_F(ContactListing, ListsAContactALine) {
 }
 
 TEST_F(ContactListing, ListsJson) {
-  Capture capture;
-  Session session(HandheldPath());
-  ShowContacts(session, true, capture.report());
   EXPECT_EQ(
-      capture.Out(),
+      Shown<formats::Contact>(),
       "[\n{\"oid\":1,\"Email1Address\":\"john@example.org\",\"FirstName\":\"John\","
       "\"LastName\":\"Doe\",\"CompanyName\":\"Acme\",\"FileAs\":\"Doe, John\","
       "\"MobileTelephoneNumber\":\"+1 555 0100\"},\n"
@@ -60,51 +46,48 @@ TEST_F(ContactListing, ListsJson) {
 
 TEST_F(ContactListing, ExportsVCardsThatImportAsUnchanged) {
   for (const auto version : {formats::VCardVersion::k30, formats::VCardVersion::k40}) {
-    const std::string exported = Export(version);
-    EXPECT_NE(exported.find(":with-uid\r\n"), std::string::npos);
-    EXPECT_NE(Import(exported).find("0 added, 0 changed, 2 unchanged"), std::string::npos);
+    EXPECT_EQ(Export({.vcardVersion = version}), Outcome::kDone);
+    EXPECT_NE(out_.find(":with-uid\r\n"), std::string::npos);
+    Import(out_);
+    EXPECT_NE(out_.find("0 added, 0 changed, 2 unchanged"), std::string::npos);
   }
 }
 
 TEST_F(ContactListing, GivesAContactTheSameUidEachTime) {
-  EXPECT_EQ(Export(formats::VCardVersion::k30), Export(formats::VCardVersion::k30));
+  Export({});
+  const std::string first = out_;
+  Export({});
+  EXPECT_EQ(out_, first);
 }
 
 TEST_F(ContactListing, ExportsToAFileAsAWhole) {
-  Capture capture;
-  Session session(HandheldPath());
   const auto file = directory_ / "out.vcf";
-  EXPECT_EQ(ExportContacts(session, file, formats::VCardVersion::k30, capture.report()),
-            Outcome::kDone);
+  EXPECT_EQ(Export({.file = file}), Outcome::kDone);
   EXPECT_EQ(formats::ReadVCards(ReadFile(file)).contacts.size(), 2u);
-  EXPECT_EQ(capture.Out(), file.string() + ": 2 contacts\n");
+  EXPECT_EQ(out_, file.string() + ": 2 contacts\n");
 }
 
 TEST_F(ContactListing, SaysThatAFileCannotBeWritten) {
-  Capture capture;
-  Session session(HandheldPath());
-  EXPECT_THROW(ExportContacts(session, directory_ / "no" / "out.vcf", formats::VCardVersion::k30,
-                              capture.report()),
-               files::Error);
+  EXPECT_THROW(Export({.file = directory_ / "no" / "out.vcf"}), files::Error);
 }
 
 TEST_F(ContactListing, ExportsThroughALinkAndLeavesItALink) {
-  Capture capture;
-  Session session(HandheldPath());
   WriteFile("real.vcf", "before");
   std::filesystem::create_symlink(directory_ / "real.vcf", directory_ / "link.vcf");
-  ExportContacts(session, directory_ / "link.vcf", formats::VCardVersion::k30, capture.report());
+  Export({.file = directory_ / "link.vcf"});
   EXPECT_TRUE(std::filesystem::is_symlink(directory_ / "link.vcf"));
   EXPECT_EQ(formats::ReadVCards(ReadFile(directory_ / "real.vcf")).contacts.size(), 2u);
 }
 
 TEST_F(ContactListing, RemovesItemsByIdentifier) {
-  Capture capture;
-  Session session(HandheldPath());
-  EXPECT_EQ(RemoveItems(session, {2, 77}, capture.report()), Outcome::kPartlyDone);
-  EXPECT_EQ(capture.Out(), "removed          2\n");
-  EXPECT_EQ(capture.Err(), "corvane-device: 77: no such item\n");
-  EXPECT_EQ(RemoveItems(session, {2}, capture.report()), Outcome::kFailed);
+  const auto remove = [&](const std::vector<std::uint32_t>& oids) {
+    return Run(
+        [&](Session& session, const Report& report) { return RemoveItems(session, oids, report); });
+  };
+  EXPECT_EQ(remove({2, 77}), Outcome::kPartlyDone);
+  EXPECT_EQ(out_, "removed          2\n");
+  EXPECT_EQ(err_, "corvane-device: 77: no such item\n");
+  EXPECT_EQ(remove({2}), Outcome::kFailed);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "handheld/tool/file_kind.h"
+#include "handheld/tool/import_files.h"
 
 #include <gtest/gtest.h>
 

@@ -3,10 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "handheld/tool/clock_commands.h"
-#include "handheld/tool/import_files.h"
-#include "handheld/tool/item_kinds.h"
 #include "handheld/tool/registry_commands.h"
-#include "handheld/tool/usage_error.h"
 #include "platform/modules.h"
 #include "tests/handheld/tool/maintenance_support.h"
 
@@ -18,15 +15,17 @@ using ce::host::HandheldError;
 class HandheldCommands : public MaintenanceTest {
  protected:
   nlohmann::json Info() {
-    Capture capture;
-    Session session(HandheldPath());
-    EXPECT_EQ(ShowHandheld(session, true, capture.report()), Outcome::kDone);
-    return nlohmann::json::parse(capture.Out());
+    const auto show = [](Session& session, const Report& report) {
+      return ShowHandheld(session, true, report);
+    };
+    EXPECT_EQ(Run(show), Outcome::kDone);
+    return nlohmann::json::parse(out_);
   }
   void Set(const std::string& key, const std::string& value) {
-    Capture capture;
-    Session session(HandheldPath());
-    EXPECT_EQ(SetSetting(session, key, value, capture.report()), Outcome::kDone);
+    const auto set = [&](Session& session, const Report& report) {
+      return SetSetting(session, key, value, report);
+    };
+    EXPECT_EQ(Run(set), Outcome::kDone);
   }
 };
 
@@ -68,12 +67,9 @@ TEST_F(HandheldCommands, SetChangesEverySetting) {
   EXPECT_EQ(info["zone"], "America/New_York");
   EXPECT_EQ(info["owner"], "Zoë");
   for (const SettingHelp& setting : SettingKeys()) {
-    Capture capture;
-    Session session(HandheldPath());
     EXPECT_FALSE(setting.values.empty()) << setting.key;
     if (setting.key == "owner") continue;
-    EXPECT_THROW(SetSetting(session, setting.key, "nonsense!", capture.report()), UsageError)
-        << setting.key;
+    EXPECT_THROW(Set(setting.key, "nonsense!"), UsageError) << setting.key;
   }
 }
 
@@ -139,11 +135,7 @@ TEST_F(HandheldCommands, InfoCountsMessagesAndCalls) {
   const auto file =
       WriteFile("all.json",
                 "{\"text\":\"a\"}\n{\"folder\":\"/Drafts\",\"text\":\"b\"}\n{\"number\":\"1\"}\n");
-  {
-    Capture capture;
-    Session session(HandheldPath());
-    EXPECT_EQ(ImportFiles(session, {file}, {}, capture.report()), Outcome::kDone);
-  }
+  EXPECT_EQ(Import({file}), Outcome::kDone);
   const nlohmann::json info = Info();
   EXPECT_EQ(info["messages"], 2);
   EXPECT_EQ(info["calls"], 1);
@@ -171,22 +163,16 @@ TEST_F(HandheldCommands, SetTakesPhoneAndInkAwayAndGivesThemBack) {
 TEST_F(HandheldCommands, SetMovesTheIdentifiersOnButNeverBack) {
   Init();
   Set("first-oid", "2147483649");
-  Capture capture;
-  Session session(HandheldPath());
-  ImportFiles(session,
-              {WriteFile("a.vcf", "BEGIN:VCARD\r\nVERSION:3.0\r\nN:Doe;;;;\r\nEND:VCARD\r\n")}, {},
-              capture.report());
-  EXPECT_NE(capture.Out().find("added    2147483649  Doe"), std::string::npos) << capture.Out();
-  EXPECT_THROW(SetSetting(session, "first-oid", "5", capture.report()), UsageError);
-  EXPECT_THROW(SetSetting(session, "first-oid", "0", capture.report()), UsageError);
+  Import({WriteFile("a.vcf", "BEGIN:VCARD\r\nVERSION:3.0\r\nN:Doe;;;;\r\nEND:VCARD\r\n")});
+  EXPECT_NE(out_.find("added    2147483649  Doe"), std::string::npos) << out_;
+  EXPECT_THROW(Set("first-oid", "5"), UsageError);
+  EXPECT_THROW(Set("first-oid", "0"), UsageError);
 }
 
 TEST_F(HandheldCommands, SetRefusesAnUnknownKeyAndNamesTheKnownOnes) {
   Init();
-  Capture capture;
-  Session session(HandheldPath());
   try {
-    SetSetting(session, "colour", "red", capture.report());
+    Set("colour", "red");
     FAIL() << "an unknown key was taken";
   } catch (const UsageError& error) {
     EXPECT_NE(std::string(error.what()).find("language"), std::string::npos);
@@ -206,10 +192,8 @@ TEST_F(HandheldCommands, ASecondProgramIsToldWhoHasTheHandheld) {
 
 TEST_F(HandheldCommands, CheckFindsASoundStoreSound) {
   Init();
-  Capture capture;
-  Session session(HandheldPath());
-  EXPECT_EQ(CheckHandheld(session, capture.report()), Outcome::kDone);
-  EXPECT_EQ(capture.Out(), "The store is sound.\n");
+  EXPECT_EQ(Run(CheckHandheld), Outcome::kDone);
+  EXPECT_EQ(out_, "The store is sound.\n");
 }
 
 TEST_F(HandheldCommands, CheckNamesADamagedStore) {
@@ -235,16 +219,12 @@ TEST_F(HandheldCommands, ClockIsSetAndReset) {
 
 TEST_F(HandheldCommands, ClockStaysResetForTheNextSession) {
   Init();
-  Capture capture;
-  {
-    Session session(HandheldPath());
-    SetClock(session, "2008-02-15T14:45:00Z", capture.report());
-    ResetClock(session, capture.report());
-  }
-  Session session(HandheldPath());
-  Capture shown;
-  ShowClock(session, shown.report());
-  EXPECT_EQ(shown.Out().find("2008"), std::string::npos) << shown.Out();
+  Run([](Session& session, const Report& report) {
+    SetClock(session, "2008-02-15T14:45:00Z", report);
+    return ResetClock(session, report);
+  });
+  Run(ShowClock);
+  EXPECT_EQ(out_.find("2008"), std::string::npos) << out_;
 }
 
 TEST_F(HandheldCommands, ClockRefusesWhatIsNoTime) {

@@ -1,10 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "handheld/base/fault.h"
-#include "handheld/tool/export_items.h"
-#include "handheld/tool/import_files.h"
-#include "handheld/tool/remove_items.h"
-#include "handheld/tool/show_items.h"
+#include "handheld/tool/remove_records.h"
 #include "tests/handheld/tool/item_support.h"
 
 namespace tool::testing {
@@ -46,15 +43,6 @@ class ImportCalendar : public MaintenanceTest {
  protected:
   ImportCalendar() { Init({.zone = "Europe/Berlin"}); }
 
-  Outcome Import(const std::vector<std::filesystem::path>& files,
-                 const ImportOptions& options = {}) {
-    Capture capture;
-    Session session(HandheldPath());
-    const Outcome outcome = ImportFiles(session, files, options, capture.report());
-    out_ = capture.Out();
-    err_ = capture.Err();
-    return outcome;
-  }
   Outcome ImportText(const std::string& components, const ImportOptions& options = {}) {
     return Import({WriteFile("in.ics", Calendar(components))}, options);
   }
@@ -63,19 +51,7 @@ class ImportCalendar : public MaintenanceTest {
     Session session(HandheldPath());
     return OnlyRecord<Record>(session);
   }
-  std::string Shown() {
-    Capture capture;
-    Session session(HandheldPath());
-    ShowCalendar(session, true, capture.report());
-    ShowTasks(session, true, capture.report());
-    return capture.Out();
-  }
-  std::size_t Stored(ce::INT folder) {
-    Session session(HandheldPath());
-    return CountItems(session, folder);
-  }
-
-  std::string out_, err_;
+  std::string All() { return Shown<Appointment>() + Shown<Task>(); }
 };
 
 TEST_F(ImportCalendar, AddsEachEventAndTaskAndSaysSo) {
@@ -111,10 +87,10 @@ TEST_F(ImportCalendar, ChangesNothingWhenTheSameFileComesAgain) {
   const std::string all = kMeeting + kStandup + kShopping +
                           Event("SUMMARY:Without UID\r\nDTSTART;VALUE=DATE:20080701\r\n");
   ImportText(all);
-  const std::string before = Shown();
+  const std::string before = All();
   EXPECT_EQ(ImportText(all), Outcome::kDone);
   EXPECT_THAT(out_, HasSubstr("0 added, 0 changed, 4 unchanged"));
-  EXPECT_EQ(Shown(), before);
+  EXPECT_EQ(All(), before);
 }
 
 TEST_F(ImportCalendar, ChangesTheItemWhenItsEventOrTaskChanged) {
@@ -148,11 +124,7 @@ TEST_F(ImportCalendar, KeepsKindsApartThatHaveTheSameUid) {
 
 TEST_F(ImportCalendar, AddsAgainWhatWasRemovedSince) {
   ImportText(kMeeting);
-  {
-    Capture capture;
-    Session session(HandheldPath());
-    EXPECT_EQ(RemoveItems(session, {1}, capture.report()), Outcome::kDone);
-  }
+  Run([](Session& session, const Report& report) { return RemoveItems(session, {1}, report); });
   ImportText(kMeeting);
   EXPECT_THAT(out_, HasSubstr("added             2  Meeting\n"));
 }
@@ -160,8 +132,8 @@ TEST_F(ImportCalendar, AddsAgainWhatWasRemovedSince) {
 TEST_F(ImportCalendar, AddsOnceMoreWhenADuplicateIsForced) {
   ImportText(kStandup + kShopping);
   ImportText(kStandup + kShopping, {.dryRun = false, .duplicate = true});
-  EXPECT_EQ(Stored(ce::olFolderCalendar), 2u);
-  EXPECT_EQ(Stored(ce::olFolderTasks), 2u);
+  EXPECT_EQ(Stored<Appointment>(), 2u);
+  EXPECT_EQ(Stored<Task>(), 2u);
 }
 
 TEST_F(ImportCalendar, StoresNothingInADryRunAndCountsAsItWould) {
@@ -171,7 +143,7 @@ TEST_F(ImportCalendar, StoresNothingInADryRunAndCountsAsItWould) {
   EXPECT_THAT(out_, HasSubstr("would be added    Standup\n"));
   EXPECT_THAT(out_, HasSubstr("would be 3 added, 0 changed, 0 unchanged"));
   EXPECT_THAT(err_, HasSubstr("Subject: cut from 5000 to 4095 characters"));
-  EXPECT_EQ(Shown(), "[]\n[]\n");
+  EXPECT_EQ(All(), "[]\n[]\n");
 }
 
 TEST_F(ImportCalendar, NamesInADryRunWhatAChangedOccurrenceWouldNotKeep) {
@@ -195,8 +167,8 @@ TEST_F(ImportCalendar, NamesTheLineOfWhatItCannotKeep) {
 TEST_F(ImportCalendar, KnowsACalendarByItsContentElse) {
   EXPECT_EQ(Import({WriteFile("calendar", Calendar(kMeeting))}), Outcome::kDone);
   EXPECT_EQ(Import({WriteFile("shouting.ICS", Calendar(kShopping))}), Outcome::kDone);
-  EXPECT_EQ(Stored(ce::olFolderCalendar), 1u);
-  EXPECT_EQ(Stored(ce::olFolderTasks), 1u);
+  EXPECT_EQ(Stored<Appointment>(), 1u);
+  EXPECT_EQ(Stored<Task>(), 1u);
 }
 
 TEST_F(ImportCalendar, SaysThatAFileHoldsNeitherAppointmentsNorTasks) {
@@ -221,36 +193,12 @@ TEST_F(ImportCalendar, NeverLeavesHalfASeriesWhenAPlatformCallFails) {
   const auto file = WriteFile("in.ics", Calendar(kStandup + kShopping));
   Import({file});
   const Appointment whole = Only<Appointment>();
-  for (std::uint64_t n = 1;; ++n) {
-    std::filesystem::remove_all(HandheldPath());
-    Init({.zone = "Europe/Berlin"});
-    bool fired = false;
-    Outcome outcome = Outcome::kFailed;
-    {
-      Capture capture;
-      Session session(HandheldPath());
-      FaultPlan plan = FaultPlan::FailNth(n, ce::ERROR_NOT_ENOUGH_MEMORY);
-      try {
-        outcome = ImportFiles(session, {file}, {}, capture.report());
-      } catch (const std::exception&) {
-        outcome = Outcome::kFailed;
-      }
-      fired = plan.fired();
-    }
-    const std::size_t series = Stored(ce::olFolderCalendar);
-    EXPECT_TRUE(series == 0 || Only<Appointment>() == whole) << n;
-    EXPECT_TRUE(outcome != Outcome::kDone || (series == 1 && Stored(ce::olFolderTasks) == 1u)) << n;
-    // Whatever failed: importing the file again completes it, without a second copy.
-    EXPECT_EQ(Import({file}), Outcome::kDone) << n;
-    EXPECT_EQ(Only<Appointment>(), whole) << n;
-    EXPECT_EQ(Stored(ce::olFolderTasks), 1u) << n;
-    if (!fired) {
-      EXPECT_EQ(outcome, Outcome::kDone);
-      EXPECT_GT(n, 100u);
-      break;
-    }
-    if (HasFailure()) break;
-  }
+  const auto check = [&](Outcome outcome) {
+    const std::size_t series = Stored<Appointment>();
+    EXPECT_TRUE(series == 0 || Only<Appointment>() == whole);
+    EXPECT_TRUE(outcome != Outcome::kDone || (series == 1 && Stored<Task>() == 1u));
+  };
+  EXPECT_GE(ImportFailingEachCall(file, {.zone = "Europe/Berlin"}, check), 100u);
 }
 
 TEST_F(ImportCalendar, LeavesASeriesAsItWasWhenChangingItFails) {
@@ -266,13 +214,11 @@ TEST_F(ImportCalendar, LeavesASeriesAsItWasWhenChangingItFails) {
                                                          {"IRecurrencePattern::GetOccurrence", 2},
                                                          {"ImportLedger::Remember", 1}};
   for (const auto& [call, n] : calls) {
-    Capture capture;
     {
-      Session session(HandheldPath());
       const auto plan = FaultPlan::FailNthCall(call, n, ce::ERROR_DISK_FULL);
-      EXPECT_EQ(ImportFiles(session, {after}, {}, capture.report()), Outcome::kFailed) << call;
+      EXPECT_EQ(Import({after}), Outcome::kFailed) << call;
     }
-    EXPECT_THAT(capture.Err(), HasSubstr("import the file again")) << call;
+    EXPECT_THAT(err_, HasSubstr("import the file again")) << call;
     EXPECT_EQ(Only<Appointment>(), old) << call;
   }
   EXPECT_EQ(Import({after}), Outcome::kDone);

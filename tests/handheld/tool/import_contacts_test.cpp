@@ -1,8 +1,5 @@
-#include "handheld/tool/import_files.h"
-
 #include "handheld/base/fault.h"
-#include "handheld/tool/remove_items.h"
-#include "handheld/tool/show_items.h"
+#include "handheld/tool/remove_records.h"
 #include "tests/handheld/tool/maintenance_support.h"
 
 namespace tool::testing {
@@ -18,28 +15,7 @@ class ImportContacts : public MaintenanceTest {
  protected:
   ImportContacts() { Init(); }
 
-  Outcome Import(const std::vector<std::filesystem::path>& files,
-                 const ImportOptions& options = {}) {
-    Capture capture;
-    Session session(HandheldPath());
-    const Outcome outcome = ImportFiles(session, files, options, capture.report());
-    out_ = capture.Out();
-    err_ = capture.Err();
-    return outcome;
-  }
-  std::string Contacts() {
-    Capture capture;
-    Session session(HandheldPath());
-    ShowContacts(session, true, capture.report());
-    return capture.Out();
-  }
-  static std::size_t Count(const std::string& text, const std::string& what) {
-    std::size_t count = 0;
-    for (std::size_t at = text.find(what); at != text.npos; at = text.find(what, at + 1)) ++count;
-    return count;
-  }
-
-  std::string out_, err_;
+  std::string Contacts() { return Shown<formats::Contact>(); }
 };
 
 TEST_F(ImportContacts, AddsEachCardAndSaysSo) {
@@ -71,11 +47,7 @@ TEST_F(ImportContacts, ChangesTheItemWhenItsCardWithAUidChanged) {
 TEST_F(ImportContacts, AddsAgainWhatWasRemovedSince) {
   const auto file = WriteFile("a.vcf", Card("UID:1\r\nN:Doe;John;;;\r\n"));
   Import({file});
-  {
-    Capture capture;
-    Session session(HandheldPath());
-    EXPECT_EQ(RemoveItems(session, {1}, capture.report()), Outcome::kDone);
-  }
+  Run([](Session& session, const Report& report) { return RemoveItems(session, {1}, report); });
   Import({file});
   EXPECT_NE(Contacts().find("\"oid\":2"), std::string::npos) << Contacts();
 }
@@ -180,33 +152,10 @@ TEST_F(ImportContacts, StoresNoTextAsEmptyForWantOfMemory) {
 
 TEST_F(ImportContacts, IsHonestWhenAnyPlatformCallFails) {
   const auto file = WriteFile("a.vcf", Card("UID:1\r\nN:Doe;John;;;\r\n") + Card("N:Roe;;;;\r\n"));
-  for (std::uint64_t n = 1;; ++n) {
-    std::filesystem::remove_all(HandheldPath());
-    Init();
-    bool fired = false;
-    Outcome outcome = Outcome::kFailed;
-    {
-      Capture capture;
-      Session session(HandheldPath());
-      FaultPlan plan = FaultPlan::FailNth(n, ce::ERROR_NOT_ENOUGH_MEMORY);
-      try {
-        outcome = ImportFiles(session, {file}, {}, capture.report());
-      } catch (const std::exception&) {
-        outcome = Outcome::kFailed;
-      }
-      fired = plan.fired();
-    }
-    const std::size_t stored = Count(Contacts(), "\"oid\"");
-    EXPECT_TRUE(outcome != Outcome::kDone || stored == 2u) << n;
-    if (!fired) {
-      EXPECT_EQ(outcome, Outcome::kDone);
-      EXPECT_GT(n, 100u);
-      break;
-    }
-    // Whatever failed: importing the file again completes it, without a second copy.
-    EXPECT_EQ(Import({file}), Outcome::kDone) << n;
-    EXPECT_EQ(Count(Contacts(), "\"oid\""), 2u) << n;
-  }
+  const auto calls = ImportFailingEachCall(file, {}, [&](Outcome outcome) {
+    EXPECT_TRUE(outcome != Outcome::kDone || Stored<formats::Contact>() == 2u);
+  });
+  EXPECT_GE(calls, 100u);
 }
 
 }  // namespace

@@ -1,8 +1,7 @@
 #include <unistd.h>
 
 #include "handheld/base/fault.h"
-#include "handheld/tool/message_import.h"
-#include "handheld/tool/remove_messages.h"
+#include "handheld/tool/remove_records.h"
 #include "tests/handheld/tool/message_support.h"
 
 namespace tool::testing {
@@ -34,12 +33,10 @@ TEST_F(ImportMessages, PutsCallsInTheLog) {
 }
 
 TEST_F(ImportMessages, TakesLinesOfJsonOfBothKinds) {
-  const auto file = WriteFile("all", R"({"folder":"/Inbox/Old","text":"one"})"
-                                     "\n"
-                                     R"({"number":"+461","start":"2008-02-15T13:45:00Z"})"
-                                     "\n"
-                                     R"({"folder":"/Drafts","text":"two"})"
-                                     "\n");
+  const auto file = WriteFile("all", R"({"folder":"/Inbox/Old","text":"one"}
+{"number":"+461","start":"2008-02-15T13:45:00Z"}
+{"folder":"/Drafts","text":"two"}
+)");
   EXPECT_EQ(Import({file}), Outcome::kDone) << err_;
   EXPECT_NE(out_.find("3 added"), std::string::npos) << out_;
   EXPECT_NE(Messages().find(R"("folder":"/Inbox/Old")"), std::string::npos);
@@ -76,10 +73,9 @@ TEST_F(ImportMessages, AddsAsManyOfTheSameAsTheFileHasMore) {
 TEST_F(ImportMessages, AddsAgainWhatWasRemovedSince) {
   const auto file = WriteFile("sms.xml", Backup(Sms(1, "+461", "a") + Sms(2, "+462", "b")));
   Import({file});
-  {
-    Session session(HandheldPath());
-    Run([&](const Report& report) { return RemoveMessagesOfFolder(session, "/Inbox", report); });
-  }
+  Run([](Session& session, const Report& report) {
+    return RemoveMessagesOfFolder(session, "/Inbox", report);
+  });
   Import({file});
   EXPECT_NE(out_.find("1 added, 0 changed, 1 unchanged"), std::string::npos) << out_;
 }
@@ -95,11 +91,9 @@ TEST_F(ImportMessages, AddsOnceMoreWhenADuplicateIsForced) {
 
 TEST_F(ImportMessages, StoresNothingInADryRunAndCountsAsItWould) {
   const auto sms = WriteFile("sms.xml", Backup(Sms(1, "+461", "a") + Sms(1, "+461", "a")));
-  const auto json = WriteFile("all.json", R"({"folder":"/New","text":"one"})"
-                                          "\n"
-                                          R"({"folder":"//","text":"two"})"
-                                          "\n"
-                                          R"({"number":"+461"})");
+  const auto json = WriteFile("all.json", R"({"folder":"/New","text":"one"}
+{"folder":"//","text":"two"}
+{"number":"+461"})");
   EXPECT_EQ(Import({sms, sms, json}, {.dryRun = true}), Outcome::kPartlyDone);
   EXPECT_NE(out_.find("would be 2 added, 0 changed, 0 unchanged"), std::string::npos) << out_;
   EXPECT_NE(out_.find("would be 0 added, 0 changed, 2 unchanged"), std::string::npos) << out_;
@@ -125,14 +119,11 @@ TEST_F(ImportMessages, NamesTheLineOfWhatItCannotKeep) {
 TEST_F(ImportMessages, NamesAMessageWhoseFolderCannotBe) {
   std::string deep;
   for (int i = 0; i < 65; ++i) deep += "/x";
-  const auto file = WriteFile("a.json", R"({"folder":"Inbox","text":"one"})"
-                                        "\n"
-                                        R"({"folder":")" +
-                                            deep +
-                                            R"(","text":"two"})"
-                                            "\n"
-                                            R"({"folder":"/Inbox","text":"three"})"
-                                            "\n");
+  const auto file = WriteFile("a.json", R"({"folder":"Inbox","text":"one"}
+{"folder":")" + deep +
+                                            R"(","text":"two"}
+{"folder":"/Inbox","text":"three"}
+)");
   EXPECT_EQ(Import({file}), Outcome::kPartlyDone);
   EXPECT_NE(out_.find("1 added, 0 changed, 0 unchanged, 2 failed"), std::string::npos) << out_;
   EXPECT_EQ(err_.rfind(file.string() + ":1: folder: ", 0), 0u) << err_;
@@ -213,38 +204,15 @@ TEST_F(ImportMessages, LeavesWhatWasStoredBeforeTheDiskWasFull) {
 }
 
 TEST_F(ImportMessages, IsHonestWhenAnyPlatformCallFails) {
-  const auto file = WriteFile("all.json", R"({"folder":"/New","text":"one"})"
-                                          "\n"
-                                          R"({"number":"+461"})"
-                                          "\n"
-                                          R"({"folder":"/Inbox","text":"two","to":["+462"]})"
-                                          "\n");
-  for (std::uint64_t n = 1;; ++n) {
-    std::filesystem::remove_all(HandheldPath());
-    Init();
-    bool fired = false;
-    Outcome outcome = Outcome::kFailed;
-    {
-      Capture capture;
-      Session session(HandheldPath());
-      FaultPlan plan = FaultPlan::FailNth(n, ce::ERROR_NOT_ENOUGH_MEMORY);
-      try {
-        outcome = ImportFiles(session, {file}, {}, capture.report());
-      } catch (const std::exception&) {
-        outcome = Outcome::kFailed;
-      }
-      fired = plan.fired();
-    }
-    EXPECT_TRUE(outcome != Outcome::kDone || Count(Messages() + Calls(), "\"oid\"") == 3u) << n;
-    if (!fired) {
-      EXPECT_EQ(outcome, Outcome::kDone);
-      EXPECT_GT(n, 30u);
-      break;
-    }
-    // Whatever failed: importing the file again completes it, without a second copy.
-    EXPECT_EQ(Import({file}), Outcome::kDone) << n;
-    EXPECT_EQ(Count(Messages() + Calls(), "\"oid\""), 3u) << n;
-  }
+  const auto file = WriteFile("all.json", R"({"folder":"/New","text":"one"}
+{"number":"+461"}
+{"folder":"/Inbox","text":"two","to":["+462"]}
+)");
+  const auto calls = ImportFailingEachCall(file, {}, [&](Outcome outcome) {
+    const std::size_t stored = Stored<formats::TextMessage>() + Stored<formats::Call>();
+    EXPECT_TRUE(outcome != Outcome::kDone || stored == 3u);
+  });
+  EXPECT_GE(calls, 30u);
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 #include <ostream>
 
 #include "common/formats/items/item_json.h"
-#include "handheld/tool/item_walk.h"
 #include "tests/handheld/tool/maintenance_support.h"
 
 namespace formats {
@@ -47,8 +46,8 @@ inline NotKept StoreIn(const formats::Appointment& record, ce::IAppointment& ite
 template <typename Record>
 Record OnlyRecord(Session& session) {
   std::vector<Record> records;
-  ForEachItem<Record>(session,
-                      [&](std::uint32_t, const Record& record) { records.push_back(record); });
+  ForEachRecord<Record>(session,
+                        [&](std::int64_t, const Record& record) { records.push_back(record); });
   EXPECT_EQ(records.size(), 1u);
   return records.empty() ? Record{} : records.front();
 }

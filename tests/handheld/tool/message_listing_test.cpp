@@ -4,16 +4,17 @@
 
 #include "common/files/error.h"
 #include "handheld/base/fault.h"
-#include "handheld/tool/export_messages.h"
-#include "handheld/tool/message_walk.h"
+#include "handheld/tool/export_records.h"
 #include "handheld/tool/output.h"
-#include "handheld/tool/remove_messages.h"
+#include "handheld/tool/remove_records.h"
 #include "tests/handheld/tool/message_support.h"
 
 namespace tool::testing {
 namespace {
 
-using ce::host::FaultPlan;
+using corvane::testing::FailEachCall;
+using formats::Call;
+using formats::TextMessage;
 
 class MessageListing : public MessageTest {
  protected:
@@ -28,21 +29,26 @@ class MessageListing : public MessageTest {
          WriteFile("calls.xml", CallBackup(CallElement(1, "+461") + CallElement(2, "+462") +
                                            CallElement(3, "+463", "1203083000000")))});
   }
+  template <typename Record>
+  Outcome Export(const ExportOptions& options) {
+    return Run([&](Session& session, const Report& report) {
+      return ExportRecords<Record>(session, options, report);
+    });
+  }
   // On a handheld of its own.
-  std::string ListingOfAnother(const std::filesystem::path& file, bool calls) {
+  template <typename Record>
+  std::string ListingOfAnother(const std::filesystem::path& file) {
+    const std::filesystem::path other = directory_ / "other";
     Capture capture;
-    InitHandheld(directory_ / "other", {.zone = "UTC"}, capture.report());
-    std::string listing;
+    InitHandheld(other, {.zone = "UTC"}, capture.report());
+    Capture shown;
     {
-      Session session(directory_ / "other");
+      Session session(other);
       EXPECT_EQ(ImportFiles(session, {file}, {}, capture.report()), Outcome::kDone);
-      Capture shown;
-      calls ? ShowCalls(session, true, shown.report())
-            : ShowMessages(session, true, shown.report());
-      listing = shown.Out();
+      ShowRecords<Record>(session, true, shown.report());
     }
-    std::filesystem::remove_all(directory_ / "other");
-    return listing;
+    std::filesystem::remove_all(other);
+    return shown.Out();
   }
   // Without the numbers, in the order of the texts.
   static std::vector<std::string> Lines(const std::string& listing) {
@@ -80,11 +86,9 @@ TEST_F(MessageListing, ListsACallALineNewestFirst) {
 }
 
 TEST_F(MessageListing, ShowsTheHandheldsTime) {
-  {
-    Capture capture;
-    Session session(HandheldPath());
-    SetSetting(session, "zone", "Asia/Tokyo", capture.report());
-  }
+  Run([](Session& session, const Report& report) {
+    return SetSetting(session, "zone", "Asia/Tokyo", report);
+  });
   EXPECT_NE(Messages(false).find("2008-02-15 22:45"), std::string::npos) << Messages(false);
   EXPECT_NE(Calls(false).find("2008-02-15 22:43"), std::string::npos);
 }
@@ -99,56 +103,38 @@ TEST_F(MessageListing, ListsJsonWithTheNumbers) {
 }
 
 TEST_F(MessageListing, ExportsWhatImportsAsUnchangedAndMakesTheSameElsewhere) {
-  for (const auto format : {MessageFormat::kBackup, MessageFormat::kJsonLines}) {
+  for (const bool jsonLines : {false, true}) {
     const auto messages = directory_ / "messages.out";
     const auto calls = directory_ / "calls.out";
-    {
-      Session session(HandheldPath());
-      EXPECT_EQ(Run([&](const Report& report) {
-                  return ExportMessages(session, messages, format, report);
-                }),
-                Outcome::kDone);
-      EXPECT_EQ(out_, messages.string() + ": 4 messages\n");
-      EXPECT_EQ(
-          Run([&](const Report& report) { return ExportCalls(session, calls, format, report); }),
-          Outcome::kDone);
-      EXPECT_EQ(out_, calls.string() + ": 3 calls\n");
-    }
+    EXPECT_EQ(Export<TextMessage>({.file = messages, .jsonLines = jsonLines}), Outcome::kDone);
+    EXPECT_EQ(out_, messages.string() + ": 4 messages\n");
+    EXPECT_EQ(Export<Call>({.file = calls, .jsonLines = jsonLines}), Outcome::kDone);
+    EXPECT_EQ(out_, calls.string() + ": 3 calls\n");
     EXPECT_EQ(Import({messages, calls}), Outcome::kDone);
     EXPECT_EQ(Count(out_, "0 added"), 2u) << out_;
     EXPECT_EQ(err_, "");
     ASSERT_EQ(Lines(Messages()).size(), 4u);
     ASSERT_EQ(Lines(Calls()).size(), 3u);
-    EXPECT_EQ(Lines(ListingOfAnother(messages, false)), Lines(Messages()));
-    EXPECT_EQ(Lines(ListingOfAnother(calls, true)), Lines(Calls()));
+    EXPECT_EQ(Lines(ListingOfAnother<TextMessage>(messages)), Lines(Messages()));
+    EXPECT_EQ(Lines(ListingOfAnother<Call>(calls)), Lines(Calls()));
   }
 }
 
 TEST_F(MessageListing, ExportsToTheReportsOutput) {
-  Session session(HandheldPath());
-  Run([&](const Report& report) {
-    return ExportMessages(session, std::nullopt, MessageFormat::kBackup, report);
-  });
+  Export<TextMessage>({});
   EXPECT_EQ(out_.rfind("<?xml ", 0), 0u);
   EXPECT_NE(out_.find("<smses count=\"4\""), std::string::npos) << out_;
-  Run([&](const Report& report) {
-    return ExportCalls(session, std::nullopt, MessageFormat::kJsonLines, report);
-  });
+  Export<Call>({.jsonLines = true});
   EXPECT_EQ(Count(out_, "\n"), 3u);
   EXPECT_EQ(Count(out_, "oid"), 0u) << "numbers mean nothing elsewhere";
 }
 
 TEST_F(MessageListing, LeavesNoPartOfAFileThatCannotBeWritten) {
-  Session session(HandheldPath());
-  Capture capture;
-  EXPECT_THROW(
-      ExportMessages(session, directory_ / "no" / "out", MessageFormat::kBackup, capture.report()),
-      files::Error);
+  EXPECT_THROW(Export<TextMessage>({.file = directory_ / "no" / "out"}), files::Error);
   EXPECT_THROW(
       {
-        Output output("/dev/full", capture.report());
-        OutputStream stream(output);
-        stream << std::string(4 << 20, 'x');
+        Output output("/dev/full", Report{});
+        output << std::string(4 << 20, 'x');
         output.Finish();
       },
       files::Error);
@@ -156,74 +142,77 @@ TEST_F(MessageListing, LeavesNoPartOfAFileThatCannotBeWritten) {
 
 TEST_F(MessageListing, ExportsAllOrNothingWhenAnyPlatformCallFails) {
   const auto file = directory_ / "out.json";
-  for (std::uint64_t n = 1;; ++n) {
+  std::optional<Session> session;
+  const auto prepare = [&] {
     std::filesystem::remove(file);
+    session.reset();
+    session.emplace(HandheldPath());
+  };
+  const auto run = [&] {
     Capture capture;
-    Session session(HandheldPath());
-    const FaultPlan plan = FaultPlan::FailNth(n, ce::ERROR_NOT_ENOUGH_MEMORY);
-    bool failed = false;
     try {
-      ExportMessages(session, file, MessageFormat::kJsonLines, capture.report());
+      ExportRecords<TextMessage>(*session, {.file = file, .jsonLines = true}, capture.report());
+      return true;
     } catch (const std::exception&) {
-      failed = true;
+      return false;
     }
-    EXPECT_EQ(failed, !std::filesystem::exists(file)) << n << " " << plan.firedCall();
-    EXPECT_EQ(Count(ReadFile(file), "\n"), failed ? 0u : 4u) << n << " " << plan.firedCall();
-    if (plan.fired()) continue;
-    EXPECT_FALSE(failed);
-    EXPECT_GT(n, 10u);
-    break;
-  }
+  };
+  const auto check = [&](bool done, const std::string& failedCall) {
+    EXPECT_EQ(done, std::filesystem::exists(file));
+    EXPECT_EQ(Count(ReadFile(file), "\n"), done ? 4u : 0u);
+    EXPECT_TRUE(done || !failedCall.empty());
+  };
+  EXPECT_GE(FailEachCall(ce::ERROR_NOT_ENOUGH_MEMORY, prepare, run, check), 10u);
 }
 
 TEST_F(MessageListing, RemovesAllOrNothingWhenAnyPlatformCallFails) {
-  for (std::uint64_t n = 1;; ++n) {
-    bool done = false;
-    bool fired = false;
-    {
-      Capture capture;
-      Session session(HandheldPath());
-      const FaultPlan plan = FaultPlan::FailNth(n, ce::ERROR_NOT_ENOUGH_MEMORY);
-      try {
-        done = RemoveAllMessages(session, capture.report()) == Outcome::kDone;
-      } catch (const std::exception&) {
-        done = false;
-      }
-      fired = plan.fired();
+  std::optional<Session> session;
+  const auto run = [&] {
+    Capture capture;
+    try {
+      return RemoveAllMessages(*session, capture.report()) == Outcome::kDone;
+    } catch (const std::exception&) {
+      return false;
     }
-    EXPECT_EQ(Count(Messages(), "\"oid\""), done ? 0u : 4u) << n;
-    if (fired && !done) continue;
-    EXPECT_TRUE(done);
-    EXPECT_GT(n, 10u);
-    break;
-  }
+  };
+  bool removed = false;
+  const auto check = [&](bool done, const std::string& failedCall) {
+    session.reset();
+    removed = removed || done;
+    EXPECT_EQ(Stored<TextMessage>(), removed ? 0u : 4u);
+    EXPECT_TRUE(done || !failedCall.empty());
+  };
+  const auto calls = FailEachCall(
+      ce::ERROR_NOT_ENOUGH_MEMORY, [&] { session.emplace(HandheldPath()); }, run, check);
+  EXPECT_GE(calls, 10u);
 }
 
 TEST_F(MessageListing, RemovesByNumber) {
-  Session session(HandheldPath());
-  EXPECT_EQ(Run([&](const Report& report) {
-              return RemoveMessages(session, {8, 99}, report);
-            }),
-            Outcome::kPartlyDone);
+  const auto removeMessages = [&](const std::vector<std::int64_t>& ids) {
+    return Run([&](Session& session, const Report& report) {
+      return RemoveMessages(session, ids, report);
+    });
+  };
+  const auto removeCalls = [&](const std::vector<std::int64_t>& ids) {
+    return Run(
+        [&](Session& session, const Report& report) { return RemoveCalls(session, ids, report); });
+  };
+  EXPECT_EQ(removeMessages({8, 99}), Outcome::kPartlyDone);
   EXPECT_EQ(out_, "removed          8\n");
   EXPECT_EQ(err_, "corvane-device: 99: no such message\n");
-  EXPECT_EQ(Run([&](const Report& report) { return RemoveMessages(session, {8}, report); }),
-            Outcome::kFailed);
-  EXPECT_EQ(Run([&](const Report& report) {
-              return RemoveCalls(session, {1, 3}, report);
-            }),
-            Outcome::kDone);
-  EXPECT_EQ(Run([&](const Report& report) { return RemoveCalls(session, {1}, report); }),
-            Outcome::kFailed);
+  EXPECT_EQ(removeMessages({8}), Outcome::kFailed);
+  EXPECT_EQ(removeCalls({1, 3}), Outcome::kDone);
+  EXPECT_EQ(removeCalls({1}), Outcome::kFailed);
   EXPECT_EQ(err_, "corvane-device: 1: no such call\n");
-  EXPECT_EQ(CountRecords<formats::TextMessage>(session), 3u);
-  EXPECT_EQ(CountRecords<formats::Call>(session), 1u);
+  EXPECT_EQ(Stored<TextMessage>(), 3u);
+  EXPECT_EQ(Stored<Call>(), 1u);
 }
 
 TEST_F(MessageListing, RemovesAFoldersMessagesAlone) {
-  Session session(HandheldPath());
   const auto remove = [&](const std::string& path) {
-    return Run([&](const Report& report) { return RemoveMessagesOfFolder(session, path, report); });
+    return Run([&](Session& session, const Report& report) {
+      return RemoveMessagesOfFolder(session, path, report);
+    });
   };
   EXPECT_EQ(remove("/Inbox"), Outcome::kDone);
   EXPECT_EQ(out_, "removed 2 messages\n");
@@ -231,19 +220,15 @@ TEST_F(MessageListing, RemovesAFoldersMessagesAlone) {
   EXPECT_EQ(out_, "removed 0 messages\n");
   EXPECT_EQ(remove("/inbox"), Outcome::kFailed);
   EXPECT_EQ(err_, "corvane-device: /inbox: no such folder\n");
-  EXPECT_EQ(CountRecords<formats::TextMessage>(session), 2u);
+  EXPECT_EQ(Stored<TextMessage>(), 2u);
 }
 
 TEST_F(MessageListing, RemovesAll) {
-  Session session(HandheldPath());
-  EXPECT_EQ(Run([&](const Report& report) { return RemoveAllMessages(session, report); }),
-            Outcome::kDone);
+  EXPECT_EQ(Run(RemoveAllMessages), Outcome::kDone);
   EXPECT_EQ(out_, "removed 4 messages\n");
-  EXPECT_EQ(Run([&](const Report& report) { return RemoveAllCalls(session, report); }),
-            Outcome::kDone);
+  EXPECT_EQ(Run(RemoveAllCalls), Outcome::kDone);
   EXPECT_EQ(out_, "removed 3 calls\n");
-  EXPECT_EQ(CountRecords<formats::TextMessage>(session), 0u);
-  EXPECT_EQ(CountRecords<formats::Call>(session), 0u);
+  EXPECT_EQ(Stored<TextMessage>() + Stored<Call>(), 0u);
 }
 
 TEST_F(MessageListing, ReadsMoreThanOnePieceOfAFolder) {
@@ -258,12 +243,11 @@ TEST_F(MessageListing, ReadsMoreThanOnePieceOfAFolder) {
   for (int i = 0; i < 1200; ++i) ASSERT_EQ(session.Calls().Insert({}), ce::S_OK);
   ASSERT_EQ(session.Calls().Commit(), ce::S_OK);
   std::set<std::int64_t> messages;
-  ForEachRecord<formats::TextMessage>(
-      session, [&](std::int64_t id, const formats::TextMessage&) { messages.insert(id); });
+  ForEachRecord<TextMessage>(session,
+                             [&](std::int64_t id, const TextMessage&) { messages.insert(id); });
   EXPECT_EQ(messages.size(), 1204u);
   std::set<std::int64_t> calls;
-  ForEachRecord<formats::Call>(session,
-                               [&](std::int64_t id, const formats::Call&) { calls.insert(id); });
+  ForEachRecord<Call>(session, [&](std::int64_t id, const Call&) { calls.insert(id); });
   EXPECT_EQ(calls.size(), 1203u);
 }
 

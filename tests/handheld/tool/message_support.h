@@ -1,12 +1,8 @@
 // Messages and calls on a handheld, for the tests of the commands that treat them.
 #pragma once
 
-#include <filesystem>
 #include <string>
-#include <vector>
 
-#include "handheld/tool/import_files.h"
-#include "handheld/tool/show_messages.h"
 #include "tests/handheld/tool/maintenance_support.h"
 
 namespace tool::testing {
@@ -30,44 +26,12 @@ inline std::string CallBackup(const std::string& calls) {
   return "<?xml version='1.0' encoding='UTF-8' ?>\n<calls>\n" + calls + "</calls>\n";
 }
 
-inline std::size_t Count(const std::string& text, const std::string& what) {
-  std::size_t count = 0;
-  for (std::size_t at = text.find(what); at != text.npos; at = text.find(what, at + 1)) ++count;
-  return count;
-}
-
 class MessageTest : public MaintenanceTest {
  protected:
   MessageTest() { Init({.zone = "UTC"}); }
 
-  Outcome Import(const std::vector<std::filesystem::path>& files,
-                 const ImportOptions& options = {}) {
-    Session session(HandheldPath());
-    return Run([&](const Report& report) { return ImportFiles(session, files, options, report); });
-  }
-  std::string Messages(bool json = true) {
-    Capture capture;
-    Session session(HandheldPath());
-    ShowMessages(session, json, capture.report());
-    return capture.Out();
-  }
-  std::string Calls(bool json = true) {
-    Capture capture;
-    Session session(HandheldPath());
-    ShowCalls(session, json, capture.report());
-    return capture.Out();
-  }
-  // What the command says is in out_ and err_ then.
-  template <typename Command>
-  Outcome Run(Command command) {
-    Capture capture;
-    const Outcome outcome = command(capture.report());
-    out_ = capture.Out();
-    err_ = capture.Err();
-    return outcome;
-  }
-
-  std::string out_, err_;
+  std::string Messages(bool json = true) { return Shown<formats::TextMessage>(json); }
+  std::string Calls(bool json = true) { return Shown<formats::Call>(json); }
 };
 
 }  // namespace tool::testing

@@ -3,7 +3,6 @@
 #include "common/files/error.h"
 #include "handheld/base/fault.h"
 #include "handheld/tool/card_commands.h"
-#include "handheld/tool/usage_error.h"
 #include "tests/handheld/tool/maintenance_support.h"
 
 namespace tool::testing {
@@ -17,11 +16,11 @@ class NoteCommands : public MaintenanceTest {
   NoteCommands() { Init(); }
 
   std::string Add(const std::optional<std::string>& name, const std::string& content = "a note") {
-    Capture capture;
-    Session session(HandheldPath());
-    EXPECT_EQ(AddNote(session, WriteFile("note.pwi", content), name, capture.report()),
-              Outcome::kDone);
-    return capture.Out();
+    const auto add = [&](Session& session, const Report& report) {
+      return AddNote(session, WriteFile("note.pwi", content), name, report);
+    };
+    EXPECT_EQ(Run(add), Outcome::kDone);
+    return out_;
   }
   void ExpectRefused(const std::string& name) { EXPECT_THROW(Add(name), UsageError) << name; }
   fs::path Files() const { return HandheldPath() / "files"; }
@@ -55,11 +54,9 @@ TEST_F(NoteCommands, UsesTheDocumentsHoweverTheyAreSpelt) {
 
 TEST_F(NoteCommands, GoesToACard) {
   fs::create_directory(directory_ / "sd");
-  {
-    Capture capture;
-    Session session(HandheldPath());
-    AddCard(session, "Card", directory_ / "sd", capture.report());
-  }
+  Run([&](Session& session, const Report& report) {
+    return AddCard(session, "Card", directory_ / "sd", report);
+  });
   Add("\\Card\\a.pwi");
   EXPECT_EQ(ReadFile(directory_ / "sd" / "a.pwi"), "a note");
 }

@@ -1,13 +1,18 @@
-#include "handheld/tool/message_walk.h"
-
 #include "handheld/tool/message_records.h"
+#include "handheld/tool/records.h"
 
 namespace tool {
 namespace {
 
 using ce::host::MessageFolderInfo;
+using formats::Appointment;
+using formats::Call;
+using formats::Contact;
+using formats::Task;
+using formats::TextMessage;
 
 constexpr std::size_t kAtOnce = 500;
+constexpr char kFolder[] = "the folder";
 constexpr char kMessages[] = "the messages";
 constexpr char kCalls[] = "the call log";
 
@@ -26,8 +31,21 @@ std::vector<MessageFolderInfo> SmsFolders(Session& session) {
   return folders;
 }
 
+template <typename Record>
+void ForEachRecord(Session& session, const RecordVisitor<Record>& visit) {
+  const auto items = session.Items(KindOf<Record>::kFolder);
+  const ce::INT count = Read(*items.get(), &ce::IPOutlookItemCollection::get_Count, kFolder);
+  for (ce::INT i = 1; i <= count; ++i) {
+    ce::ComPtr<ce::IDispatch> any;
+    Check(items->Item(i, any.put()), kRecordName<Record>);
+    const auto item = AsItemOf<Record>(any);
+    const auto oid = Read(*item.get(), &ItemOf<Record>::get_Oid, kRecordName<Record>);
+    visit(static_cast<std::uint32_t>(oid), ReadItem(*item.get()));
+  }
+}
+
 template <>
-void ForEachRecord(Session& session, const RecordVisitor<formats::TextMessage>& visit) {
+void ForEachRecord(Session& session, const RecordVisitor<TextMessage>& visit) {
   std::vector<ce::host::NumberedMessage> messages;
   for (const MessageFolderInfo& folder : SmsFolders(session)) {
     std::int64_t last = 0;
@@ -42,7 +60,7 @@ void ForEachRecord(Session& session, const RecordVisitor<formats::TextMessage>& 
 }
 
 template <>
-void ForEachRecord(Session& session, const RecordVisitor<formats::Call>& visit) {
+void ForEachRecord(Session& session, const RecordVisitor<Call>& visit) {
   std::vector<ce::host::NumberedCall> calls;
   ce::host::CallPosition last;
   do {
@@ -54,8 +72,19 @@ void ForEachRecord(Session& session, const RecordVisitor<formats::Call>& visit) 
   } while (!calls.empty());
 }
 
+template void ForEachRecord(Session&, const RecordVisitor<Contact>&);
+template void ForEachRecord(Session&, const RecordVisitor<Appointment>&);
+template void ForEachRecord(Session&, const RecordVisitor<Task>&);
+
+template <typename Record>
+std::size_t CountRecords(Session& session) {
+  const auto items = session.Items(KindOf<Record>::kFolder);
+  return static_cast<std::size_t>(
+      Read(*items.get(), &ce::IPOutlookItemCollection::get_Count, kFolder));
+}
+
 template <>
-std::size_t CountRecords<formats::TextMessage>(Session& session) {
+std::size_t CountRecords<TextMessage>(Session& session) {
   std::size_t all = 0;
   for (const MessageFolderInfo& folder : SmsFolders(session)) {
     std::int64_t count = 0;
@@ -66,10 +95,14 @@ std::size_t CountRecords<formats::TextMessage>(Session& session) {
 }
 
 template <>
-std::size_t CountRecords<formats::Call>(Session& session) {
+std::size_t CountRecords<Call>(Session& session) {
   std::int64_t count = 0;
   Check(session.Calls().Count(count), kCalls);
   return static_cast<std::size_t>(count);
 }
+
+template std::size_t CountRecords<Contact>(Session&);
+template std::size_t CountRecords<Appointment>(Session&);
+template std::size_t CountRecords<Task>(Session&);
 
 }  // namespace tool

@@ -1,4 +1,4 @@
-// Takes messages and calls off a handheld.
+// Takes records off a handheld.
 #pragma once
 
 #include <cstdint>
@@ -10,8 +10,9 @@
 
 namespace tool {
 
-// By the numbers that ShowMessages and ShowCalls print. Those that are not there are named, and the
-// others removed.
+// By the numbers that ShowRecords prints. Those that are not there are named, and the others
+// removed.
+Outcome RemoveItems(Session& session, const std::vector<std::uint32_t>& oids, const Report& report);
 Outcome RemoveMessages(Session& session, const std::vector<std::int64_t>& ids,
                        const Report& report);
 Outcome RemoveCalls(Session& session, const std::vector<std::int64_t>& ids, const Report& report);
