@@ -11,8 +11,6 @@ namespace {
 
 using ::testing::AllOf;
 using ::testing::HasSubstr;
-using ::testing::Not;
-using ::testing::StartsWith;
 
 std::string Calendar(const std::string& components) {
   return "BEGIN:VCALENDAR\nVERSION:2.0\nPRODID:-//test//EN\n" + components + "END:VCALENDAR\n";
@@ -90,43 +88,6 @@ TEST_F(DeviceCalendar, TakesTimesForItsOwnZone) {
   EXPECT_THAT(Device({"show", handheld, "calendar"}).out, HasSubstr("2008-02-15 18:00-19:30"));
 }
 
-TEST_F(DeviceCalendar, ImportsAChangedAppointmentIntoTheSameItem) {
-  const std::string handheld = MakeHandheld();
-  const std::string file = File("mine.ics", Calendar(kStandup + kShopping));
-  Device({"import", handheld, file});
-  std::string later = kStandup + kShopping;
-  later.replace(later.find("EXDATE:20080220"), 15, "EXDATE:20080227");
-  later.replace(later.find("PRIORITY:1"), 10, "PRIORITY:9");
-  File("mine.ics", Calendar(later));
-  EXPECT_EQ(Device({"import", handheld, file}).out,
-            "changed           1  Standup\nchanged           2  Shopping\n" + file +
-                ": 0 added, 2 changed, 0 unchanged, 0 failed; 0 notices\n");
-  EXPECT_THAT(Shown(handheld, "calendar"),
-              AllOf(HasSubstr("\"deleted\":[\"2008-02-27\"]"), HasSubstr("Standup with cake")));
-  EXPECT_THAT(Device({"show", handheld, "tasks"}).out, HasSubstr(" low "));
-}
-
-TEST_F(DeviceCalendar, OnlySaysWhatADryRunWouldDo) {
-  const std::string handheld = MakeHandheld();
-  const std::string file = File("mine.ics", Calendar(kStandup + kShopping));
-  const Ended dry = Device({"import", handheld, file, "--dry-run"});
-  EXPECT_EQ(dry.code, 0);
-  EXPECT_EQ(dry.out, "would be added    Standup\nwould be added    Shopping\n" + file +
-                         ": would be 2 added, 0 changed, 0 unchanged, 0 failed; 0 notices\n");
-  EXPECT_EQ(Everything(handheld), "[]\n[]\n");
-  EXPECT_THAT(Device({"import", handheld, file}).out, HasSubstr("2 added"))
-      << "nor has it been remembered as done";
-}
-
-TEST_F(DeviceCalendar, ImportsOnceMoreOnlyWhenAskedTo) {
-  const std::string handheld = MakeHandheld();
-  const std::string file = File("mine.ics", Calendar(kReview + kShopping));
-  Device({"import", handheld, file});
-  EXPECT_EQ(Device({"import", handheld, file, "--duplicate"}).code, 0);
-  EXPECT_THAT(Device({"show", handheld, "calendar"}).out, HasSubstr("2 appointments\n"));
-  EXPECT_THAT(Device({"show", handheld, "tasks"}).out, HasSubstr("2 tasks\n"));
-}
-
 TEST_F(DeviceCalendar, ExportsWhatImportsAsUnchangedAndElsewhereToTheSame) {
   const std::string from = MakeHandheld("from");
   Device({"import", from, File("mine.ics", Calendar(kReview + kStandup + kHoliday + kShopping))});
@@ -144,15 +105,6 @@ TEST_F(DeviceCalendar, ExportsWhatImportsAsUnchangedAndElsewhereToTheSame) {
                                HasSubstr("0 added, 0 changed, 1 unchanged, 0 failed; 0 notices")));
   EXPECT_EQ(Device({"import", to, calendar, tasks}).code, 0);
   EXPECT_EQ(WithoutOids(Everything(to)), WithoutOids(Everything(from)));
-}
-
-TEST_F(DeviceCalendar, ExportsToTheStandardOutput) {
-  const std::string handheld = MakeHandheld();
-  Device({"import", handheld, File("mine.ics", Calendar(kReview))});
-  const Ended out = Device({"export", handheld, "calendar"});
-  EXPECT_EQ(out.code, 0);
-  EXPECT_THAT(out.out, AllOf(StartsWith("BEGIN:VCALENDAR\r\n"), HasSubstr("UID:review@desk\r\n"),
-                             Not(HasSubstr("BEGIN:VTODO"))));
 }
 
 TEST_F(DeviceCalendar, SaysWhichOfSeveralFilesFailedAndImportsWhatItCanRead) {
@@ -178,17 +130,6 @@ TEST_F(DeviceCalendar, TakesCalendarsBesideCards) {
   EXPECT_EQ(both.code, 0);
   EXPECT_THAT(Device({"info", handheld}).out,
               HasSubstr("Contacts    27\nCalendar    1\nTasks       0\n"));
-}
-
-TEST_F(DeviceCalendar, RemovesItemsOfEveryKind) {
-  const std::string handheld = MakeHandheld();
-  Device({"import", handheld, File("mine.ics", Calendar(kReview + kStandup + kShopping))});
-  const Ended removed = Device({"remove", handheld, "2", "3"});
-  EXPECT_EQ(removed.code, 0);
-  EXPECT_EQ(removed.err, "");
-  EXPECT_THAT(Device({"show", handheld, "calendar"}).out, HasSubstr("1 appointment\n"));
-  EXPECT_EQ(Device({"show", handheld, "tasks"}).out, "0 tasks\n");
-  EXPECT_EQ(Device({"check", handheld}).code, 0);
 }
 
 }  // namespace

@@ -119,21 +119,6 @@ TEST_F(DeviceMessages, ExportsABackupUnlessAskedOtherwise) {
   EXPECT_EQ(cards.err, "corvane-device: --format is of messages and calls only\n");
 }
 
-TEST_F(DeviceMessages, OnlySaysInADryRun) {
-  const std::string handheld = MakeHandheld();
-  const Ended dry = Device({"import", handheld, Sample("phone-backup.xml"), "--dry-run"});
-  EXPECT_EQ(dry.code, 0);
-  EXPECT_THAT(dry.out, HasSubstr("phone-backup.xml: would be 9 added, 0 changed, 0 unchanged, "));
-  EXPECT_EQ(Shown(handheld, "messages"), "[]\n");
-}
-
-TEST_F(DeviceMessages, AddsOnceMoreWhenForced) {
-  const std::string handheld = Filled();
-  EXPECT_THAT(Device({"import", handheld, Path("calls.xml"), "--duplicate"}).out,
-              HasSubstr("calls.xml: 3 added"));
-  EXPECT_THAT(Device({"show", handheld, "calls"}).out, EndsWith("\n6 calls\n"));
-}
-
 TEST_F(DeviceMessages, RemovesByTheNumbersThatItShows) {
   const std::string handheld = Filled();
   std::smatch found;

@@ -1,24 +1,11 @@
 #include "tests/common/formats/vcard/card_support.h"
 
+#include "common/formats/vcard/vcard_dates.h"
+
 namespace formats {
 
 void PrintTo(const Contact& contact, std::ostream* out) {
-  *out << "{";
-  if (!contact.uid.empty()) *out << " uid=" << ::testing::PrintToString(contact.uid);
-  for (std::size_t i = 0; i < kContactFieldCount; ++i) {
-    if (contact.fields[i].empty()) continue;
-    *out << ' ' << ContactFieldName(static_cast<ContactField>(i)) << '='
-         << ::testing::PrintToString(contact.fields[i]);
-  }
-  for (const std::string& category : contact.categories) {
-    *out << " category=" << ::testing::PrintToString(category);
-  }
-  const auto print = [&](const char* name, const std::optional<Date>& date) {
-    if (date) *out << name << date->year << '-' << date->month << '-' << date->day;
-  };
-  print(" birthday=", contact.birthday);
-  print(" anniversary=", contact.anniversary);
-  *out << " }";
+  *out << ::testing::PrintToString(testing::Texts(contact));
 }
 
 namespace testing {
@@ -39,22 +26,26 @@ Contact ContactOf(const FieldTexts& fields) {
   return contact;
 }
 
+std::vector<std::string> Texts(const Contact& contact) {
+  std::vector<std::string> texts;
+  if (!contact.uid.empty()) texts.push_back("uid=" + contact.uid);
+  for (std::size_t i = 0; i < kContactFieldCount; ++i) {
+    if (contact.fields[i].empty()) continue;
+    texts.push_back(std::string(ContactFieldName(static_cast<ContactField>(i))) + '=' +
+                    contact.fields[i]);
+  }
+  for (const std::string& category : contact.categories) texts.push_back("category=" + category);
+  if (contact.birthday) texts.push_back("Birthday=" + FormatDate(*contact.birthday, "-"));
+  if (contact.anniversary) texts.push_back("Anniversary=" + FormatDate(*contact.anniversary, "-"));
+  return texts;
+}
+
 std::vector<std::string> Texts(const std::vector<Notice>& notices) {
   std::vector<std::string> texts;
   for (const Notice& notice : notices) {
     texts.push_back(std::to_string(notice.line) + ": " + notice.text);
   }
   return texts;
-}
-
-void PrintTo(const CardCase& card, std::ostream* out) {
-  *out << card.lines;
-}
-
-void ExpectCard(const CardCase& card) {
-  const ParsedContact read = ReadCard(card.version, card.lines);
-  EXPECT_EQ(read.contact, ContactOf(card.fields));
-  EXPECT_EQ(Texts(read.notices), card.notices);
 }
 
 }  // namespace testing

@@ -13,7 +13,7 @@
 
 namespace formats {
 
-// How GoogleTest shows a contact: the fields that are not empty.
+// How GoogleTest shows a contact.
 void PrintTo(const Contact& contact, std::ostream* out);
 
 namespace testing {
@@ -25,22 +25,10 @@ using FieldTexts = std::vector<std::pair<Field, std::string>>;
 // nothing was wrong around it.
 ParsedContact ReadCard(std::string_view version, std::string_view lines);
 Contact ContactOf(const FieldTexts& fields);
+// "FirstName=Ann", "category=Work", "Birthday=1980-03-22": all that the contact has.
+std::vector<std::string> Texts(const Contact& contact);
 // "3: PHOTO: a contact holds no pictures"
 std::vector<std::string> Texts(const std::vector<Notice>& notices);
-
-struct CardCase {
-  const char* name;
-  const char* version;
-  const char* lines;
-  FieldTexts fields;
-  std::vector<std::string> notices = {};
-};
-inline std::string CaseName(const ::testing::TestParamInfo<CardCase>& info) {
-  return info.param.name;
-}
-void PrintTo(const CardCase& card, std::ostream* out);
-// Reads the card and expects exactly these fields and notices.
-void ExpectCard(const CardCase& card);
 
 }  // namespace testing
 }  // namespace formats
