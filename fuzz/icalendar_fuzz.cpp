@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "common/formats/icalendar/icalendar.h"
-#include "common/text/text.h"
+#include "common/text/unicode.h"
 
 namespace {
 
@@ -20,7 +20,7 @@ void Require(bool condition) {
 }
 
 void RequireText(const std::string& text) {
-  Require(formats::IsValidUtf8(text));
+  Require(text::IsValidUtf8(text));
 }
 
 void RequireCategories(const std::vector<std::string>& categories) {

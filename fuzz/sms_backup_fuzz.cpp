@@ -11,7 +11,7 @@
 #include "common/formats/backup/sms_backup.h"
 #include "common/formats/items/identity.h"
 #include "common/formats/json/message_json.h"
-#include "common/text/text.h"
+#include "common/text/unicode.h"
 
 namespace {
 
@@ -39,7 +39,7 @@ Items Collect(Read&& read) {
   sink.call = [&](const Call& call, std::size_t) { items.calls.push_back(call); };
   items.notices = read(sink);
   for (const formats::Notice& notice : items.notices) {
-    Require(notice.line > 0 && formats::IsValidUtf8(notice.text));
+    Require(notice.line > 0 && text::IsValidUtf8(notice.text));
   }
   return items;
 }
@@ -67,7 +67,7 @@ void RequireRoundTrip(const Items& items) {
 
   std::string lines;
   for (const TextMessage& message : items.messages) {
-    Require(formats::IsValidUtf8(message.text) && formats::IsValidUtf8(message.from.name));
+    Require(text::IsValidUtf8(message.text) && text::IsValidUtf8(message.from.name));
     Require(formats::IdentityOf(message).size() == 32);
     lines += formats::MessageToJson(message) + "\n";
   }

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "common/formats/vcard/vcard.h"
-#include "common/text/text.h"
+#include "common/text/unicode.h"
 
 namespace {
 
@@ -15,10 +15,10 @@ void Require(bool condition) {
 }
 
 void RequireUtf8(const formats::Contact& contact) {
-  Require(formats::IsValidUtf8(contact.uid));
-  for (const std::string& field : contact.fields) Require(formats::IsValidUtf8(field));
+  Require(text::IsValidUtf8(contact.uid));
+  for (const std::string& field : contact.fields) Require(text::IsValidUtf8(field));
   for (const std::string& category : contact.categories) {
-    Require(formats::IsValidUtf8(category));
+    Require(text::IsValidUtf8(category));
     Require(!category.empty() && category.find(',') == std::string::npos);
   }
 }
@@ -31,7 +31,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   for (const formats::ParsedContact& read : file.contacts) {
     RequireUtf8(read.contact);
     for (const formats::Notice& notice : read.notices) {
-      Require(notice.line >= read.line && formats::IsValidUtf8(notice.text));
+      Require(notice.line >= read.line && text::IsValidUtf8(notice.text));
     }
     Require(!formats::DisplayName(read.contact).empty());
     for (auto version : {formats::VCardVersion::k30, formats::VCardVersion::k40}) {

@@ -1,6 +1,6 @@
 #include "common/text/transfer_encoding.h"
 
-namespace formats {
+namespace text {
 namespace {
 
 int HexDigit(char c) {
@@ -61,4 +61,4 @@ std::string DecodeBase64(std::string_view value) {
   return bytes;
 }
 
-}  // namespace formats
+}  // namespace text

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace formats {
+namespace text {
 
 // "=XX" becomes its byte; anything else stands for itself, a broken sequence included. With
 // `protectSeparators` a semicolon that was written as "=3B" comes out escaped, so that it is told
@@ -14,4 +14,4 @@ std::string DecodeQuotedPrintable(std::string_view value, bool protectSeparators
 // Blanks and whatever else does not belong are skipped; reading ends at "=".
 std::string DecodeBase64(std::string_view value);
 
-}  // namespace formats
+}  // namespace text

@@ -5,10 +5,10 @@
 #include <algorithm>
 #include <string>
 
+#include "common/text/little_endian.h"
 #include "desktop/wire/error.h"
 #include "desktop/wire/request.h"
 #include "desktop/wire/status_text.h"
-#include "desktop/wire/words.h"
 
 namespace desktop {
 namespace {
@@ -21,7 +21,7 @@ constexpr std::chrono::milliseconds kReadByThen{1000};
 int SetLogging(const ConnectionOptions& connection, LoggingLevel level, const Console& console) {
   return RunGuarded(console, [&] {
     std::string input;
-    PutWord(input, static_cast<std::uint32_t>(level));
+    text::PutWord(input, static_cast<std::uint32_t>(level));
     const Reply reply = Invoke(connection, kResetLoggingState, input);
     if (reply.status != 0) {
       throw Error(

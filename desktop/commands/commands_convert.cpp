@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "common/files/atomic_file.h"
-#include "common/text/text.h"
+#include "common/text/unicode.h"
 #include "desktop/wire/error.h"
 
 namespace desktop {
@@ -22,7 +22,7 @@ struct LocalNote {
 void WarnOfUtf8(const LocalNote& note, const std::string& name, const Console& console) {
   const bool ascii = std::all_of(note.bytes.begin(), note.bytes.end(),
                                  [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-  if (note.format != NoteFormat::kText || ascii || !formats::IsValidUtf8(note.bytes)) return;
+  if (note.format != NoteFormat::kText || ascii || !text::IsValidUtf8(note.bytes)) return;
   console.err << fmt::format(
       "{}: seems to be UTF-8; the handheld takes it for text in its own 8-bit characters\n", name);
 }

@@ -1,13 +1,12 @@
 #include "desktop/records/contact_xml.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <array>
 #include <chrono>
 
+#include "common/calendar/wall_time.h"
+#include "common/text/xml_text.h"
 #include "desktop/records/wire_values.h"
-#include "desktop/records/xml_text.h"
 
 namespace desktop {
 namespace {
@@ -96,15 +95,14 @@ std::string EmailsToXml(const Contact& contact) {
   return xml;
 }
 
-std::string DateToXml(const std::optional<formats::Date>& date) {
-  if (!date) return {};
-  return fmt::format("{:04}{:02}{:02}T000000", date->year, date->month, date->day);
+std::string DateToXml(std::optional<std::chrono::year_month_day> date) {
+  return date ? formats::BasicDate(*date) + "T000000" : std::string();
 }
 
 std::string RowToXml(const Row& row, const Contact& contact) {
   switch (row.kind) {
     case RowKind::kText:
-      return XmlText(contact[row.field]);
+      return text::XmlText(contact[row.field]);
     case RowKind::kEmails:
       return EmailsToXml(contact);
     case RowKind::kCategories:
@@ -117,13 +115,9 @@ std::string RowToXml(const Row& row, const Contact& contact) {
   return {};
 }
 
-std::optional<formats::Date> DateFromXml(const XmlElement& element) {
+std::optional<std::chrono::year_month_day> DateFromXml(const XmlElement& element) {
   const std::optional<std::chrono::local_days> date = DateFromText(element.text);
-  if (!date) return std::nullopt;
-  const std::chrono::year_month_day day{*date};
-  return formats::Date{static_cast<int>(day.year()),
-                       static_cast<int>(static_cast<unsigned>(day.month())),
-                       static_cast<int>(static_cast<unsigned>(day.day()))};
+  return date ? std::optional<std::chrono::year_month_day>(*date) : std::nullopt;
 }
 
 void EmailsFromXml(const XmlElement& element, Contact& contact) {

@@ -7,9 +7,10 @@
 #include <optional>
 #include <string_view>
 
+#include "common/calendar/wall_time.h"
+#include "common/text/xml_text.h"
 #include "desktop/records/recurrence_xml.h"
 #include "desktop/records/wire_values.h"
-#include "desktop/records/xml_text.h"
 
 namespace desktop {
 namespace {
@@ -27,22 +28,19 @@ bool IsCarried(ContactField field) {
 }
 
 void AddControl(std::string_view name, const std::string& text, std::vector<std::string>& losses) {
-  if (HasWhatXmlLeavesOut(text)) losses.push_back(fmt::format("{}: {}", name, kControl));
+  if (text::HasWhatXmlLeavesOut(text)) losses.push_back(fmt::format("{}: {}", name, kControl));
 }
 
 void AddControl(const std::vector<std::string>& categories, std::vector<std::string>& losses) {
-  if (std::any_of(categories.begin(), categories.end(), HasWhatXmlLeavesOut)) {
+  if (std::any_of(categories.begin(), categories.end(), text::HasWhatXmlLeavesOut)) {
     losses.push_back(fmt::format("Categories: {}", kControl));
   }
 }
 
 std::string TimeText(local_seconds time) {
-  const local_days day = floor<days>(time);
-  const year_month_day date{day};
-  const hh_mm_ss clock{time - day};
-  return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}", static_cast<int>(date.year()),
-                     static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-                     clock.hours().count(), clock.minutes().count());
+  std::string text = formats::IsoDateTime(time).substr(0, 16);
+  text[10] = ' ';
+  return text;
 }
 
 // A time in the hour that a change to daylight saving time leaves out.

@@ -6,17 +6,13 @@
 #include <charconv>
 #include <limits>
 
-#include "desktop/records/xml_text.h"
+#include "common/calendar/wall_time.h"
+#include "common/text/xml_text.h"
 
 namespace desktop {
 namespace {
 
 using namespace std::chrono;
-
-std::string DayText(year_month_day day) {
-  return fmt::format("{:04}{:02}{:02}", static_cast<int>(day.year()),
-                     static_cast<unsigned>(day.month()), static_cast<unsigned>(day.day()));
-}
 
 // Digits alone, -1 for anything else.
 int DigitsAt(std::string_view text, std::size_t at, std::size_t width) {
@@ -40,7 +36,7 @@ std::string ElementUnlessEmpty(std::string_view name, std::string_view innerXml)
 }
 
 std::string TextElement(std::string_view name, std::string_view text) {
-  return ElementUnlessEmpty(name, XmlText(text));
+  return ElementUnlessEmpty(name, text::XmlText(text));
 }
 
 std::string TrueElement(std::string_view name, bool value) {
@@ -52,15 +48,11 @@ std::string NumberElement(std::string_view name, long long value) {
 }
 
 std::string DateText(local_days day) {
-  return DayText(year_month_day{day}) + "T000000";
+  return formats::BasicDate(day) + "T000000";
 }
 
 std::string DateTimeText(sys_seconds time) {
-  const auto day = floor<days>(time);
-  const hh_mm_ss clock{time - day};
-  return DayText(year_month_day{day}) + fmt::format("T{:02}{:02}{:02}", clock.hours().count(),
-                                                    clock.minutes().count(),
-                                                    clock.seconds().count());
+  return formats::BasicDateTime(local_seconds{time.time_since_epoch()});
 }
 
 std::optional<local_days> DateFromText(std::string_view text) {

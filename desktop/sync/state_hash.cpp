@@ -17,7 +17,7 @@ using calendar::Zone;
 
 std::string Normal(std::string text) {
   constexpr std::string_view kBlanks = " \t\n";
-  text = formats::NormalizeLineBreaks(std::move(text));
+  text = text::NormalizeLineBreaks(std::move(text));
   const std::size_t first = text.find_first_not_of(kBlanks);
   if (first == std::string::npos) return {};
   return text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);

@@ -14,8 +14,8 @@
 #include <cstring>
 #include <memory>
 
+#include "common/text/little_endian.h"
 #include "desktop/wire/error.h"
-#include "desktop/wire/words.h"
 
 namespace desktop {
 namespace {
@@ -165,7 +165,7 @@ std::string Connection::Receive(std::size_t count) {
 }
 
 std::uint32_t Connection::ReceiveWord() {
-  return WordAt(Receive(4), 0);
+  return text::WordAt(Receive(4), 0);
 }
 
 bool Connection::FinishAndAwaitEnd(std::chrono::milliseconds bound) {

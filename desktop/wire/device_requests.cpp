@@ -2,11 +2,14 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
+#include "common/text/little_endian.h"
+#include "common/text/text.h"
+#include "common/text/unicode.h"
 #include "desktop/wire/error.h"
 #include "desktop/wire/request.h"
 #include "desktop/wire/status_text.h"
-#include "desktop/wire/utf16.h"
-#include "desktop/wire/words.h"
 
 namespace desktop {
 namespace {
@@ -17,6 +20,7 @@ constexpr std::int32_t kInvalidName = 123;
 constexpr std::size_t kVersionBytes = 52;
 constexpr std::size_t kVersionText = 12;
 constexpr std::size_t kSpaceBytes = 24;
+constexpr std::size_t kLongestPath = 259;
 
 [[noreturn]] void ThrowNonsense(std::string_view function, std::size_t count) {
   throw Error(fmt::format("the answer to {} makes no sense: {} bytes", function, count));
@@ -41,7 +45,7 @@ std::string Ask(const ConnectionOptions& connection, std::string_view function, 
 }
 
 std::uint64_t LongAt(std::string_view bytes, std::size_t offset) {
-  return std::uint64_t{WordAt(bytes, offset + 4)} << 32 | WordAt(bytes, offset);
+  return std::uint64_t{text::WordAt(bytes, offset + 4)} << 32 | text::WordAt(bytes, offset);
 }
 
 Space SpaceFrom(const std::string& block) {
@@ -51,13 +55,13 @@ Space SpaceFrom(const std::string& block) {
 // False when there is no such card any more.
 bool AskCard(const ConnectionOptions& connection, Card& card) {
   std::string input;
-  PutWord(input, card.number);
+  text::PutWord(input, card.number);
   const Reply directory = Invoke(connection, kGetCardDirectory, input);
   if (directory.status == kNoSuchCard) return false;
   const std::size_t count = directory.output.size();
   const std::string path = OutputOf(directory, kGetCardDirectory, count);
   if (count < 2 || count % 2 != 0) ThrowNonsense(kGetCardDirectory, count);
-  card.directory = FromUtf16Le(std::string_view(path).substr(0, count - 2));
+  card.directory = text::ToUtf8Lossy(text::FromUtf16Le(path.substr(0, count - 2)));
 
   const Reply space = Invoke(connection, kGetCardSpace, input);
   if (space.status == kNoSuchCard) return false;
@@ -70,15 +74,15 @@ bool AskCard(const ConnectionOptions& connection, Card& card) {
 AgentVersion AskVersion(const ConnectionOptions& connection) {
   const std::string block = Ask(connection, kGetVersion, kVersionBytes);
   const std::string text = block.substr(kVersionText);
-  return {WordAt(block, 4), WordAt(block, 8), text.substr(0, text.find('\0'))};
+  return {text::WordAt(block, 4), text::WordAt(block, 8), text.substr(0, text.find('\0'))};
 }
 
 std::uint32_t AskLanguage(const ConnectionOptions& connection) {
-  return WordAt(Ask(connection, kGetLanguage, 4), 0);
+  return text::WordAt(Ask(connection, kGetLanguage, 4), 0);
 }
 
 bool AskHasInk(const ConnectionOptions& connection) {
-  return WordAt(Ask(connection, kHasRichInk, 4), 0) != 0;
+  return text::WordAt(Ask(connection, kHasRichInk, 4), 0) != 0;
 }
 
 Space AskTotalSpace(const ConnectionOptions& connection) {
@@ -99,12 +103,25 @@ Space AskSpaceAt(const ConnectionOptions& connection, std::string_view directory
 // The handheld counts its cards afresh at every request, so that one that comes or goes meanwhile
 // moves those behind it.
 std::vector<Card> AskCards(const ConnectionOptions& connection) {
-  const std::uint32_t count = WordAt(Ask(connection, kGetVolumeCount, 4), 0);
+  const std::uint32_t count = text::WordAt(Ask(connection, kGetVolumeCount, 4), 0);
   std::vector<Card> cards;
   for (Card card; card.number < count && AskCard(connection, card); ++card.number) {
     cards.push_back(card);
   }
   return cards;
+}
+
+std::string DevicePathBytes(std::string_view path) {
+  std::optional<std::u16string> own = text::FromUtf8(path);
+  if (path.empty() || !own) {
+    throw Error(fmt::format("\"{}\" is no path of a handheld", text::Excerpt(path)));
+  }
+  std::replace(own->begin(), own->end(), u'/', u'\\');
+  if (own->size() > kLongestPath) {
+    throw Error(fmt::format("a handheld's path has at most {} characters, this one {}: {}",
+                            kLongestPath, own->size(), text::Excerpt(path)));
+  }
+  return text::ToUtf16Le(*own);
 }
 
 }  // namespace desktop

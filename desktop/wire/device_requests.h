@@ -50,4 +50,8 @@ struct Card {
 // Those that are taken out meanwhile are left out.
 std::vector<Card> AskCards(const ConnectionOptions& connection);
 
+// A path of the handheld as requests carry it, in UTF-16: "/" counts as "\". Throws Error for one
+// that is empty, longer than a handheld's paths (259 characters), or not UTF-8.
+std::string DevicePathBytes(std::string_view path);
+
 }  // namespace desktop

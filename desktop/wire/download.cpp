@@ -2,8 +2,8 @@
 
 #include <fmt/format.h>
 
+#include "common/text/little_endian.h"
 #include "desktop/wire/error.h"
-#include "desktop/wire/words.h"
 
 namespace desktop {
 namespace {
@@ -32,7 +32,7 @@ std::int32_t DownloadAll(const ConnectionOptions& options, RecordKind kind,
 std::int32_t DownloadSpecific(const ConnectionOptions& options, RecordKind kind,
                               std::span<const Oid> oids, const DocumentHandler& onDocument) {
   std::string input = KindInput(kind);
-  for (const Oid oid : oids) PutWord(input, oid);
+  for (const Oid oid : oids) text::PutWord(input, oid);
   return Download(options, kDownloadSpecific, input, onDocument);
 }
 

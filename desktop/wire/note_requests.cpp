@@ -7,13 +7,12 @@
 #include <iterator>
 #include <utility>
 
+#include "common/text/little_endian.h"
 #include "common/text/text.h"
 #include "desktop/wire/device_requests.h"
 #include "desktop/wire/error.h"
 #include "desktop/wire/request.h"
 #include "desktop/wire/status_text.h"
-#include "desktop/wire/utf16.h"
-#include "desktop/wire/words.h"
 
 namespace desktop {
 namespace {
@@ -51,7 +50,7 @@ std::optional<NoteFormat> FormatOfDevicePath(std::string_view path) {
 }
 
 std::optional<NoteFormat> FormatOfLocalPath(std::string_view path) {
-  return FormatOf(path, formats::EqualsNoCase);
+  return FormatOf(path, text::EqualsNoCase);
 }
 
 void RequireInk(const ConnectionOptions& connection) {
@@ -67,7 +66,7 @@ std::size_t NoteRoom(std::string_view devicePath) {
 std::string FetchNote(const ConnectionOptions& connection, std::string_view devicePath,
                       NoteFormat format) {
   std::string input;
-  PutWord(input, static_cast<std::uint32_t>(format));
+  text::PutWord(input, static_cast<std::uint32_t>(format));
   input += DevicePathBytes(devicePath);
   Reply reply = Invoke(connection, kConvertFromFile, input);
   if (IsNoFile(reply.status)) {
@@ -89,8 +88,8 @@ void StoreNote(const ConnectionOptions& connection, std::string_view devicePath,
                std::string_view note) {
   const std::string path = DevicePathBytes(devicePath);
   std::string input;
-  PutWord(input, static_cast<std::uint32_t>(format));
-  PutWord(input, static_cast<std::uint32_t>(path.size()));
+  text::PutWord(input, static_cast<std::uint32_t>(format));
+  text::PutWord(input, static_cast<std::uint32_t>(path.size()));
   input += path;
   input += note;
   const Reply reply = Invoke(connection, kConvertToFile, input);

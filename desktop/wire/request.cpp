@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
+#include "common/text/little_endian.h"
 #include "desktop/wire/error.h"
-#include "desktop/wire/words.h"
 
 namespace desktop {
 namespace {
@@ -20,15 +20,15 @@ constexpr std::uint32_t kUnknownRequest = 127;
 
 std::string Record(const std::string& body) {
   std::string record;
-  PutWord(record, static_cast<std::uint32_t>(body.size()));
+  text::PutWord(record, static_cast<std::uint32_t>(body.size()));
   return record + body;
 }
 
 // Length in characters and UTF-16 text; the terminator counts, the agent compares up to it.
 void PutName(std::string& body, std::string_view name) {
-  PutWord(body, static_cast<std::uint32_t>(name.size() + 1));
-  for (const char c : name) PutHalfWord(body, static_cast<unsigned char>(c));
-  PutHalfWord(body, 0);
+  text::PutWord(body, static_cast<std::uint32_t>(name.size() + 1));
+  for (const char c : name) text::PutHalfWord(body, static_cast<unsigned char>(c));
+  text::PutHalfWord(body, 0);
 }
 
 [[noreturn]] void ThrowNonsense(std::string_view function, const std::string& what) {
@@ -39,7 +39,7 @@ void PutName(std::string& body, std::string_view name) {
 
 std::string KindInput(RecordKind kind) {
   std::string input;
-  PutWord(input, static_cast<std::uint32_t>(kind));
+  text::PutWord(input, static_cast<std::uint32_t>(kind));
   return input;
 }
 
@@ -54,20 +54,20 @@ std::string InvokeRecord(std::string_view function, std::string_view input, Answ
         fmt::format("{} bytes of input do not fit into a request for {}", input.size(), function));
   }
   std::string body;
-  PutWord(body, kInvokeKind);
+  text::PutWord(body, kInvokeKind);
   body.append(8, '\0');
   PutName(body, kLibrary);
   body.append(4, '\0');
   PutName(body, function);
-  PutWord(body, static_cast<std::uint32_t>(input.size()));
+  text::PutWord(body, static_cast<std::uint32_t>(input.size()));
   body += input;
-  PutWord(body, static_cast<std::uint32_t>(mode));
+  text::PutWord(body, static_cast<std::uint32_t>(mode));
   return Record(body);
 }
 
 std::string QuitRecord() {
   std::string body;
-  PutWord(body, kQuitKind);
+  text::PutWord(body, kQuitKind);
   body.append(8, '\0');
   return Record(body);
 }
@@ -77,8 +77,8 @@ Reply Invoke(const ConnectionOptions& options, std::string_view function, std::s
   connection.Send(InvokeRecord(function, input, AnswerMode::kBuffered));
 
   const std::string header = connection.Receive(kReplyHeader);
-  const std::uint32_t total = WordAt(header, 0);
-  const std::uint32_t count = WordAt(header, 16);
+  const std::uint32_t total = text::WordAt(header, 0);
+  const std::uint32_t count = text::WordAt(header, 16);
   if (total < 16 || total - 16 > kMostBytes) {
     ThrowNonsense(function, fmt::format("a reply of {} bytes", total));
   }
@@ -86,10 +86,11 @@ Reply Invoke(const ConnectionOptions& options, std::string_view function, std::s
     ThrowNonsense(function,
                   fmt::format("a reply of {} bytes with {} bytes of output", total, count));
   }
-  if (WordAt(header, 8) != WordAt(header, 12)) ThrowNonsense(function, "it has two statuses");
+  if (text::WordAt(header, 8) != text::WordAt(header, 12))
+    ThrowNonsense(function, "it has two statuses");
 
   Reply reply;
-  reply.status = static_cast<std::int32_t>(WordAt(header, 8));
+  reply.status = static_cast<std::int32_t>(text::WordAt(header, 8));
   reply.output = connection.Receive(count);
   return reply;
 }

@@ -2,9 +2,9 @@
 
 #include <fmt/format.h>
 
+#include "common/text/little_endian.h"
 #include "desktop/wire/error.h"
 #include "desktop/wire/request.h"
-#include "desktop/wire/words.h"
 
 namespace desktop {
 
@@ -26,21 +26,21 @@ void Upload::Send(std::span<const std::string> records,
     throw Error(fmt::format("a chunk of {} bytes is too large: lower --chunk", document.size()));
   }
   std::string chunk;
-  PutWord(chunk, static_cast<std::uint32_t>(document.size()));
+  text::PutWord(chunk, static_cast<std::uint32_t>(document.size()));
   chunk += document;
 
   connection_.HoldInterruption(true);
   connection_.Send(chunk);
   for (std::size_t i = 0; i < records.size(); ++i) {
     const std::string bytes = connection_.Receive(8);
-    onAnswer({WordAt(bytes, 0), static_cast<std::int32_t>(WordAt(bytes, 4))});
+    onAnswer({text::WordAt(bytes, 0), static_cast<std::int32_t>(text::WordAt(bytes, 4))});
   }
   connection_.HoldInterruption(false);
 }
 
 void Upload::Finish() {
   std::string end;
-  PutWord(end, 0);
+  text::PutWord(end, 0);
   connection_.Send(end);
 }
 

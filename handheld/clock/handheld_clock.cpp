@@ -4,7 +4,7 @@
 #include <chrono>
 #include <string>
 
-#include "common/text/utf.h"
+#include "common/text/unicode.h"
 #include "handheld/base/settings.h"
 #include "handheld/registry/registry_store.h"
 
@@ -28,7 +28,7 @@ LONGLONG HostNow() {
 
 LONGLONG ReadOffset(const Registry& registry) {
   const auto value = registry.Value(setting::kKey, setting::kClockOffset);
-  const std::string text = ToUtf8Lossy(value ? value->AsText().value_or(u"") : u"");
+  const std::string text = text::ToUtf8Lossy(value ? value->AsText().value_or(u"") : u"");
   LONGLONG offset = 0;
   const char* end = text.data() + text.size();
   const auto parsed = std::from_chars(text.data(), end, offset);

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "common/text/utf.h"
+#include "common/text/unicode.h"
 #include "handheld/clock/handheld_clock.h"
 #include "handheld/clock/zone.h"
 #include "handheld/directory/directory_lock.h"
@@ -77,7 +77,7 @@ std::vector<NamedRegistryValue> InitialSettings(const HandheldSettings& settings
           {setting::kLanguage, number(settings.language)},
           {setting::kOsMajor, number(settings.osMajor)},
           {setting::kOsMinor, number(settings.osMinor)},
-          {setting::kZone, RegistryValue::Text(FromUtf8Lossy(settings.zone))},
+          {setting::kZone, RegistryValue::Text(text::FromUtf8Lossy(settings.zone))},
           {setting::kClockOffset, RegistryValue::Text(u"0")},
           {setting::kFirstOid, number(settings.firstOid)}};
 }
@@ -169,7 +169,7 @@ void Handheld::Set(const char16_t* name, std::u16string_view value) {
 }
 
 std::optional<TIME_ZONE_INFORMATION> Handheld::ZoneRules() const {
-  const std::string name = ToUtf8Lossy(Text(setting::kZone, u"UTC"));
+  const std::string name = text::ToUtf8Lossy(Text(setting::kZone, u"UTC"));
   const std::lock_guard guard(zoneLock_);
   if (!zone_ || zoneName_ != name) {
     zone_ = ReadZone(name);

@@ -3,12 +3,12 @@
 #include <new>
 #include <string>
 
+#include "common/text/xml_text.h"
 #include "handheld/automation/com_classes.h"
 #include "handheld/base/guarded.h"
 #include "handheld/dom/loader.h"
 #include "handheld/dom/nodes.h"
 #include "handheld/dom/serializer.h"
-#include "handheld/dom/utf.h"
 
 namespace ce::host {
 namespace dom {
@@ -41,7 +41,7 @@ HRESULT Document::get_documentElement(IXMLDOMElement** element) {
 
 HRESULT Document::createElement(BSTR name, IXMLDOMElement** element) {
   return Guarded("IXMLDOMDocument::createElement", element, [&] {
-    if (!IsXmlName(View(name))) return E_INVALIDARG;
+    if (!text::IsXmlName(View(name))) return E_INVALIDARG;
     return HandOutNew(new Element(this, std::u16string(View(name))), element);
   });
 }
@@ -55,7 +55,7 @@ HRESULT Document::createTextNode(BSTR data, IXMLDOMText** text) {
 HRESULT Document::createProcessingInstruction(BSTR target, BSTR data,
                                               IXMLDOMProcessingInstruction** instruction) {
   return Guarded("IXMLDOMDocument::createProcessingInstruction", instruction, [&] {
-    if (!IsXmlName(View(target))) return E_INVALIDARG;
+    if (!text::IsXmlName(View(target))) return E_INVALIDARG;
     return HandOutNew(
         new Instruction(this, std::u16string(View(target)), std::u16string(View(data))),
         instruction);
@@ -64,7 +64,7 @@ HRESULT Document::createProcessingInstruction(BSTR target, BSTR data,
 
 HRESULT Document::createAttribute(BSTR name, IXMLDOMAttribute** attribute) {
   return Guarded("IXMLDOMDocument::createAttribute", attribute, [&] {
-    if (!IsXmlName(View(name))) return E_INVALIDARG;
+    if (!text::IsXmlName(View(name))) return E_INVALIDARG;
     return HandOutNew(new Attribute(this, std::u16string(View(name))), attribute);
   });
 }

@@ -1,9 +1,9 @@
 #include "handheld/dom/node_object.h"
 
+#include "common/text/xml_text.h"
 #include "handheld/base/guarded.h"
 #include "handheld/dom/document.h"
 #include "handheld/dom/nodes.h"
-#include "handheld/dom/utf.h"
 
 namespace ce::host::dom::methods {
 namespace {
@@ -68,7 +68,7 @@ HRESULT AppendChild(Node& node, IXMLDOMNode* child, IXMLDOMNode** appended) {
 HRESULT SelectSingleNode(Node& node, BSTR query, IXMLDOMNode** found) {
   return Guarded("IXMLDOMNode::selectSingleNode", found, [&] {
     const std::u16string_view name = View(query);
-    if (!IsXmlName(name)) return E_INVALIDARG;
+    if (!text::IsXmlName(name)) return E_INVALIDARG;
     return HandOut(node.FindChildElement(name), found);
   });
 }

@@ -2,8 +2,9 @@
 
 #include <utility>
 
+#include "common/text/unicode.h"
+#include "common/text/xml_text.h"
 #include "handheld/dom/nodes.h"
-#include "handheld/dom/utf.h"
 
 namespace ce::host::dom {
 namespace {
@@ -13,7 +14,7 @@ constexpr std::size_t kLargeText = 16 * 1024;
 
 std::u16string Wide(std::string_view utf8) {
   std::u16string text;
-  if (!AppendUtf8(utf8, text)) throw TreeBuilder::BadDocument{};
+  if (!text::AppendFromUtf8(text, utf8)) throw TreeBuilder::BadDocument{};
   return text;
 }
 
@@ -29,7 +30,7 @@ void TreeBuilder::Charge(std::size_t bytes) {
 }
 
 void TreeBuilder::ChargeNode(std::size_t size, std::string_view text) {
-  Charge(size + sizeof(char16_t) * Utf16Length(text));
+  Charge(size + sizeof(char16_t) * text::Utf16Length(text));
 }
 
 void TreeBuilder::Declaration(std::u16string target, std::u16string data) {
@@ -40,7 +41,7 @@ void TreeBuilder::Declaration(std::u16string target, std::u16string data) {
 void TreeBuilder::StartElement(const char* prefix, const char* name) {
   FlushText();
   if (++depth_ > maxDepth_) throw BadDocument{};
-  if (prefix) Charge(sizeof(char16_t) * (Utf16Length(prefix) + 1));
+  if (prefix) Charge(sizeof(char16_t) * (text::Utf16Length(prefix) + 1));
   ChargeNode(sizeof(Element), name);
   auto* element = new Element(&document_, QualifiedName(prefix, name));
   Append(element);
@@ -48,7 +49,7 @@ void TreeBuilder::StartElement(const char* prefix, const char* name) {
 }
 
 void TreeBuilder::Attribute(const char* prefix, const char* name, std::string_view value) {
-  if (prefix) Charge(sizeof(char16_t) * (Utf16Length(prefix) + 1));
+  if (prefix) Charge(sizeof(char16_t) * (text::Utf16Length(prefix) + 1));
   ChargeNode(sizeof(dom::Attribute), name);
   ChargeNode(0, value);
   static_cast<Element*>(current_)->AdoptAttribute(
@@ -63,7 +64,7 @@ void TreeBuilder::EndElement() {
 
 void TreeBuilder::Characters(std::string_view text) {
   ChargeNode(0, text);
-  if (!AppendUtf8(text, text_)) throw BadDocument{};
+  if (!text::AppendFromUtf8(text_, text)) throw BadDocument{};
 }
 
 void TreeBuilder::CdataSection(std::string_view text) {
@@ -87,7 +88,7 @@ void TreeBuilder::Instruction(const char* target, const char* data) {
 
 void TreeBuilder::FlushText() {
   if (text_.empty()) return;
-  if (preserveWhiteSpace_ || !IsBlank(text_)) {
+  if (preserveWhiteSpace_ || !text::IsXmlSpace(text_)) {
     Charge(sizeof(Text));
     Append(new Text(NodeKind::kText, &document_, std::u16string(std::u16string_view(text_))));
   } else {

@@ -4,7 +4,8 @@
 #include <array>
 #include <string>
 
-#include "handheld/dom/utf.h"
+#include "common/text/unicode.h"
+#include "common/text/xml_text.h"
 
 namespace ce::host::dom {
 namespace {
@@ -36,7 +37,7 @@ constexpr Replacements kReplacements[] = {MakeReplacements(Escape::kNone),
 constexpr PlainTable MakePlain(const Replacements& replacements) {
   PlainTable plain{};
   for (std::size_t c = 0; c < plain.size(); ++c) {
-    plain[c] = IsXmlUnit(static_cast<char16_t>(c)) && replacements[c].empty();
+    plain[c] = text::IsXmlUnit(static_cast<char16_t>(c)) && replacements[c].empty();
   }
   return plain;
 }
@@ -48,28 +49,13 @@ char* Put(char* out, std::string_view text) {
   return out + text.copy(out, text.size());
 }
 
-char* PutTail(char* out, char32_t code, int sixBits) {
-  for (; sixBits > 0; --sixBits) {
-    *out++ = static_cast<char>(0x80 | ((code >> (6 * (sixBits - 1))) & 0x3F));
-  }
-  return out;
-}
-
 // Writes the character beyond ASCII that starts at `at` and moves past it.
 char* PutWide(char* out, std::u16string_view text, std::size_t& at) {
-  const char16_t unit = text[at++];
-  if (unit < 0x800) {
-    *out++ = static_cast<char>(0xC0 | (unit >> 6));
-    return PutTail(out, unit, 1);
-  }
-  if (IsXmlUnit(unit)) {
-    *out++ = static_cast<char>(0xE0 | (unit >> 12));
-    return PutTail(out, unit, 2);
-  }
-  if (!IsLeadSurrogate(unit) || at == text.size() || !IsTrailSurrogate(text[at])) return out;
-  const char32_t code = JoinSurrogates(unit, text[at++]);
-  *out++ = static_cast<char>(0xF0 | (code >> 18));
-  return PutTail(out, code, 3);
+  std::u16string_view rest = text.substr(at);
+  const char32_t character = text::TakeCharacter(rest);
+  at = text.size() - rest.size();
+  const bool isCarried = character >= 0x10000 || text::IsXmlUnit(static_cast<char16_t>(character));
+  return isCarried ? text::PutUtf8(out, character) : out;
 }
 
 }  // namespace
@@ -108,7 +94,7 @@ void Utf8Writer::TextWithout(std::u16string_view text, char16_t first, char16_t 
   std::u16string safe;
   safe.reserve(text.size());
   // First without what is left out anyway, which would bring the two together.
-  for (const char16_t unit : XmlCharacters(text)) {
+  for (const char16_t unit : text::XmlCharacters(text)) {
     if (unit == second && safe.ends_with(first)) safe += u' ';
     safe += unit;
   }

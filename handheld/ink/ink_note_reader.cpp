@@ -2,6 +2,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "common/text/little_endian.h"
 #include "handheld/ink/ink_note.h"
 #include "handheld/ink/note_formats.h"
 
@@ -10,10 +11,6 @@ namespace {
 
 BYTE ByteAt(std::string_view bytes, std::size_t at) {
   return static_cast<BYTE>(bytes[at]);
-}
-
-WORD WordAt(std::string_view bytes, std::size_t at) {
-  return static_cast<WORD>(ByteAt(bytes, at) | ByteAt(bytes, at + 1) << 8);
 }
 
 struct Paragraph {
@@ -29,7 +26,7 @@ struct Zones {
 void AddListed(std::string_view zone, std::vector<WORD>& listed) {
   for (std::size_t at = ink::kListHeadBytes; at + ink::kListEntryBytes <= zone.size();
        at += ink::kListEntryBytes) {
-    listed.push_back(WordAt(zone, at + 4));
+    listed.push_back(text::HalfWordAt(zone, at + 4));
   }
 }
 
@@ -37,11 +34,11 @@ void AddListed(std::string_view zone, std::vector<WORD>& listed) {
 bool ReadZones(std::string_view bytes, Zones& zones) {
   while (!bytes.empty()) {
     if (bytes.size() < 2) return false;
-    const WORD type = WordAt(bytes, 0);
+    const WORD type = text::HalfWordAt(bytes, 0);
     if (type == ink::kEnd) return true;
     if (bytes.size() < ink::kZoneHeaderBytes) return false;
-    const WORD id = WordAt(bytes, 2);
-    std::size_t length = WordAt(bytes, 4);
+    const WORD id = text::HalfWordAt(bytes, 2);
+    std::size_t length = text::HalfWordAt(bytes, 4);
     length = type == ink::kObjectData ? length | std::size_t{id} << 16 : length * ink::kZoneUnit;
     bytes.remove_prefix(ink::kZoneHeaderBytes);
     if (length > bytes.size()) return false;
@@ -141,7 +138,7 @@ class StreamReader {
     switch (control) {
       case ink::kAnyUnit:
         if (rest_.size() < 3) return false;
-        text_.push_back(WordAt(rest_, 1));
+        text_.push_back(text::HalfWordAt(rest_, 1));
         return Skip(3);
       case ink::kLatin:
         if (rest_.size() < 2) return false;
@@ -183,7 +180,7 @@ bool IsJoined(std::string_view stream) {
 
 std::optional<std::u16string> ReadInkNote(std::string_view bytes) {
   if (bytes.size() < ink::kHeaderBytes || !bytes.starts_with(ink::kMagic)) return std::nullopt;
-  const WORD version = WordAt(bytes, ink::kMagic.size());
+  const WORD version = text::HalfWordAt(bytes, ink::kMagic.size());
   if (version < ink::kOldestVersion || version > ink::kNewestVersion) return std::nullopt;
   Zones zones;
   if (!ReadZones(bytes.substr(ink::kHeaderBytes), zones)) return std::nullopt;

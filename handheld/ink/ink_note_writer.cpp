@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "common/text/little_endian.h"
 #include "handheld/ink/ink_note.h"
 #include "handheld/ink/note_formats.h"
 
@@ -39,11 +40,6 @@ std::vector<Piece> Split(std::u16string_view text) {
   }
 }
 
-void AddWord(std::string& bytes, std::size_t word) {
-  bytes.push_back(static_cast<char>(word & 0xFF));
-  bytes.push_back(static_cast<char>(word >> 8 & 0xFF));
-}
-
 void AddUnit(std::string& stream, char16_t unit) {
   if (unit == u'\t') {
     stream.push_back(static_cast<char>(ink::kSpecial));
@@ -58,7 +54,7 @@ void AddUnit(std::string& stream, char16_t unit) {
     stream.push_back(static_cast<char>(unit >> 6));
   } else {
     stream.push_back(static_cast<char>(ink::kAnyUnit));
-    AddWord(stream, unit);
+    text::PutHalfWord(stream, unit);
   }
 }
 
@@ -77,9 +73,9 @@ std::string StreamOf(const Piece& piece) {
 
 void AddZone(std::string& note, WORD type, std::size_t id, std::string data) {
   data.resize((data.size() + ink::kZoneUnit - 1) / ink::kZoneUnit * ink::kZoneUnit);
-  AddWord(note, type);
-  AddWord(note, id);
-  AddWord(note, data.size() / ink::kZoneUnit);
+  text::PutHalfWord(note, type);
+  text::PutHalfWord(note, id);
+  text::PutHalfWord(note, data.size() / ink::kZoneUnit);
   note += data;
 }
 
@@ -100,10 +96,10 @@ std::size_t IdOf(std::size_t index) {
 std::string ListOf(const std::vector<Piece>& pieces) {
   std::string data(ink::kListHeadBytes, '\0');
   for (std::size_t i = 0; i < std::min(pieces.size(), kMaxListed); ++i) {
-    AddWord(data, 1);
-    AddWord(data, pieces[i].text.size() + 1);
-    AddWord(data, IdOf(i));
-    AddWord(data, 0);
+    text::PutHalfWord(data, 1);
+    text::PutHalfWord(data, pieces[i].text.size() + 1);
+    text::PutHalfWord(data, IdOf(i));
+    text::PutHalfWord(data, 0);
   }
   return data;
 }
@@ -111,10 +107,10 @@ std::string ListOf(const std::vector<Piece>& pieces) {
 std::string ParagraphOf(const Piece& piece) {
   const std::string stream = StreamOf(piece);
   std::string data;
-  AddWord(data, piece.text.size() + 1);
-  AddWord(data, stream.size());
-  AddWord(data, 1);       // lines
-  AddWord(data, 0xFFFF);  // marker
+  text::PutHalfWord(data, piece.text.size() + 1);
+  text::PutHalfWord(data, stream.size());
+  text::PutHalfWord(data, 1);       // lines
+  text::PutHalfWord(data, 0xFFFF);  // marker
   data.resize(ink::kParagraphHeadBytes);
   data[18] = static_cast<char>(kNoBullet);
   return data + stream;
@@ -125,8 +121,8 @@ std::string ParagraphOf(const Piece& piece) {
 std::optional<std::string> WriteInkNote(std::u16string_view text) {
   const std::vector<Piece> pieces = Split(text);
   std::string note(ink::kMagic);
-  AddWord(note, ink::kNewestVersion);
-  AddWord(note, 0);
+  text::PutHalfWord(note, ink::kNewestVersion);
+  text::PutHalfWord(note, 0);
   AddZone(note, ink::kFonts, 0, Fonts());
   AddZone(note, ink::kParagraphList, 0, ListOf(pieces));
   for (std::size_t i = 0; i < pieces.size(); ++i) {

@@ -2,17 +2,16 @@
 #include <utility>
 #include <vector>
 
+#include "common/text/code_page.h"
 #include "handheld/ink/note_formats.h"
 #include "handheld/ink/rich_text.h"
 #include "handheld/ink/rich_text_tokens.h"
 #include "handheld/ink/rich_text_words.h"
-#include "handheld/system/code_page.h"
 
 namespace ce::host {
 namespace {
 
 constexpr std::string_view kOpening = "{\\rtf";
-constexpr UINT kWestern = 1252;
 
 enum class Destination { kText, kFontTable, kUnicodePair, kSkipped };
 
@@ -211,8 +210,8 @@ class RichTextReader {
   void FlushBytes() {
     if (bytes_.empty()) return;
     bool wellFormed = true;
-    std::optional<std::u16string> decoded = DecodeText(bytesPage_, bytes_, wellFormed);
-    if (!decoded) decoded = DecodeText(kWestern, bytes_, wellFormed);
+    std::optional<std::u16string> decoded = text::DecodeText(bytesPage_, bytes_, wellFormed);
+    if (!decoded) decoded = text::DecodeText(text::kWesternPage, bytes_, wellFormed);
     text_ += *decoded;
     bytes_.clear();
   }
@@ -223,11 +222,11 @@ class RichTextReader {
   std::vector<Group> groups_;
   bool mayBeIgnored_ = false;  // \* was the last token
   INT fallbackLeft_ = 0;
-  UINT documentPage_ = kWestern;
+  UINT documentPage_ = text::kWesternPage;
   INT defaultFont_ = 0;
   std::unordered_map<INT, UINT> fontPages_;
   std::string bytes_;
-  UINT bytesPage_ = kWestern;
+  UINT bytesPage_ = text::kWesternPage;
   std::u16string text_;
   std::size_t endedAt_ = kNever;  // where the last paragraph's end brought the text to
 };

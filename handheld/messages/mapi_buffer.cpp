@@ -6,8 +6,8 @@
 #include <cstring>
 #include <utility>
 
+#include "common/text/unicode.h"
 #include "handheld/base/fault.h"
-#include "handheld/store/stored_text.h"
 
 namespace ce::host {
 namespace {
@@ -60,9 +60,8 @@ void* MapiBuffer::AllocateBytes(std::size_t size, std::size_t count) {
 }
 
 WCHAR* MapiBuffer::Text(std::string_view stored) {
-  const std::u16string text = FromStored(stored);
-  auto* copy = Allocate<WCHAR>(text.size() + 1);
-  std::copy(text.begin(), text.end(), copy);
+  auto* copy = Allocate<WCHAR>(text::Utf16Length(stored) + 1);
+  text::DecodeWtf8(stored, copy);
   return copy;
 }
 

@@ -27,7 +27,7 @@ class MapiBuffer {
     static_assert(std::is_trivially_destructible_v<T> && alignof(T) <= alignof(std::max_align_t));
     return static_cast<T*>(AllocateBytes(sizeof(T), count));
   }
-  // Zero-terminated UTF-16 of stored text (stored_text.h).
+  // Zero-terminated UTF-16 of stored text, which is WTF-8.
   WCHAR* Text(std::string_view stored);
   SBinary Binary(const BYTE* bytes, std::size_t count);
 

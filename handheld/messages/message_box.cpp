@@ -3,6 +3,7 @@
 #include <array>
 #include <limits>
 
+#include "common/text/unicode.h"
 #include "handheld/messages/entry_id.h"
 #include "handheld/messages/message_box_frame.h"
 #include "platform/mapi.h"
@@ -88,7 +89,7 @@ HRESULT MessageBox::ListStores(std::vector<MessageStoreInfo>& stores) {
       bool row = false;
       if (const HRESULT status = list.Step(kMessageStep, row); Failed(status)) return status;
       if (!row) return S_OK;
-      stores.push_back({list.Integer(0), FromStored(list.Text(1))});
+      stores.push_back({list.Integer(0), text::FromWtf8(list.Text(1))});
     }
   });
 }

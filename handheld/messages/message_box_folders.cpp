@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <map>
 
+#include "common/text/unicode.h"
 #include "handheld/messages/entry_id.h"
 #include "handheld/messages/message_box_frame.h"
 #include "platform/mapi.h"
@@ -42,7 +43,8 @@ HRESULT MessageBox::ListFolders(std::int64_t store, std::vector<MessageFolderInf
       bool row = false;
       if (const HRESULT status = list.Step(kMessageStep, row); Failed(status)) return status;
       if (!row) return S_OK;
-      MessageFolderInfo folder{list.Integer(0), list.Integer(1), FromStored(list.Text(2)), u"/"};
+      MessageFolderInfo folder{list.Integer(0), list.Integer(1), text::FromWtf8(list.Text(2)),
+                               u"/"};
       if (folder.parent != 0) folder.path = prefixes[folder.parent] + u"/" + folder.name;
       prefixes[folder.id] = folder.parent == 0 ? u"" : folder.path;
       folders.push_back(std::move(folder));

@@ -5,9 +5,9 @@
 #include <string_view>
 #include <utility>
 
+#include "common/text/unicode.h"
 #include "handheld/base/guarded.h"
 #include "handheld/messages/message_box.h"
-#include "handheld/store/stored_text.h"
 
 namespace ce::host {
 
@@ -40,7 +40,7 @@ inline constexpr char kMessageStep[] = "sqlite3_step:messages";
 // As the store has it.
 inline std::string Stored(std::u16string_view text) {
   std::string stored;
-  AppendStored(stored, text);
+  text::AppendWtf8(stored, text);
   return stored;
 }
 

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "common/text/unicode.h"
 #include "handheld/messages/entry_id.h"
 #include "handheld/messages/message_box_frame.h"
 #include "platform/mapi.h"
@@ -23,7 +24,7 @@ class BoundText {
  public:
   BoundText(Statement& statement, int parameter, const std::optional<std::u16string>& text) {
     if (text) {
-      AppendStored(stored_, *text);
+      text::AppendWtf8(stored_, *text);
       statement.BindText(parameter, stored_);
     } else {
       statement.BindNull(parameter);
@@ -38,7 +39,7 @@ class BoundText {
 
 std::optional<std::u16string> TextOf(const Statement& row, int column) {
   if (row.IsNull(column)) return std::nullopt;
-  return FromStored(row.Text(column));
+  return text::FromWtf8(row.Text(column));
 }
 
 std::optional<std::int64_t> TicksOf(const Statement& row, int column) {

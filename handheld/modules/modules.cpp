@@ -1,4 +1,5 @@
 #include "platform/modules.h"
+#include "common/text/unicode.h"
 
 #include <unistd.h>
 
@@ -6,7 +7,6 @@
 #include <mutex>
 #include <vector>
 
-#include "common/text/utf.h"
 #include "handheld/base/built_in_module.h"
 #include "handheld/base/guarded.h"
 #include "handheld/directory/handheld.h"
@@ -31,8 +31,8 @@ class Modules {
 
   // Null when there is none of this name.
   Module* Named(std::u16string_view name) {
-    const std::u16string folded = host::Fold(name);
-    return Find([&](const Module& module) { return host::Fold(module.row->name) == folded; });
+    const std::u16string folded = text::Fold(name);
+    return Find([&](const Module& module) { return text::Fold(module.row->name) == folded; });
   }
   // Null when it is not loaded.
   Module* Loaded(HMODULE handle) {

@@ -3,13 +3,13 @@
 #include <string>
 #include <utility>
 
+#include "common/text/unicode.h"
 #include "handheld/base/com_object.h"
 #include "handheld/base/guarded.h"
 #include "handheld/outlook/item_list.h"
 #include "handheld/outlook/item_property.h"
 #include "handheld/store/contact_row.h"
 #include "handheld/store/ole_date.h"
-#include "handheld/store/stored_text.h"
 #include "platform/pocket_outlook.h"
 
 namespace ce::host {
@@ -17,11 +17,11 @@ namespace {
 
 // "Last, First", or the company; no longer than what put_FileAs takes.
 std::u16string DerivedFileAs(const ContactTexts& texts, std::size_t limit) {
-  std::u16string name = FromStored(texts[ContactText::kLastName]);
-  const std::u16string first = FromStored(texts[ContactText::kFirstName]);
+  std::u16string name = text::FromWtf8(texts[ContactText::kLastName]);
+  const std::u16string first = text::FromWtf8(texts[ContactText::kFirstName]);
   if (!name.empty() && !first.empty()) name += u", ";
   name += first;
-  if (name.empty()) name = FromStored(texts[ContactText::kCompanyName]);
+  if (name.empty()) name = text::FromWtf8(texts[ContactText::kCompanyName]);
   if (name.size() > limit) {
     const bool splitsPair = limit > 0 && (name[limit - 1] & 0xFC00) == 0xD800;
     name.resize(splitsPair ? limit - 1 : limit);
@@ -105,7 +105,7 @@ HRESULT ContactItem::GetText(const char* call, ContactText text, BSTR* value) {
       const std::u16string derived = DerivedFileAs(row_.texts, session_->limits().text);
       *value = SysAllocStringLen(derived.data(), static_cast<UINT>(derived.size()));
     } else {
-      *value = BstrFromStored(row_.texts[text]);
+      *value = BstrOf(row_.texts[text]);
     }
     return *value ? S_OK : E_OUTOFMEMORY;
   });

@@ -1,14 +1,20 @@
 #include "handheld/outlook/item_property.h"
 
-#include "handheld/store/stored_text.h"
+#include "common/text/unicode.h"
 
 namespace ce::host {
+
+BSTR BstrOf(std::string_view stored) {
+  BSTR text = SysAllocStringLen(nullptr, static_cast<UINT>(text::Utf16Length(stored)));
+  if (text) text::DecodeWtf8(stored, text);
+  return text;
+}
 
 HRESULT GetStoredText(const char* call, std::string_view stored, BSTR* value) {
   if (!value) return E_POINTER;
   *value = nullptr;
   return Guarded(call, [&] {
-    *value = BstrFromStored(stored);
+    *value = BstrOf(stored);
     return *value ? S_OK : E_OUTOFMEMORY;
   });
 }

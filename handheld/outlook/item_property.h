@@ -36,6 +36,8 @@ HRESULT PutValue(const char* call, bool& changed, Set&& set) {
   });
 }
 
+// The text of a row, owned by the caller; null when memory runs out.
+BSTR BstrOf(std::string_view stored);
 HRESULT GetStoredText(const char* call, std::string_view stored, BSTR* value);
 
 template <typename Texts>

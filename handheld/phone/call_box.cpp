@@ -3,8 +3,8 @@
 #include <limits>
 #include <utility>
 
+#include "common/text/unicode.h"
 #include "handheld/base/guarded.h"
-#include "handheld/store/stored_text.h"
 
 namespace ce::host {
 namespace {
@@ -31,7 +31,7 @@ class BoundCall {
  private:
   void Bind(int parameter, const std::optional<std::u16string>& text, std::string& stored) {
     if (!text) return statement_.BindNull(parameter);
-    AppendStored(stored, *text);
+    text::AppendWtf8(stored, *text);
     statement_.BindText(parameter, stored);
   }
 

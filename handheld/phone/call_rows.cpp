@@ -1,6 +1,6 @@
 #include "handheld/phone/call_rows.h"
 
-#include "handheld/store/stored_text.h"
+#include "common/text/unicode.h"
 
 namespace ce::host {
 namespace {
@@ -9,7 +9,7 @@ constexpr char kStep[] = "sqlite3_step:calls";
 
 std::optional<std::u16string> TextOf(const Statement& row, int column) {
   if (row.IsNull(column)) return std::nullopt;
-  return FromStored(row.Text(column));
+  return text::FromWtf8(row.Text(column));
 }
 
 }  // namespace

@@ -3,7 +3,7 @@
 #include <optional>
 #include <utility>
 
-#include "common/text/utf.h"
+#include "common/text/unicode.h"
 #include "handheld/registry/registry_text.h"
 #include "platform/registry.h"
 
@@ -20,7 +20,7 @@ std::u16string_view Trim(std::u16string_view text) {
 }
 
 bool TakePrefix(std::u16string_view& text, std::u16string_view prefix) {
-  if (!Fold(text.substr(0, prefix.size())).starts_with(Fold(prefix))) return false;
+  if (!text::Fold(text.substr(0, prefix.size())).starts_with(text::Fold(prefix))) return false;
   text.remove_prefix(prefix.size());
   return true;
 }
@@ -43,15 +43,10 @@ std::u16string Decode(std::string_view text) {
   if (text.starts_with("\xFF\xFE")) {
     text.remove_prefix(2);
     if (text.size() % 2 != 0) throw RegistryTextError(1, "the UTF-16 text ends within a character");
-    std::u16string units(text.size() / 2, u'\0');
-    for (std::size_t i = 0; i < units.size(); ++i) {
-      units[i] = static_cast<char16_t>(static_cast<BYTE>(text[i * 2]) |
-                                       static_cast<BYTE>(text[i * 2 + 1]) << 8);
-    }
-    return units;
+    return text::FromUtf16Le(text);
   }
   if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
-  std::optional<std::u16string> units = FromUtf8(text);
+  std::optional<std::u16string> units = text::FromUtf8(text);
   if (!units) throw RegistryTextError(1, "the text is not UTF-8");
   return *std::move(units);
 }
@@ -62,7 +57,7 @@ class Parser {
 
   RegistryTree Parse() {
     if (!NextLine() || line_ != kHeading) {
-      Fail("the first line is not \"" + ToUtf8Lossy(kHeading) + "\"");
+      Fail("the first line is not \"" + text::ToUtf8Lossy(kHeading) + "\"");
     }
     while (NextLine()) {
       if (line_.empty() || line_.front() == u';') continue;

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <utility>
 
-#include "common/text/utf.h"
+#include "common/text/unicode.h"
 #include "handheld/base/durable_file.h"
 #include "handheld/base/handheld_error.h"
 #include "handheld/registry/registry_text.h"
@@ -33,7 +33,7 @@ std::shared_ptr<Registry> Registry::Load(const std::filesystem::path& file) {
 
 std::optional<std::u16string> Registry::FullPath(std::u16string_view key) {
   std::u16string path(key);
-  const std::u16string first = Fold(key.substr(0, key.find(u'\\')));
+  const std::u16string first = text::Fold(key.substr(0, key.find(u'\\')));
   if (first == kLocalMachineShort) {
     path.replace(0, kLocalMachineShort.size(), kLocalMachine);
   } else if (!RegistryTree::ValidPath(key)) {

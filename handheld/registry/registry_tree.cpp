@@ -4,7 +4,8 @@
 #include <array>
 #include <utility>
 
-#include "common/text/utf.h"
+#include "common/text/little_endian.h"
+#include "common/text/unicode.h"
 #include "platform/registry.h"
 
 namespace ce::host {
@@ -15,49 +16,42 @@ constexpr std::array<std::u16string_view, 4> kRoots = {u"HKEY_CLASSES_ROOT", u"H
 
 // Sorts a parent directly before what is below it: no name holds a character below U+0001.
 std::u16string PathOrder(std::u16string_view path) {
-  std::u16string folded = Fold(path);
+  std::u16string folded = text::Fold(path);
   std::replace(folded.begin(), folded.end(), u'\\', u'\0');
   return folded;
+}
+
+std::string_view Bytes(const std::vector<BYTE>& data) {
+  return {reinterpret_cast<const char*>(data.data()), data.size()};
 }
 
 }  // namespace
 
 RegistryValue RegistryValue::Text(std::u16string_view text) {
-  RegistryValue value{REG_SZ, std::vector<BYTE>((text.size() + 1) * 2)};
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    value.data[i * 2] = static_cast<BYTE>(text[i] & 0xFF);
-    value.data[i * 2 + 1] = static_cast<BYTE>(text[i] >> 8);
-  }
-  return value;
+  const std::string bytes = text::ToUtf16Le(std::u16string(text) + u'\0');
+  return {REG_SZ, {bytes.begin(), bytes.end()}};
 }
 
 RegistryValue RegistryValue::Number(DWORD number) {
-  RegistryValue value{REG_DWORD, {}};
-  for (int shift = 0; shift < 32; shift += 8) {
-    value.data.push_back(static_cast<BYTE>(number >> shift));
-  }
-  return value;
+  std::string bytes;
+  text::PutWord(bytes, number);
+  return {REG_DWORD, {bytes.begin(), bytes.end()}};
 }
 
 std::optional<std::u16string> RegistryValue::AsText() const {
   if (type != REG_SZ) return std::nullopt;
-  std::u16string text;
-  for (std::size_t i = 0; i + 1 < data.size(); i += 2) {
-    const auto unit = static_cast<char16_t>(data[i] | data[i + 1] << 8);
-    if (unit == 0) break;
-    text.push_back(unit);
-  }
-  return text;
+  const std::u16string text = text::FromUtf16Le(Bytes(data));
+  return text.substr(0, text.find(u'\0'));
 }
 
 std::optional<DWORD> RegistryValue::AsNumber() const {
   if (type != REG_DWORD || data.size() != 4) return std::nullopt;
-  return data[0] | DWORD{data[1]} << 8 | DWORD{data[2]} << 16 | DWORD{data[3]} << 24;
+  return text::WordAt(Bytes(data), 0);
 }
 
 bool RegistryTree::ValidPath(std::u16string_view path) {
   if (path.size() > kMaxPath) return false;
-  const std::u16string root = Fold(path.substr(0, path.find(u'\\')));
+  const std::u16string root = text::Fold(path.substr(0, path.find(u'\\')));
   if (std::find(kRoots.begin(), kRoots.end(), root) == kRoots.end()) return false;
   std::size_t depth = 0;
   for (std::size_t start = 0; start <= path.size(); ++depth) {
@@ -71,7 +65,7 @@ bool RegistryTree::ValidPath(std::u16string_view path) {
 bool RegistryTree::ValidName(std::u16string_view name) {
   const auto isControl = [](char16_t unit) { return unit < 0x20; };
   return name.size() <= kMaxName && std::none_of(name.begin(), name.end(), isControl) &&
-         ToUtf8(name).has_value();
+         text::ToUtf8(name).has_value();
 }
 
 bool RegistryTree::HasKey(std::u16string_view path) const {
@@ -100,21 +94,21 @@ bool RegistryTree::DeleteKey(std::u16string_view path) {
 const RegistryValue* RegistryTree::Find(std::u16string_view path, std::u16string_view name) const {
   const auto key = keys_.find(PathOrder(path));
   if (key == keys_.end()) return nullptr;
-  const auto value = key->second.values.find(Fold(name));
+  const auto value = key->second.values.find(text::Fold(name));
   return value == key->second.values.end() ? nullptr : &value->second.value;
 }
 
 void RegistryTree::Set(std::u16string_view path, std::u16string_view name, RegistryValue value) {
   AddKey(path);
   auto& values = keys_.find(PathOrder(path))->second.values;
-  auto& slot =
-      values.try_emplace(Fold(name), NamedRegistryValue{std::u16string(name), {}}).first->second;
+  auto& slot = values.try_emplace(text::Fold(name), NamedRegistryValue{std::u16string(name), {}})
+                   .first->second;
   slot.value = std::move(value);
 }
 
 bool RegistryTree::DeleteValue(std::u16string_view path, std::u16string_view name) {
   const auto key = keys_.find(PathOrder(path));
-  return key != keys_.end() && key->second.values.erase(Fold(name)) != 0;
+  return key != keys_.end() && key->second.values.erase(text::Fold(name)) != 0;
 }
 
 std::vector<std::u16string> RegistryTree::SubKeys(std::u16string_view path) const {

@@ -1,6 +1,6 @@
 #include <array>
 
-#include "common/text/utf.h"
+#include "common/text/unicode.h"
 #include "handheld/registry/registry_text.h"
 #include "platform/registry.h"
 
@@ -30,7 +30,7 @@ std::optional<std::string> PlainText(const RegistryValue& value) {
   const std::optional<std::u16string> text = value.AsText();
   if (!text || RegistryValue::Text(*text) != value) return std::nullopt;
   if (text->find_first_of(u"\r\n") != std::u16string::npos) return std::nullopt;
-  return ToUtf8(*text);
+  return text::ToUtf8(*text);
 }
 
 std::string HexTypeName(DWORD type) {
@@ -62,10 +62,10 @@ std::string FormatRegistryData(const RegistryValue& value) {
 std::string FormatRegistry(const RegistryTree& tree) {
   std::string out = "Windows Registry Editor Version 5.00\r\n";
   for (const auto& [order, key] : tree.keys()) {
-    out += "\r\n[" + ToUtf8Lossy(key.path) + "]\r\n";
+    out += "\r\n[" + text::ToUtf8Lossy(key.path) + "]\r\n";
     for (const auto& [folded, named] : key.values) {
       const auto& [name, value] = named;
-      out += name.empty() ? "@" : Quoted(ToUtf8Lossy(name));
+      out += name.empty() ? "@" : Quoted(text::ToUtf8Lossy(name));
       out += '=' + FormatRegistryData(value) + "\r\n";
     }
   }

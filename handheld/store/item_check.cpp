@@ -3,8 +3,8 @@
 #include <cstdio>
 #include <utility>
 
+#include "common/text/unicode.h"
 #include "handheld/store/appointment_times.h"
-#include "handheld/store/stored_text.h"
 
 namespace ce::host {
 namespace {
@@ -46,8 +46,8 @@ void ItemCheck::TextsOf(const std::string& name, const Texts& texts, const TextR
   for (std::size_t i = 0; i < count; ++i) {
     const std::string_view stored = texts.View(i);
     const std::size_t limit = LongestText(limits_, rows[i].kind);
-    if (!IsStoredText(stored)) Add(name, std::string(rows[i].name) + " is not text");
-    if (StoredUnits(stored) > limit) {
+    if (!text::IsWtf8(stored)) Add(name, std::string(rows[i].name) + " is not text");
+    if (text::Utf16Length(stored) > limit) {
       Add(name, std::string(rows[i].name) + " is longer than this handheld's " +
                     std::to_string(limit) + " characters");
     }

@@ -8,8 +8,8 @@
 #include <string_view>
 #include <utility>
 
+#include "common/text/unicode.h"
 #include "handheld/store/item_limits.h"
-#include "handheld/store/stored_text.h"
 
 namespace ce::host {
 
@@ -23,7 +23,7 @@ struct TextRow {
 template <typename Text, std::size_t Count>
 class ItemTexts {
  public:
-  // Stored text (stored_text.h), valid until the next change.
+  // WTF-8, valid until the next change.
   std::string_view operator[](Text text) const { return View(static_cast<std::size_t>(text)); }
   std::string_view View(std::size_t index) const {
     const Span& span = spans_[index];
@@ -33,7 +33,7 @@ class ItemTexts {
   void Reserve(std::size_t bytes) { block_.reserve(bytes); }
   void Set(std::size_t index, std::u16string_view text) {
     const std::size_t offset = block_.size();
-    AppendStored(block_, text);
+    text::AppendWtf8(block_, text);
     Replaced(index, offset);
   }
   void SetStored(std::size_t index, std::string_view stored) {

@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "common/text/utf.h"
+#include "common/text/unicode.h"
 #include "handheld/base/host_error.h"
 #include "handheld/directory/handheld.h"
 
@@ -24,7 +24,7 @@ constexpr std::u16string_view kSeparators = u"\\/";
 constexpr std::u16string_view kForbidden = u":*?\"<>|";
 
 bool IsDeviceName(std::u16string_view name) {
-  const std::u16string folded = Fold(name.substr(0, name.find(u'.')));
+  const std::u16string folded = text::Fold(name.substr(0, name.find(u'.')));
   constexpr std::array<std::u16string_view, 4> kPlain = {u"CON", u"PRN", u"AUX", u"NUL"};
   if (std::find(kPlain.begin(), kPlain.end(), folded) != kPlain.end()) return true;
   const bool numbered = folded.starts_with(u"COM") || folded.starts_with(u"LPT");
@@ -39,7 +39,7 @@ std::optional<std::string> HostName(std::u16string_view name) {
     return std::nullopt;
   }
   if (IsDeviceName(name)) return std::nullopt;
-  std::optional<std::string> utf8 = ToUtf8(name);
+  std::optional<std::string> utf8 = text::ToUtf8(name);
   if (utf8 && utf8->size() > kMaxName) return std::nullopt;
   return utf8;
 }
@@ -64,12 +64,12 @@ std::optional<std::string> FindAnyCase(int directory, std::u16string_view name) 
     ::close(copy);
     return std::nullopt;
   }
-  const std::u16string folded = Fold(name);
+  const std::u16string folded = text::Fold(name);
   std::optional<std::string> best;
   while (const dirent* entry = ::readdir(entries.get())) {
     const std::string_view spelling = entry->d_name;
-    const std::optional<std::u16string> decoded = FromUtf8(spelling);
-    if (decoded && Fold(*decoded) == folded && (!best || spelling < *best)) best = spelling;
+    const std::optional<std::u16string> decoded = text::FromUtf8(spelling);
+    if (decoded && text::Fold(*decoded) == folded && (!best || spelling < *best)) best = spelling;
   }
   return best;
 }

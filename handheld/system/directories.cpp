@@ -13,7 +13,7 @@
 #include <tuple>
 #include <utility>
 
-#include "common/text/utf.h"
+#include "common/text/unicode.h"
 #include "handheld/base/guarded.h"
 #include "handheld/base/handle_table.h"
 #include "handheld/base/host_error.h"
@@ -34,7 +34,7 @@ std::uint64_t TicksOf(const struct timespec& time) {
 
 // Nothing for an entry that the device does not have.
 std::optional<DirectoryEntry> LookAt(int directory, const char* hostName, bool isRoot) {
-  std::optional<std::u16string> name = FromUtf8(hostName);
+  std::optional<std::u16string> name = text::FromUtf8(hostName);
   if (!name || !IsDeviceFileName(*name)) return std::nullopt;
   struct stat status = {};
   if (::fstatat(directory, hostName, &status, AT_SYMLINK_NOFOLLOW) != 0) return std::nullopt;
@@ -55,7 +55,8 @@ std::optional<DirectoryEntry> LookAt(int directory, const char* hostName, bool i
 void SortByName(std::vector<DirectoryEntry>& entries) {
   std::vector<std::pair<std::u16string, DirectoryEntry>> keyed;
   keyed.reserve(entries.size());
-  for (DirectoryEntry& entry : entries) keyed.emplace_back(Fold(entry.name), std::move(entry));
+  for (DirectoryEntry& entry : entries)
+    keyed.emplace_back(text::Fold(entry.name), std::move(entry));
   std::sort(keyed.begin(), keyed.end(), [](const auto& a, const auto& b) {
     return std::tie(a.first, a.second.name) < std::tie(b.first, b.second.name);
   });
@@ -155,9 +156,9 @@ DWORD FindMatches(std::u16string_view pattern, std::vector<DirectoryEntry>& matc
   if (const DWORD error = host::OpenDeviceDirectory(root, path, directory)) return error;
   const bool isRoot = path.size() == 1;
   if (const DWORD error = host::ListDirectory(directory, isRoot, matches)) return error;
-  const std::u16string wanted = host::Fold(pattern.substr(begin));
+  const std::u16string wanted = text::Fold(pattern.substr(begin));
   std::erase_if(matches, [&](const DirectoryEntry& entry) {
-    return !Matches(host::Fold(entry.name), wanted);
+    return !Matches(text::Fold(entry.name), wanted);
   });
   return matches.empty() ? ERROR_FILE_NOT_FOUND : ERROR_SUCCESS;
 }

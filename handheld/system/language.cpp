@@ -5,6 +5,9 @@
 #include <cstdlib>
 #include <string>
 
+#include "handheld/directory/handheld.h"
+#include "platform/text.h"
+
 namespace ce::host {
 namespace {
 
@@ -79,6 +82,14 @@ UINT CodePageOf(LANGID id) {
     if ((language.id & kPrimaryMask) == (id & kPrimaryMask)) return language.codePage;
   }
   return 1252;
+}
+
+UINT SystemCodePage() {
+  const Handheld* handheld = Handheld::Current();
+  if (!handheld) return 1252;
+  const DWORD language = handheld->Number(setting::kLanguage, kLangEnglishUs);
+  const UINT codePage = CodePageOf(static_cast<LANGID>(language));
+  return codePage == 0 ? CP_UTF8 : codePage;
 }
 
 LANGID HostLanguage() {

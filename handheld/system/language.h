@@ -30,6 +30,9 @@ const Language* FindLanguage(std::string_view tag);
 // language is western (1252).
 UINT CodePageOf(LANGID id);
 
+// The page that CP_ACP stands for on the current handheld; 1252 without one.
+UINT SystemCodePage();
+
 // What the host's user speaks, from LC_ALL, LC_MESSAGES or LANG; US English when they do not say.
 LANGID HostLanguage();
 

@@ -1,4 +1,6 @@
 #include "platform/text.h"
+#include "common/text/code_page.h"
+#include "handheld/system/language.h"
 
 #include <algorithm>
 #include <limits>
@@ -6,7 +8,6 @@
 #include <string_view>
 
 #include "handheld/base/guarded.h"
-#include "handheld/system/code_page.h"
 
 namespace ce {
 namespace {
@@ -58,7 +59,7 @@ INT WideCharToMultiByte(UINT codePage, DWORD, const WCHAR* text, INT characters,
   const DWORD error = GuardedCode("WideCharToMultiByte", [&]() -> DWORD {
     std::u16string_view view;
     if (const DWORD failed = TextOf(text, characters, view)) return failed;
-    const auto encoded = host::EncodeText(PageOf(codePage), view, defaultChar ? *defaultChar : '?');
+    const auto encoded = text::EncodeText(PageOf(codePage), view, defaultChar ? *defaultChar : '?');
     if (!encoded) return ERROR_INVALID_PARAMETER;
     if (usedDefault) *usedDefault = encoded->substituted ? TRUE : FALSE;
     return Deliver(encoded->bytes, out, bytes, result);
@@ -73,7 +74,7 @@ INT MultiByteToWideChar(UINT codePage, DWORD flags, const char* text, INT bytes,
     std::string_view view;
     if (const DWORD failed = TextOf(text, bytes, view)) return failed;
     bool wellFormed = true;
-    const auto decoded = host::DecodeText(PageOf(codePage), view, wellFormed);
+    const auto decoded = text::DecodeText(PageOf(codePage), view, wellFormed);
     if (!decoded) return ERROR_INVALID_PARAMETER;
     if (!wellFormed && (flags & kErrorOnInvalid) != 0) return ERROR_NO_UNICODE_TRANSLATION;
     return Deliver(*decoded, out, characters, result);

@@ -7,7 +7,7 @@
 
 #include "common/files/atomic_file.h"
 #include "common/files/error.h"
-#include "common/text/utf.h"
+#include "common/text/unicode.h"
 #include "handheld/system/device_path.h"
 #include "handheld/system/directories.h"
 #include "handheld/tool/table.h"
@@ -17,15 +17,14 @@ namespace tool {
 namespace {
 
 namespace fs = std::filesystem;
-using ce::host::FromUtf8Lossy;
 
 bool IsCardName(const std::string& name) {
-  const auto text = ce::host::FromUtf8(name);
+  const auto text = text::FromUtf8(name);
   return text && text->find_first_of(u"\\/") == text->npos && ce::host::IsDeviceFileName(*text);
 }
 
 std::u16string Folded(const std::string& name) {
-  return ce::host::Fold(FromUtf8Lossy(name));
+  return text::Fold(text::FromUtf8Lossy(name));
 }
 
 // Whether a card of this directory would lead to the handheld's own files.
@@ -59,7 +58,7 @@ std::vector<Card> ListCards(ce::host::Handheld& handheld) {
   std::error_code none;
   for (const ce::host::DirectoryEntry& entry : EntriesOf(handheld)) {
     if ((entry.attributes & ce::FILE_ATTRIBUTE_TEMPORARY) == 0) continue;
-    const std::string name = ce::host::ToUtf8Lossy(entry.name);
+    const std::string name = text::ToUtf8Lossy(entry.name);
     cards.push_back({name, fs::read_symlink(handheld.filesRoot() / name, none), true});
   }
   for (const fs::directory_entry& entry : fs::directory_iterator(handheld.filesRoot())) {

@@ -2,8 +2,9 @@
 
 #include <fmt/core.h>
 
-#include "common/formats/items/iso_time.h"
-#include "common/text/utf.h"
+#include "common/calendar/wall_time.h"
+#include "common/formats/items/message_time.h"
+#include "common/text/unicode.h"
 #include "handheld/clock/handheld_clock.h"
 #include "platform/clock.h"
 
@@ -24,7 +25,7 @@ Outcome ShowClock(Session& session, const Report& report) {
   ce::GetLocalTime(&local);
   const std::u16string zone = session.handheld().Text(ce::host::setting::kZone, u"UTC");
   fmt::print(report.out, "UTC    {}\nlocal  {}  {}\n", TimeText(utc), TimeText(local),
-             ce::host::ToUtf8Lossy(zone));
+             text::ToUtf8Lossy(zone));
   return Outcome::kDone;
 }
 
@@ -34,16 +35,9 @@ Outcome SetClock(Session& session, const std::string& time, const Report& report
     throw UsageError(fmt::format(
         "\"{}\" is no time; write 2008-02-15T13:45:00Z or 2008-02-15T14:45+01:00", time));
   }
-  ce::SYSTEMTIME system{};
-  system.wYear = static_cast<ce::WORD>(parsed->date.year);
-  system.wMonth = static_cast<ce::WORD>(parsed->date.month);
-  system.wDay = static_cast<ce::WORD>(parsed->date.day);
-  system.wHour = static_cast<ce::WORD>(parsed->hour);
-  system.wMinute = static_cast<ce::WORD>(parsed->minute);
-  system.wSecond = static_cast<ce::WORD>(parsed->second);
-  ce::LONGLONG ticks = 0;
-  const bool representable = ce::host::TicksFromSystemTime(system, ticks);
-  ticks -= parsed->offsetMinutes.value_or(0) * 60 * ce::host::kTicksPerSecond;
+  const ce::LONGLONG ticks = formats::ToFileTime(parsed->Utc());
+  const bool representable =
+      formats::IsKeepableTime(std::chrono::sys_seconds{parsed->local.time_since_epoch()});
   const ce::DWORD error = representable && ticks >= 0 ? session.handheld().clock().Set(ticks)
                                                       : ce::ERROR_INVALID_PARAMETER;
   if (error != 0) {

@@ -8,6 +8,8 @@ namespace {
 using ce::IContact;
 using formats::Contact;
 using formats::ContactField;
+using std::chrono::local_seconds;
+using std::chrono::year_month_day;
 
 struct FieldRow {
   ContactField field;
@@ -21,31 +23,17 @@ constexpr FieldRow kFields[] = {
 #undef TOOL_FIELD
 };
 
-std::optional<formats::Date> CalendarDate(ce::DATE date) {
+std::optional<year_month_day> CalendarDate(ce::DATE date) {
   const auto day = DayOf(date);
-  if (!day) return std::nullopt;
-  const std::chrono::year_month_day ymd{*day};
-  return formats::Date{static_cast<int>(ymd.year()),
-                       static_cast<int>(static_cast<unsigned>(ymd.month())),
-                       static_cast<int>(static_cast<unsigned>(ymd.day()))};
+  return day ? std::optional<year_month_day>(*day) : std::nullopt;
 }
 
-// Sets a date; one that no calendar has is a line of `notKept`.
+// Sets a date; one that a handheld cannot keep is a line of `notKept`.
 void PutDate(IContact& item, ce::HRESULT (IContact::*put)(ce::DATE), std::string_view name,
-             const std::optional<formats::Date>& date, NotKept& notKept) {
-  ce::DATE value = ce::kNoDate;
-  if (date) {
-    ce::SYSTEMTIME time{};
-    time.wYear = static_cast<ce::WORD>(date->year);
-    time.wMonth = static_cast<ce::WORD>(date->month);
-    time.wDay = static_cast<ce::WORD>(date->day);
-    if (date->year < 1900 || date->year > 2999 || !ce::SystemTimeToVariantTime(&time, &value)) {
-      notKept.push_back(fmt::format("{}: {:04}-{:02}-{:02} is no date that a handheld keeps", name,
-                                    date->year, date->month, date->day));
-      value = ce::kNoDate;
-    }
-  }
-  Check((item.*put)(value), name);
+             std::optional<year_month_day> date, NotKept& notKept) {
+  const auto time =
+      date ? std::optional<local_seconds>(std::chrono::local_days{*date}) : std::nullopt;
+  Check((item.*put)(KeptDateOf(time, name, notKept)), name);
 }
 
 }  // namespace

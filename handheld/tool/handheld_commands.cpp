@@ -7,7 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <tuple>
 
-#include "common/text/utf.h"
+#include "common/text/unicode.h"
 #include "handheld/base/settings.h"
 #include "handheld/clock/zone.h"
 #include "handheld/outlook/outlook_app.h"
@@ -22,7 +22,6 @@
 namespace tool {
 namespace {
 
-using ce::host::FromUtf8;
 using ce::host::Handheld;
 namespace setting = ce::host::setting;
 
@@ -73,10 +72,10 @@ void SetOsVersion(Session& session, const std::string&, const std::string& value
   session.handheld().Set(setting::kOsMinor, minor);
 }
 void SetZone(Session& session, const std::string&, const std::string& value) {
-  session.handheld().Set(setting::kZone, *FromUtf8(ParseZone(value)));
+  session.handheld().Set(setting::kZone, *text::FromUtf8(ParseZone(value)));
 }
 void SetOwner(Session& session, const std::string&, const std::string& value) {
-  const auto owner = FromUtf8(value);
+  const auto owner = text::FromUtf8(value);
   if (!owner) throw UsageError("owner: the text is no UTF-8");
   session.handheld().Set(setting::kOwner, *owner);
 }
@@ -174,8 +173,8 @@ Facts FactsOf(Session& session) {
   facts.directory = handheld.directory().string();
   facts.language =
       TagOf(static_cast<ce::LANGID>(handheld.Number(setting::kLanguage, ce::host::kLangEnglishUs)));
-  facts.zone = ce::host::ToUtf8Lossy(handheld.Text(setting::kZone, u"UTC"));
-  facts.owner = ce::host::ToUtf8Lossy(handheld.Text(setting::kOwner, u""));
+  facts.zone = text::ToUtf8Lossy(handheld.Text(setting::kZone, u"UTC"));
+  facts.owner = text::ToUtf8Lossy(handheld.Text(setting::kOwner, u""));
   facts.osMajor = handheld.Number(setting::kOsMajor, 5);
   facts.osMinor = handheld.Number(setting::kOsMinor, 2);
   ce::SYSTEMTIME now{};

@@ -148,9 +148,7 @@ bool ImportFile(Session& session, const fs::path& file, const Report& report, Im
 
 FileKind FileKindOf(const std::filesystem::path& file, std::string_view beginning) {
   const std::string extension = file.extension().string();
-  const auto isNamed = [&](std::string_view name) {
-    return formats::EqualsNoCase(extension, name);
-  };
+  const auto isNamed = [&](std::string_view name) { return text::EqualsNoCase(extension, name); };
   if (isNamed(".vcf")) return FileKind::kCards;
   if (isNamed(".ics")) return FileKind::kCalendar;
   const char first = FirstSign(beginning);

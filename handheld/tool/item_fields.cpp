@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "common/calendar/wall_time.h"
-#include "common/text/utf.h"
+#include "common/text/unicode.h"
 #include "handheld/store/item_limits.h"
 #include "platform/com_ptr.h"
 #include "platform/pocket_outlook.h"
@@ -76,12 +76,12 @@ std::string ReadText(const TextGetter& get, std::string_view name) {
   const ce::HRESULT status = get(text.put());
   if (status == ce::E_NOTIMPL) return {};
   Check(status, name);
-  return WithPlainLineEnds(ce::host::ToUtf8Lossy(text.view()));
+  return WithPlainLineEnds(text::ToUtf8Lossy(text.view()));
 }
 
 void PutText(const TextSetter& put, std::string_view name, std::string_view utf8, bool ofContact,
              NotKept& notKept) {
-  const std::u16string text = WithStoredLineEnds(ce::host::FromUtf8Lossy(utf8));
+  const std::u16string text = WithStoredLineEnds(text::FromUtf8Lossy(utf8));
   const ce::HRESULT status = Put(put, text);
   if (status == ce::kTextTooLong) {
     std::size_t kept = LongestText(name, ofContact);
@@ -117,7 +117,7 @@ std::vector<std::string> ReadCategories(const TextGetter& get) {
 // Whole names only: a category that is cut would be another category.
 void PutCategories(const TextSetter& put, std::vector<std::string> names, NotKept& notKept) {
   for (;;) {
-    const std::u16string joined = ce::host::FromUtf8Lossy(JoinCategories(names));
+    const std::u16string joined = text::FromUtf8Lossy(JoinCategories(names));
     const ce::HRESULT status = Put(put, joined);
     if (status != ce::kTextTooLong) {
       Check(status, "Categories");

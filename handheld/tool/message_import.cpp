@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "common/formats/items/identity.h"
-#include "common/text/utf.h"
+#include "common/text/unicode.h"
 #include "handheld/tool/message_records.h"
 
 namespace tool {
@@ -142,7 +142,7 @@ bool MessageImport<Record>::FindFolder(const std::string& path, std::int64_t& fo
     return true;
   }
   const ce::HRESULT status =
-      session_.Messages().EnsureFolder(SmsStoreForImport(), ce::host::FromUtf8Lossy(path), folder);
+      session_.Messages().EnsureFolder(SmsStoreForImport(), text::FromUtf8Lossy(path), folder);
   if (status == ce::E_INVALIDARG) return false;
   CheckStore(status);
   folders_[path] = folder;

@@ -3,27 +3,25 @@
 #include <algorithm>
 #include <limits>
 
-#include "common/text/utf.h"
+#include "common/text/unicode.h"
 
 namespace tool {
 namespace {
 
-using ce::host::FromUtf8Lossy;
 using ce::host::StoredCall;
 using ce::host::StoredMessage;
 using ce::host::StoredRecipient;
-using ce::host::ToUtf8Lossy;
 
 constexpr char16_t kTextClass[] = u"IPM.SMStext";
 constexpr std::u16string_view kMultimediaClass = u"IPM.MMS";
 
 std::string TextOf(const std::optional<std::u16string>& stored) {
-  return stored ? ToUtf8Lossy(*stored) : std::string();
+  return stored ? text::ToUtf8Lossy(*stored) : std::string();
 }
 
 std::optional<std::u16string> StoredText(const std::string& text) {
   if (text.empty()) return std::nullopt;
-  return FromUtf8Lossy(text);
+  return text::FromUtf8Lossy(text);
 }
 
 // A call always has its times in the store; 0 is none.
@@ -43,7 +41,7 @@ ce::LONG SizeOf(std::u16string_view text) {
 
 formats::TextMessage ToRecord(const StoredMessage& message, std::u16string_view folder) {
   formats::TextMessage record;
-  record.folder = ToUtf8Lossy(folder);
+  record.folder = text::ToUtf8Lossy(folder);
   if (message.messageClass && message.messageClass->starts_with(kMultimediaClass))
     record.messageClass = formats::MessageClass::kMms;
   if (message.deliveryTime) record.time = formats::TimeFromFileTime(*message.deliveryTime);
@@ -64,7 +62,7 @@ StoredMessage ToStored(const formats::TextMessage& message) {
   stored.lastModificationTime = stored.deliveryTime;
   stored.flags = formats::ToFlags(message.flags);
   stored.status = 0;
-  stored.subject = FromUtf8Lossy(message.text);
+  stored.subject = text::FromUtf8Lossy(message.text);
   stored.size = SizeOf(*stored.subject);
   stored.senderAddress = StoredText(message.from.address);
   stored.senderName = StoredText(message.from.name);

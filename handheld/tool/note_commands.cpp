@@ -6,7 +6,7 @@
 
 #include "common/files/atomic_file.h"
 #include "common/files/error.h"
-#include "common/text/utf.h"
+#include "common/text/unicode.h"
 #include "handheld/ink/note_formats.h"
 #include "handheld/system/device_path.h"
 #include "platform/files.h"
@@ -25,7 +25,7 @@ void MakeDocuments(ce::host::Handheld& handheld) {
 
 // Makes the directory that a name without one goes to.
 std::u16string DevicePathOf(ce::host::Handheld& handheld, const std::string& name) {
-  const auto path = ce::host::FromUtf8(name);
+  const auto path = text::FromUtf8(name);
   if (!path) throw UsageError("the note's name is no UTF-8");
   if (path->starts_with(u'\\') || path->starts_with(u'/')) return *path;
   MakeDocuments(handheld);
@@ -47,7 +47,7 @@ constexpr Meaning kMeanings[] = {
 };
 
 [[noreturn]] void Fail(std::u16string_view path, ce::DWORD error) {
-  const std::string name = ce::host::ToUtf8Lossy(path);
+  const std::string name = text::ToUtf8Lossy(path);
   for (const Meaning& meaning : kMeanings) {
     if (meaning.error != error) continue;
     const std::string text = fmt::format("{}: {}", name, meaning.text);
@@ -99,7 +99,7 @@ Outcome AddNote(Session& session, const std::filesystem::path& file,
   const std::u16string path =
       DevicePathOf(session.handheld(), name.value_or(file.filename().string()));
   NewFile(path).Keep(bytes);
-  fmt::print(report.out, "{}: {} bytes\n", ce::host::ToUtf8Lossy(path), bytes.size());
+  fmt::print(report.out, "{}: {} bytes\n", text::ToUtf8Lossy(path), bytes.size());
   return Outcome::kDone;
 }
 

@@ -5,17 +5,15 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "common/text/utf.h"
+#include "common/text/unicode.h"
 #include "handheld/registry/registry_store.h"
 #include "platform/registry.h"
 
 namespace tool {
 namespace {
 
-using ce::host::FromUtf8Lossy;
 using ce::host::Registry;
 using ce::host::RegistryValue;
-using ce::host::ToUtf8Lossy;
 
 std::string Hex(const std::vector<ce::BYTE>& bytes) {
   std::string text;
@@ -24,7 +22,7 @@ std::string Hex(const std::vector<ce::BYTE>& bytes) {
 }
 
 std::string ValueText(const RegistryValue& value) {
-  if (const auto text = value.AsText()) return "sz:" + ToUtf8Lossy(*text);
+  if (const auto text = value.AsText()) return "sz:" + text::ToUtf8Lossy(*text);
   if (const auto number = value.AsNumber()) return fmt::format("dword:{}", *number);
   if (value.type == ce::REG_BINARY) return "binary:" + Hex(value.data);
   return fmt::format("hex({:x}):{}", value.type, Hex(value.data));
@@ -54,7 +52,7 @@ std::optional<RegistryValue> ParseValue(const std::string& text) {
   if (colon == std::string::npos) return std::nullopt;
   const std::string type = text.substr(0, colon);
   const std::string data = text.substr(colon + 1);
-  if (type == "sz") return RegistryValue::Text(FromUtf8Lossy(data));
+  if (type == "sz") return RegistryValue::Text(text::FromUtf8Lossy(data));
   if (type == "dword") return ParseNumber(data);
   if (type == "binary") return ParseBinary(data);
   return std::nullopt;
@@ -80,18 +78,18 @@ std::string Describe(const std::string& key, const std::optional<std::string>& n
 Outcome RegistryGet(ce::host::Handheld& handheld, const std::string& key,
                     const std::optional<std::string>& name, const Report& report) {
   Registry& registry = handheld.registry();
-  const std::u16string wideKey = FromUtf8Lossy(key);
+  const std::u16string wideKey = text::FromUtf8Lossy(key);
   if (name) {
-    const auto value = registry.Value(wideKey, FromUtf8Lossy(*name));
+    const auto value = registry.Value(wideKey, text::FromUtf8Lossy(*name));
     if (!value) return Finish(ce::ERROR_FILE_NOT_FOUND, Describe(key, name), report);
     fmt::print(report.out, "{}\n", ValueText(*value));
     return Outcome::kDone;
   }
   if (!registry.HasKey(wideKey)) return Finish(ce::ERROR_FILE_NOT_FOUND, key, report);
   for (const auto& [valueName, value] : registry.Values(wideKey))
-    fmt::print(report.out, "{} = {}\n", ToUtf8Lossy(valueName), ValueText(value));
+    fmt::print(report.out, "{} = {}\n", text::ToUtf8Lossy(valueName), ValueText(value));
   for (const std::u16string& subKey : registry.SubKeys(wideKey))
-    fmt::print(report.out, "[{}]\n", ToUtf8Lossy(subKey));
+    fmt::print(report.out, "[{}]\n", text::ToUtf8Lossy(subKey));
   return Outcome::kDone;
 }
 
@@ -99,23 +97,23 @@ Outcome RegistrySet(ce::host::Handheld& handheld, const std::string& key,
                     const std::optional<std::string>& name, const std::optional<std::string>& value,
                     const Report& report) {
   Registry& registry = handheld.registry();
-  const std::u16string wideKey = FromUtf8Lossy(key);
+  const std::u16string wideKey = text::FromUtf8Lossy(key);
   if (!name) return Finish(registry.CreateKey(wideKey, nullptr), key, report);
   const auto parsed = value ? ParseValue(*value) : std::nullopt;
   if (!parsed) {
     throw UsageError(fmt::format("{}: a value is sz:TEXT, dword:NUMBER or binary:HEX, not \"{}\"",
                                  Describe(key, name), value.value_or("")));
   }
-  return Finish(registry.SetValue(wideKey, FromUtf8Lossy(*name), *parsed), Describe(key, name),
-                report);
+  return Finish(registry.SetValue(wideKey, text::FromUtf8Lossy(*name), *parsed),
+                Describe(key, name), report);
 }
 
 Outcome RegistryDelete(ce::host::Handheld& handheld, const std::string& key,
                        const std::optional<std::string>& name, const Report& report) {
   Registry& registry = handheld.registry();
-  const std::u16string wideKey = FromUtf8Lossy(key);
-  const ce::DWORD error =
-      name ? registry.DeleteValue(wideKey, FromUtf8Lossy(*name)) : registry.DeleteKey(wideKey);
+  const std::u16string wideKey = text::FromUtf8Lossy(key);
+  const ce::DWORD error = name ? registry.DeleteValue(wideKey, text::FromUtf8Lossy(*name))
+                               : registry.DeleteKey(wideKey);
   return Finish(error, Describe(key, name), report);
 }
 

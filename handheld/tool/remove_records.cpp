@@ -2,7 +2,7 @@
 
 #include <fmt/core.h>
 
-#include "common/text/utf.h"
+#include "common/text/unicode.h"
 #include "handheld/tool/records.h"
 #include "handheld/tool/table.h"
 
@@ -93,7 +93,7 @@ Outcome RemoveCalls(Session& session, const std::vector<std::int64_t>& ids, cons
 
 Outcome RemoveMessagesOfFolder(Session& session, const std::string& path, const Report& report) {
   for (const ce::host::MessageFolderInfo& folder : SmsFolders(session)) {
-    if (ce::host::ToUtf8Lossy(folder.path) != path) continue;
+    if (text::ToUtf8Lossy(folder.path) != path) continue;
     return SayRemoved<TextMessage>(Clear(session.Messages(), folder.id), report);
   }
   fmt::print(report.err, "corvane-device: {}: no such folder\n", path);

@@ -1,6 +1,6 @@
 #include "handheld/tool/session.h"
 
-#include "common/text/utf.h"
+#include "common/text/unicode.h"
 #include "handheld/store/store_check.h"
 #include "handheld/tool/status_error.h"
 
@@ -61,7 +61,7 @@ ce::host::CallBox& Session::Calls() {
 }
 
 calendar::Zone Session::Zone() const {
-  const std::string name = ce::host::ToUtf8Lossy(handheld_->Text(ce::host::setting::kZone, u"UTC"));
+  const std::string name = text::ToUtf8Lossy(handheld_->Text(ce::host::setting::kZone, u"UTC"));
   if (auto zone = calendar::Zone::Find(name)) return *std::move(zone);
   throw ce::host::HandheldError("the handheld's zone \"" + name + "\" is not in the zone database");
 }

@@ -10,7 +10,7 @@
 #include <unordered_map>
 #include <utility>
 
-#include "common/text/utf.h"
+#include "common/text/unicode.h"
 #include "handheld/base/guarded.h"
 #include "handheld/directory/handheld.h"
 #include "handheld/ink/ink_control.h"
@@ -51,14 +51,14 @@ bool AddClass(std::u16string_view name, WNDPROC procedure) {
   added->procedure = procedure;
   Classes& classes = AllClasses();
   const std::lock_guard guard(classes.lock);
-  return classes.byName.emplace(host::Fold(name), std::move(added)).second;
+  return classes.byName.emplace(text::Fold(name), std::move(added)).second;
 }
 
 // Null when there is none of this name.
 std::shared_ptr<WindowClass> FindClass(std::u16string_view name) {
   Classes& classes = AllClasses();
   const std::lock_guard guard(classes.lock);
-  const auto found = classes.byName.find(host::Fold(name));
+  const auto found = classes.byName.find(text::Fold(name));
   return found == classes.byName.end() ? nullptr : found->second;
 }
 
@@ -117,7 +117,7 @@ BOOL UnregisterClassW(const WCHAR* name, HINSTANCE) {
     if (!name) return ERROR_INVALID_PARAMETER;
     Classes& classes = AllClasses();
     const std::lock_guard guard(classes.lock);
-    const auto found = classes.byName.find(host::Fold(name));
+    const auto found = classes.byName.find(text::Fold(name));
     if (found == classes.byName.end()) return ERROR_CLASS_DOES_NOT_EXIST;
     if (found->second->windows != 0) return ERROR_CLASS_HAS_WINDOWS;
     classes.byName.erase(found);
@@ -189,7 +189,7 @@ void AddRichInkClass() {
 void RemoveRichInkClass() {
   Classes& classes = AllClasses();
   const std::lock_guard guard(classes.lock);
-  const auto found = classes.byName.find(Fold(kRichInkClass));
+  const auto found = classes.byName.find(text::Fold(kRichInkClass));
   if (found != classes.byName.end() && !found->second->procedure) classes.byName.erase(found);
 }
 

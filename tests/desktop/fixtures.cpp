@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "desktop/wire/words.h"
+#include "common/text/little_endian.h"
 
 namespace desktop::testing {
 namespace {
@@ -45,7 +45,7 @@ std::string Peer::Receive(std::size_t count) {
 
 std::string Peer::ReceiveCounted() {
   const std::string count = Receive(4);
-  return count.size() < 4 ? std::string() : Receive(WordAt(count, 0));
+  return count.size() < 4 ? std::string() : Receive(text::WordAt(count, 0));
 }
 
 std::string Peer::ReceiveOnce() {
@@ -127,12 +127,6 @@ std::vector<std::string> Names(const TemporaryDirectory& directory) {
   return names;
 }
 
-std::string Word(std::uint32_t value) {
-  std::string bytes;
-  PutWord(bytes, value);
-  return bytes;
-}
-
 std::string Counted(std::string_view bytes) {
   return Word(static_cast<std::uint32_t>(bytes.size())).append(bytes);
 }
@@ -150,15 +144,15 @@ std::string ReplyRecord(std::uint32_t status, std::string_view output) {
 
 SeenRequest ReadRequest(std::string_view body) {
   SeenRequest seen;
-  const std::size_t library = WordAt(body, 12);
+  const std::size_t library = text::WordAt(body, 12);
   const std::size_t name = 24 + 2 * library;
-  const std::size_t length = WordAt(body, name - 4);
+  const std::size_t length = text::WordAt(body, name - 4);
   for (std::size_t i = 0; i + 1 < length; ++i) {
-    seen.function += static_cast<char>(HalfWordAt(body, name + 2 * i));
+    seen.function += static_cast<char>(text::HalfWordAt(body, name + 2 * i));
   }
   const std::size_t input = name + 2 * length + 4;
-  seen.input = body.substr(input, WordAt(body, input - 4));
-  seen.streamed = WordAt(body, input + seen.input.size());
+  seen.input = body.substr(input, text::WordAt(body, input - 4));
+  seen.streamed = text::WordAt(body, input + seen.input.size());
   return seen;
 }
 

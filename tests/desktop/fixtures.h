@@ -17,6 +17,7 @@
 #include "desktop/wire/connection.h"
 #include "desktop/wire/xml_records.h"
 #include "tests/support/temporary_directory.h"
+#include "tests/support/words.h"
 
 namespace desktop::testing {
 
@@ -80,8 +81,8 @@ struct TestConsole {
   Console console{out, err, in};
 };
 
-// A 4-byte little-endian word; a count and the bytes.
-std::string Word(std::uint32_t value);
+using corvane::testing::Word;
+// A count and the bytes.
 std::string Counted(std::string_view bytes);
 // A document as the agent writes it, with these records under its root.
 std::string Document(std::string_view records);

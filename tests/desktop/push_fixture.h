@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
+#include "common/text/little_endian.h"
 #include "desktop/commands/commands_push.h"
 #include "desktop/records/record_kind.h"
-#include "desktop/wire/words.h"
 #include "desktop/wire/xml_records.h"
 #include "tests/desktop/fixtures.h"
 
@@ -70,7 +70,7 @@ class Store {
   std::string Download(const SeenRequest& seen) const {
     std::string records;
     if (seen.function == "DownloadAllPIMRecords") {
-      const auto kind = WordsOf(static_cast<RecordKind>(WordAt(seen.input, 0))).name;
+      const auto kind = WordsOf(static_cast<RecordKind>(text::WordAt(seen.input, 0))).name;
       for (const auto& [oid, bytes] : items) {
         const std::string name = bytes.substr(1, bytes.find_first_of(" />") - 1);
         if (KindOfElement(name) == kind) records += Stored(oid);
@@ -78,7 +78,7 @@ class Store {
       return records;
     }
     for (std::size_t at = 4; at < seen.input.size(); at += 4) {
-      const Oid oid = WordAt(seen.input, at);
+      const Oid oid = text::WordAt(seen.input, at);
       records += items.contains(oid) ? Stored(oid)
                                      : "<Error Oid=\"" + OidAttribute(oid) +
                                            "\"><Value>-2147024894</Value></Error>";

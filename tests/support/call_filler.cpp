@@ -4,7 +4,7 @@
 
 #include <stdexcept>
 
-#include "common/text/utf.h"
+#include "common/text/unicode.h"
 
 namespace corvane::testing {
 
@@ -41,7 +41,7 @@ void CallFiller::AddMany(int count) {
   StoredCall call = SampleCall();
   box_->Begin();
   for (int index = 1; index <= count; ++index) {
-    call.number = host::FromUtf8Lossy(std::to_string(index));
+    call.number = text::FromUtf8Lossy(std::to_string(index));
     call.startTime -= kMinute;
     EXPECT_EQ(box_->Insert(call), S_OK);
   }

@@ -7,11 +7,9 @@
 #include <string_view>
 #include <vector>
 
-namespace corvane::testing {
+#include "tests/support/words.h"
 
-inline std::string Le16(std::size_t word) {
-  return {static_cast<char>(word & 0xFF), static_cast<char>(word >> 8 & 0xFF)};
-}
+namespace corvane::testing {
 
 // Bytes given as numbers.
 inline std::string Bytes(std::initializer_list<int> values) {
@@ -21,14 +19,14 @@ inline std::string Bytes(std::initializer_list<int> values) {
 }
 
 inline std::string InkHeader(std::size_t version = 7) {
-  return Bytes({0x7B, 0x5C, 0x70, 0x77, 0x69, 0x15, 0x00, 0x00, 0x01, 0x01}) + Le16(version) +
-         Le16(0);
+  return Bytes({0x7B, 0x5C, 0x70, 0x77, 0x69, 0x15, 0x00, 0x00, 0x01, 0x01}) + HalfWord(version) +
+         HalfWord(0);
 }
 
 // Padded to units of 4 bytes.
 inline std::string InkZone(std::size_t type, std::size_t id, std::string data) {
   data.resize((data.size() + 3) / 4 * 4);
-  return Le16(type) + Le16(id) + Le16(data.size() / 4) + data;
+  return HalfWord(type) + HalfWord(id) + HalfWord(data.size() / 4) + data;
 }
 
 inline std::string InkFonts() {
@@ -40,14 +38,14 @@ inline std::string InkFonts() {
 
 inline std::string InkList(const std::vector<std::size_t>& ids) {
   std::string data(24, '\0');
-  for (const std::size_t id : ids) data += Le16(1) + Le16(1) + Le16(id) + Le16(0);
+  for (const std::size_t id : ids) data += HalfWord(1) + HalfWord(1) + HalfWord(id) + HalfWord(0);
   return InkZone(0x40, 0, data);
 }
 
 // `stream` without its end.
 inline std::string InkParagraph(std::size_t id, const std::string& stream) {
   const std::string whole = stream + Bytes({0xC4, 0x00});
-  std::string head = Le16(1) + Le16(whole.size()) + Le16(1) + Le16(0xFFFF);
+  std::string head = HalfWord(1) + HalfWord(whole.size()) + HalfWord(1) + HalfWord(0xFFFF);
   head.resize(24);
   head[18] = static_cast<char>(0xFF);
   return InkZone(0x41, id, head + whole);

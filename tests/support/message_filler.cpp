@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "common/text/utf.h"
+#include "common/text/unicode.h"
 
 namespace corvane::testing {
 
@@ -53,7 +53,7 @@ void MessageFiller::AddMany(std::u16string_view path, int count) {
   const std::int64_t folder = Folder(path);
   box_->Begin();
   for (int index = 1; index <= count; ++index) {
-    const std::u16string text = ce::host::FromUtf8Lossy(std::to_string(index));
+    const std::u16string text = text::FromUtf8Lossy(std::to_string(index));
     EXPECT_EQ(box_->Insert(folder, TextMessage(text)), S_OK);
   }
   EXPECT_EQ(box_->Commit(), S_OK);

@@ -13,37 +13,25 @@
 #include "agent/core/corvane_stream.h"
 #include "agent/log/log.h"
 #include "agent/request_handler.h"
-#include "common/text/utf.h"
+#include "common/text/unicode.h"
 #include "tests/support/contact_store.h"
 #include "tests/support/desktop_end.h"
 #include "tests/support/test_handheld.h"
+#include "tests/support/words.h"
 
 namespace corvane::testing {
 
-inline std::string WordBytes(ce::DWORD word) {
-  return {static_cast<char>(word), static_cast<char>(word >> 8), static_cast<char>(word >> 16),
-          static_cast<char>(word >> 24)};
-}
-
-inline ce::DWORD WordOf(std::string_view bytes) {
-  ce::DWORD word = 0;
-  for (std::size_t index = 0; index < 4; ++index) {
-    word |= static_cast<ce::DWORD>(static_cast<unsigned char>(bytes.at(index))) << (8 * index);
-  }
-  return word;
-}
-
 inline std::string Words(std::initializer_list<ce::DWORD> words) {
   std::string bytes;
-  for (const ce::DWORD word : words) bytes += WordBytes(word);
+  for (const ce::DWORD word : words) bytes += Word(word);
   return bytes;
 }
 
 inline std::string Narrow(std::u16string_view text) {
-  return ce::host::ToUtf8Lossy(text);
+  return text::ToUtf8Lossy(text);
 }
 inline std::u16string Wide(std::string_view text) {
-  return ce::host::FromUtf8Lossy(text);
+  return text::FromUtf8Lossy(text);
 }
 
 struct StreamedAnswer {
@@ -80,11 +68,11 @@ inline DownloadAnswer ReadDownload(const StreamedAnswer& answer) {
   download.returned = answer.status;
   std::string_view rest = answer.bytes;
   while (rest.size() >= 4) {
-    const ce::DWORD length = WordOf(rest);
+    const ce::DWORD length = WordAt(rest, 0);
     rest.remove_prefix(4);
     if (length == 0) {
       download.complete = rest.size() == 4;
-      if (download.complete) download.status = static_cast<ce::HRESULT>(WordOf(rest));
+      if (download.complete) download.status = static_cast<ce::HRESULT>(WordAt(rest, 0));
       break;
     }
     if (rest.size() < length) break;
@@ -108,7 +96,7 @@ inline std::vector<RecordReply> ReadReplies(std::string_view bytes) {
   std::vector<RecordReply> replies;
   for (; bytes.size() >= 8; bytes.remove_prefix(8)) {
     replies.push_back(
-        {static_cast<ce::LONG>(WordOf(bytes)), static_cast<ce::HRESULT>(WordOf(bytes.substr(4)))});
+        {static_cast<ce::LONG>(WordAt(bytes, 0)), static_cast<ce::HRESULT>(WordAt(bytes, 4))});
   }
   EXPECT_TRUE(bytes.empty()) << "a reply is cut off";
   return replies;
@@ -116,7 +104,7 @@ inline std::vector<RecordReply> ReadReplies(std::string_view bytes) {
 
 // A document as an upload carries it.
 inline std::string ChunkBytes(std::string_view document) {
-  return WordBytes(static_cast<ce::DWORD>(document.size())) + std::string(document);
+  return Word(static_cast<ce::DWORD>(document.size())) + std::string(document);
 }
 
 // A document's text behind its declaration, for tests of what a record holds.

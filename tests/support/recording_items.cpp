@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "common/text/utf.h"
+#include "common/text/unicode.h"
 
 namespace corvane::testing {
 
@@ -22,7 +22,7 @@ std::string TextOf(DATE value) {
   return TextOfDate(value);
 }
 std::string TextOf(BSTR value) {
-  return host::ToUtf8Lossy(value ? std::u16string_view(value, SysStringLen(value)) : u"");
+  return text::ToUtf8Lossy(value ? std::u16string_view(value, SysStringLen(value)) : u"");
 }
 
 #define RECORDED(Type, Name)                        \

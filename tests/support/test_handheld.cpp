@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-#include "common/text/utf.h"
+#include "common/text/unicode.h"
 #include "handheld/base/com_object.h"
 #include "handheld/clock/handheld_clock.h"
 #include "handheld/registry/registry_store.h"
@@ -34,7 +34,7 @@ void TestHandheld::FreezeClock(const ce::SYSTEMTIME& utc) {
 }
 
 void TestHandheld::SetZone(std::string_view zone) {
-  handheld_->Set(ce::host::setting::kZone, ce::host::FromUtf8Lossy(zone));
+  handheld_->Set(ce::host::setting::kZone, text::FromUtf8Lossy(zone));
 }
 
 void TestHandheld::SetLanguage(ce::LANGID language) {

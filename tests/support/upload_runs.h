@@ -22,7 +22,7 @@ inline UploadAnswer ReadUpload(const StreamedAnswer& answer) {
 inline UploadAnswer Upload(const std::vector<std::string>& documents) {
   std::string bytes;
   for (const std::string& document : documents) bytes += ChunkBytes(document);
-  return ReadUpload(RunStreamed(UploadPIMRecords, {}, {bytes + WordBytes(0)}));
+  return ReadUpload(RunStreamed(UploadPIMRecords, {}, {bytes + Word(0)}));
 }
 
 inline std::string ContactRecord(const std::string& children, const std::string& attributes = {}) {

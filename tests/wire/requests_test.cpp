@@ -7,6 +7,7 @@
 #include <iterator>
 #include <regex>
 
+#include "common/text/little_endian.h"
 #include "tests/support/wire/agent_process.h"
 
 namespace corvane::testing {
@@ -14,16 +15,12 @@ namespace {
 
 std::string SystemTime(std::initializer_list<int> fields) {
   std::string bytes;
-  for (const int field : fields) {
-    bytes += static_cast<char>(field);
-    bytes += static_cast<char>(field >> 8);
-  }
+  for (const int field : fields) bytes += HalfWord(static_cast<std::uint32_t>(field));
   return bytes;
 }
 
-int FieldAt(const std::string& time, int index) {
-  return static_cast<std::uint8_t>(time.at(2 * index)) |
-         static_cast<std::uint8_t>(time.at(2 * index + 1)) << 8;
+int FieldAt(const std::string& time, std::size_t index) {
+  return text::HalfWordAt(time, 2 * index);
 }
 
 class RequestsWire : public WireTest {

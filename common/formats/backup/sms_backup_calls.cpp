@@ -46,7 +46,7 @@ void TakeType(const BackupElement& element, Call& call, NoticeTally& tally) {
   const auto* const row = std::ranges::find(kTypes, type, &TypeRow::type);
   if (row == std::end(kTypes)) {
     tally.Add(element.line,
-              "type: not a known kind of call, taken as an incoming one: " + Excerpt(text));
+              "type: not a known kind of call, taken as an incoming one: " + text::Excerpt(text));
     return;
   }
   call.outgoing = row->outgoing;
@@ -68,7 +68,7 @@ void TakeNumber(const BackupElement& element, Call& call, NoticeTally& tally) {
   const auto* const row =
       std::ranges::find(kPresentations, presentation, &PresentationRow::presentation);
   if (row == std::end(kPresentations)) {
-    tally.Add(element.line, "presentation: not a known kind: " + Excerpt(text));
+    tally.Add(element.line, "presentation: not a known kind: " + text::Excerpt(text));
     return;
   }
   call.callerId = row->callerId;
@@ -80,7 +80,7 @@ void TakeTimes(const BackupElement& element, Call& call, NoticeTally& tally) {
   const std::string_view text = element.attributes["duration"];
   std::int64_t seconds = BackupNumber(text).value_or(-1);
   if (seconds < 0 || seconds > kLongestSeconds) {
-    tally.Add(element.line, "duration: not a number of seconds: " + Excerpt(text));
+    tally.Add(element.line, "duration: not a number of seconds: " + text::Excerpt(text));
     seconds = 0;
   }
   // A call that came in and is not missed was answered, be it for less than a second.

@@ -22,7 +22,7 @@ MessageType TypeFrom(const BackupElement& element, std::string_view attribute, N
   const std::int64_t number = BackupNumber(text).value_or(0);
   if (number < 1 || number > 6) {
     tally.Add(element.line, std::string(attribute) + ": not a known kind of message, taken as a " +
-                                "received one: " + Excerpt(text));
+                                "received one: " + text::Excerpt(text));
     return MessageType::kReceived;
   }
   const auto type = static_cast<MessageType>(number);
@@ -109,7 +109,7 @@ void NoteWhatSmsLoses(const BackupElement& element, NoticeTally& tally) {
 }
 
 bool IsPlainText(std::string_view contentType) {
-  return EqualsNoCase(contentType, "text/plain");
+  return text::EqualsNoCase(contentType, "text/plain");
 }
 
 void AppendLine(std::string& text, std::string_view line) {
@@ -125,9 +125,9 @@ std::string MmsText(const BackupElement& element, NoticeTally& tally) {
     const std::string_view contentType = part["ct"];
     if (IsPlainText(contentType)) {
       AppendLine(text, part["text"]);
-    } else if (!EqualsNoCase(contentType, "application/smil")) {
-      tally.Add(element.line,
-                "part: of a multimedia message only text is kept, not " + Excerpt(contentType));
+    } else if (!text::EqualsNoCase(contentType, "application/smil")) {
+      tally.Add(element.line, "part: of a multimedia message only text is kept, not " +
+                                  text::Excerpt(contentType));
     }
   }
   return text;
@@ -148,7 +148,7 @@ void TakeMmsAddresses(const BackupElement& element, TextMessage& message, Notice
         tally.Add(element.line, "addr: those who got a copy are kept as recipients");
       }
     } else {
-      tally.Add(element.line, "addr: not a known kind of address: " + Excerpt(type));
+      tally.Add(element.line, "addr: not a known kind of address: " + text::Excerpt(type));
     }
   }
 }

@@ -2,6 +2,7 @@
 #include <optional>
 #include <sstream>
 
+#include "common/files/stream_pieces.h"
 #include "common/formats/backup/sms_backup.h"
 #include "common/formats/backup/sms_backup_element.h"
 #include "common/formats/backup/sms_backup_tags.h"
@@ -46,7 +47,7 @@ std::vector<Notice> BackupReader::Read() {
     if (tag->starts && tag->depth == 1) {
       if (tag->name != "smses" && tag->name != "calls") {
         tally_.Add(line, "the file is no backup of messages or calls: it begins with " +
-                             Excerpt(tag->name));
+                             text::Excerpt(tag->name));
         return tally_.Release();
       }
       saidCount = BackupNumber(tag->attributes["count"]);
@@ -80,7 +81,7 @@ void BackupReader::StartItem(BackupTag& tag) {
           : tag.name == "call" ? Kind::kCall
                                : Kind::kNone;
   if (kind_ == Kind::kNone) {
-    tally_.Add(tag.line, Excerpt(tag.name) + ": not a known element, left out");
+    tally_.Add(tag.line, text::Excerpt(tag.name) + ": not a known element, left out");
     return;
   }
   element_ = {};
@@ -98,7 +99,7 @@ void BackupReader::TakeContent(BackupTag& tag) {
   } else if (isMms && tag.depth == 4 && tag.name == "addr") {
     Fill(element_.addresses.emplace_back(), tag.attributes);
   } else {
-    tally_.Add(tag.line, Excerpt(tag.name) + ": not a known element, left out");
+    tally_.Add(tag.line, text::Excerpt(tag.name) + ": not a known element, left out");
   }
 }
 

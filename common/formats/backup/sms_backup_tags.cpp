@@ -4,9 +4,10 @@
 #include <charconv>
 #include <utility>
 
+#include "common/files/stream_pieces.h"
 #include "common/formats/backup/sms_backup.h"
 #include "common/text/text.h"
-#include "common/text/utf.h"
+#include "common/text/unicode.h"
 
 namespace formats {
 namespace {
@@ -47,7 +48,7 @@ Character FirstCharacter(std::string_view text) {
   if (lead < 0x20 && !IsBlank(text.front())) return {text.substr(0, 1), kCannotCarry};
   const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0x80 ? 2 : 1;
   const std::string_view bytes = text.substr(0, length);
-  if (!IsValidUtf8(bytes)) return {text.substr(0, 1), kNotUtf8};
+  if (!text::IsValidUtf8(bytes)) return {text.substr(0, 1), kNotUtf8};
   if (bytes == "\xEF\xBF\xBE" || bytes == "\xEF\xBF\xBF") return {bytes, kCannotCarry};
   return {bytes, {}};
 }
@@ -104,7 +105,7 @@ BackupTags::BackupTags(std::istream& in, NoticeTally& tally) : in_(in), tally_(t
 
 std::string_view BackupTags::Ahead(std::size_t least) {
   while (buffer_.size() - position_ < least) {
-    const std::string_view bytes = ReadPiece(in_, piece_);
+    const std::string_view bytes = files::ReadPiece(in_, piece_);
     if (bytes.empty()) break;
     buffer_.erase(0, position_);
     position_ = 0;
@@ -127,7 +128,7 @@ bool BackupTags::Stop(std::size_t line, std::string_view why) {
 
 bool BackupTags::StopAtDamage(const BackupTag& tag, std::string_view what) {
   return Stop(tag.line, "the file is damaged here, and only what stands before is kept: " +
-                            std::string(what) + ": <" + Excerpt(tag.name) + ">");
+                            std::string(what) + ": <" + text::Excerpt(tag.name) + ">");
 }
 
 std::optional<BackupTag> BackupTags::Next() {
@@ -196,8 +197,8 @@ bool BackupTags::SkipInstruction() {
   const char quote = name.front();
   name.remove_prefix(1);
   name = name.substr(0, name.find(quote));
-  if (!EqualsNoCase(name, "UTF-8") && !EqualsNoCase(name, "US-ASCII")) {
-    tally_.Add(line_, "the file is read as UTF-8, not as " + Excerpt(RepairUtf8(name)));
+  if (!text::EqualsNoCase(name, "UTF-8") && !text::EqualsNoCase(name, "US-ASCII")) {
+    tally_.Add(line_, "the file is read as UTF-8, not as " + text::Excerpt(text::RepairUtf8(name)));
   }
   return true;
 }
@@ -316,8 +317,8 @@ bool BackupTags::TakeValue(std::string_view name, char quote, std::string& value
     if (!keeps) return;
     if (text.size() <= room || canBeParted) value += text.substr(0, room);
     if (text.size() <= room) return;
-    tally_.Add(line_,
-               Excerpt(name) + ": cut off after " + std::to_string(kLongestBackupValue) + " bytes");
+    tally_.Add(line_, text::Excerpt(name) + ": cut off after " +
+                          std::to_string(kLongestBackupValue) + " bytes");
     keeps = false;
   };
   for (;;) {
@@ -381,7 +382,7 @@ std::string BackupTags::TakeReference() {
     }
   }
   Advance(length);
-  return ce::host::ToUtf8Lossy(units);
+  return text::ToUtf8Lossy(units);
 }
 
 }  // namespace formats

@@ -11,9 +11,9 @@
 #include <string_view>
 #include <vector>
 
+#include "common/files/stream_pieces.h"
 #include "common/formats/backup/sms_backup_element.h"
 #include "common/formats/lines/notice_tally.h"
-#include "common/text/stream_pieces.h"
 
 namespace formats {
 
@@ -67,7 +67,7 @@ class BackupTags {
   std::istream& in_;
   NoticeTally& tally_;
   End end_ = End::kTooEarly;
-  StreamPiece piece_;
+  files::StreamPiece piece_;
   std::string buffer_;
   std::size_t position_ = 0;
   std::size_t line_ = 1;

@@ -3,6 +3,7 @@
 #include <charconv>
 
 #include "common/text/text.h"
+#include "common/text/unicode.h"
 
 namespace formats {
 namespace {
@@ -35,7 +36,7 @@ std::optional<MessageTime> BackupTime(const BackupElement& element, NoticeTally&
   constexpr std::int64_t kFarthest = std::int64_t{1} << 53;
   std::optional<MessageTime> time;
   if (number && *number > -kFarthest && *number < kFarthest) time = TimeFromMilliseconds(*number);
-  if (!time) tally.Add(element.line, "date: not a time: " + Excerpt(text));
+  if (!time) tally.Add(element.line, "date: not a time: " + text::Excerpt(text));
   return time;
 }
 
@@ -72,7 +73,7 @@ std::vector<std::string> SplitAt(std::string_view text, std::string_view separat
 }
 
 std::string XmlCarries(std::string_view text) {
-  std::string carried = IsValidUtf8(text) ? std::string(text) : RepairUtf8(text);
+  std::string carried = text::IsValidUtf8(text) ? std::string(text) : text::RepairUtf8(text);
   std::erase_if(carried, [](char c) {
     const auto byte = static_cast<unsigned char>(c);
     return byte < 0x20 && c != '\t' && c != '\n' && c != '\r';

@@ -39,7 +39,7 @@ EventRules::EventRules(Event& event, WorkBudget& budget)
 std::optional<EventRules::Rule> EventRules::Read(const RuleText& text) {
   const auto leaveOut = [&](const char* why) {
     event_.notices.Add(text.line,
-                       "RRULE: " + std::string(why) + ", left out: " + Excerpt(text.text));
+                       "RRULE: " + std::string(why) + ", left out: " + text::Excerpt(text.text));
     return std::nullopt;
   };
   std::optional<RecurrenceRule> rule = RecurrenceRule::Parse(text.text);

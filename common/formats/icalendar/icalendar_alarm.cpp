@@ -10,7 +10,7 @@ namespace {
 
 bool IsAction(const Component& alarm, std::string_view action) {
   const Property* property = alarm.Find("ACTION");
-  return property != nullptr && EqualsNoCase(TrimBlanks(property->value), action);
+  return property != nullptr && text::EqualsNoCase(text::TrimBlanks(property->value), action);
 }
 
 std::optional<Alarm> Read(const Component& component, NoticeList& notices) {
@@ -24,14 +24,15 @@ std::optional<Alarm> Read(const Component& component, NoticeList& notices) {
   alarm.after = ParseSpan(trigger->value);
   if (!alarm.after) alarm.at = ParseTimeValue(*trigger, trigger->value);
   if (!alarm.after && !alarm.at) {
-    notices.Add(*trigger, "neither a duration nor a time, left out: " + Excerpt(trigger->value));
+    notices.Add(*trigger,
+                "neither a duration nor a time, left out: " + text::Excerpt(trigger->value));
     return std::nullopt;
   }
   if (alarm.after && alarm.after->seconds % std::chrono::minutes(1) != std::chrono::seconds(0)) {
     notices.Add(*trigger, "a reminder is on a whole minute");
   }
   const std::string* related = trigger->Parameter("RELATED");
-  alarm.ofEnd = related != nullptr && EqualsNoCase(*related, "END");
+  alarm.ofEnd = related != nullptr && text::EqualsNoCase(*related, "END");
   if (component.Find("REPEAT") != nullptr) {
     notices.Add(component.line, "VALARM: a reminder is not repeated");
   }

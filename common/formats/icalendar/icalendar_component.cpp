@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <utility>
 
+#include "common/text/code_page.h"
 #include "common/text/text.h"
+#include "common/text/unicode.h"
 
 namespace formats {
 namespace {
@@ -35,10 +37,10 @@ bool IsPartOf(std::string_view item, std::string_view name) {
 // "BEGIN:VEVENT": the name behind the marker, in upper case; empty for another line.
 std::string MarkedName(std::string_view line, std::string_view marker) {
   if (line.starts_with("\xEF\xBB\xBF")) line.remove_prefix(3);  // of a file that was appended
-  if (line.size() > 200 || !StartsWithNoCase(line, marker)) return {};
-  line = TrimBlanks(line.substr(marker.size()));
+  if (line.size() > 200 || !text::StartsWithNoCase(line, marker)) return {};
+  line = text::TrimBlanks(line.substr(marker.size()));
   if (!line.starts_with(':')) return {};
-  return RepairUtf8(ToUpperAscii(TrimBlanks(line.substr(1))));
+  return text::RepairUtf8(text::ToUpperAscii(text::TrimBlanks(line.substr(1))));
 }
 
 }  // namespace
@@ -116,7 +118,7 @@ void ComponentReader::Skip(std::size_t line, const std::string& name) {
                                    [&](const UnkeptKind& kind) { return kind.name == name; });
   const std::string_view why =
       known == std::end(kUnkeptKinds) ? "a handheld has no place for it" : known->why;
-  Notice(line, Excerpt(name) + ": " + std::string(why));
+  Notice(line, text::Excerpt(name) + ": " + std::string(why));
   if (reportedKinds_.size() < NoticeList::kMost) reportedKinds_.push_back(name);
 }
 
@@ -149,7 +151,7 @@ void ComponentReader::End(std::size_t line, const std::string& name) {
     inCalendar_ = false;
     cancels_ = false;
   } else {
-    Notice(line, "END:" + Excerpt(name) + ": nothing of that name is open");
+    Notice(line, "END:" + text::Excerpt(name) + ": nothing of that name is open");
   }
 }
 
@@ -176,8 +178,9 @@ void ComponentReader::TakeProperty(const ContentLine& line) {
   }
   std::optional<Property> property = ParseProperty(line);
   if (!property) {
-    const std::string text = IsValidUtf8(line.text) ? line.text : Windows1252ToUtf8(line.text);
-    Notice(line.line, "not a property, left out: " + Excerpt(text));
+    const std::string text =
+        text::IsValidUtf8(line.text) ? line.text : text::Windows1252ToUtf8(line.text);
+    Notice(line.line, "not a property, left out: " + text::Excerpt(text));
     return;
   }
   if (part_) {
@@ -190,10 +193,11 @@ void ComponentReader::TakeProperty(const ContentLine& line) {
 }
 
 void ComponentReader::TakeCalendarProperty(const Property& property) {
-  const std::string_view value = TrimBlanks(property.value);
-  if (property.name == "METHOD") cancels_ = EqualsNoCase(value, "CANCEL");
-  if (property.name == "CALSCALE" && !EqualsNoCase(value, "GREGORIAN")) {
-    Notice(property.line, "CALSCALE: dates are read as Gregorian ones, not as " + Excerpt(value));
+  const std::string_view value = text::TrimBlanks(property.value);
+  if (property.name == "METHOD") cancels_ = text::EqualsNoCase(value, "CANCEL");
+  if (property.name == "CALSCALE" && !text::EqualsNoCase(value, "GREGORIAN")) {
+    Notice(property.line,
+           "CALSCALE: dates are read as Gregorian ones, not as " + text::Excerpt(value));
   }
 }
 

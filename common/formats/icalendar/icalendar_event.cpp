@@ -63,13 +63,13 @@ Event EventReader::Read() {
 
 bool EventReader::IsNew(const Property& property) {
   if (seen_.insert(property.name).second) return true;
-  event_.notices.Add(property, "an event has one, left out: " + Excerpt(property.value));
+  event_.notices.Add(property, "an event has one, left out: " + text::Excerpt(property.value));
   return false;
 }
 
 void EventReader::Take(const Property& property) {
   const ItemRule& rule = FindItemRule(property.name);
-  const std::string_view value = TrimBlanks(property.value);
+  const std::string_view value = text::TrimBlanks(property.value);
   switch (rule.event) {
     case ItemProperty::kUid:
       return TakeText(property, event_.fields.uid);
@@ -86,15 +86,15 @@ void EventReader::Take(const Property& property) {
       }
       return;
     case ItemProperty::kClass:
-      event_.fields.isPrivate = !value.empty() && !EqualsNoCase(value, "PUBLIC");
+      event_.fields.isPrivate = !value.empty() && !text::EqualsNoCase(value, "PUBLIC");
       return;
     case ItemProperty::kTransparency:
-      transparent_ = EqualsNoCase(value, "TRANSPARENT");
+      transparent_ = text::EqualsNoCase(value, "TRANSPARENT");
       return;
     case ItemProperty::kBusyStatus:
       return TakeBusyStatus(value);
     case ItemProperty::kAllDay:
-      allDayFlag_ = EqualsNoCase(value, "TRUE");
+      allDayFlag_ = text::EqualsNoCase(value, "TRUE");
       return;
     case ItemProperty::kStatus:
       return TakeStatus(value);
@@ -123,7 +123,7 @@ void EventReader::Take(const Property& property) {
       event_.isChange = true;
       if (const std::string* range = property.Parameter("RANGE")) {
         event_.notices.Add(property,
-                           "RANGE=" + Excerpt(*range) + ": this occurrence alone changes");
+                           "RANGE=" + text::Excerpt(*range) + ": this occurrence alone changes");
       }
       return TakeMoment(property, event_.recurrenceId);
     case ItemProperty::kSequence:
@@ -152,7 +152,7 @@ void EventReader::TakeText(const Property& property, std::string& text) {
 std::optional<Moment> EventReader::MomentOf(const Property& property, std::string_view text) {
   const std::optional<TimeValue> value = ParseTimeValue(property, text);
   if (value) return zones_.MomentOf(*value, event_.calendar, property.line, event_.notices);
-  event_.notices.Add(property, "neither a day nor a time, left out: " + Excerpt(text));
+  event_.notices.Add(property, "neither a day nor a time, left out: " + text::Excerpt(text));
   return std::nullopt;
 }
 
@@ -162,7 +162,7 @@ void EventReader::TakeMoment(const Property& property, std::optional<Moment>& mo
 
 void EventReader::TakeDates(const Property& property, std::vector<ListedDate>& dates) {
   for (const std::string_view part : SplitValue(property.value, ',')) {
-    if (!TrimBlanks(part).empty()) TakeListedDate(property, part, dates);
+    if (!text::TrimBlanks(part).empty()) TakeListedDate(property, part, dates);
   }
 }
 
@@ -187,18 +187,18 @@ void EventReader::TakeDuration(const Property& property) {
   event_.duration = ParseSpan(property.value);
   if (!event_.duration || event_.duration->total() < seconds(0)) {
     event_.duration.reset();
-    event_.notices.Add(property, "not a duration, left out: " + Excerpt(property.value));
+    event_.notices.Add(property, "not a duration, left out: " + text::Excerpt(property.value));
   }
 }
 
 void EventReader::TakeStatus(std::string_view status) {
-  if (EqualsNoCase(status, "CANCELLED")) event_.isCancelled = true;
-  tentative_ = EqualsNoCase(status, "TENTATIVE");
+  if (text::EqualsNoCase(status, "CANCELLED")) event_.isCancelled = true;
+  tentative_ = text::EqualsNoCase(status, "TENTATIVE");
 }
 
 void EventReader::TakeBusyStatus(std::string_view value) {
   for (std::size_t i = 0; i < std::size(kBusyWords); ++i) {
-    if (EqualsNoCase(value, kBusyWords[i])) busyStatus_ = static_cast<int>(i);
+    if (text::EqualsNoCase(value, kBusyWords[i])) busyStatus_ = static_cast<int>(i);
   }
   const bool negative = value.starts_with('-');
   if (const std::optional<int> number = ParseNumber(value.substr(negative ? 1 : 0))) {

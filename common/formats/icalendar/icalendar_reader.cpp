@@ -13,6 +13,7 @@
 #include "common/formats/icalendar/icalendar_task.h"
 #include "common/formats/icalendar/zone_table.h"
 #include "common/formats/lines/vcard_lines.h"
+#include "common/text/code_page.h"
 #include "common/text/text.h"
 
 namespace formats {
@@ -166,7 +167,7 @@ CalendarFile Collector::Finish() {
 }  // namespace
 
 CalendarFile ReadICalendar(std::string_view bytes, const calendar::Zone& zone) {
-  const Conversion text = DecodeFile(bytes);
+  const text::Conversion text = text::DecodeFile(bytes);
   NoticeList notices;
   if (text.damaged) notices.Add(1, "bytes that are no UTF-16 were replaced");
   Collector collector(zone, notices);
@@ -176,17 +177,17 @@ CalendarFile ReadICalendar(std::string_view bytes, const calendar::Zone& zone) {
 }
 
 bool LooksLikeICalendar(std::string_view bytes) {
-  const Conversion text = DecodeFile(bytes.substr(0, kLookedAtBytes));
+  const text::Conversion text = text::DecodeFile(bytes.substr(0, kLookedAtBytes));
   ContentLineReader lines(text.text);
   ContentLine line;
   while (lines.Next(line)) {
-    const std::string_view content = TrimBlanks(line.text);
-    if (!StartsWithNoCase(content, "BEGIN")) continue;
-    const std::string_view rest = TrimBlanks(content.substr(5));
+    const std::string_view content = text::TrimBlanks(line.text);
+    if (!text::StartsWithNoCase(content, "BEGIN")) continue;
+    const std::string_view rest = text::TrimBlanks(content.substr(5));
     if (!rest.starts_with(':')) continue;
-    const std::string_view name = TrimBlanks(rest.substr(1));
+    const std::string_view name = text::TrimBlanks(rest.substr(1));
     for (const char* known : {"VCALENDAR", "VEVENT", "VTODO", "VTIMEZONE"}) {
-      if (EqualsNoCase(name, known)) return true;
+      if (text::EqualsNoCase(name, known)) return true;
     }
   }
   return false;

@@ -80,13 +80,13 @@ bool IsKnownPart(std::string_view name) {
 std::optional<RecurrenceRule> RecurrenceRule::Parse(std::string_view text) {
   if (text.size() > kLongestRule) return std::nullopt;
   RecurrenceRule rule;
-  const std::string upper = ToUpperAscii(text);
+  const std::string upper = text::ToUpperAscii(text);
   for (std::string_view part : SplitValue(upper, ';')) {
-    part = TrimBlanks(part);
+    part = text::TrimBlanks(part);
     if (part.empty()) continue;
     const std::size_t equals = part.find('=');
     if (equals == std::string_view::npos) return std::nullopt;
-    const std::string_view name = TrimBlanks(part.substr(0, equals));
+    const std::string_view name = text::TrimBlanks(part.substr(0, equals));
     if (name.starts_with("X-")) continue;
     if (!IsKnownPart(name) || rule.Part(name) != nullptr) return std::nullopt;
     std::string value(part.substr(equals + 1));

@@ -69,13 +69,13 @@ Todo TodoReader::Read() {
 
 bool TodoReader::IsNew(const Property& property) {
   if (seen_.insert(property.name).second) return true;
-  todo_.notices.Add(property, "a task has one, left out: " + Excerpt(property.value));
+  todo_.notices.Add(property, "a task has one, left out: " + text::Excerpt(property.value));
   return false;
 }
 
 void TodoReader::Take(const Property& property) {
   const ItemRule& rule = FindItemRule(property.name);
-  const std::string_view value = TrimBlanks(property.value);
+  const std::string_view value = text::TrimBlanks(property.value);
   switch (rule.task) {
     case ItemProperty::kUid:
       return TakeText(property, todo_.task.uid);
@@ -89,7 +89,7 @@ void TodoReader::Take(const Property& property) {
       }
       return;
     case ItemProperty::kClass:
-      todo_.task.isPrivate = !value.empty() && !EqualsNoCase(value, "PUBLIC");
+      todo_.task.isPrivate = !value.empty() && !text::EqualsNoCase(value, "PUBLIC");
       return;
     case ItemProperty::kStatus:
       return TakeStatus(property, value);
@@ -137,12 +137,13 @@ void TodoReader::TakeMoment(const Property& property, std::optional<Moment>& mom
   if (const std::optional<TimeValue> value = ParseTimeValue(property, property.value)) {
     moment = zones_.MomentOf(*value, vtodo_.calendar, property.line, todo_.notices);
   } else {
-    todo_.notices.Add(property, "neither a day nor a time, left out: " + Excerpt(property.value));
+    todo_.notices.Add(property,
+                      "neither a day nor a time, left out: " + text::Excerpt(property.value));
   }
 }
 
 void TodoReader::TakeStatus(const Property& property, std::string_view status) {
-  status_ = ToUpperAscii(status);
+  status_ = text::ToUpperAscii(status);
   if (status_ == "CANCELLED") todo_.isCancelled = true;
   if (status_ == "IN-PROCESS") todo_.notices.Add(property, "a task is done or not");
 }

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "common/formats/items/iso_time.h"
 #include "common/text/text.h"
 
 namespace formats {
@@ -83,11 +82,9 @@ std::optional<TimeValue> ParseExtended(std::string_view text) {
   }
   const std::optional<IsoTime> time = ParseIsoTime(text);
   if (!time) return std::nullopt;
-  value.time = local_days(std::chrono::year(time->date.year) / time->date.month / time->date.day);
-  value.time += std::chrono::hours(time->hour) + std::chrono::minutes(time->minute);
-  value.time += seconds(time->second);
-  if (time->offsetMinutes) {
-    value.time -= std::chrono::minutes(*time->offsetMinutes);
+  value.time = time->local;
+  if (time->offset) {
+    value.time -= *time->offset;
     value.isUtc = true;
   }
   return value;
@@ -106,7 +103,7 @@ std::string ZoneNameOf(const Property& property) {
 
 bool IsDateByName(const Property& property) {
   const std::string* kind = property.Parameter("VALUE");
-  return kind != nullptr && EqualsNoCase(*kind, "DATE");
+  return kind != nullptr && text::EqualsNoCase(*kind, "DATE");
 }
 
 // How long each letter of a duration is.
@@ -122,7 +119,7 @@ constexpr seconds kLongestSpan = days(1'500'000);
 }  // namespace
 
 std::optional<TimeValue> ParseTimeValue(const Property& property, std::string_view text) {
-  text = TrimBlanks(text);
+  text = text::TrimBlanks(text);
   std::optional<TimeValue> value = ParseBasic(text);
   if (!value) value = ParseExtended(text);
   if (!value) return std::nullopt;
@@ -136,7 +133,7 @@ std::optional<TimeValue> ParseTimeValue(const Property& property, std::string_vi
 }
 
 std::optional<Span> ParseSpan(std::string_view text) {
-  text = TrimBlanks(text);
+  text = text::TrimBlanks(text);
   const bool negative = text.starts_with('-');
   if (negative || text.starts_with('+')) text.remove_prefix(1);
   if (!text.starts_with('P') && !text.starts_with('p')) return std::nullopt;
@@ -153,7 +150,7 @@ std::optional<Span> ParseSpan(std::string_view text) {
     const std::size_t digits = std::min(text.find_first_not_of("0123456789"), text.size());
     if (digits == 0 || digits == text.size() || digits > 10) return std::nullopt;
     const long long number = std::stoll(std::string(text.substr(0, digits)));
-    const char letter = ToUpperAscii(text.substr(digits, 1)).front();
+    const char letter = text::ToUpperAscii(text.substr(digits, 1)).front();
     const auto* unit = std::find_if(std::begin(kUnits), std::end(kUnits), [&](const Unit& u) {
       return u.letter == letter && u.ofTime == inTime;
     });
@@ -174,7 +171,7 @@ std::optional<Span> ParseSpan(std::string_view text) {
 }
 
 std::optional<int> ParseNumber(std::string_view text) {
-  text = TrimBlanks(text);
+  text = text::TrimBlanks(text);
   if (text.size() > 9) return std::nullopt;
   const std::size_t size = text.size();
   return size == 0 ? std::nullopt : TakeDigits(text, size);

@@ -29,7 +29,7 @@ struct Change {
 std::optional<seconds> OffsetOf(const Component& observance, std::string_view name) {
   const Property* property = observance.Find(name);
   if (property == nullptr) return std::nullopt;
-  std::string_view text = TrimBlanks(property->value);
+  std::string_view text = text::TrimBlanks(property->value);
   const bool west = text.starts_with('-');
   if (west || text.starts_with('+')) text.remove_prefix(1);
   if (text.size() != 4 && text.size() != 6) return std::nullopt;

@@ -114,7 +114,7 @@ constexpr WindowsZone kZones[] = {
 
 std::string_view ZoneOfWindowsName(std::string_view name) {
   const auto* found = std::find_if(std::begin(kZones), std::end(kZones), [&](const auto& known) {
-    return EqualsNoCase(known.name, name);
+    return text::EqualsNoCase(known.name, name);
   });
   return found == std::end(kZones) ? std::string_view() : found->zone;
 }

@@ -29,7 +29,7 @@ ZoneTable::ZoneTable(const calendar::Zone& own, WorkBudget& budget)
 void ZoneTable::Add(Component vtimezone) {
   std::string tzid;
   for (const Property& property : vtimezone.properties) {
-    if (property.name == "TZID") tzid = TrimBlanks(TextOf(property));
+    if (property.name == "TZID") tzid = text::TrimBlanks(TextOf(property));
   }
   if (tzid.empty() || tzid.size() > kLongestName) return;
   const std::size_t calendar = vtimezone.calendar;
@@ -53,7 +53,7 @@ Moment ZoneTable::MomentOf(const TimeValue& value, std::size_t calendar, std::si
     if (found->second) {
       moment.clock = found->second;
     } else if (isNew) {
-      notices.Add(line, "TZID: nothing is known of the zone \"" + Excerpt(value.tzid) +
+      notices.Add(line, "TZID: nothing is known of the zone \"" + text::Excerpt(value.tzid) +
                             "\", its times are taken as the handheld's");
     }
   }
@@ -85,7 +85,7 @@ std::shared_ptr<const Clock> ZoneTable::FromFile(const std::string& tzid, std::s
     component = components_.find({elsewhere->second, tzid});
   }
   if (const Property* name = component->second.Find("X-LIC-LOCATION")) {
-    if (auto clock = FromSystem(TrimBlanks(name->value))) return clock;
+    if (auto clock = FromSystem(text::TrimBlanks(name->value))) return clock;
   }
   std::optional<Clock> clock = ClockOf(component->second, budget_);
   return clock ? std::make_shared<const Clock>(std::move(*clock)) : nullptr;

@@ -34,12 +34,12 @@ std::string_view ContactFieldName(ContactField field) {
 }
 
 std::string DisplayName(const Contact& contact) {
-  const std::string last = OnOneLine(contact[ContactField::kLastName]);
-  const std::string first = OnOneLine(contact[ContactField::kFirstName]);
+  const std::string last = text::OnOneLine(contact[ContactField::kLastName]);
+  const std::string first = text::OnOneLine(contact[ContactField::kFirstName]);
   if (!last.empty() && !first.empty()) return last + ", " + first;
   if (!last.empty() || !first.empty()) return last + first;
   for (ContactField field : kCallNames) {
-    if (std::string name = OnOneLine(contact[field]); !name.empty()) return name;
+    if (std::string name = text::OnOneLine(contact[field]); !name.empty()) return name;
   }
   return "(no name)";
 }

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <array>
+#include <chrono>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -75,20 +76,13 @@ inline constexpr std::size_t kContactFieldCount =
 // The Pocket Outlook property's name, such as "FirstName".
 std::string_view ContactFieldName(ContactField field);
 
-struct Date {
-  int year = 0;
-  int month = 0;  // 1 to 12
-  int day = 0;
-  friend bool operator==(const Date&, const Date&) = default;
-};
-
 struct Contact {
   std::string uid;  // the identity that the other program gave it; empty for none
   std::array<std::string, kContactFieldCount> fields;
   // Names: none empty, none twice, none with a comma, which the handheld separates them by.
   std::vector<std::string> categories;
-  std::optional<Date> birthday;  // days of the years 1900 to 2999
-  std::optional<Date> anniversary;
+  std::optional<std::chrono::year_month_day> birthday;  // days of the years 1900 to 2999
+  std::optional<std::chrono::year_month_day> anniversary;
 
   std::string& operator[](ContactField field) { return fields[static_cast<std::size_t>(field)]; }
   const std::string& operator[](ContactField field) const {

@@ -110,7 +110,7 @@ std::string ContentHash(const Task& task) {
 std::string IdentityOf(const TextMessage& message) {
   Key key(message.messageClass == MessageClass::kMms ? "mms" : "sms");
   key.Add(message.time);
-  key.Add(NormalizeLineBreaks(message.text));
+  key.Add(text::NormalizeLineBreaks(message.text));
   if (message.flags.fromMe) {
     std::vector<std::string> numbers;
     for (const MessageParty& party : message.to) numbers.push_back(BareNumber(party.address));

@@ -67,11 +67,10 @@ class ObjectWriter {
     }
     Close("]");
   }
-  void Day(std::string_view name, const std::optional<local_days>& day) {
+  // A local_days or a year_month_day.
+  template <typename Date>
+  void Day(std::string_view name, const std::optional<Date>& day) {
     if (day) Text(name, IsoDate(*day));
-  }
-  void Day(std::string_view name, const std::optional<Date>& date) {
-    if (date) Text(name, fmt::format("{:04}-{:02}-{:02}", date->year, date->month, date->day));
   }
   void Time(std::string_view name, const std::optional<local_seconds>& time) {
     if (time) Text(name, IsoDateTime(*time));
@@ -79,7 +78,7 @@ class ObjectWriter {
 
  private:
   void Value(const std::string& text) {
-    Quote(breaks_ == LineBreaks::kAsLf ? NormalizeLineBreaks(text) : text);
+    Quote(breaks_ == LineBreaks::kAsLf ? text::NormalizeLineBreaks(text) : text);
   }
   void Quote(std::string_view text) {
     sink_("\"");

@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "common/formats/items/iso_time.h"
+#include "common/calendar/wall_time.h"
 
 namespace formats {
 namespace {
@@ -57,14 +57,9 @@ std::int64_t ToFileTime(MessageTime time) {
 
 std::string FormatMessageTime(MessageTime time) {
   if (!IsKeepableTime(time)) return {};
-  const auto day = ch::floor<ch::days>(time);
-  const ch::year_month_day date(day);
-  const ch::hh_mm_ss clock(time - day);
-  std::string text =
-      fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}", static_cast<int>(date.year()),
-                  static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-                  clock.hours().count(), clock.minutes().count(), clock.seconds().count());
-  if (clock.subseconds().count() != 0) text += fmt::format(".{:03}", clock.subseconds().count());
+  const auto whole = ch::floor<ch::seconds>(time);
+  std::string text = IsoDateTime(local_seconds(whole.time_since_epoch()));
+  if (time != whole) text += fmt::format(".{:03}", (time - whole).count());
   return text + "Z";
 }
 
@@ -73,12 +68,7 @@ std::optional<MessageTime> ParseMessageTime(std::string_view text) {
   const milliseconds fraction = TakeFraction(whole);
   const std::optional<IsoTime> iso = ParseIsoTime(whole);
   if (!iso) return std::nullopt;
-  const ch::year_month_day date{ch::year(iso->date.year),
-                                ch::month(static_cast<unsigned>(iso->date.month)),
-                                ch::day(static_cast<unsigned>(iso->date.day))};
-  const MessageTime time = ch::sys_days(date) + ch::hours(iso->hour) + ch::minutes(iso->minute) +
-                           ch::seconds(iso->second) + fraction -
-                           ch::minutes(iso->offsetMinutes.value_or(0));
+  const MessageTime time = iso->Utc() + fraction;
   return IsKeepableTime(time) ? std::optional(time) : std::nullopt;
 }
 

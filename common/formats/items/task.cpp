@@ -6,7 +6,7 @@ namespace formats {
 
 std::string DisplayName(const Task& task) {
   for (const std::string* text : {&task.subject, &task.body}) {
-    if (std::string name = Excerpt(OnOneLine(*text)); !name.empty()) return name;
+    if (std::string name = text::Excerpt(text::OnOneLine(*text)); !name.empty()) return name;
   }
   return "(no subject)";
 }

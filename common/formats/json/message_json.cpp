@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <sstream>
 
+#include "common/files/stream_pieces.h"
 #include "common/formats/json/message_json_fields.h"
 #include "common/formats/lines/notice_list.h"
-#include "common/text/stream_pieces.h"
 #include "common/text/text.h"
+#include "common/text/unicode.h"
 
 namespace formats {
 namespace {
@@ -30,7 +31,7 @@ class LineReader {
 
  private:
   std::istream& in_;
-  StreamPiece piece_{};
+  files::StreamPiece piece_{};
   std::string_view rest_;  // of the piece
 };
 
@@ -39,7 +40,7 @@ bool LineReader::Next(std::string& line, bool& tooLong) {
   tooLong = false;
   bool any = false;
   for (;;) {
-    if (rest_.empty()) rest_ = ReadPiece(in_, piece_);
+    if (rest_.empty()) rest_ = files::ReadPiece(in_, piece_);
     if (rest_.empty()) return any;
     any = true;
     const std::size_t end = rest_.find('\n');
@@ -67,14 +68,14 @@ Item ItemOf(const Json& object, std::size_t line, NoticeList& notices) {
 
 void TakeLine(std::string_view text, std::size_t line, const ItemSink& sink, NoticeList& notices) {
   std::string repaired;
-  if (!IsValidUtf8(text)) {
+  if (!text::IsValidUtf8(text)) {
     notices.Add(line, "bytes that are not UTF-8 were replaced");
-    repaired = RepairUtf8(text);
+    repaired = text::RepairUtf8(text);
     text = repaired;
   }
   const Json object = ParseJson(text);
   if (!object.is_object()) {
-    notices.Add(line, "not a JSON object: " + Excerpt(text));
+    notices.Add(line, "not a JSON object: " + text::Excerpt(text));
   } else if (IsCall(object)) {
     const Call call = ItemOf<Call>(object, line, notices);
     if (sink.call) sink.call(call, line);
@@ -105,7 +106,7 @@ std::vector<Notice> ReadJsonLines(std::istream& in, const ItemSink& sink) {
     if (bare.ends_with('\r')) bare.remove_suffix(1);
     if (tooLong) {
       notices.Add(line, "a line this long is not read");
-    } else if (!TrimBlanks(bare).empty()) {
+    } else if (!text::TrimBlanks(bare).empty()) {
       TakeLine(bare, line, sink, notices);
     }
   }

@@ -81,9 +81,9 @@ void Take(const Json& object, Item& item, const Field<Item> (&fields)[count],
     const auto* const field =
         std::find_if(fields, fields + count, [&](const auto& f) { return f.name == key; });
     if (field == fields + count) {
-      problem(Excerpt(key) + ": not a known name");
+      problem(text::Excerpt(key) + ": not a known name");
     } else if (!field->take(value, item)) {
-      problem(std::string(key) + ": this value does not fit: " + Excerpt(OnOneLine(value)));
+      problem(std::string(key) + ": this value does not fit: " + text::Excerpt(OnOneLine(value)));
     }
   }
 }

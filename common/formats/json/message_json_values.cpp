@@ -29,11 +29,11 @@ constexpr const char* kCallerIdWords[] = {"unavailable", "blocked", "available"}
 
 bool TakeWord(const std::string& word, MessageFlags& flags) {
   for (const FlagWord& row : kFlagWords) {
-    if (!EqualsNoCase(word, row.word)) continue;
+    if (!text::EqualsNoCase(word, row.word)) continue;
     flags.*row.flag = true;
     return true;
   }
-  if (!StartsWithNoCase(word, "0x")) return false;
+  if (!text::StartsWithNoCase(word, "0x")) return false;
   std::uint32_t bits = 0;
   const char* const end = word.data() + word.size();
   const auto read = std::from_chars(word.data() + 2, end, bits, 16);
@@ -147,8 +147,8 @@ bool TakeValue(const Json& json, MessageFlags& flags) {
 bool TakeValue(const Json& json, MessageClass& messageClass) {
   if (!json.is_string()) return false;
   const auto& word = json.get_ref<const std::string&>();
-  const bool mms = EqualsNoCase(word, "mms");
-  if (!mms && !EqualsNoCase(word, "sms")) return false;
+  const bool mms = text::EqualsNoCase(word, "mms");
+  if (!mms && !text::EqualsNoCase(word, "sms")) return false;
   messageClass = mms ? MessageClass::kMms : MessageClass::kSms;
   return true;
 }
@@ -182,7 +182,7 @@ bool TakeCallerId(const Json& json, std::int32_t& callerId) {
   if (!json.is_string()) return false;
   const auto& word = json.get_ref<const std::string&>();
   for (std::size_t i = 0; i < std::size(kCallerIdWords); ++i) {
-    if (!EqualsNoCase(word, kCallerIdWords[i])) continue;
+    if (!text::EqualsNoCase(word, kCallerIdWords[i])) continue;
     callerId = static_cast<std::int32_t>(i);
     return true;
   }

@@ -16,7 +16,7 @@ std::vector<std::string> CategoriesOf(const Property& property, NoticeList& noti
   bool commaReplaced = false;
   for (const std::string_view part : parts) {
     std::string category = unescape(part);
-    if (parts.size() > 1) category = TrimBlanks(category);
+    if (parts.size() > 1) category = text::TrimBlanks(category);
     commaReplaced = commaReplaced || category.find(',') != std::string::npos;
     std::replace(category.begin(), category.end(), ',', ';');
     if (!category.empty()) categories.push_back(std::move(category));

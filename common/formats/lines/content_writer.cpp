@@ -56,7 +56,7 @@ std::vector<ContentValue> CategoryValues(const std::vector<std::string>& names) 
   std::vector<ContentValue> values;
   bool lastIsAlone = true;
   for (const std::string& name : names) {
-    const bool alone = TrimBlanks(name).size() != name.size();
+    const bool alone = text::TrimBlanks(name).size() != name.size();
     if (alone || lastIsAlone) {
       values.emplace_back();
     } else {

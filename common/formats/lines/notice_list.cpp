@@ -8,8 +8,8 @@
 namespace formats {
 
 void NoticeList::Add(const Property& property, std::string_view text) {
-  std::string notice = Excerpt(property.name);
-  if (!property.label.empty()) notice += " (" + Excerpt(property.label) + ")";
+  std::string notice = text::Excerpt(property.name);
+  if (!property.label.empty()) notice += " (" + text::Excerpt(property.label) + ")";
   notice += ": ";
   notice += text;
   Add(property.line, std::move(notice));

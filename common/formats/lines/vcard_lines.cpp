@@ -11,9 +11,9 @@ constexpr auto kNowhere = std::string_view::npos;
 
 bool IsMarker(std::string_view line, std::string_view name) {
   if (line.starts_with("\xEF\xBB\xBF")) line.remove_prefix(3);  // of a file that was appended
-  if (line.size() > 80 || !StartsWithNoCase(line, name)) return false;
-  line = TrimBlanks(line.substr(name.size()));
-  return line.starts_with(':') && EqualsNoCase(TrimBlanks(line.substr(1)), "VCARD");
+  if (line.size() > 80 || !text::StartsWithNoCase(line, name)) return false;
+  line = text::TrimBlanks(line.substr(name.size()));
+  return line.starts_with(':') && text::EqualsNoCase(text::TrimBlanks(line.substr(1)), "VCARD");
 }
 
 bool StartsWithBlank(std::string_view line) {
@@ -23,7 +23,7 @@ bool StartsWithBlank(std::string_view line) {
 enum class Encoding { kNone, kQuotedPrintable, kBase64 };
 
 bool ContainsNoCase(std::string_view text, std::string_view upper) {
-  return ToUpperAscii(text).find(upper) != kNowhere;
+  return text::ToUpperAscii(text).find(upper) != kNowhere;
 }
 
 // Finds out, line by line, how a property's value is encoded: from what stands before the colon.
@@ -49,7 +49,7 @@ class HeaderScan {
 
  private:
   bool EndsWithB() const {
-    const std::string upper = ToUpperAscii(header_) + ";";
+    const std::string upper = text::ToUpperAscii(header_) + ";";
     return upper.find("ENCODING=B;") != kNowhere;
   }
 
@@ -117,10 +117,10 @@ VCardDialect ContentLineReader::FindDialect() const {
   while (ahead.position_ < text_.size()) {
     const std::string_view line = ahead.Take();
     if (IsVCardBegin(line) || IsVCardEnd(line)) break;
-    if (!StartsWithNoCase(line, "VERSION")) continue;
+    if (!text::StartsWithNoCase(line, "VERSION")) continue;
     const std::size_t colon = line.find(':');
     if (colon == kNowhere) continue;
-    const std::string_view version = TrimBlanks(line.substr(colon + 1));
+    const std::string_view version = text::TrimBlanks(line.substr(colon + 1));
     if (version.starts_with("2")) return VCardDialect::k21;
     return version.starts_with("3") ? VCardDialect::k30 : VCardDialect::k40;
   }
@@ -130,7 +130,7 @@ VCardDialect ContentLineReader::FindDialect() const {
 bool ContentLineReader::Next(ContentLine& out) {
   while (position_ < text_.size()) {
     const std::string_view line = Take();
-    if (TrimBlanks(line).empty()) continue;
+    if (text::TrimBlanks(line).empty()) continue;
     out.line = line_;
     out.text = line;
     if (IsVCardBegin(line)) {

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <charconv>
 
+#include "common/text/code_page.h"
 #include "common/text/text.h"
 #include "common/text/transfer_encoding.h"
+#include "common/text/unicode.h"
 
 namespace formats {
 namespace {
@@ -56,22 +58,22 @@ void AddParameterValue(Property& property, const std::string& name, std::string_
 
 // One parameter's values: lists are split at commas, and some are lists within quotation marks.
 void AddParameter(Property& property, std::string_view parameter) {
-  parameter = TrimBlanks(parameter);
+  parameter = text::TrimBlanks(parameter);
   if (parameter.empty()) return;
   const std::size_t equals = FindUnquoted(parameter, '=');
   if (equals == kNone) {
-    const std::string upper = ToUpperAscii(parameter);
+    const std::string upper = text::ToUpperAscii(parameter);
     AddParameterValue(property, IsEncodingWord(upper) ? "ENCODING" : "TYPE", parameter);
     return;
   }
-  const std::string name = ToUpperAscii(TrimBlanks(parameter.substr(0, equals)));
+  const std::string name = text::ToUpperAscii(text::TrimBlanks(parameter.substr(0, equals)));
   const bool listInQuotes = name == "TYPE" || name == "SORT-AS";
   std::string_view rest = parameter.substr(equals + 1);
   bool more = true;
   while (more) {
     const std::size_t comma = listInQuotes ? rest.find(',') : FindUnquoted(rest, ',');
     more = comma != kNone;
-    std::string_view value = TrimBlanks(rest.substr(0, comma));
+    std::string_view value = text::TrimBlanks(rest.substr(0, comma));
     if (more) rest.remove_prefix(comma + 1);
     if (value.starts_with('"')) value.remove_prefix(1);
     if (value.ends_with('"')) value.remove_suffix(1);
@@ -90,33 +92,35 @@ void ParseHeader(std::string_view header, Property& property) {
 
 bool HasEncoding(const Property& property, std::string_view first, std::string_view second) {
   const std::string* encoding = property.Parameter("ENCODING");
-  return encoding != nullptr && (EqualsNoCase(*encoding, first) || EqualsNoCase(*encoding, second));
+  return encoding != nullptr &&
+         (text::EqualsNoCase(*encoding, first) || text::EqualsNoCase(*encoding, second));
 }
 
 std::string DecodeValue(std::string_view raw, Property& property) {
   std::string bytes;
   if (HasEncoding(property, "QUOTED-PRINTABLE", "Q")) {
     // A writer that encoded everything encoded the separators, too.
-    bytes = DecodeQuotedPrintable(raw, raw.find(';') != kNone);
+    bytes = text::DecodeQuotedPrintable(raw, raw.find(';') != kNone);
   } else if (HasEncoding(property, "BASE64", "B")) {
-    bytes = DecodeBase64(raw);
+    bytes = text::DecodeBase64(raw);
   } else {
     bytes = raw;
   }
   const std::string* charset = property.Parameter("CHARSET");
   if (charset != nullptr) {
-    if (std::optional<Conversion> text = ConvertToUtf8(bytes, *charset)) {
+    if (std::optional<text::Conversion> text = text::ConvertToUtf8(bytes, *charset)) {
       if (text->damaged)
-        property.problem = "bytes that are no " + Excerpt(*charset) + " were replaced";
+        property.problem = "bytes that are no " + text::Excerpt(*charset) + " were replaced";
       return std::move(text->text);
     }
-    if (IsValidUtf8(bytes)) return bytes;
-    property.problem = "unknown character set " + Excerpt(*charset) + ", read as Windows-1252";
-    return Windows1252ToUtf8(bytes);
+    if (text::IsValidUtf8(bytes)) return bytes;
+    property.problem =
+        "unknown character set " + text::Excerpt(*charset) + ", read as Windows-1252";
+    return text::Windows1252ToUtf8(bytes);
   }
-  if (IsValidUtf8(bytes)) return bytes;
+  if (text::IsValidUtf8(bytes)) return bytes;
   property.problem = "not UTF-8, read as Windows-1252";
-  return Windows1252ToUtf8(bytes);
+  return text::Windows1252ToUtf8(bytes);
 }
 
 }  // namespace
@@ -130,7 +134,7 @@ const std::string* Property::Parameter(std::string_view parameter) const {
 
 bool Property::HasType(std::string_view type) const {
   return std::any_of(parameters.begin(), parameters.end(), [&](const auto& parameter) {
-    return parameter.first == "TYPE" && EqualsNoCase(parameter.second, type);
+    return parameter.first == "TYPE" && text::EqualsNoCase(parameter.second, type);
   });
 }
 
@@ -151,22 +155,22 @@ std::optional<Property> ParseProperty(const ContentLine& line) {
   if (colon == kNone) colon = text.find(':');  // a quotation mark that nothing closes
   if (colon == kNone) return std::nullopt;
   std::string header(text.substr(0, colon));
-  if (!IsValidUtf8(header)) header = Windows1252ToUtf8(header);
+  if (!text::IsValidUtf8(header)) header = text::Windows1252ToUtf8(header);
 
   Property property;
   property.line = line.line;
   property.dialect = line.dialect;
-  std::string_view name = TrimBlanks(std::string_view(header).substr(0, header.find(';')));
+  std::string_view name = text::TrimBlanks(std::string_view(header).substr(0, header.find(';')));
   if (name.empty() || !std::all_of(name.begin(), name.end(), IsNameCharacter)) return std::nullopt;
   const std::size_t dot = name.rfind('.');
   if (dot != kNone) {
-    property.group = ToUpperAscii(name.substr(0, dot));
+    property.group = text::ToUpperAscii(name.substr(0, dot));
     name.remove_prefix(dot + 1);
   }
   if (name.empty()) return std::nullopt;
-  property.name = ToUpperAscii(name);
+  property.name = text::ToUpperAscii(name);
   ParseHeader(header, property);
-  property.value = NormalizeLineBreaks(DecodeValue(text.substr(colon + 1), property));
+  property.value = text::NormalizeLineBreaks(DecodeValue(text.substr(colon + 1), property));
   return property;
 }
 
@@ -195,7 +199,7 @@ Unescaper::Unescaper(const Property& property)
 void Unescaper::AppendLineBreak(std::string& text) {
   std::string_view kind = "lf";
   if (!breaks_.empty()) kind = breaks_[std::min(nextBreak_++, breaks_.size() - 1)];
-  text += EqualsNoCase(kind, "crlf") ? "\r\n" : EqualsNoCase(kind, "cr") ? "\r" : "\n";
+  text += text::EqualsNoCase(kind, "crlf") ? "\r\n" : text::EqualsNoCase(kind, "cr") ? "\r" : "\n";
 }
 
 std::string Unescaper::operator()(std::string_view part) {
@@ -225,7 +229,7 @@ std::string Unescaper::operator()(std::string_view part) {
     if (IsAsciiLetterOrDigit(next)) text += '\\';
     text += next;
   }
-  if (property_.dialect == VCardDialect::k21) return std::string(TrimBlanks(text));
+  if (property_.dialect == VCardDialect::k21) return std::string(text::TrimBlanks(text));
   return text;
 }
 
@@ -252,7 +256,7 @@ std::string JoinListValues(const Property& property, Unescaper& unescape,
     std::string value = unescape(part);
     if (first) {
       joined = std::move(value);
-    } else if (const std::string_view more = TrimBlanks(value); !more.empty()) {
+    } else if (const std::string_view more = text::TrimBlanks(value); !more.empty()) {
       if (!joined.empty()) joined += glue;
       joined += more;
     }

@@ -36,7 +36,8 @@ class ContactBuilder {
 
   // Puts a text into a field that holds one; a different second one makes a notice.
   void SetText(const Property& property, Field field, const std::string& text);
-  void SetDate(const Property& property, std::optional<Date>& date, std::string_view text);
+  void SetDate(const Property& property, std::optional<year_month_day>& date,
+               std::string_view text);
   void TakeName(const Property& property);
   void TakeOrganization(const Property& property);
   void TakeNote(const Property& property);
@@ -62,7 +63,7 @@ class ContactBuilder {
 };
 
 bool IsBlank(std::string_view text) {
-  return TrimBlanks(text).empty();
+  return text::TrimBlanks(text).empty();
 }
 
 // Nothing, or the separators of components alone.
@@ -176,10 +177,10 @@ void ContactBuilder::TakeByKind(const Property& property, const PropertyRule& ru
     case PropertyKind::kKind:
       return TakeKind(property);
     case PropertyKind::kShowAs:
-      isOrganization_ = isOrganization_ || EqualsNoCase(TextOf(property), "COMPANY");
+      isOrganization_ = isOrganization_ || text::EqualsNoCase(TextOf(property), "COMPANY");
       return;
     case PropertyKind::kClass:
-      if (EqualsNoCase(TextOf(property), "PUBLIC")) return;
+      if (text::EqualsNoCase(TextOf(property), "PUBLIC")) return;
       return notices_.Add(property, "a contact cannot be marked as private");
     case PropertyKind::kSound:
       return TakeSound(property);
@@ -195,11 +196,11 @@ void ContactBuilder::SetText(const Property& property, Field field, const std::s
     kept = text;
   } else {
     notices_.Add(property, "a contact has one " + std::string(ContactFieldName(field)) +
-                               ", left out: " + Excerpt(text));
+                               ", left out: " + text::Excerpt(text));
   }
 }
 
-void ContactBuilder::SetDate(const Property& property, std::optional<Date>& date,
+void ContactBuilder::SetDate(const Property& property, std::optional<year_month_day>& date,
                              std::string_view text) {
   DateReading reading = ReadDate(text);
   const std::string* omitted = property.Parameter("X-APPLE-OMIT-YEAR");
@@ -207,11 +208,11 @@ void ContactBuilder::SetDate(const Property& property, std::optional<Date>& date
     reading = ReadDate("--");  // the year is there for the form's sake
   }
   if (!reading.date) {
-    notices_.Add(property, std::string(reading.problem) + ": " + Excerpt(text));
+    notices_.Add(property, std::string(reading.problem) + ": " + text::Excerpt(text));
   } else if (!date) {
     date = reading.date;
   } else if (date != reading.date) {
-    notices_.Add(property, "a contact has one such date, left out: " + Excerpt(text));
+    notices_.Add(property, "a contact has one such date, left out: " + text::Excerpt(text));
   }
 }
 
@@ -264,7 +265,8 @@ void ContactBuilder::TakeOrganization(const Property& property) {
     company = parts.front();
     kept = std::move(department);
   } else if (company != parts.front() || (!department.empty() && department != kept)) {
-    notices_.Add(property, "a contact has one organization, left out: " + Excerpt(parts.front()));
+    notices_.Add(property,
+                 "a contact has one organization, left out: " + text::Excerpt(parts.front()));
   }
 }
 
@@ -287,7 +289,7 @@ void ContactBuilder::TakeUid(const Property& property) {
   if (contact_.uid.empty()) {
     contact_.uid = text;
   } else if (text != contact_.uid) {
-    notices_.Add(property, "a contact has one identity, left out: " + Excerpt(text));
+    notices_.Add(property, "a contact has one identity, left out: " + text::Excerpt(text));
   }
 }
 
@@ -301,7 +303,7 @@ void ContactBuilder::TakeChild(const std::string& name) {
 void ContactBuilder::TakeRelated(const Property& property) {
   const std::string* value = property.Parameter("VALUE");
   const bool isText = property.name != "RELATED" || property.dialect != VCardDialect::k40 ||
-                      (value != nullptr && EqualsNoCase(*value, "text"));
+                      (value != nullptr && text::EqualsNoCase(*value, "text"));
   const std::string text = TextOf(property);
   if (!isText && text.find(':') != std::string::npos) {
     notices_.Add(property, "a contact holds no links to other cards");
@@ -326,10 +328,10 @@ void ContactBuilder::TakeLabelledDate(const Property& property) {
 
 void ContactBuilder::TakeKind(const Property& property) {
   const std::string kind = TextOf(property);
-  if (EqualsNoCase(kind, "org")) {
+  if (text::EqualsNoCase(kind, "org")) {
     isOrganization_ = true;
-  } else if (!EqualsNoCase(kind, "individual")) {
-    notices_.Add(property, "kept as if it were a person: " + Excerpt(kind));
+  } else if (!text::EqualsNoCase(kind, "individual")) {
+    notices_.Add(property, "kept as if it were a person: " + text::Excerpt(kind));
   }
 }
 
@@ -358,20 +360,20 @@ void ContactBuilder::TakeAndroidItem(const Property& property) {
   } else if (kind == "relation" && type == "14") {
     SetText(property, Field::kSpouse, parts[1]);
   } else {
-    notices_.Add(property, "a contact has no field for it (" + Excerpt(kind) + ")");
+    notices_.Add(property, "a contact has no field for it (" + text::Excerpt(kind) + ")");
   }
 }
 
 // What a card calls its contact is a name only when nothing else in it is called the same.
 void ContactBuilder::UseFormattedName() {
-  const std::string name(TrimBlanks(formattedName_));
+  const std::string name(text::TrimBlanks(formattedName_));
   if (nameGiven_ || name.empty()) return;
   std::string& company = contact_[Field::kCompanyName];
   if (isOrganization_ && IsBlank(company)) company = name;
   if (isOrganization_) return;
-  const bool sameElsewhere =
-      std::any_of(contact_.fields.begin(), contact_.fields.end(),
-                  [&](const std::string& field) { return EqualsNoCase(TrimBlanks(field), name); });
+  const bool sameElsewhere = std::any_of(
+      contact_.fields.begin(), contact_.fields.end(),
+      [&](const std::string& field) { return text::EqualsNoCase(text::TrimBlanks(field), name); });
   if (sameElsewhere) return;
   const PersonalName parts = SplitFullName(name);
   contact_[Field::kTitle] = parts.title;

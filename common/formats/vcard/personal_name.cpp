@@ -23,7 +23,7 @@ bool IsOneOf(std::span<const std::string_view> words, std::string_view word) {
   if (word.ends_with(',')) word.remove_suffix(1);
   const std::string_view bare = word.ends_with('.') ? word.substr(0, word.size() - 1) : word;
   return std::any_of(words.begin(), words.end(), [&](std::string_view known) {
-    return EqualsNoCase(known, word) || EqualsNoCase(known, bare);
+    return text::EqualsNoCase(known, word) || text::EqualsNoCase(known, bare);
   });
 }
 
@@ -111,7 +111,7 @@ std::string JoinFullName(const PersonalName& name) {
   std::string text;
   for (const std::string* part :
        {&name.title, &name.first, &name.middle, &name.last, &name.suffix}) {
-    if (TrimBlanks(*part).empty()) continue;
+    if (text::TrimBlanks(*part).empty()) continue;
     if (!text.empty()) text += ' ';
     text += *part;
   }

@@ -26,21 +26,22 @@ constexpr Field kFaxOrder[] = {Field::kBusinessFaxNumber, Field::kHomeFaxNumber}
 std::string LooseTextOf(const Property& property) {
   std::string text = TextOf(property);
   const std::string* value = property.Parameter("VALUE");
-  if (value != nullptr && EqualsNoCase(*value, "text")) return text;
-  return std::string(TrimBlanks(text));
+  if (value != nullptr && text::EqualsNoCase(*value, "text")) return text;
+  return std::string(text::TrimBlanks(text));
 }
 
 // "tel:+1-418-656-9254;ext=102" is +1-418-656-9254 ext. 102.
 std::string NumberOf(const Property& property) {
   const std::string* value = property.Parameter("VALUE");
   std::string text = LooseTextOf(property);
-  if ((value != nullptr && EqualsNoCase(*value, "text")) || !StartsWithNoCase(text, "tel:")) {
+  if ((value != nullptr && text::EqualsNoCase(*value, "text")) ||
+      !text::StartsWithNoCase(text, "tel:")) {
     return text;
   }
   const std::vector<std::string_view> parts = SplitValue(std::string_view(text).substr(4), ';');
   std::string number(parts.front());
   for (std::string_view part : parts) {
-    if (StartsWithNoCase(part, "ext=")) number += " ext. " + std::string(part.substr(4));
+    if (text::StartsWithNoCase(part, "ext=")) number += " ext. " + std::string(part.substr(4));
   }
   return number;
 }
@@ -133,7 +134,7 @@ bool IsKeptAnywhere(const Contact& contact, const std::string& text) {
 void PlaceLeftOver(const Number& number, Contact& contact, NoticeList& notices) {
   if (IsKeptAnywhere(contact, number.text)) return;
   const std::optional<Field> field = PutIntoFirstFree(contact, OverflowSlots(number), number.text);
-  const std::string what = Excerpt(number.text);
+  const std::string what = text::Excerpt(number.text);
   if (!field) {
     notices.Add(*number.property, "no slot is left for " + what);
   } else if (number.kind && !IsLoose(number)) {
@@ -250,7 +251,8 @@ void PlaceEmails(const PropertyRefs& emails, Contact& contact, NoticeList& notic
     const std::string text = LooseTextOf(*email);
     if (text.empty() || Holds(contact, kEmailSlots, text)) continue;
     if (!PutIntoFirstFree(contact, kEmailSlots, text)) {
-      notices.Add(*email, "a contact has three addresses, no slot is left for " + Excerpt(text));
+      notices.Add(*email,
+                  "a contact has three addresses, no slot is left for " + text::Excerpt(text));
     }
   }
 }
@@ -296,7 +298,7 @@ void PlaceWebPages(const PropertyRefs& pages, Contact& contact, NoticeList& noti
     if (field.empty()) {
       field = text;
     } else {
-      notices.Add(*page, "a contact has one web page, no slot is left for " + Excerpt(text));
+      notices.Add(*page, "a contact has one web page, no slot is left for " + text::Excerpt(text));
     }
   }
 }

@@ -34,54 +34,33 @@ bool TakeSeparator(std::string_view& text) {
   return true;
 }
 
-int DaysInMonth(int year, int month) {
-  constexpr int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-  const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
-  return month == 2 && leap ? 29 : kDays[month - 1];
-}
-
-std::string Digits(int number, std::size_t width) {
-  std::string digits = std::to_string(number);
-  if (digits.size() < width) digits.insert(0, width - digits.size(), '0');
-  return digits;
-}
-
 }  // namespace
 
-bool IsKeepableDate(const Date& date) {
-  return date.year >= 1900 && date.year <= 2999 && date.month >= 1 && date.month <= 12 &&
-         date.day >= 1 && date.day <= DaysInMonth(date.year, date.month);
+bool IsKeepableDate(year_month_day date) {
+  return date.ok() && IsKeepableDay(local_days(date));
 }
 
 DateReading ReadDate(std::string_view text) {
-  text = TrimBlanks(text);
+  text = text::TrimBlanks(text);
   if (text.starts_with("--")) return {std::nullopt, kNoYear};
   const std::size_t digits = std::min(text.find_first_not_of("0123456789"), text.size());
   if (digits != 4 && digits != 8 && digits != 6) return {std::nullopt, kNoDate};
 
-  Date date;
-  date.year = TakeNumber(text, 4);
+  const int year = TakeNumber(text, 4);
   if (digits == 4 && text.empty()) return {std::nullopt, kPartial};
   const bool separated = TakeSeparator(text);
   if (digits == 4 && !separated) return {std::nullopt, kNoDate};
-  date.month = TakeNumber(text, 2);
-  if (text.empty() && date.month >= 0) return {std::nullopt, kPartial};
+  const int month = TakeNumber(text, 2);
+  if (text.empty() && month >= 0) return {std::nullopt, kPartial};
   if (separated && !TakeSeparator(text)) return {std::nullopt, kNoDate};
-  date.day = TakeNumber(text, 2);
+  const int day = TakeNumber(text, 2);
   const bool timeFollows = text.starts_with('T') || text.starts_with('t') || text.starts_with(' ');
-  if (date.month < 0 || date.day < 0 || !(text.empty() || timeFollows || text == "Z")) {
+  if (month < 0 || day < 0 || !(text.empty() || timeFollows || text == "Z")) {
     return {std::nullopt, kNoDate};
   }
+  const year_month_day date = std::chrono::year(year) / month / day;
   if (!IsKeepableDate(date)) return {std::nullopt, kOutside};
   return {date, {}};
-}
-
-std::string FormatDate(const Date& date, std::string_view separator) {
-  std::string text = Digits(date.year, 4);
-  text += separator;
-  text += Digits(date.month, 2);
-  text += separator;
-  return text + Digits(date.day, 2);
 }
 
 }  // namespace formats

@@ -5,7 +5,9 @@
 #include "common/formats/lines/vcard_lines.h"
 #include "common/formats/vcard/contact_builder.h"
 #include "common/formats/vcard/vcard.h"
+#include "common/text/code_page.h"
 #include "common/text/text.h"
+#include "common/text/unicode.h"
 
 namespace formats {
 namespace {
@@ -76,12 +78,14 @@ void CardReader::End(const ContentLine& line) {
 
 void CardReader::TakeProperty(const ContentLine& line) {
   std::optional<Property> property = ParseProperty(line);
-  card_->agentBefore = property && property->name == "AGENT" && TrimBlanks(property->value).empty();
+  card_->agentBefore =
+      property && property->name == "AGENT" && text::TrimBlanks(property->value).empty();
   if (card_->agentBefore && card_->nested == 0) property->value = "BEGIN:VCARD";
   if (card_->nested > 0) return;
   if (!property) {
-    const std::string text = IsValidUtf8(line.text) ? line.text : Windows1252ToUtf8(line.text);
-    card_->notices.Add(line.line, "not a property, left out: " + Excerpt(text));
+    const std::string text =
+        text::IsValidUtf8(line.text) ? line.text : text::Windows1252ToUtf8(line.text);
+    card_->notices.Add(line.line, "not a property, left out: " + text::Excerpt(text));
     return;
   }
   if (property->name == "VERSION") card_->versionSeen = true;
@@ -123,7 +127,7 @@ VCardFile CardReader::Finish() {
 }  // namespace
 
 VCardFile ReadVCards(std::string_view bytes) {
-  const Conversion text = DecodeFile(bytes);
+  const text::Conversion text = text::DecodeFile(bytes);
   ContentLineReader lines(text.text);
   CardReader cards;
   ContentLine line;

@@ -182,11 +182,11 @@ const PropertyRule& FindPropertyRule(std::string_view name) {
 }
 
 const std::string_view* FindLabelTypes(std::string_view label) {
-  label = TrimBlanks(label);
+  label = text::TrimBlanks(label);
   if (label.starts_with("_$!<")) label.remove_prefix(4);
   if (label.ends_with(">!$_")) label.remove_suffix(4);
   std::string key;
-  for (char c : ToUpperAscii(label.substr(0, 40))) {
+  for (char c : text::ToUpperAscii(label.substr(0, 40))) {
     if (c != ' ' && c != '-') key += c;
   }
   for (const LabelTypes& known : kLabels) {

@@ -35,7 +35,7 @@ constexpr TextProperty kTextProperties[] = {
 // Readers drop blanks around numbers and addresses and a "tel:" before them, unless they are told
 // that the value is plain text.
 bool MustBeExact(std::string_view text) {
-  return TrimBlanks(text).size() != text.size() || StartsWithNoCase(text, "tel:");
+  return text::TrimBlanks(text).size() != text.size() || text::StartsWithNoCase(text, "tel:");
 }
 
 class CardWriter {
@@ -140,13 +140,14 @@ void CardWriter::WebPage() {
 }
 
 void CardWriter::Dates() {
-  const std::string_view separator = is40_ ? "" : "-";
+  const auto written = [&](year_month_day date) {
+    return ContentValue().Add(is40_ ? BasicDate(date) : IsoDate(date));
+  };
   if (contact_.birthday && IsKeepableDate(*contact_.birthday)) {
-    Line("BDAY", ContentValue().Add(FormatDate(*contact_.birthday, separator)));
+    Line("BDAY", written(*contact_.birthday));
   }
   if (contact_.anniversary && IsKeepableDate(*contact_.anniversary)) {
-    Line(is40_ ? "ANNIVERSARY" : "X-ANNIVERSARY",
-         ContentValue().Add(FormatDate(*contact_.anniversary, separator)));
+    Line(is40_ ? "ANNIVERSARY" : "X-ANNIVERSARY", written(*contact_.anniversary));
   }
 }
 
@@ -156,7 +157,7 @@ void CardWriter::Categories() {
 
 void CardWriter::Uid() {
   if (contact_.uid.empty()) return;
-  const bool isUri = StartsWithNoCase(contact_.uid, "urn:");
+  const bool isUri = text::StartsWithNoCase(contact_.uid, "urn:");
   Line(is40_ && !isUri ? "UID;VALUE=text" : "UID",
        ContentValue(isUri ? kUriSpecials : kTextSpecials).Add(contact_.uid));
 }

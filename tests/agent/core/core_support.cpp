@@ -2,6 +2,7 @@
 
 #include "agent/core/listener.h"
 #include "agent/log/log.h"
+#include "common/text/unicode.h"
 #include "handheld/network/listen_options.h"
 #include "handheld/network/select.h"
 #include "handheld/network/socket_watcher.h"
@@ -9,24 +10,9 @@
 
 namespace corvane::testing {
 
-std::string Word(std::uint32_t value) {
-  std::string bytes;
-  for (int i = 0; i < 4; ++i) bytes += static_cast<char>(value >> (8 * i));
-  return bytes;
-}
-
-std::string Wire(std::u16string_view text) {
-  std::string bytes;
-  for (const char16_t unit : text) {
-    bytes += static_cast<char>(unit);
-    bytes += static_cast<char>(unit >> 8);
-  }
-  return bytes;
-}
-
 std::string Invoke::Body() const {
-  const std::string dllName = Wire(dll + u'\0');
-  const std::string functionName = Wire(function + u'\0');
+  const std::string dllName = text::ToUtf16Le(dll + u'\0');
+  const std::string functionName = text::ToUtf16Le(function + u'\0');
   const auto length = [](const std::string& name) {
     return static_cast<std::uint32_t>(name.size() / 2);
   };

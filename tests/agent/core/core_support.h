@@ -13,11 +13,9 @@
 #include "agent/core/request_dispatcher.h"
 #include "platform/sockets.h"
 #include "tests/support/test_handheld.h"
+#include "tests/support/words.h"
 
 namespace corvane::testing {
-
-std::string Word(std::uint32_t value);
-std::string Wire(std::u16string_view text);
 
 // An invoke request, in the form that a desktop sends. What is not given is right.
 struct Invoke {

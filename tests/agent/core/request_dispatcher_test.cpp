@@ -1,4 +1,5 @@
 #include "agent/core/request_dispatcher.h"
+#include "common/text/unicode.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -179,7 +180,7 @@ TEST_F(Intake, NameWithoutItsZeroIsComparedWithWhatFollows) {
   // The length leaves the terminator out, so the input count's place holds zeros and a count.
   Invoke invoke{.function = u"Echo", .input = "x"};
   std::string body = invoke.Body();
-  const std::size_t name = body.find(testing::Wire(u"Echo"));
+  const std::size_t name = body.find(text::ToUtf16Le(u"Echo"));
   body.replace(name - 4, 4, Word(4));
   body.erase(name + 8, 2);
   EXPECT_EQ(Ask(Record(body)), Reply(0, ""));
@@ -189,7 +190,7 @@ TEST_F(Intake, NameWithoutItsZeroIsComparedWithWhatFollows) {
 // No input: the count behind the name happens to be the missing terminator.
 TEST_F(Intake, NameWithoutItsZeroMatchesWhenAZeroFollows) {
   std::string body = Invoke{.function = u"Echo"}.Body();
-  const std::size_t name = body.find(testing::Wire(u"Echo"));
+  const std::size_t name = body.find(text::ToUtf16Le(u"Echo"));
   body.replace(name - 4, 4, Word(4));
   body.erase(name + 8, 2);
   EXPECT_EQ(Ask(Record(body)), Reply(0, ""));
@@ -418,7 +419,7 @@ TEST_F(Dispatcher, TakesTheFarthestLengthsOfAFullBody) {
 TEST_F(Dispatcher, LogsALibraryNameWithoutItsTerminatorWithWhatFollows) {
   SwitchLogOn();
   std::string body = Invoke{.function = u"Echo", .dll = u"abZ"}.Body();
-  body.replace(body.find(testing::Wire(u"Z")), 8, testing::Wire(u"xyzw"));
+  body.replace(body.find(text::ToUtf16Le(u"Z")), 8, text::ToUtf16Le(u"xyzw"));
   EXPECT_EQ(RequestDispatcher(connection_.socket(), Received(body)), 0);
   EXPECT_EQ(Messages()[1], "dllName = abxyzw\x05");
 }

@@ -2,7 +2,7 @@
 
 #include <fstream>
 
-#include "common/text/utf.h"
+#include "common/text/unicode.h"
 #include "handheld/base/fault.h"
 #include "tests/agent/device/device_support.h"
 
@@ -24,7 +24,7 @@ class CardEnumeration : public DeviceTest {
       EXPECT_EQ(text, u"");
       return "none";
     }
-    return ce::host::ToUtf8Lossy(text);
+    return text::ToUtf8Lossy(text);
   }
 
   const TemporaryDirectory target_;

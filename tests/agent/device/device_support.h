@@ -12,6 +12,7 @@
 #include "platform/memory.h"
 #include "tests/support/log_messages.h"
 #include "tests/support/test_handheld.h"
+#include "tests/support/words.h"
 
 namespace corvane::testing {
 
@@ -56,10 +57,6 @@ class DeviceTest : public HandheldTest {
     EXPECT_EQ(outcome.status, status);
     EXPECT_EQ(outcome.count, 0u);
     EXPECT_FALSE(outcome.hasBlock);
-  }
-  static std::string WordBytes(ce::DWORD word) {
-    return {static_cast<char>(word), static_cast<char>(word >> 8), static_cast<char>(word >> 16),
-            static_cast<char>(word >> 24)};
   }
 
   void SwitchLogOn() {

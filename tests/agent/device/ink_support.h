@@ -45,12 +45,12 @@ inline const ce::BYTE* BytePointer(std::string_view bytes) {
 
 inline std::string Utf16Bytes(std::u16string_view text) {
   std::string bytes;
-  for (const char16_t unit : text) bytes += Le16(unit);
+  for (const char16_t unit : text) bytes += HalfWord(unit);
   return bytes;
 }
 
 inline std::string Le32(std::size_t word) {
-  return Le16(word & 0xFFFF) + Le16(word >> 16);
+  return HalfWord(word & 0xFFFF) + HalfWord(word >> 16);
 }
 
 // A handheld whose RichInk library has not been tried; fails a test that leaves a window behind.

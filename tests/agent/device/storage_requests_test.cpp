@@ -3,7 +3,7 @@
 #include <cstring>
 #include <fstream>
 
-#include "common/text/utf.h"
+#include "common/text/unicode.h"
 #include "handheld/base/fault.h"
 #include "tests/agent/device/device_support.h"
 #include "tests/support/fault_runs.h"
@@ -26,13 +26,7 @@ class StorageRequest : public DeviceTest {
   void MakeCard(const std::string& name) const { DeviceTest::MakeCard(name, target_.path()); }
   void MakeOtherCard(const std::string& name) const { DeviceTest::MakeCard(name, OtherVolume()); }
 
-  static std::string PathInput(std::u16string_view path) {
-    std::string bytes;
-    for (const char16_t unit : path) {
-      bytes += {static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)};
-    }
-    return bytes;
-  }
+  static std::string PathInput(std::u16string_view path) { return text::ToUtf16Le(path); }
   static VolumeRoom RoomIn(const DeviceOutcome& outcome) {
     EXPECT_EQ(outcome.status, ce::S_OK);
     EXPECT_EQ(outcome.count, 24u);
@@ -59,7 +53,7 @@ class StorageRequest : public DeviceTest {
 TEST_F(StorageRequest, RefusesAStream) {
   MakeCard("card");
   for (const RequestHandler handler : kRequests) {
-    ExpectNoOutput(Run(handler, WordBytes(0), SomeStream()), ce::E_INVALIDARG);
+    ExpectNoOutput(Run(handler, Word(0), SomeStream()), ce::E_INVALIDARG);
   }
 }
 
@@ -67,7 +61,7 @@ TEST_F(StorageRequest, AnswersOutOfMemoryWithoutOutput) {
   MakeCard("card");
   const auto plan = FaultPlan::FailCalls("LocalAlloc", ce::ERROR_NOT_ENOUGH_MEMORY);
   for (const RequestHandler handler : kRequests) {
-    ExpectNoOutput(Run(handler, WordBytes(0)), ce::E_OUTOFMEMORY);
+    ExpectNoOutput(Run(handler, Word(0)), ce::E_OUTOFMEMORY);
   }
 }
 
@@ -75,7 +69,7 @@ TEST_F(StorageRequest, EndsHonestlyWhicheverCallFails) {
   MakeCard("a");
   MakeOtherCard("b");
   for (const RequestHandler handler : kRequests) {
-    const std::string input = handler == CVCeGetDiskFreeSpaceEx ? PathInput(u"\\a") : WordBytes(1);
+    const std::string input = handler == CVCeGetDiskFreeSpaceEx ? PathInput(u"\\a") : Word(1);
     const DeviceOutcome whole = Run(handler, input);
     EXPECT_EQ(whole.status, ce::S_OK);
     const auto calls = FailEachCall(
@@ -100,7 +94,7 @@ TEST_F(TotalSpace, IsZeroWithoutACard) {
   fs::create_directory(Root() / "directory");
   const DeviceOutcome outcome = Run(GetTotalSpace);
   EXPECT_EQ(outcome.status, ce::S_OK);
-  EXPECT_EQ(outcome.output, WordBytes(24) + std::string(20, '\0'));
+  EXPECT_EQ(outcome.output, Word(24) + std::string(20, '\0'));
 }
 
 TEST_F(TotalSpace, IsTheExactSumOfAllCards) {
@@ -161,13 +155,13 @@ TEST_F(TotalSpace, LeavesOutACardThatGoesWhileItCounts) {
 using VolumeCount = StorageRequest;
 
 TEST_F(VolumeCount, TellsHowManyCardsThereAre) {
-  EXPECT_EQ(Run(GetVolumeCount).output, WordBytes(0));
+  EXPECT_EQ(Run(GetVolumeCount).output, Word(0));
   MakeCard("a");
   MakeCard("b");
   fs::create_directory(Root() / "directory");
   const DeviceOutcome outcome = Run(GetVolumeCount, "ignored");
   EXPECT_EQ(outcome.status, ce::S_OK);
-  EXPECT_EQ(outcome.output, WordBytes(2));
+  EXPECT_EQ(outcome.output, Word(2));
 }
 
 using CardRequest = StorageRequest;
@@ -175,13 +169,13 @@ constexpr RequestHandler kCardRequests[] = {GetCardSpace, GetCardDirectory};
 
 TEST_F(CardRequest, AnswersFalseForANumberThatNoCardHas) {
   for (const RequestHandler handler : kCardRequests) {
-    ExpectNoOutput(Run(handler, WordBytes(0)), ce::S_FALSE);
+    ExpectNoOutput(Run(handler, Word(0)), ce::S_FALSE);
   }
   MakeCard("a");
   for (const RequestHandler handler : kCardRequests) {
-    EXPECT_EQ(Run(handler, WordBytes(0)).status, ce::S_OK);
+    EXPECT_EQ(Run(handler, Word(0)).status, ce::S_OK);
     for (const ce::DWORD index : {1u, 2u, 0x7FFFFFFFu}) {
-      ExpectNoOutput(Run(handler, WordBytes(index)), ce::S_FALSE);
+      ExpectNoOutput(Run(handler, Word(index)), ce::S_FALSE);
     }
   }
 }
@@ -190,7 +184,7 @@ TEST_F(CardRequest, RefusesANegativeNumber) {
   MakeCard("a");
   for (const RequestHandler handler : kCardRequests) {
     for (const ce::DWORD index : {0xFFFFFFFFu, 0x80000000u}) {
-      ExpectNoOutput(Run(handler, WordBytes(index)), ce::E_INVALIDARG);
+      ExpectNoOutput(Run(handler, Word(index)), ce::E_INVALIDARG);
     }
   }
 }
@@ -220,23 +214,23 @@ using CardSpace = StorageRequest;
 TEST_F(CardSpace, IsTheRoomOnThatCard) {
   MakeCard("a");
   MakeOtherCard("b");
-  ExpectTruth({target_.path()}, [] { return Run(GetCardSpace, WordBytes(0)); });
-  ExpectTruth({OtherVolume()}, [] { return Run(GetCardSpace, WordBytes(1)); });
+  ExpectTruth({target_.path()}, [] { return Run(GetCardSpace, Word(0)); });
+  ExpectTruth({OtherVolume()}, [] { return Run(GetCardSpace, Word(1)); });
 }
 
 TEST_F(CardSpace, IsZeroWhenTheCardCannotBeAsked) {
   MakeCard("a");
   const auto plan = FaultPlan::FailCalls("GetDiskFreeSpaceExW", ce::ERROR_NOT_READY);
-  const DeviceOutcome outcome = Run(GetCardSpace, WordBytes(0));
+  const DeviceOutcome outcome = Run(GetCardSpace, Word(0));
   EXPECT_EQ(outcome.status, ce::S_OK);
-  EXPECT_EQ(outcome.output, WordBytes(24) + std::string(20, '\0'));
+  EXPECT_EQ(outcome.output, Word(24) + std::string(20, '\0'));
 }
 
 using CardDirectory = StorageRequest;
 
 TEST_F(CardDirectory, IsTheCardsPathWithItsTerminator) {
   MakeCard("Storage Card");
-  const DeviceOutcome outcome = Run(GetCardDirectory, WordBytes(0));
+  const DeviceOutcome outcome = Run(GetCardDirectory, Word(0));
   EXPECT_EQ(outcome.status, ce::S_OK);
   EXPECT_EQ(outcome.count, 28u);
   EXPECT_EQ(outcome.output, PathInput(std::u16string_view(u"\\Storage Card\0", 14)));
@@ -244,10 +238,10 @@ TEST_F(CardDirectory, IsTheCardsPathWithItsTerminator) {
 
 TEST_F(CardDirectory, CarriesEveryScriptAndTheLongestName) {
   MakeCard("Carte m\xC3\xA9moire \xF0\x9F\x98\x80");
-  EXPECT_EQ(Run(GetCardDirectory, WordBytes(0)).output,
+  EXPECT_EQ(Run(GetCardDirectory, Word(0)).output,
             PathInput(u"\\Carte m\u00E9moire \U0001F600") + std::string(2, '\0'));
   MakeCard(std::string(255, 'a'));
-  EXPECT_EQ(Run(GetCardDirectory, WordBytes(0)).count, 514u);
+  EXPECT_EQ(Run(GetCardDirectory, Word(0)).count, 514u);
 }
 
 class DiskFreeSpace : public StorageRequest {
@@ -298,7 +292,7 @@ TEST_F(DiskFreeSpace, FillsTheAttachedBlockWithZerosBehindItsSize) {
   EXPECT_EQ(count, 0u);
   ASSERT_NE(block, nullptr);
   EXPECT_EQ(std::string(reinterpret_cast<const char*>(block), 24),
-            WordBytes(24) + std::string(20, '\0'));
+            Word(24) + std::string(20, '\0'));
   ce::LocalFree(block);
 }
 

@@ -22,7 +22,7 @@ using SystemRequest = DeviceTest;
 TEST_F(SystemRequest, RefusesAStream) {
   for (const RequestHandler handler :
        {GetDLLVersion, CVCeGetSystemDefaultLangID, CVCeGetExitCodeProcess, CVCeStartAvantGoSync}) {
-    ExpectNoOutput(Run(handler, WordBytes(0x42), SomeStream()), ce::E_INVALIDARG);
+    ExpectNoOutput(Run(handler, Word(0x42), SomeStream()), ce::E_INVALIDARG);
   }
 }
 
@@ -34,8 +34,8 @@ TEST_F(SystemRequest, AnswersOutOfMemoryWithoutOutput) {
 }
 
 TEST_F(SystemRequest, GetDLLVersionAlwaysAnswersTheSameBlock) {
-  const std::string expected = WordBytes(52) + WordBytes(4) + WordBytes(12) +
-                               "Tue Jun 26 10:41:20 2007" + std::string(16, '\0');
+  const std::string expected =
+      Word(52) + Word(4) + Word(12) + "Tue Jun 26 10:41:20 2007" + std::string(16, '\0');
   for (const char* input : {"", "ignored"}) {
     const DeviceOutcome outcome = Run(GetDLLVersion, input);
     EXPECT_EQ(outcome.status, ce::S_OK);
@@ -49,22 +49,20 @@ TEST_F(SystemRequest, GetSystemDefaultLangIDAnswersTheHandheldsLanguage) {
     handheld_.SetLanguage(language);
     const DeviceOutcome outcome = Run(CVCeGetSystemDefaultLangID, "ignored");
     EXPECT_EQ(outcome.status, ce::S_OK);
-    EXPECT_EQ(outcome.output, WordBytes(language));
+    EXPECT_EQ(outcome.output, Word(language));
   }
 }
 
 class ExitCode : public DeviceTest {
  protected:
-  static DeviceOutcome Ask(ce::DWORD process) {
-    return Run(CVCeGetExitCodeProcess, WordBytes(process));
-  }
+  static DeviceOutcome Ask(ce::DWORD process) { return Run(CVCeGetExitCodeProcess, Word(process)); }
 };
 
 TEST_F(ExitCode, IsThatOfARunningProcessForTheAgentItself) {
   for (const ce::DWORD own : {0x42u, static_cast<ce::DWORD>(::getpid())}) {
     const DeviceOutcome outcome = Ask(own);
     EXPECT_EQ(outcome.status, ce::S_OK);
-    EXPECT_EQ(outcome.output, WordBytes(ce::STILL_ACTIVE));
+    EXPECT_EQ(outcome.output, Word(ce::STILL_ACTIVE));
   }
 }
 
@@ -121,7 +119,7 @@ TEST_F(ExitCode, EndsHonestlyWhicheverCallFails) {
           ExpectNoOutput(outcome, static_cast<ce::HRESULT>(ce::ERROR_ACCESS_DENIED));
         } else {
           EXPECT_EQ(outcome.status, ce::S_OK) << "the log's troubles are its own";
-          EXPECT_EQ(outcome.output, WordBytes(ce::STILL_ACTIVE));
+          EXPECT_EQ(outcome.output, Word(ce::STILL_ACTIVE));
         }
       });
   EXPECT_GT(calls, 5u);

@@ -99,7 +99,7 @@ class CalendarFaults : public CalendarTest {
   void ExpectHonestDeletion(DWORD kind, Store& store) {
     const LONG objects = host::LiveComObjects();
     const std::size_t count = store.Oids().size();
-    const std::string input = WordBytes(kind);
+    const std::string input = Word(kind);
     const auto run = [&] {
       return DeleteAllPIMRecords(4, reinterpret_cast<const BYTE*>(input.data()), nullptr, nullptr,
                                  nullptr);
@@ -121,16 +121,16 @@ class CalendarFaults : public CalendarTest {
 };
 
 TEST_F(CalendarFaults, DownloadOfAppointmentsEndsHonestly) {
-  ExpectHonestWhicheverCallFails([] { return RunDownload(DownloadAllPIMRecords, WordBytes(0)); });
+  ExpectHonestWhicheverCallFails([] { return RunDownload(DownloadAllPIMRecords, Word(0)); });
 }
 
 TEST_F(CalendarFaults, DownloadOfTasksEndsHonestly) {
-  ExpectHonestWhicheverCallFails([] { return RunDownload(DownloadAllPIMRecords, WordBytes(2)); });
+  ExpectHonestWhicheverCallFails([] { return RunDownload(DownloadAllPIMRecords, Word(2)); });
 }
 
 TEST_F(CalendarFaults, DownloadOfChosenAppointmentsEndsHonestly) {
-  std::string input = WordBytes(0);
-  for (const LONG oid : appointments().Oids()) input += WordBytes(static_cast<DWORD>(oid));
+  std::string input = Word(0);
+  for (const LONG oid : appointments().Oids()) input += Word(static_cast<DWORD>(oid));
   ExpectHonestWhicheverCallFails([&] { return RunDownload(DownloadSpecificPIMRecords, input); });
 }
 

@@ -22,12 +22,10 @@ constexpr DWORD kTasks = 2;
 
 class CalendarRequests : public CalendarTest {
  protected:
-  static DownloadAnswer All(DWORD kind) {
-    return RunDownload(DownloadAllPIMRecords, WordBytes(kind));
-  }
+  static DownloadAnswer All(DWORD kind) { return RunDownload(DownloadAllPIMRecords, Word(kind)); }
   static DownloadAnswer Specific(DWORD kind, const std::vector<LONG>& oids) {
-    std::string input = WordBytes(kind);
-    for (const LONG oid : oids) input += WordBytes(static_cast<DWORD>(oid));
+    std::string input = Word(kind);
+    for (const LONG oid : oids) input += Word(static_cast<DWORD>(oid));
     return RunDownload(DownloadSpecificPIMRecords, input);
   }
   static std::vector<std::size_t> Sizes(const DownloadAnswer& answer) {
@@ -38,7 +36,7 @@ class CalendarRequests : public CalendarTest {
     return sizes;
   }
   static HRESULT Delete(DWORD kind) {
-    const std::string input = WordBytes(kind);
+    const std::string input = Word(kind);
     return DeleteAllPIMRecords(4, reinterpret_cast<const BYTE*>(input.data()), nullptr, nullptr,
                                nullptr);
   }

@@ -43,7 +43,7 @@ class DatabaseKeys : public PimTest {
     return answer;
   }
   static std::string Keys(DWORD kind) {
-    const Answer answer = Run(WordBytes(kind));
+    const Answer answer = Run(Word(kind));
     EXPECT_EQ(answer.status, S_OK);
     return answer.output;
   }
@@ -86,18 +86,18 @@ TEST_F(DatabaseKeys, PutsTheCategoriesOfContactsBehindTheWebPage) {
 }
 
 TEST_F(DatabaseKeys, RefusesKindsThatLiveInNoFolder) {
-  for (const DWORD kind : {4u, 5u, 6u, 0xFFFFFFFFu}) ExpectRefused(Run(WordBytes(kind)));
+  for (const DWORD kind : {4u, 5u, 6u, 0xFFFFFFFFu}) ExpectRefused(Run(Word(kind)));
 }
 
 TEST_F(DatabaseKeys, RefusesAnInputOfAnotherSize) {
   ExpectRefused(Run(""));
-  ExpectRefused(Run(WordBytes(1).substr(0, 3)));
+  ExpectRefused(Run(Word(1).substr(0, 3)));
   ExpectRefused(Run(Words({1, 1})));
 }
 
 TEST_F(DatabaseKeys, RefusesAStream) {
   CorvaneStream stream;
-  ExpectRefused(Run(WordBytes(1), &stream));
+  ExpectRefused(Run(Word(1), &stream));
 }
 
 TEST_F(DatabaseKeys, AnswersTheFailureOfAnyStepWithoutOutput) {
@@ -107,7 +107,7 @@ TEST_F(DatabaseKeys, AnswersTheFailureOfAnyStepWithoutOutput) {
         "IXMLDOMDocument::put_resolveExternals", "IXMLDOMDocument::put_preserveWhiteSpace",
         "IXMLDOMDocument::createElement", "IXMLDOMDocument::save"}) {
     const auto plan = FaultPlan::FailCalls(call, 0x80004005);
-    ExpectRefused(Run(WordBytes(0)), E_FAIL);
+    ExpectRefused(Run(Word(0)), E_FAIL);
     EXPECT_TRUE(plan.fired()) << call;
   }
 }
@@ -115,12 +115,12 @@ TEST_F(DatabaseKeys, AnswersTheFailureOfAnyStepWithoutOutput) {
 TEST_F(DatabaseKeys, SucceedsWithoutOutputWhenMemoryRunsOutForIt) {
   const std::uint64_t blocks = [] {
     const auto plan = FaultPlan::FailNthCall("LocalAlloc", FaultPlan::kNever, 0);
-    Run(WordBytes(0));
+    Run(Word(0));
     return plan.calls();
   }();
   // The output's is the last.
   const auto plan = FaultPlan::FailNthCall("LocalAlloc", blocks, ERROR_NOT_ENOUGH_MEMORY);
-  const Answer answer = Run(WordBytes(0));
+  const Answer answer = Run(Word(0));
   EXPECT_TRUE(plan.fired());
   EXPECT_EQ(answer.status, S_OK);
   EXPECT_FALSE(answer.hasBlock);
@@ -129,7 +129,7 @@ TEST_F(DatabaseKeys, SucceedsWithoutOutputWhenMemoryRunsOutForIt) {
 TEST_F(DatabaseKeys, HasAWholeListOrNoneWhicheverCallFails) {
   const std::string whole = Body(Keys(1));
   const auto calls = FailEachCall(
-      ERROR_NOT_ENOUGH_MEMORY, [] { return Run(WordBytes(1)); },
+      ERROR_NOT_ENOUGH_MEMORY, [] { return Run(Word(1)); },
       [&](const Answer& answer, const std::string& call) {
         if (answer.status < 0) {
           EXPECT_FALSE(answer.hasBlock);
@@ -146,7 +146,7 @@ TEST_F(DatabaseKeys, HasAWholeListOrNoneWhicheverCallFails) {
 
 TEST_F(DatabaseKeys, LogsTheKind) {
   SwitchLogOn();
-  for (const DWORD kind : {0u, 1u, 2u, 3u}) Run(WordBytes(kind));
+  for (const DWORD kind : {0u, 1u, 2u, 3u}) Run(Word(kind));
   const std::string begin = "Starting GetDatabaseKeys";
   const std::string end = "returning with hr = 0x00000000";
   EXPECT_THAT(LogMessages(), ElementsAre(begin, "Appointment", end, begin, "Contact", end, begin,
@@ -155,7 +155,7 @@ TEST_F(DatabaseKeys, LogsTheKind) {
 
 TEST_F(DatabaseKeys, LogsAnUnknownKindAndAWrongInput) {
   SwitchLogOn();
-  Run(WordBytes(0xFFFFFFFF));
+  Run(Word(0xFFFFFFFF));
   Run("");
   EXPECT_THAT(
       LogMessages(),

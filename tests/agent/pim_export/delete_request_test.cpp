@@ -32,49 +32,49 @@ class DeleteAll : public PimTest {
 };
 
 TEST_F(DeleteAll, EmptiesTheFolderForEitherKindOfContacts) {
-  EXPECT_EQ(Run(WordBytes(1)), S_OK);
+  EXPECT_EQ(Run(Word(1)), S_OK);
   EXPECT_EQ(Left(), 0u);
   store_->AddNamed(u"4");
-  EXPECT_EQ(Run(WordBytes(3)), S_OK);
+  EXPECT_EQ(Run(Word(3)), S_OK);
   EXPECT_EQ(Left(), 0u);
 }
 
 TEST_F(DeleteAll, SucceedsOnAnEmptyFolder) {
-  EXPECT_EQ(Run(WordBytes(1)), S_OK);
-  EXPECT_EQ(Run(WordBytes(1)), S_OK);
+  EXPECT_EQ(Run(Word(1)), S_OK);
+  EXPECT_EQ(Run(Word(1)), S_OK);
 }
 
 TEST_F(DeleteAll, LeavesContactsAloneForTheFoldersOfOtherKinds) {
-  EXPECT_EQ(Run(WordBytes(0)), S_OK);
-  EXPECT_EQ(Run(WordBytes(2)), S_OK);
+  EXPECT_EQ(Run(Word(0)), S_OK);
+  EXPECT_EQ(Run(Word(2)), S_OK);
   EXPECT_EQ(Left(), 3u);
 }
 
 TEST_F(DeleteAll, CannotEmptyTheCallLog) {
-  EXPECT_EQ(Run(WordBytes(4)), E_NOTIMPL);
+  EXPECT_EQ(Run(Word(4)), E_NOTIMPL);
 }
 
 TEST_F(DeleteAll, DeletesTextMessagesAndNothingElse) {
   MessageFiller filler(*handheld_);
   filler.AddMany(u"/Inbox", 3);
-  EXPECT_EQ(Run(WordBytes(5)), S_OK);
+  EXPECT_EQ(Run(Word(5)), S_OK);
   EXPECT_EQ(filler.Count(u"/Inbox"), 0);
   EXPECT_EQ(Left(), 3u);
 }
 
 TEST_F(DeleteAll, CannotDeleteTextMessagesWithoutAStoreForThem) {
   MessageFiller(*handheld_).RemoveSmsStore();
-  EXPECT_EQ(Run(WordBytes(5)), E_NOTIMPL);
+  EXPECT_EQ(Run(Word(5)), E_NOTIMPL);
 }
 
 TEST_F(DeleteAll, SucceedsForAnUnknownKindWithoutTouchingAnything) {
-  for (const DWORD kind : {6u, 9u, 0xFFFFFFFFu}) EXPECT_EQ(Run(WordBytes(kind)), S_OK);
+  for (const DWORD kind : {6u, 9u, 0xFFFFFFFFu}) EXPECT_EQ(Run(Word(kind)), S_OK);
   EXPECT_EQ(Left(), 3u);
 }
 
 TEST_F(DeleteAll, RefusesAnInputOfAnotherSize) {
   EXPECT_EQ(Run(""), E_INVALIDARG);
-  EXPECT_EQ(Run(WordBytes(1).substr(0, 3)), E_INVALIDARG);
+  EXPECT_EQ(Run(Word(1).substr(0, 3)), E_INVALIDARG);
   EXPECT_EQ(Run(Words({1, 1})), E_INVALIDARG);
   EXPECT_EQ(Left(), 3u);
 }
@@ -83,7 +83,7 @@ TEST_F(DeleteAll, RefusesAStreamAndClosesIt) {
   DesktopEnd desktop;
   CorvaneStream stream;
   stream.Attach(desktop.socket());
-  EXPECT_EQ(Run(WordBytes(1), &stream), E_INVALIDARG);
+  EXPECT_EQ(Run(Word(1), &stream), E_INVALIDARG);
   EXPECT_EQ(desktop.Received(), "");
   EXPECT_EQ(Left(), 3u);
 }
@@ -91,19 +91,19 @@ TEST_F(DeleteAll, RefusesAStreamAndClosesIt) {
 TEST_F(DeleteAll, StopsAtTheFirstFailureFromTheEnd) {
   {
     const auto plan = FaultPlan::FailNthCall("IContact::Delete", 2, 0x80004005);
-    EXPECT_EQ(Run(WordBytes(1)), E_FAIL);
+    EXPECT_EQ(Run(Word(1)), E_FAIL);
   }
   EXPECT_THAT(store_->Oids(), ElementsAre(1, 2));
 }
 
 TEST_F(DeleteAll, AnswersAFailedLogon) {
   const auto plan = FaultPlan::FailCalls("IPOutlookApp::Logon", 0x80004005);
-  EXPECT_EQ(Run(WordBytes(1)), E_FAIL);
+  EXPECT_EQ(Run(Word(1)), E_FAIL);
 }
 
 TEST_F(DeleteAll, LogsItsSteps) {
   SwitchLogOn();
-  EXPECT_EQ(Run(WordBytes(1)), S_OK);
+  EXPECT_EQ(Run(Word(1)), S_OK);
   EXPECT_THAT(LogMessages(),
               ElementsAre("DeleteAllPIMRecords", "Before Logon",
                           "After get_Count hr = 0, nItems = 3", "Exit DeleteAllPIMRecords"));

@@ -19,9 +19,7 @@ class DownloadAll : public PimTest {
   void AddContacts(int count) {
     for (int index = 1; index <= count; ++index) store_->AddNamed(Wide(std::to_string(index)));
   }
-  static DownloadAnswer Run(DWORD kind) {
-    return RunDownload(DownloadAllPIMRecords, WordBytes(kind));
-  }
+  static DownloadAnswer Run(DWORD kind) { return RunDownload(DownloadAllPIMRecords, Word(kind)); }
   // Records in each document.
   static std::vector<std::size_t> Sizes(const DownloadAnswer& answer) {
     std::vector<std::size_t> sizes;
@@ -39,7 +37,7 @@ class DownloadAll : public PimTest {
 };
 
 TEST_F(DownloadAll, SendsOnlyTheTrailerForAnEmptyFolder) {
-  const StreamedAnswer answer = RunStreamed(DownloadAllPIMRecords, WordBytes(1));
+  const StreamedAnswer answer = RunStreamed(DownloadAllPIMRecords, Word(1));
   EXPECT_EQ(answer.bytes, std::string(8, '\0'));
   EXPECT_EQ(answer.status, S_OK);
 }
@@ -115,14 +113,14 @@ TEST_F(DownloadAll, FindsNothingInTheFoldersOfOtherKinds) {
 TEST_F(DownloadAll, RefusesAnInputOfAnotherSizeInTheTrailer) {
   AddContacts(1);
   for (const std::size_t size : {0u, 3u, 5u, 8u}) {
-    std::string input = WordBytes(1) + std::string(4, '\0');
+    std::string input = Word(1) + std::string(4, '\0');
     input.resize(size);
     ExpectRefused(RunDownload(DownloadAllPIMRecords, input), E_INVALIDARG);
   }
 }
 
 TEST_F(DownloadAll, RefusesToRunWithoutAStream) {
-  const std::string input = WordBytes(1);
+  const std::string input = Word(1);
   EXPECT_EQ(DownloadAllPIMRecords(4, reinterpret_cast<const BYTE*>(input.data()), nullptr, nullptr,
                                   nullptr),
             E_INVALIDARG);
@@ -150,7 +148,7 @@ TEST_F(DownloadAll, AnswersAFailedInitialisationInTheTrailer) {
 TEST_F(DownloadAll, AttemptsTheTrailerAlsoOnABrokenConnection) {
   AddContacts(6);
   const auto plan = FaultPlan::FailCalls("send", WSAECONNRESET);
-  const StreamedAnswer answer = RunStreamed(DownloadAllPIMRecords, WordBytes(1));
+  const StreamedAnswer answer = RunStreamed(DownloadAllPIMRecords, Word(1));
   EXPECT_EQ(answer.bytes, "");
   // Two documents and the trailer, two writes each.
   EXPECT_EQ(plan.calls(), 6u);

@@ -15,8 +15,8 @@ using ::testing::HasSubstr;
 class DownloadSpecific : public PimTest {
  protected:
   static DownloadAnswer Run(DWORD kind, const std::vector<LONG>& oids, std::string rest = {}) {
-    std::string input = WordBytes(kind);
-    for (const LONG oid : oids) input += WordBytes(static_cast<DWORD>(oid));
+    std::string input = Word(kind);
+    for (const LONG oid : oids) input += Word(static_cast<DWORD>(oid));
     return RunDownload(DownloadSpecificPIMRecords, input + rest);
   }
   static std::vector<std::size_t> Sizes(const DownloadAnswer& answer) {

@@ -78,19 +78,19 @@ class ExportFaults : public PimTest {
 };
 
 TEST_F(ExportFaults, DownloadOfAllEndsHonestly) {
-  ExpectHonestWhicheverCallFails([] { return RunDownload(DownloadAllPIMRecords, WordBytes(1)); });
+  ExpectHonestWhicheverCallFails([] { return RunDownload(DownloadAllPIMRecords, Word(1)); });
 }
 
 TEST_F(ExportFaults, DownloadOfChosenRecordsEndsHonestly) {
-  std::string input = WordBytes(3);
-  for (const LONG oid : oids_) input += WordBytes(static_cast<DWORD>(oid));
+  std::string input = Word(3);
+  for (const LONG oid : oids_) input += Word(static_cast<DWORD>(oid));
   ExpectHonestWhicheverCallFails([&] { return RunDownload(DownloadSpecificPIMRecords, input); });
 }
 
 TEST_F(ExportFaults, DeletionTellsWhetherTheFolderIsEmpty) {
   const LONG objects = host::LiveComObjects();
   const auto run = [] {
-    const std::string input = WordBytes(1);
+    const std::string input = Word(1);
     return DeleteAllPIMRecords(4, reinterpret_cast<const BYTE*>(input.data()), nullptr, nullptr,
                                nullptr);
   };

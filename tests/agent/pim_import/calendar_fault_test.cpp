@@ -63,7 +63,7 @@ class CalendarFaults : public CalendarUpload {
   // looks at a record that was answered, `restore()` makes the store as it was.
   template <typename Check, typename Restore>
   void FailEachCallOf(const std::string& record, Check check, Restore restore) {
-    const std::string bytes = ChunkBytes(RootOf(record + kNext)) + WordBytes(0);
+    const std::string bytes = ChunkBytes(RootOf(record + kNext)) + Word(0);
     restore();
     const LONG objects = host::LiveComObjects();
     const auto calls = FailEachCall(

@@ -23,7 +23,7 @@ struct Place {
 };
 
 std::vector<std::string> Download(DWORD kind) {
-  return RunDownload(DownloadAllPIMRecords, WordBytes(kind)).documents;
+  return RunDownload(DownloadAllPIMRecords, Word(kind)).documents;
 }
 
 std::string WithoutOids(const std::vector<std::string>& documents) {

@@ -16,7 +16,7 @@ namespace {
 using namespace ce;
 
 std::vector<std::string> DownloadContacts() {
-  return RunDownload(DownloadAllPIMRecords, WordBytes(1)).documents;
+  return RunDownload(DownloadAllPIMRecords, Word(1)).documents;
 }
 
 std::string WithoutOids(const std::vector<std::string>& documents) {

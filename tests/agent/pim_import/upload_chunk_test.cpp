@@ -29,26 +29,26 @@ class UploadChunks : public PimTest {
 };
 
 TEST_F(UploadChunks, AreCollectedOverShortReads) {
-  const std::string count = WordBytes(sizeof(kDocument) - 1);
+  const std::string count = Word(sizeof(kDocument) - 1);
   const std::string document = kDocument;
   const UploadAnswer answer =
       Pieces({count.substr(0, 1), count.substr(1, 1), count.substr(2), document.substr(0, 5),
-              document.substr(5, 1), document.substr(6), WordBytes(0)});
+              document.substr(5, 1), document.substr(6), Word(0)});
   EXPECT_THAT(answer.replies, ElementsAre(RecordReply{1, S_OK}));
   EXPECT_EQ(answer.status, S_OK);
 }
 
 TEST_F(UploadChunks, MayArriveWithTheNextOne) {
   const std::string chunk = ChunkBytes(kDocument);
-  EXPECT_EQ(Broken(chunk + chunk + WordBytes(0)).replies.size(), 2u);
+  EXPECT_EQ(Broken(chunk + chunk + Word(0)).replies.size(), 2u);
 }
 
 TEST_F(UploadChunks, EndWithTheConnection) {
   EXPECT_THAT(Broken("").replies, IsEmpty());
-  EXPECT_THAT(Broken(WordBytes(100).substr(0, 3)).replies, IsEmpty());
-  EXPECT_THAT(Broken(WordBytes(100)).replies, IsEmpty());
-  EXPECT_THAT(Broken(WordBytes(100) + kDocument).replies, IsEmpty());
-  const UploadAnswer answer = Broken(ChunkBytes(kDocument) + WordBytes(100) + "<root>");
+  EXPECT_THAT(Broken(Word(100).substr(0, 3)).replies, IsEmpty());
+  EXPECT_THAT(Broken(Word(100)).replies, IsEmpty());
+  EXPECT_THAT(Broken(Word(100) + kDocument).replies, IsEmpty());
+  const UploadAnswer answer = Broken(ChunkBytes(kDocument) + Word(100) + "<root>");
   EXPECT_THAT(answer.replies, ElementsAre(RecordReply{1, S_OK}));
   EXPECT_THAT(store_->Oids(), ElementsAre(1)) << "what was answered stays";
 }
@@ -56,7 +56,7 @@ TEST_F(UploadChunks, EndWithTheConnection) {
 TEST_F(UploadChunks, EndWhenTheConnectionFails) {
   for (const std::uint64_t read : {1, 2, 3}) {
     const auto plan = FaultPlan::FailNthCall("recv", read, WSAECONNRESET);
-    const UploadAnswer answer = Pieces({ChunkBytes(kDocument) + WordBytes(0)});
+    const UploadAnswer answer = Pieces({ChunkBytes(kDocument) + Word(0)});
     EXPECT_TRUE(plan.fired());
     EXPECT_EQ(answer.status, static_cast<HRESULT>(WSAECONNRESET));
     EXPECT_EQ(answer.replies.size(), read == 3 ? 1u : 0u);
@@ -74,15 +74,14 @@ TEST_F(UploadChunks, GrowWithTheBytesThatArrive) {
 
 TEST_F(UploadChunks, CostNothingBeforeTheyArrive) {
   const auto plan = FaultPlan::FailNthCall("LocalReAlloc", FaultPlan::kNever, 0);
-  EXPECT_THAT(Broken(WordBytes(100 << 20) + "<root>").replies, IsEmpty());
+  EXPECT_THAT(Broken(Word(100 << 20) + "<root>").replies, IsEmpty());
   EXPECT_EQ(plan.calls(), 0u);
 }
 
 TEST_F(UploadChunks, BeyondTheBoundEndTheRequest) {
   SetBlockBound(1 << 20);
   for (const DWORD count : {DWORD{1} << 20, DWORD{0x80000000}, DWORD{0xFFFFFFFF}}) {
-    const UploadAnswer answer =
-        Pieces({ChunkBytes(kDocument) + WordBytes(count) + kDocument + WordBytes(0)});
+    const UploadAnswer answer = Pieces({ChunkBytes(kDocument) + Word(count) + kDocument + Word(0)});
     EXPECT_EQ(answer.replies.size(), 1u) << count;
     EXPECT_EQ(answer.status, static_cast<HRESULT>(ERROR_NOT_ENOUGH_MEMORY)) << count;
   }

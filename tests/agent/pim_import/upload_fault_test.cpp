@@ -99,7 +99,7 @@ TEST_F(UploadFaults, RepliesAreHonestWhicheverCallFails) {
   Prepare();
   const LONG objects = host::LiveComObjects();
   const auto run = [&] {
-    return RunStreamed(UploadPIMRecords, {}, {ChunkBytes(document_) + WordBytes(0)});
+    return RunStreamed(UploadPIMRecords, {}, {ChunkBytes(document_) + Word(0)});
   };
   const auto calls = FailEachCall(ERROR_NOT_ENOUGH_MEMORY, run,
                                   [&](const StreamedAnswer& answer, const std::string& call) {

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "common/text/unicode.h"
 #include "handheld/base/fault.h"
 #include "tests/support/upload_runs.h"
 
@@ -25,7 +26,7 @@ class UploadRequest : public PimTest {
 };
 
 TEST_F(UploadRequest, EndsAtAFirstCountOfZero) {
-  const StreamedAnswer answer = RunStreamed(UploadPIMRecords, {}, {WordBytes(0)});
+  const StreamedAnswer answer = RunStreamed(UploadPIMRecords, {}, {Word(0)});
   EXPECT_EQ(answer.bytes, "");
   EXPECT_EQ(answer.status, S_OK);
 }
@@ -81,11 +82,7 @@ TEST_F(UploadRequest, GoesOnBehindARecordThatFails) {
 TEST_F(UploadRequest, ReadsOtherEncodings) {
   const std::u16string wide =
       u"\uFEFF<root><CONTACT><FIRST_NAME>\u00E9</FIRST_NAME></CONTACT></root>";
-  std::string utf16;
-  for (const char16_t unit : wide) {
-    utf16 += static_cast<char>(unit & 0xFF);
-    utf16 += static_cast<char>(unit >> 8);
-  }
+  const std::string utf16 = text::ToUtf16Le(wide);
   const std::string latin1 = "<?xml version='1.0' encoding='ISO-8859-1'?>" + RootOf(Named("\xE9"));
   EXPECT_THAT(Upload({utf16, latin1}).replies,
               ElementsAre(RecordReply{1, S_OK}, RecordReply{2, S_OK}));
@@ -249,7 +246,7 @@ TEST_F(UploadRequest, EndsWhenTheTreeCannotBeWalked) {
 
 TEST_F(UploadRequest, LogsItsSteps) {
   SwitchLogOn();
-  RunStreamed(UploadPIMRecords, {}, {ChunkBytes("<root/>") + WordBytes(0)});
+  RunStreamed(UploadPIMRecords, {}, {ChunkBytes("<root/>") + Word(0)});
   EXPECT_THAT(LogMessages(),
               ElementsAre("Starting UploadPIMRecords", "pPoomApp->Logon worked!",
                           "There are 7 bytes available", "cbBytes actually read 7",

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "desktop/wire/utf16.h"
+#include "common/text/unicode.h"
 #include "tests/desktop/fixtures.h"
 
 namespace desktop::testing {
@@ -13,7 +13,7 @@ namespace {
 using ::testing::HasSubstr;
 
 std::string ToFileInput(std::uint32_t format, const std::string& path, const std::string& note) {
-  const std::string bytes = ToUtf16Le(path);
+  const std::string bytes = text::ToUtf16Le(text::FromUtf8Lossy(path));
   return Word(format) + Word(static_cast<std::uint32_t>(bytes.size())) + bytes + note;
 }
 
@@ -40,15 +40,16 @@ class ConvertTest : public CommandTest {
 TEST_F(ConvertTest, GoesThroughAFileOnTheHandheldAndEmptiesIt) {
   File("note.RTF", "{\\rtf1 Hi}");
   options_.format = NoteFormat::kUnicode;
-  EXPECT_EQ(RunAgainst({kInk, kDoneReply, ReplyRecord(0, ToUtf16Le("Hi")), kDoneReply}), kDone);
-  EXPECT_EQ(out(), ToUtf16Le("Hi"));
+  EXPECT_EQ(RunAgainst({kInk, kDoneReply, ReplyRecord(0, text::ToUtf16Le(u"Hi")), kDoneReply}),
+            kDone);
+  EXPECT_EQ(out(), text::ToUtf16Le(u"Hi"));
   EXPECT_EQ(err(), "");
   ASSERT_EQ(seen_.size(), 4U);
   EXPECT_EQ(seen_[0].function, "CVCeHasRichInk");
   EXPECT_EQ(seen_[1].function, "CVCeConvertToFile");
   EXPECT_EQ(seen_[1].input, ToFileInput(2, "\\~note.pwi", "{\\rtf1 Hi}"));
   EXPECT_EQ(seen_[2].function, "CVCeConvertFromFile");
-  EXPECT_EQ(seen_[2].input, Word(17) + ToUtf16Le("\\~note.pwi"));
+  EXPECT_EQ(seen_[2].input, Word(17) + text::ToUtf16Le(u"\\~note.pwi"));
   EXPECT_EQ(seen_[3].function, "CVCeConvertToFile");
   EXPECT_EQ(seen_[3].input, ToFileInput(1, "\\~note.pwi", ""));
 }
@@ -63,10 +64,10 @@ TEST_F(ConvertTest, WritesToAFile) {
 }
 
 TEST_F(ConvertTest, LeavesAByteOrderMarkBehind) {
-  File("note.unicode", "\xFF\xFE" + ToUtf16Le("Hi"));
+  File("note.unicode", "\xFF\xFE" + text::ToUtf16Le(u"Hi"));
   options_.format = NoteFormat::kText;
   EXPECT_EQ(RunAgainst({kInk, kDoneReply, ReplyRecord(0, "Hi"), kDoneReply}), kDone);
-  EXPECT_EQ(seen_.at(1).input, ToFileInput(17, "\\~note.pwi", ToUtf16Le("Hi")));
+  EXPECT_EQ(seen_.at(1).input, ToFileInput(17, "\\~note.pwi", text::ToUtf16Le(u"Hi")));
 }
 
 TEST_F(ConvertTest, SendsAsMuchAsARequestHasRoomForAndNoMore) {
@@ -173,7 +174,7 @@ TEST_F(ConvertTest, FetchesANoteOfTheHandheld) {
   EXPECT_EQ(RunAgainst({kInk, ReplyRecord(0, "Hi")}), kDone);
   EXPECT_EQ(out(), "Hi");
   EXPECT_EQ(seen_.at(1).function, "CVCeConvertFromFile");
-  EXPECT_EQ(seen_.at(1).input, Word(1) + ToUtf16Le("\\My Notes\\a.pwi"));
+  EXPECT_EQ(seen_.at(1).input, Word(1) + text::ToUtf16Le(u"\\My Notes\\a.pwi"));
   EXPECT_EQ(RunAgainst({kInk, ReplyRecord(6)}), kFailed);
   EXPECT_THAT(err(), HasSubstr("there is no file /My Notes/a.pwi on the handheld, or it cannot"));
   EXPECT_EQ(RunAgainst({kInk, ReplyRecord(0x80004005)}), kFailed);

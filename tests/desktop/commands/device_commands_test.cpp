@@ -3,8 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "common/text/unicode.h"
 #include "desktop/commands/clock_text.h"
-#include "desktop/wire/utf16.h"
 #include "tests/desktop/fixtures.h"
 
 namespace desktop::testing {
@@ -20,7 +20,7 @@ std::string Room(std::uint64_t total, std::uint64_t free) {
 }
 
 std::string Directory(const std::string& path) {
-  return ToUtf16Le(path) + std::string(2, '\0');
+  return text::ToUtf16Le(text::FromUtf8Lossy(path)) + std::string(2, '\0');
 }
 
 std::string Version() {
@@ -119,7 +119,7 @@ TEST_F(DeviceCommandsTest, StorageAsksForTheVolumeOfADirectory) {
   EXPECT_EQ(Storage(ReplyRecord(0, Room(2048, 1024)), "/My/Dir"), kDone);
   EXPECT_EQ(out(), "1.0 KiB free of 2.0 KiB (1024 of 2048 bytes)\n");
   EXPECT_EQ(seen_.at(0).function, "CVCeGetDiskFreeSpaceEx");
-  EXPECT_EQ(seen_.at(0).input, ToUtf16Le("\\My\\Dir"));
+  EXPECT_EQ(seen_.at(0).input, text::ToUtf16Le(u"\\My\\Dir"));
 }
 
 TEST_F(DeviceCommandsTest, StorageSaysWhatIsWrongWithADirectory) {
@@ -194,26 +194,8 @@ TEST(LanguageTag, IsKnownOrEmpty) {
   EXPECT_EQ(LanguageTag(0), "");
 }
 
-TEST(Utf16, GoesBothWays) {
-  const std::string text = "a\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80";
-  const std::string bytes("a\0\xE4\0\xAC\x20\x3D\xD8\x00\xDE", 10);
-  EXPECT_EQ(ToUtf16Le(text), bytes);
-  EXPECT_EQ(FromUtf16Le(bytes), text);
-}
-
-TEST(Utf16, ReplacesHalves) {
-  EXPECT_EQ(ToUtf16Le("a\xFF"), std::string("a\0\xFD\xFF", 4));
-  EXPECT_EQ(FromUtf16Le(std::string("\x3D\xD8"
-                                    "a\0",
-                                    4)),
-            "\xEF\xBF\xBD"
-            "a");
-  EXPECT_EQ(FromUtf16Le(std::string("\x00\xDE", 2)), "\xEF\xBF\xBD");
-  EXPECT_EQ(FromUtf16Le("a"), "");
-}
-
 TEST(DevicePathBytes, TakesEitherSlash) {
-  EXPECT_EQ(DevicePathBytes("/a\\b"), ToUtf16Le("\\a\\b"));
+  EXPECT_EQ(DevicePathBytes("/a\\b"), text::ToUtf16Le(u"\\a\\b"));
   EXPECT_THROW(DevicePathBytes(""), std::runtime_error);
   EXPECT_THROW(DevicePathBytes("a\xFF"), std::runtime_error);
   EXPECT_EQ(DevicePathBytes(std::string(259, 'a')).size(), 518U);

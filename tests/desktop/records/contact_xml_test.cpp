@@ -9,6 +9,7 @@
 namespace desktop::testing {
 namespace {
 
+using namespace std::chrono_literals;
 using formats::Contact;
 using formats::ContactField;
 
@@ -27,8 +28,8 @@ Contact FullContact() {
     contact.fields[i] = formats::ContactFieldName(static_cast<ContactField>(i));
   }
   contact.categories = {"Business", "Personal"};
-  contact.birthday = formats::Date{1970, 2, 28};
-  contact.anniversary = formats::Date{1999, 12, 31};
+  contact.birthday = 1970y / 2 / 28;
+  contact.anniversary = 1999y / 12 / 31;
   return contact;
 }
 
@@ -141,8 +142,7 @@ TEST(ContactFromXml, LeavesOutDatesThatDoNotExist) {
         Parsed("<CONTACT><BIRTHDAY>" + std::string(text) + "</BIRTHDAY></CONTACT>");
     EXPECT_EQ(contact.birthday, std::nullopt) << text;
   }
-  EXPECT_EQ(Parsed("<CONTACT><BIRTHDAY>20080229</BIRTHDAY></CONTACT>").birthday,
-            (formats::Date{2008, 2, 29}));
+  EXPECT_EQ(Parsed("<CONTACT><BIRTHDAY>20080229</BIRTHDAY></CONTACT>").birthday, 2008y / 2 / 29);
 }
 
 TEST(ContactToXml, ChangesWithEveryFieldOfTheWireAndWithNothingElse) {

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "desktop/records/xml_text.h"
+#include "common/text/xml_text.h"
 #include "desktop/wire/error.h"
 #include "tests/desktop/fixtures.h"
 
@@ -112,18 +112,18 @@ TEST(WithOid, PutsItBehindTheName) {
 }
 
 TEST(XmlText, EscapesAndLeavesOutWhatXmlCannotCarry) {
-  EXPECT_EQ(XmlText("a<b>&c\"'"), "a&lt;b&gt;&amp;c\"'");
-  EXPECT_EQ(XmlText(std::string_view("a\0b\x01\x1F\tc\nd", 10)), "ab\tc\nd");
-  EXPECT_EQ(XmlText("a\r\nb\rc"), "a\nb\nc");
-  EXPECT_EQ(XmlText("\xEF\xBF\xBF\xEF\xBF\xBEx"), "x");
+  EXPECT_EQ(text::XmlText("a<b>&c\"'"), "a&lt;b&gt;&amp;c\"'");
+  EXPECT_EQ(text::XmlText(std::string_view("a\0b\x01\x1F\tc\nd", 10)), "ab\tc\nd");
+  EXPECT_EQ(text::XmlText("a\r\nb\rc"), "a\nb\nc");
+  EXPECT_EQ(text::XmlText("\xEF\xBF\xBF\xEF\xBF\xBEx"), "x");
 }
 
 TEST(XmlText, ReplacesBytesThatAreNotUtf8) {
-  EXPECT_EQ(XmlText("\xC3\xA9\xF0\x9F\x98\x80"), "\xC3\xA9\xF0\x9F\x98\x80");
-  EXPECT_EQ(XmlText("\xE9"), "\xEF\xBF\xBD");
-  EXPECT_EQ(XmlText("\xC0\x80"), "\xEF\xBF\xBD\xEF\xBF\xBD");
-  EXPECT_EQ(XmlText("\xED\xA0\x80").find('\xED'), std::string::npos);
-  EXPECT_EQ(XmlText("\xF4\x90\x80\x80").find('\xF4'), std::string::npos);
+  EXPECT_EQ(text::XmlText("\xC3\xA9\xF0\x9F\x98\x80"), "\xC3\xA9\xF0\x9F\x98\x80");
+  EXPECT_EQ(text::XmlText("\xE9"), "\xEF\xBF\xBD");
+  EXPECT_EQ(text::XmlText("\xC0\x80"), "\xEF\xBF\xBD\xEF\xBF\xBD");
+  EXPECT_EQ(text::XmlText("\xED\xA0\x80").find('\xED'), std::string::npos);
+  EXPECT_EQ(text::XmlText("\xF4\x90\x80\x80").find('\xF4'), std::string::npos);
 }
 
 TEST(ParseOid, TakesSignedAndUnsignedDecimalsAndHexadecimal) {

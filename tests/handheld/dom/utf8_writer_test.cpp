@@ -1,15 +1,14 @@
 #include "handheld/dom/utf8_writer.h"
 
-#include "handheld/dom/utf.h"
+#include "common/text/unicode.h"
+#include "common/text/xml_text.h"
 #include "tests/handheld/dom/dom_support.h"
 
 namespace ce::testing {
 namespace {
 
-using host::dom::AppendUtf8;
 using host::dom::Escape;
 using host::dom::Utf8Writer;
-using std::string_view_literals::operator""sv;
 
 std::string Without(std::u16string_view text, char16_t first, char16_t second) {
   BufferStream stream;
@@ -51,13 +50,13 @@ TEST(Utf8Writer, WritesNothingForNothing) {
   EXPECT_EQ(stream.writes(), 0);
 }
 
-TEST(AppendUtf8, GivesBackWhatTheWriterWrote) {
+TEST(Utf8Writer, WritesEveryCharacterOfXml) {
   std::u16string all;
   for (char32_t code = 1; code < 0x110000; ++code) {
     if (code >= 0x10000) {
       all += static_cast<char16_t>(0xD7C0 + (code >> 10));
       all += static_cast<char16_t>(0xDC00 + (code & 0x3FF));
-    } else if (host::dom::IsXmlUnit(static_cast<char16_t>(code))) {
+    } else if (text::IsXmlUnit(static_cast<char16_t>(code))) {
       all += static_cast<char16_t>(code);
     }
   }
@@ -65,19 +64,7 @@ TEST(AppendUtf8, GivesBackWhatTheWriterWrote) {
   Utf8Writer writer(&stream);
   writer.Text(all, Escape::kNone);
   ASSERT_EQ(writer.Finish(), S_OK);
-  std::u16string back = u"before ";
-  ASSERT_TRUE(AppendUtf8(stream.content(), back));
-  EXPECT_TRUE(back == u"before " + all);
-}
-
-TEST(AppendUtf8, RefusesWhatIsNotStrict) {
-  for (const auto bytes :
-       {"\x80"sv, "\xC0\x80"sv, "\xC1\xBF"sv, "\xC2"sv, "\xC2\x41"sv, "\xE0\x9F\xBF"sv,
-        "\xE2\x82"sv, "\xED\xA0\x80"sv, "\xED\xBF\xBF"sv, "\xF0\x8F\xBF\xBF"sv,
-        "\xF4\x90\x80\x80"sv, "\xF5\x80\x80\x80"sv, "\xFF"sv}) {
-    std::u16string text;
-    EXPECT_FALSE(AppendUtf8(bytes, text)) << ::testing::PrintToString(bytes);
-  }
+  EXPECT_TRUE(text::FromUtf8(stream.content()) == all);
 }
 
 }  // namespace

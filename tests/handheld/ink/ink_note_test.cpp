@@ -81,7 +81,7 @@ TEST(ReadInkNote, PassesOverOtherZones) {
 
 TEST(ReadInkNote, CountsAnObjectsDataInBytes) {
   const std::string data(0x10003, 'x');
-  EXPECT_EQ(ReadInkNote(InkHeader() + Le16(0x55) + Le16(1) + Le16(3) + data +
+  EXPECT_EQ(ReadInkNote(InkHeader() + HalfWord(0x55) + HalfWord(1) + HalfWord(3) + data +
                         InkParagraph(1, "behind") + InkEnd()),
             u"behind");
 }
@@ -95,7 +95,7 @@ TEST(ReadInkNote, GivesNoTextForStrokesAlone) {
 
 TEST(ReadInkNote, EndsAtTheEnd) {
   EXPECT_EQ(ReadInkNote(InkHeader() + InkParagraph(1, "a") + InkEnd() + "anything"), u"a");
-  EXPECT_EQ(ReadInkNote(InkHeader() + InkParagraph(1, "a") + Le16(0x82)), u"a");
+  EXPECT_EQ(ReadInkNote(InkHeader() + InkParagraph(1, "a") + HalfWord(0x82)), u"a");
   EXPECT_EQ(ReadInkNote(InkHeader() + InkParagraph(1, "a")), u"a") << "no zone is missing";
 }
 
@@ -187,12 +187,13 @@ TEST(WriteInkNote, HasTheFormatsZones) {
   fonts[4] = 1;
   for (std::size_t i = 0; i < 6; ++i) fonts[32 + 2 * i] = "Tahoma"[i];
   const std::string stream = "Caf" + Bytes({0xC1, 0xE9, 0xC4, 0x00});
-  std::string head = Le16(5) + Le16(7) + Le16(1) + Le16(0xFFFF) + std::string(10, '\0') +
-                     Bytes({0xFF, 0}) + std::string(4, '\0');
-  EXPECT_EQ(note,
-            InkHeader() + InkZone(0x00, 0, fonts) +
-                InkZone(0x40, 0, std::string(24, '\0') + Le16(1) + Le16(5) + Le16(1) + Le16(0)) +
-                InkZone(0x41, 1, head + stream) + InkEnd());
+  std::string head = HalfWord(5) + HalfWord(7) + HalfWord(1) + HalfWord(0xFFFF) +
+                     std::string(10, '\0') + Bytes({0xFF, 0}) + std::string(4, '\0');
+  EXPECT_EQ(note, InkHeader() + InkZone(0x00, 0, fonts) +
+                      InkZone(0x40, 0,
+                              std::string(24, '\0') + HalfWord(1) + HalfWord(5) + HalfWord(1) +
+                                  HalfWord(0)) +
+                      InkZone(0x41, 1, head + stream) + InkEnd());
 }
 
 TEST(WriteInkNote, CarriesCharactersAsDevicesDo) {
@@ -205,11 +206,12 @@ TEST(WriteInkNote, MakesAParagraphOfEachLine) {
   const std::string note = WriteInkNote(u"a\r\n\r\nb").value();
   const std::string list =
       InkZone(0x40, 0,
-              std::string(24, '\0') + Le16(1) + Le16(2) + Le16(1) + Le16(0) + Le16(1) + Le16(1) +
-                  Le16(2) + Le16(0) + Le16(1) + Le16(2) + Le16(3) + Le16(0));
+              std::string(24, '\0') + HalfWord(1) + HalfWord(2) + HalfWord(1) + HalfWord(0) +
+                  HalfWord(1) + HalfWord(1) + HalfWord(2) + HalfWord(0) + HalfWord(1) +
+                  HalfWord(2) + HalfWord(3) + HalfWord(0));
   EXPECT_NE(note.find(list), std::string::npos);
   for (const std::size_t id : {1u, 2u, 3u}) {
-    EXPECT_NE(note.find(Le16(0x41) + Le16(id) + Le16(7)), std::string::npos) << id;
+    EXPECT_NE(note.find(HalfWord(0x41) + HalfWord(id) + HalfWord(7)), std::string::npos) << id;
   }
 }
 

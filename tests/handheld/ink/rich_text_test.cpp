@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "handheld/system/code_page.h"
+#include "common/text/code_page.h"
 
 namespace corvane {
 namespace {
@@ -167,9 +167,9 @@ TEST(ReadRichText, OpensNoConversionTwiceHoweverOftenTheCodePageChanges) {
     document += "\\f1\\'e6\\f2\\'e6\\f3\\'e6";
     text += u"\u0436\u03B6\u00E6";  // the page 4 is unknown, so its byte is western
   }
-  const std::uint64_t before = ce::host::ConversionsOpened();
+  const std::uint64_t before = text::ConversionsOpened();
   EXPECT_EQ(ReadRichText(document + '}'), text);
-  EXPECT_LE(ce::host::ConversionsOpened() - before, 3u);
+  EXPECT_LE(text::ConversionsOpened() - before, 3u);
 }
 
 TEST(WriteRichText, IsADocumentInAscii) {

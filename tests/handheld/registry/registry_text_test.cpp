@@ -6,7 +6,7 @@
 #include <random>
 #include <string>
 
-#include "common/text/utf.h"
+#include "common/text/unicode.h"
 #include "platform/registry.h"
 
 namespace corvane {
@@ -77,12 +77,8 @@ TEST(ParseRegistry, ReadsUtf8WithAByteOrderMark) {
 }
 
 TEST(ParseRegistry, ReadsUtf16) {
-  const std::u16string text = *ce::host::FromUtf8(Document("\"v\"=\"\xE2\x82\xAC\"\r\n"));
-  std::string bytes = "\xFF\xFE";
-  for (const char16_t unit : text) {
-    bytes.push_back(static_cast<char>(unit & 0xFF));
-    bytes.push_back(static_cast<char>(unit >> 8));
-  }
+  const std::u16string text = *text::FromUtf8(Document("\"v\"=\"\xE2\x82\xAC\"\r\n"));
+  const std::string bytes = "\xFF\xFE" + text::ToUtf16Le(text);
   EXPECT_EQ(*ParseRegistry(bytes).Find(kKey, u"v"), RegistryValue::Text(u"€"));
 }
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "common/text/utf.h"
+#include "common/text/unicode.h"
 #include "platform/files.h"
 #include "platform/status.h"
 #include "tests/support/test_handheld.h"
@@ -72,7 +72,7 @@ TEST_F(DevicePathTest, RefusesNamesThatTheDeviceDoesNotAllow) {
   while (!paths.empty()) {
     const std::u16string path(paths.substr(0, paths.find(u' ')));
     paths.remove_prefix(std::min(path.size() + 1, paths.size()));
-    EXPECT_EQ(Touch(path), ERROR_INVALID_NAME) << host::ToUtf8Lossy(path);
+    EXPECT_EQ(Touch(path), ERROR_INVALID_NAME) << text::ToUtf8Lossy(path);
   }
   EXPECT_EQ(Touch(u"\\" + std::u16string(256, u'n')), ERROR_INVALID_NAME);
   EXPECT_EQ(Touch(u"\\" + std::u16string(128, u'ä')), ERROR_INVALID_NAME)

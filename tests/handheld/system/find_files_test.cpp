@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "common/text/utf.h"
+#include "common/text/unicode.h"
 #include "handheld/base/fault.h"
 #include "handheld/system/directories.h"
 #include "platform/files.h"
@@ -51,7 +51,7 @@ class FindFiles : public testing::HandheldTest {
   static std::vector<std::string> Names(const WCHAR* pattern) {
     std::vector<std::string> names;
     for (const WIN32_FIND_DATAW& data : Find(pattern)) {
-      names.push_back(host::ToUtf8Lossy(data.cFileName));
+      names.push_back(text::ToUtf8Lossy(data.cFileName));
     }
     return names;
   }

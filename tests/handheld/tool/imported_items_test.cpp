@@ -44,7 +44,7 @@ TEST(RecordIdentity, StaysTheSameOverVersions) {
   contact[formats::ContactField::kLastName] = "Lovelace";
   contact[formats::ContactField::kBody] = "one\r\ntwo\t\x01\\";
   contact.categories = {"x", "y"};
-  contact.birthday = formats::Date{1815, 12, 10};
+  contact.birthday = std::chrono::year{1815} / 12 / 10;
   EXPECT_EQ(IdentityOf(contact).contentHash, "82c23ea99b3c6d30ac3b703fe4d9a1dc");
   Appointment appointment = Weekly(kMonday);
   appointment.body = "one\r\ntwo";

@@ -9,6 +9,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "tests/support/words.h"
+
 namespace corvane::testing {
 
 RawConnection::RawConnection(std::uint16_t port) : socket_(::socket(AF_INET, SOCK_STREAM, 0)) {
@@ -73,9 +75,7 @@ std::string RawConnection::ReceiveToEnd() {
 std::uint32_t RawConnection::ReceiveWord() {
   const std::string bytes = Receive(4);
   if (bytes.size() != 4) throw std::runtime_error("the connection ended within a word");
-  std::uint32_t word = 0;
-  for (int i = 3; i >= 0; --i) word = word << 8 | static_cast<std::uint8_t>(bytes[i]);
-  return word;
+  return WordAt(bytes, 0);
 }
 
 }  // namespace corvane::testing

@@ -2,27 +2,12 @@
 
 #include <cstdlib>
 
+#include "common/text/unicode.h"
+
 namespace corvane::testing {
 
-std::string Word(std::uint32_t value) {
-  std::string bytes;
-  for (int shift = 0; shift < 32; shift += 8) bytes += static_cast<char>(value >> shift);
-  return bytes;
-}
-
 std::string Utf16(std::string_view text) {
-  std::string bytes;
-  for (const char c : text) {
-    bytes += c;
-    bytes += '\0';
-  }
-  return bytes;
-}
-
-std::uint32_t WordAt(std::string_view bytes, std::size_t offset) {
-  std::uint32_t word = 0;
-  for (int i = 3; i >= 0; --i) word = word << 8 | static_cast<std::uint8_t>(bytes.at(offset + i));
-  return word;
+  return text::ToUtf16Le(std::u16string(text.begin(), text.end()));
 }
 
 std::string Invoke::Body() const {

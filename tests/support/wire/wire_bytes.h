@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "tests/support/words.h"
+
 namespace corvane::testing {
 
 inline constexpr std::uint32_t kInvoke = 69;
@@ -15,9 +17,7 @@ inline constexpr std::uint32_t kQuit = 0xDEADBEEF;
 inline constexpr std::uint32_t kInvalidArgument = 0x80070057;
 inline constexpr std::uint32_t kNotImplemented = 0x80004001;
 
-std::string Word(std::uint32_t value);     // 4 bytes, little-endian
 std::string Utf16(std::string_view text);  // ASCII widened, no terminator
-std::uint32_t WordAt(std::string_view bytes, std::size_t offset);
 
 // The fields of an invoke body; lengths follow the names unless they are set.
 struct Invoke {

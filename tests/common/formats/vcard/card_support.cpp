@@ -1,6 +1,6 @@
 #include "tests/common/formats/vcard/card_support.h"
 
-#include "common/formats/vcard/vcard_dates.h"
+#include "common/calendar/wall_time.h"
 
 namespace formats {
 
@@ -35,8 +35,8 @@ std::vector<std::string> Texts(const Contact& contact) {
                     contact.fields[i]);
   }
   for (const std::string& category : contact.categories) texts.push_back("category=" + category);
-  if (contact.birthday) texts.push_back("Birthday=" + FormatDate(*contact.birthday, "-"));
-  if (contact.anniversary) texts.push_back("Anniversary=" + FormatDate(*contact.anniversary, "-"));
+  if (contact.birthday) texts.push_back("Birthday=" + IsoDate(*contact.birthday));
+  if (contact.anniversary) texts.push_back("Anniversary=" + IsoDate(*contact.anniversary));
   return texts;
 }
 

@@ -45,13 +45,14 @@ rc::Gen<std::string> FieldText() {
        {4, AnyText()}});
 }
 
-rc::Gen<std::optional<Date>> AnyDate() {
-  const auto date =
-      rc::gen::suchThat(rc::gen::construct<Date>(rc::gen::inRange(1900, 3000),
-                                                 rc::gen::inRange(1, 13), rc::gen::inRange(1, 32)),
-                        IsKeepableDate);
-  return rc::gen::map(rc::gen::maybe(date), [](const rc::Maybe<Date>& d) {
-    return d ? std::optional<Date>(*d) : std::nullopt;
+rc::Gen<std::optional<year_month_day>> AnyDate() {
+  constexpr local_days kFirst{std::chrono::year(1900) / 1 / 1};
+  constexpr local_days kAfter{std::chrono::year(3000) / 1 / 1};
+  const auto date = rc::gen::map(rc::gen::inRange<int>(0, (kAfter - kFirst).count()), [=](int day) {
+    return year_month_day(kFirst + std::chrono::days(day));
+  });
+  return rc::gen::map(rc::gen::maybe(date), [](const rc::Maybe<year_month_day>& d) {
+    return d ? std::optional<year_month_day>(*d) : std::nullopt;
   });
 }
 

@@ -1,10 +1,13 @@
 #include <gtest/gtest.h>
 
-#include "common/text/text.h"
+#include "common/text/code_page.h"
+#include "common/text/unicode.h"
 #include "tests/common/formats/vcard/card_support.h"
 
 namespace formats::testing {
 namespace {
+
+using namespace std::chrono_literals;
 
 Contact WholeContact() {
   Contact contact = ContactOf({{Field::kTitle, "Dr."},
@@ -31,8 +34,8 @@ Contact WholeContact() {
                                {Field::kBody, "One\r\nTwo"}});
   contact.uid = "abc,1";
   contact.categories = {"Work", "Chess"};
-  contact.birthday = Date{1980, 3, 2};
-  contact.anniversary = Date{2009, 8, 8};
+  contact.birthday = 1980y / 3 / 2;
+  contact.anniversary = 2009y / 8 / 8;
   return contact;
 }
 
@@ -109,8 +112,8 @@ TEST(WriteVCard, LeavesAUrnAsItIs) {
 
 TEST(WriteVCard, LeavesOutADayThatIsNone) {
   Contact contact;
-  contact.birthday = Date{1980, 2, 30};
-  contact.anniversary = Date{4501, 1, 1};
+  contact.birthday = 1980y / 2 / 30;
+  contact.anniversary = 4501y / 1 / 1;
   const std::string text = WriteVCard(contact, VCardVersion::k40);
   EXPECT_EQ(text.find("BDAY"), std::string::npos);
   EXPECT_EQ(text.find("ANNIVERSARY"), std::string::npos);
@@ -128,7 +131,7 @@ TEST(WriteVCard, FoldsAt75OctetsBetweenCharacters) {
       ASSERT_NE(end, std::string::npos);
       EXPECT_LE(end - start, 75u);
       longest = std::max(longest, end - start);
-      EXPECT_TRUE(IsValidUtf8(std::string_view(text).substr(start, end - start)));
+      EXPECT_TRUE(text::IsValidUtf8(std::string_view(text).substr(start, end - start)));
       start = end + 2;
     }
     EXPECT_GE(longest, 72u);
@@ -140,7 +143,8 @@ TEST(WriteVCard, FoldsBytesThatAreNoUtf8) {
   Contact contact;
   contact[Field::kBody] = std::string(500, '\x80');
   const VCardFile file = ReadVCards(WriteVCard(contact, VCardVersion::k30));
-  EXPECT_EQ(file.contacts.at(0).contact[Field::kBody], Windows1252ToUtf8(contact[Field::kBody]));
+  EXPECT_EQ(file.contacts.at(0).contact[Field::kBody],
+            text::Windows1252ToUtf8(contact[Field::kBody]));
 }
 
 TEST(WriteVCard, WritesALineOf75OctetsInOne) {

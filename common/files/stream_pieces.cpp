@@ -1,6 +1,6 @@
-#include "common/text/stream_pieces.h"
+#include "common/files/stream_pieces.h"
 
-namespace formats {
+namespace files {
 
 // Not by istream::read, for which a short piece is the end.
 std::string_view ReadPiece(std::istream& in, StreamPiece& piece) {
@@ -13,4 +13,4 @@ std::string_view ReadPiece(std::istream& in, StreamPiece& piece) {
   return {piece.data(), static_cast<std::size_t>(length > 0 ? length : 0)};
 }
 
-}  // namespace formats
+}  // namespace files

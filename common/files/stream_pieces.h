@@ -5,7 +5,7 @@
 #include <istream>
 #include <string_view>
 
-namespace formats {
+namespace files {
 
 using StreamPiece = std::array<char, 1 << 16>;
 
@@ -13,4 +13,4 @@ using StreamPiece = std::array<char, 1 << 16>;
 // and is bad.
 std::string_view ReadPiece(std::istream& in, StreamPiece& piece);
 
-}  // namespace formats
+}  // namespace files
