@@ -15,7 +15,8 @@ find_program(CORVANE_CCACHE ccache)
 if(CORVANE_CCACHE)
   # One cache for every checkout: what is compiled does not depend on where the tree lies.
   set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND}" -E env "CCACHE_BASEDIR=${CMAKE_SOURCE_DIR}"
-      CCACHE_NOHASHDIR=1 CCACHE_SLOPPINESS=pch_defines,time_macros "${CORVANE_CCACHE}")
+      CCACHE_NOHASHDIR=1 CCACHE_DEPEND=1
+      CCACHE_SLOPPINESS=pch_defines,time_macros "${CORVANE_CCACHE}")
 endif()
 
 add_compile_options(-Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wno-sign-conversion

@@ -5,12 +5,27 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <regex>
 #include <stdexcept>
 
 #include "tests/support/paths.h"
 
 namespace corvane::testing {
+
+namespace {
+
+Ended RunToEnd(const std::string& program, const std::vector<std::string>& arguments,
+               const ProcessOptions& options) {
+  Process process(program, arguments, options);
+  Ended ended;
+  ended.out = process.ReadToEnd();
+  ended.code = process.Wait();
+  ended.err = process.ReadErrors();
+  return ended;
+}
+
+}  // namespace
 
 void PrintTo(const Ended& ended, std::ostream* stream) {
   *stream << "exit code " << ended.code << "\nstandard output:\n"
@@ -55,12 +70,14 @@ ProcessOptions ToolTest::Options(int listener) const {
 }
 
 Ended ToolTest::Run(const std::string& program, const Arguments& arguments) const {
-  Process process(ProgramPath(program), arguments, Options());
-  Ended ended;
-  ended.out = process.ReadToEnd();
-  ended.code = process.Wait();
-  ended.err = process.ReadErrors();
-  return ended;
+  return RunToEnd(ProgramPath(program), arguments, Options());
+}
+
+Ended ToolTest::Shell(const std::string& command) const {
+  ProcessOptions options = Options();
+  const std::string programs = std::filesystem::path(ProgramPath("corvane")).parent_path();
+  options.environment.emplace_back("PATH", programs + ":" + std::getenv("PATH"));
+  return RunToEnd("/bin/bash", {"-c", command}, options);
 }
 
 Ended ToolTest::Desktop(const Arguments& arguments) const {

@@ -51,6 +51,8 @@ class ToolTest : public ::testing::Test {
 
   // Runs one of the programs to its end.
   Ended Run(const std::string& program, const Arguments& arguments) const;
+  // Runs it in a shell that finds the programs by their names.
+  Ended Shell(const std::string& command) const;
   Ended Device(const Arguments& arguments) const { return Run("corvane-device", arguments); }
   // Speaks to the agent that has been started last.
   Ended Desktop(const Arguments& arguments) const;
