@@ -12,24 +12,18 @@ using namespace ce;
 
 namespace {
 
-constexpr DWORD kCallsPerDocument = 40;
+// The first call travels alone: the desktop counts on it.
+constexpr DocumentSizes kSizes{1, 40};
 
 HRESULT SendCalls(const CallLog& log, CorvaneStream* stream) {
-  RecordDocument batch;
-  HRESULT status = S_OK;
-  for (DWORD counter = 0;; ++counter) {
+  return SendRecords(stream, kSizes, [&](RecordDocument& document, bool* more) -> HRESULT {
     CallEntry entry;
     const HRESULT read = log.Read(entry.get());
-    RETURN_IF_FAILED(read);
-    if (read == S_FALSE) return batch.isOpen() ? batch.Send(stream) : status;
-    if (!batch.isOpen()) RETURN_IF_FAILED(batch.Open());
-    RETURN_IF_FAILED(AddCallToXML(batch.document(), batch.root(), *entry.get()));
-    // Before it is increased, so the first call travels alone: the desktop counts on it.
-    if (counter % kCallsPerDocument == 0) {
-      status = batch.Send(stream);
-      RETURN_IF_FAILED(status);
-    }
-  }
+    *more = read != S_FALSE;
+    if (Failed(read) || !*more) return read;
+    RETURN_IF_FAILED(document.Open());
+    return AddCallToXML(document.document(), document.root(), *entry.get());
+  });
 }
 
 }  // namespace

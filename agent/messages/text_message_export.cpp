@@ -92,7 +92,10 @@ HRESULT FindSmsStore(IMAPISession* session, IMsgStore** store) {
   }
 }
 
-HRESULT ExportTextMessages(CorvaneStream* stream) {
+namespace {
+
+// Ends the download before it logs off.
+HRESULT ExportInSession(CorvaneStream* stream) {
   const MapiLogon logon;
   HRESULT status = logon.status();
   ComPtr<IMsgStore> store;
@@ -102,8 +105,13 @@ HRESULT ExportTextMessages(CorvaneStream* stream) {
     status = E_NOTIMPL;
   }
   if (Succeeded(status)) status = ProcessTopFolders(store.get(), stream);
-  static_cast<void>(EndDownload(stream, status));
-  store.reset();
+  return EndDownload(stream, status);
+}
+
+}  // namespace
+
+HRESULT ExportTextMessages(CorvaneStream* stream) {
+  const HRESULT status = ExportInSession(stream);
   LOG(u"Exit ProcessSMSFolder");
   return status;
 }

@@ -14,9 +14,9 @@ using namespace ce;
 
 namespace {
 
-HRESULT AddItem(IPOutlookApp* app, const RecordKind* kind, LONG oid, RecordDocument* batch) {
-  if (!batch->isOpen()) {
-    const HRESULT opened = batch->Open();
+HRESULT AddItem(IPOutlookApp* app, const RecordKind* kind, LONG oid, RecordDocument& document) {
+  if (!document.isOpen()) {
+    const HRESULT opened = document.Open();
     LOG(u"After CreateXMLObjects hr = %ld", opened);
     RETURN_IF_FAILED(opened);
   }
@@ -28,28 +28,30 @@ HRESULT AddItem(IPOutlookApp* app, const RecordKind* kind, LONG oid, RecordDocum
   if (!kind) return E_INVALIDARG;
   const ComPtr<IUnknown> item = ItemOfKind(found.get(), *kind);
   if (!item) return kWrongItemKind;
-  status = kind->exportItem(batch->document(), batch->root(), item.get());
+  status = kind->exportItem(document.document(), document.root(), item.get());
   LOG(kind->specificTrace, status);
   return status;
 }
 
-HRESULT AddItemOrError(IPOutlookApp* app, const RecordKind* kind, LONG oid, RecordDocument* batch) {
-  const HRESULT status = AddItem(app, kind, oid, batch);
+HRESULT AddItemOrError(IPOutlookApp* app, const RecordKind* kind, LONG oid,
+                       RecordDocument& document) {
+  const HRESULT status = AddItem(app, kind, oid, document);
   // Without a document there is no place for an error record: the failure ends the download.
-  if (Succeeded(status) || !batch->isOpen()) return status;
-  return AddErrorToXML(batch->document(), batch->root(), oid, status);
+  if (Succeeded(status) || !document.isOpen()) return status;
+  return AddErrorToXML(document.document(), document.root(), oid, status);
 }
 
 HRESULT SendItems(IPOutlookApp* app, const BYTE* input, DWORD words, CorvaneStream* stream) {
   const RecordKind* const kind = FindRecordKind(InputWord(input));
-  RecordDocument batch;
-  for (DWORD index = 0; index + 1 < words; ++index) {
-    const LONG oid = static_cast<LONG>(InputWord(input + sizeof(DWORD) * (index + 1)));
-    RETURN_IF_FAILED(AddItemOrError(app, kind, oid, &batch));
-    // Counted from 0, so the first record travels alone: the desktop counts on it.
-    if (index % kRecordsPerDocument == 0) RETURN_IF_FAILED(batch.Send(stream));
-  }
-  return batch.Send(stream);
+  // The first record travels alone: the desktop counts on it.
+  constexpr DocumentSizes kSizes{1, kRecordsPerDocument};
+  DWORD index = 0;
+  return SendRecords(stream, kSizes, [&](RecordDocument& document, bool* more) -> HRESULT {
+    *more = ++index < words;
+    if (!*more) return S_OK;
+    const LONG oid = static_cast<LONG>(InputWord(input + sizeof(DWORD) * index));
+    return AddItemOrError(app, kind, oid, document);
+  });
 }
 
 }  // namespace

@@ -13,22 +13,22 @@ using namespace ce;
 namespace {
 
 HRESULT AddItem(const FolderItems& items, INT index, const RecordKind& kind,
-                RecordDocument* batch) {
-  if (!batch->isOpen()) RETURN_IF_FAILED(batch->Open());
+                RecordDocument& document) {
+  RETURN_IF_FAILED(document.Open());
   ComPtr<IUnknown> item;
   RETURN_IF_FAILED(items.Item(index, &item));
-  const HRESULT status = kind.exportItem(batch->document(), batch->root(), item.get());
+  const HRESULT status = kind.exportItem(document.document(), document.root(), item.get());
   LOG(kind.allTrace, status);
   return status;
 }
 
 HRESULT SendItems(const FolderItems& items, const RecordKind& kind, CorvaneStream* stream) {
-  RecordDocument batch;
-  for (INT index = 1; index <= items.count(); ++index) {
-    RETURN_IF_FAILED(AddItem(items, index, kind, &batch));
-    if (index % kRecordsPerDocument == 0) RETURN_IF_FAILED(batch.Send(stream));
-  }
-  return batch.Send(stream);
+  constexpr DocumentSizes kSizes{kRecordsPerDocument, kRecordsPerDocument};
+  INT index = 0;
+  return SendRecords(stream, kSizes, [&](RecordDocument& document, bool* more) -> HRESULT {
+    *more = index++ < items.count();
+    return *more ? AddItem(items, index, kind, document) : S_OK;
+  });
 }
 
 }  // namespace

@@ -1,11 +1,15 @@
 #include "agent/pim_import/exceptions_from_xml.h"
 
+#include <array>
+#include <string_view>
+
 #include "agent/log/log.h"
 #include "agent/pim_import/appointment_from_xml.h"
 #include "agent/pim_import/child_nodes.h"
 #include "agent/pim_import/date_values.h"
 #include "agent/pim_import/field_values.h"
 #include "agent/pim_import/record_status.h"
+#include "agent/pim_import/scan.h"
 #include "agent/vocabulary/recurrence_words.h"
 
 namespace corvane {
@@ -18,10 +22,36 @@ HRESULT ToSystemTime(DATE date, SYSTEMTIME* time) {
   return VariantTimeToSystemTime(date, time) ? S_OK : E_UNEXPECTED;
 }
 
-// A text that is missing is no date.
-HRESULT ReadOwnText(IXMLDOMNode* exception, VARIANT* text) {
-  const HRESULT status = GetNodeText(exception, text);
-  return status == E_FAIL ? S_OK : status;
+// The text of a date, whose parts may stand in several nodes. Of the blanks that may surround its
+// numbers one is as good as many, so this is room enough.
+class DateText {
+ public:
+  void Append(std::u16string_view part) {
+    for (const WCHAR character : part) {
+      const bool blank = kBlanks.find(character) != kBlanks.npos;
+      if (blank && afterBlank_) continue;
+      if (length_ == text_.size()) return;
+      text_[length_++] = character;
+      afterBlank_ = blank;
+    }
+  }
+  std::u16string_view view() const { return {text_.data(), length_}; }
+
+ private:
+  std::array<WCHAR, 16> text_{};
+  std::size_t length_ = 0;
+  bool afterBlank_ = false;
+};
+
+HRESULT ReadOwnText(IXMLDOMNode* exception, DateText* text) {
+  const HRESULT status = ForEachChild(exception, [&](IXMLDOMNode* child, const Bstr& name) {
+    if (name.view() != u"#text" && name.view() != u"#cdata-section") return S_OK;
+    Variant part;
+    RETURN_UNLESS_OK(child->get_nodeValue(part.put()));
+    text->Append(part.text());
+    return S_OK;
+  });
+  return status == S_FALSE ? S_OK : status;
 }
 
 // The occurrence of a day at the time of day of `start`; null when there is none.
@@ -43,14 +73,14 @@ HRESULT FindOccurrence(IRecurrencePattern* pattern, const SYSTEMTIME& day, const
 }
 
 HRESULT DeleteOccurrence(IXMLDOMNode* exception, IRecurrencePattern* pattern, DATE seriesStart) {
-  Variant text;
-  RETURN_UNLESS_OK(ReadOwnText(exception, text.put()));
+  DateText text;
+  RETURN_UNLESS_OK(ReadOwnText(exception, &text));
   SYSTEMTIME start{};
   RETURN_UNLESS_OK(ToSystemTime(seriesStart, &start));
   LOG(u"startTime hr = %d, minute = %d, day = %d, month = %d", start.wHour, start.wMinute,
       start.wDay, start.wMonth);
   SYSTEMTIME day{};
-  if (!ScanDate(text.text(), &day)) return E_INVALIDARG;
+  if (!ScanDate(text.view(), &day)) return E_INVALIDARG;
   ComPtr<IAppointment> occurrence;
   RETURN_UNLESS_OK(FindOccurrence(pattern, day, start, &occurrence));
   return occurrence ? occurrence->Delete() : S_OK;

@@ -11,11 +11,10 @@ using namespace ce;
 
 namespace {
 
-template <typename Conversion>
-HRESULT ReadLong(IXMLDOMNode* attribute, Conversion convert, LONG* number) {
+HRESULT ReadLong(IXMLDOMNode* attribute, LONG* number) {
   Variant value;
   const HRESULT status = attribute->get_nodeValue(value.put());
-  if (Succeeded(status)) *number = convert(value.text());
+  if (Succeeded(status)) *number = TextToLong(value.text());
   return status;
 }
 
@@ -38,7 +37,7 @@ HRESULT ReadRecordTags(IXMLDOMNode* record, LONG* oid, LONG* deleteFlag) {
   LOG(u"getNamedItem returned %ld", status);
   const bool hasOid = Succeeded(status) && tag;
   if (hasOid) {
-    status = ReadLong(tag.get(), TextToOid, oid);
+    status = ReadLong(tag.get(), oid);
     LOG(u"get_nodeValue returned %ld", status);
     RETURN_IF_FAILED(status);
   }
@@ -48,7 +47,7 @@ HRESULT ReadRecordTags(IXMLDOMNode* record, LONG* oid, LONG* deleteFlag) {
     if (hasOid) LOG(u"Didn't find delete tag");
     return S_OK;
   }
-  if (Succeeded(ReadLong(tag.get(), TextToLong, deleteFlag))) {
+  if (Succeeded(ReadLong(tag.get(), deleteFlag))) {
     LOG(u"bDelete = %ld", *deleteFlag);
   }
   return S_OK;

@@ -16,8 +16,6 @@ using namespace ce;
 
 namespace {
 
-constexpr std::u16string_view kBlanks = u" \t\n\v\f\r";
-
 // A sum beyond every mask stays there.
 LONG SumOfDays(std::u16string_view text) {
   ULONGLONG sum = 0;

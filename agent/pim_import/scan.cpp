@@ -10,10 +10,6 @@ using namespace ce;
 
 namespace {
 
-bool IsBlank(WCHAR character) {
-  return character == u' ' || (character >= u'\t' && character <= u'\r');
-}
-
 bool IsDigit(WCHAR character) {
   return character >= u'0' && character <= u'9';
 }
@@ -23,7 +19,7 @@ bool IsSign(WCHAR character) {
 }
 
 void SkipBlanks(std::u16string_view* text) {
-  while (!text->empty() && IsBlank(text->front())) text->remove_prefix(1);
+  text->remove_prefix(std::min(text->find_first_not_of(kBlanks), text->size()));
 }
 
 // Far beyond 32 bits; digits behind this many change nothing that is asked for.
@@ -45,12 +41,6 @@ bool TakeNumber(std::u16string_view* text, LONGLONG* number) {
 // The text up to its first zero, as the C library sees it.
 std::u16string_view CText(std::u16string_view text) {
   return text.substr(0, text.find(u'\0'));
-}
-
-LONGLONG LeadingNumber(std::u16string_view text) {
-  SkipBlanks(&text);
-  LONGLONG number = 0;
-  return TakeNumber(&text, &number) ? number : 0;
 }
 
 }  // namespace
@@ -79,11 +69,10 @@ int ScanNumbers(std::u16string_view text, std::span<const ScanField> fields,
 
 LONG TextToLong(std::u16string_view text) {
   using Limits = std::numeric_limits<LONG>;
-  return static_cast<LONG>(std::clamp<LONGLONG>(LeadingNumber(text), Limits::min(), Limits::max()));
-}
-
-LONG TextToOid(std::u16string_view text) {
-  return static_cast<LONG>(LeadingNumber(text));
+  SkipBlanks(&text);
+  LONGLONG number = 0;
+  if (!TakeNumber(&text, &number)) return 0;
+  return static_cast<LONG>(std::clamp<LONGLONG>(number, Limits::min(), Limits::max()));
 }
 
 }  // namespace corvane

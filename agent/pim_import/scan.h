@@ -16,6 +16,8 @@ struct ScanField {
 
 inline constexpr int kScanEndOfText = -1;
 
+inline constexpr std::u16string_view kBlanks = u" \t\n\v\f\r";
+
 // Reads numbers as swscanf does: blanks before a number are skipped and count towards nothing, a
 // sign counts towards the width, a literal must match at once. Answers how many numbers were read;
 // kScanEndOfText when the text ends before the first. `numbers` holds one place a field.
@@ -25,9 +27,5 @@ int ScanNumbers(std::u16string_view text, std::span<const ScanField> fields,
 // As wcstol with base 10: blanks, a sign, digits, the rest ignored; 0 without digits; a number
 // beyond 32 bits gives the nearest one.
 ce::LONG TextToLong(std::u16string_view text);
-
-// The same, except that a number beyond 32 bits wraps: an identifier is the same in signed and in
-// unsigned decimal.
-ce::LONG TextToOid(std::u16string_view text);
 
 }  // namespace corvane

@@ -18,12 +18,13 @@ namespace {
 
 constexpr LONGLONG kSecondsPerMinute = 60;
 
-// The present pattern stays when there is none to be set, or it cannot be had.
+// The present pattern stays when there is none to be set, or it cannot be had. The element comes
+// first: a task that is asked for its pattern has become a series.
 HRESULT SetPattern(IXMLDOMNode* record, ITask* task, const WCHAR* element) {
-  ComPtr<IRecurrencePattern> pattern;
-  if (task->GetRecurrencePattern(pattern.put()) != S_OK) return S_OK;
   ComPtr<IXMLDOMNode> recurrence;
   if (FindChildElement(record, element, recurrence.put()) != S_OK) return S_OK;
+  ComPtr<IRecurrencePattern> pattern;
+  if (task->GetRecurrencePattern(pattern.put()) != S_OK) return S_OK;
   return ParseXMLRecurrence(recurrence.get(), pattern.get());
 }
 

@@ -11,6 +11,7 @@ namespace corvane {
 using namespace ce;
 
 HRESULT RecordDocument::Open() {
+  if (isOpen()) return S_OK;
   RETURN_IF_FAILED(CreateXMLObjects(document_.put(), root_.put()));
   // Memory that ran out shows as a positive code.
   return isOpen() ? S_OK : E_OUTOFMEMORY;

@@ -1,16 +1,18 @@
-// The document that a download is filling at the moment, and the download's end.
+// Records in documents on the wire, and a download's end.
 #pragma once
 
 #include "platform/com_ptr.h"
+#include "platform/status.h"
 #include "platform/xml_dom.h"
 
 namespace corvane {
 
 class CorvaneStream;
 
+// The document that a download is filling at the moment.
 class RecordDocument {
  public:
-  // Begins a document; one must not be open.
+  // Begins a document unless one is open.
   [[nodiscard]] ce::HRESULT Open();
   bool isOpen() const { return static_cast<bool>(root_); }
   ce::IXMLDOMDocument* document() const { return document_.get(); }
@@ -22,6 +24,32 @@ class RecordDocument {
   ce::ComPtr<ce::IXMLDOMDocument> document_;
   ce::ComPtr<ce::IXMLDOMElement> root_;
 };
+
+// How many records travel in the first document of a download, and in each behind it.
+struct DocumentSizes {
+  ce::DWORD first;
+  ce::DWORD others;
+};
+
+// Calls `addNext(document, &more)`, which adds a record to the document that it opens, until it
+// fails or sets `more` to false; sends each document that is full, and what is left at the end. A
+// failure leaves the unfinished document unsent. The status of the last step: that of the last
+// document, positive when the connection was lost.
+template <typename AddNext>
+[[nodiscard]] ce::HRESULT SendRecords(CorvaneStream* stream, DocumentSizes sizes, AddNext addNext) {
+  RecordDocument document;
+  ce::HRESULT sent = ce::S_OK;
+  for (ce::DWORD left = sizes.first;; --left) {
+    if (left == 0) {
+      sent = document.Send(stream);
+      RETURN_IF_FAILED(sent);
+      left = sizes.others;
+    }
+    bool more = true;
+    RETURN_IF_FAILED(addNext(document, &more));
+    if (!more) return document.isOpen() ? document.Send(stream) : sent;
+  }
+}
 
 // The end of every download: a zero where a further document's length would stand, the status, and
 // the connection is closed. Answers the status. `stream` may be null.

@@ -1,29 +1,43 @@
 #include "handheld/base/fault.h"
 
+#include <algorithm>
 #include <atomic>
 #include <utility>
 
 namespace ce::host {
 namespace {
 
+constexpr std::uint64_t kNoEnd = ~std::uint64_t{0};
+
 std::atomic<FaultPlan*> g_plan{nullptr};
 
 }  // namespace
 
 FaultPlan FaultPlan::FailNth(std::uint64_t n, DWORD error) {
-  return {{}, n, error, false};
+  return FaultPlan({.first = n, .last = n, .error = error});
+}
+
+FaultPlan FaultPlan::FailFromNth(std::uint64_t n, DWORD error) {
+  return FaultPlan({.first = n, .last = kNoEnd, .error = error});
 }
 
 FaultPlan FaultPlan::FailCalls(std::string call, DWORD error) {
-  return {std::move(call), 0, error, true};
+  return FaultPlan({.call = std::move(call), .first = 1, .last = kNoEnd, .error = error});
 }
 
 FaultPlan FaultPlan::FailNthCall(std::string call, std::uint64_t n, DWORD error) {
-  return {std::move(call), n, error, false};
+  return FaultPlan({.call = std::move(call), .first = n, .last = n, .error = error});
 }
 
-FaultPlan::FaultPlan(std::string call, std::uint64_t n, DWORD error, bool every)
-    : call_(std::move(call)), n_(n), error_(error), every_(every) {
+FaultPlan FaultPlan::GiveFewer(std::string call, DWORD bytes) {
+  return FaultPlan({.call = std::move(call), .mostBytes = bytes});
+}
+
+FaultPlan FaultPlan::CountOnly(std::string call) {
+  return FaultPlan({.call = std::move(call), .keepsNames = true});
+}
+
+FaultPlan::FaultPlan(Rule rule) : rule_(std::move(rule)) {
   g_plan = this;
 }
 
@@ -45,18 +59,29 @@ std::string FaultPlan::firedCall() const {
   return fired_;
 }
 
+std::vector<std::string> FaultPlan::names() const {
+  const std::lock_guard guard(lock_);
+  return names_;
+}
+
 DWORD FaultPlan::Decide(std::string_view call) {
-  if (!call_.empty() && call != call_) return 0;
+  if (!rule_.call.empty() && call != rule_.call) return 0;
   const std::lock_guard guard(lock_);
   ++calls_;
-  if (!every_ && calls_ != n_) return 0;
+  if (rule_.keepsNames) names_.emplace_back(call);
+  if (calls_ < rule_.first || calls_ > rule_.last) return 0;
   fired_ = call;
-  return error_;
+  return rule_.error;
 }
 
 DWORD FaultFor(const char* call) {
   FaultPlan* plan = g_plan.load(std::memory_order_acquire);
   return plan ? plan->Decide(call) : 0;
+}
+
+DWORD FaultBytes(const char* call, DWORD bytes) {
+  const FaultPlan* plan = g_plan.load(std::memory_order_acquire);
+  return plan && plan->rule_.call == call ? std::min(bytes, plan->rule_.mostBytes) : bytes;
 }
 
 HRESULT FaultStatus(const char* call) {

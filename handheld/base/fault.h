@@ -8,6 +8,7 @@
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/types.h"
 
@@ -21,6 +22,9 @@ namespace ce::host {
 // back as 0x8007xxxx.
 [[nodiscard]] HRESULT FaultStatus(const char* call);
 
+// How many of `bytes` this call may move: fewer than asked when a plan says so.
+[[nodiscard]] DWORD FaultBytes(const char* call, DWORD bytes);
+
 // The faults that are in force while this object lives. One at a time in the process; counts calls
 // of all threads.
 class FaultPlan {
@@ -30,11 +34,16 @@ class FaultPlan {
 
   // Fails the n-th call (1-based) that any thread makes, and no other.
   static FaultPlan FailNth(std::uint64_t n, DWORD error);
+  // Fails the n-th call and all behind it.
+  static FaultPlan FailFromNth(std::uint64_t n, DWORD error);
   // Fails every call of this name.
   static FaultPlan FailCalls(std::string call, DWORD error);
   // Fails the n-th call of this name, and no other.
   static FaultPlan FailNthCall(std::string call, std::uint64_t n, DWORD error);
-  static FaultPlan CountOnly() { return FailNth(kNever, 0); }
+  // Fails no call. Every call of this name moves this many bytes at most, and succeeds.
+  static FaultPlan GiveFewer(std::string call, DWORD bytes);
+  // Fails nothing: counts the calls, of this name when one is given, and keeps their names.
+  static FaultPlan CountOnly(std::string call = {});
 
   FaultPlan(const FaultPlan&) = delete;
   FaultPlan& operator=(const FaultPlan&) = delete;
@@ -42,20 +51,30 @@ class FaultPlan {
 
   std::uint64_t calls() const;  // counted so far: of the name when one is given, else all
   bool fired() const;
-  std::string firedCall() const;  // the name of the call that failed last, empty for none
+  std::string firedCall() const;           // the name of the call that failed last, empty for none
+  std::vector<std::string> names() const;  // of all calls, in order; CountOnly alone keeps them
 
  private:
-  FaultPlan(std::string call, std::uint64_t n, DWORD error, bool every);
+  struct Rule {
+    std::string call = {};  // empty for any
+    // The first and the last call that fail.
+    std::uint64_t first = 0;
+    std::uint64_t last = 0;
+    DWORD error = 0;
+    DWORD mostBytes = ~DWORD{0};
+    bool keepsNames = false;
+  };
+
+  explicit FaultPlan(Rule rule);
   friend DWORD FaultFor(const char* call);
+  friend DWORD FaultBytes(const char* call, DWORD bytes);
   DWORD Decide(std::string_view call);
 
-  const std::string call_;
-  const std::uint64_t n_;
-  const DWORD error_;
-  const bool every_;
+  const Rule rule_;
   mutable std::mutex lock_;
   std::uint64_t calls_ = 0;
   std::string fired_;
+  std::vector<std::string> names_;
 };
 
 }  // namespace ce::host

@@ -21,6 +21,7 @@ namespace {
 
 using host::DevicePath;
 using host::ErrorFromErrno;
+using host::FaultBytes;
 using host::GuardedBool;
 using host::GuardedCode;
 using host::UniqueFd;
@@ -185,8 +186,9 @@ BOOL ReadFile(HANDLE file, void* buffer, DWORD bytes, DWORD* read, void*) {
     std::shared_ptr<OpenFile> open;
     if (const DWORD error = FindFile(file, open)) return error;
     if (!read || (!buffer && bytes != 0)) return ERROR_INVALID_PARAMETER;
-    while (*read < bytes) {
-      const ssize_t got = ::read(open->fd.get(), static_cast<BYTE*>(buffer) + *read, bytes - *read);
+    const DWORD most = FaultBytes("ReadFile", bytes);
+    while (*read < most) {
+      const ssize_t got = ::read(open->fd.get(), static_cast<BYTE*>(buffer) + *read, most - *read);
       if (got < 0 && errno == EINTR) continue;
       if (got < 0) return ErrorFromErrno(errno, ERROR_READ_FAULT);
       if (got == 0) break;
@@ -202,9 +204,10 @@ BOOL WriteFile(HANDLE file, const void* buffer, DWORD bytes, DWORD* written, voi
     std::shared_ptr<OpenFile> open;
     if (const DWORD error = FindFile(file, open)) return error;
     if (!written || (!buffer && bytes != 0)) return ERROR_INVALID_PARAMETER;
-    while (*written < bytes) {
+    const DWORD most = FaultBytes("WriteFile", bytes);
+    while (*written < most) {
       const ssize_t put =
-          ::write(open->fd.get(), static_cast<const BYTE*>(buffer) + *written, bytes - *written);
+          ::write(open->fd.get(), static_cast<const BYTE*>(buffer) + *written, most - *written);
       if (put < 0 && errno == EINTR) continue;
       if (put < 0) return ErrorFromErrno(errno, ERROR_WRITE_FAULT);
       *written += static_cast<DWORD>(put);

@@ -1,15 +1,19 @@
-#include "platform/memory.h"
+#include "handheld/system/memory.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
 
 #include "handheld/base/fault.h"
 #include "handheld/directory/handheld.h"
+#include "platform/memory.h"
 #include "platform/status.h"
 
 namespace ce {
 namespace {
+
+std::atomic<std::int64_t> g_blocks{0};
 
 // Stands before each block; as large as the strictest alignment, so that the block keeps it.
 struct alignas(std::max_align_t) Header {
@@ -48,6 +52,7 @@ void* LocalAlloc(UINT flags, std::size_t bytes) {
   const std::size_t size = sizeof(Header) + bytes;
   void* memory = flags & LMEM_ZEROINIT ? std::calloc(1, size) : std::malloc(size);
   if (!memory) return Fail(ERROR_NOT_ENOUGH_MEMORY);
+  g_blocks.fetch_add(1, std::memory_order_relaxed);
   return BlockOf(static_cast<Header*>(memory), bytes);
 }
 
@@ -67,8 +72,14 @@ void* LocalReAlloc(void* block, std::size_t bytes, UINT flags) {
 
 // Not a fault point: nothing that frees can do without.
 void* LocalFree(void* block) {
-  if (block) std::free(HeaderOf(block));
+  if (!block) return nullptr;
+  g_blocks.fetch_sub(1, std::memory_order_relaxed);
+  std::free(HeaderOf(block));
   return nullptr;
+}
+
+std::int64_t host::LiveLocalBlocks() {
+  return g_blocks.load(std::memory_order_relaxed);
 }
 
 }  // namespace ce

@@ -316,13 +316,17 @@ TEST_F(ConvertFromFileRequest, FailsTheSameWayEverAfterWhenTheLibraryCannotBeLoa
   EXPECT_EQ(From(kText, u"note.txt").status, kNotImplemented);
 }
 
-TEST_F(InkRequest, ReadTheLogSettings) {
-  handheld_.SetAgentValue(u"Logging", 1);
-  EXPECT_EQ(Run(CVCeConvertFromFile, "").status, kInvalidArgument);
-  EXPECT_TRUE(LoggingIsOn());
-  ResetLogSettings();
-  EXPECT_EQ(Run(CVCeConvertToFile, "").status, kInvalidArgument);
-  EXPECT_TRUE(LoggingIsOn());
+TEST_F(InkRequest, TellsOfFewerBytesThanTheFileHasOrTakes) {
+  MakeFile("note.txt", "Milk");
+  {
+    const auto plan = FaultPlan::GiveFewer("ReadFile", 3);
+    const InkOutcome outcome = From(kText, u"note.txt");
+    EXPECT_EQ(outcome.status, static_cast<ce::HRESULT>(0x800A0039));
+    EXPECT_FALSE(outcome.hasOutput);
+  }
+  const auto plan = FaultPlan::GiveFewer("WriteFile", 2);
+  EXPECT_EQ(To(kText, u"note.txt", "Milk").status, static_cast<ce::HRESULT>(0x800A0039));
+  EXPECT_EQ(handheld_.FileContent("note.txt"), "Mi");
 }
 
 TEST_F(HasRichInkRequest, AnswersWhetherTheLibraryIsThere) {

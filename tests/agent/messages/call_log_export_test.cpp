@@ -2,6 +2,7 @@
 
 #include "handheld/base/fault.h"
 #include "handheld/store/store_error.h"
+#include "handheld/system/memory.h"
 #include "tests/agent/messages/call_log_support.h"
 
 namespace corvane::testing {
@@ -112,6 +113,23 @@ TEST_F(CallLogExport, AnswersTheLastFlushOnABrokenConnection) {
   filler_->AddMany(1);
   const auto plan = FaultPlan::FailCalls("send", WSAECONNRESET);
   EXPECT_EQ(Export().returned, static_cast<HRESULT>(WSAECONNRESET));
+}
+
+TEST_F(CallLogExport, ClosesTheLogAndFreesWhatItHandsOut) {
+  StoredCall call = CallWithNote(u"\\missing.txt");
+  call.name = u"Ada";
+  filler_->Add(call);
+  const std::int64_t blocks = host::LiveLocalBlocks();
+  for (const char* failing : {"IXMLDOMNode::appendChild", "PhoneSeekCallLog", "none"}) {
+    {
+      const auto plan = FaultPlan::FailCalls(failing, ERROR_READ_FAULT);
+      Export();
+    }
+    EXPECT_EQ(host::LiveLocalBlocks(), blocks) << failing;
+  }
+  const auto plan = FaultPlan::CountOnly("PhoneCloseCallLog");
+  Export();
+  EXPECT_EQ(plan.calls(), 1u);
 }
 
 TEST_F(CallLogExport, RunsWithoutAStream) {

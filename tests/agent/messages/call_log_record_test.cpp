@@ -117,6 +117,13 @@ TEST_F(CallRecord, WritesTheTimeZeroOfFileTime) {
   EXPECT_THAT(ExportedCall(), HasSubstr("<Start>16010101T000000</Start>"));
 }
 
+TEST_F(CallRecord, WritesAYearOfFiveDigitsAsThePictureGivesIt) {
+  StoredCall call = SampleCall();
+  call.endTime = 2'650'467'744'000'000'000;  // the first moment of 10000
+  filler_->Add(call);
+  EXPECT_THAT(ExportedCall(), HasSubstr("<End>100000101T000000</End>"));
+}
+
 TEST_F(CallRecord, LeavesOutATimeThatNoCalendarHas) {
   StoredCall call = SampleCall();
   call.endTime = -1;

@@ -253,6 +253,34 @@ TEST_F(TextMessageExport, LogsItsSteps) {
                   "Exit ProcessSMSFolder"));
 }
 
+TEST_F(TextMessageExport, LogsOffBeforeItsLastLine) {
+  SwitchLogOn();
+  const auto plan = FaultPlan::CountOnly();
+  Export();
+  const std::vector<std::string> calls = plan.names();
+  const auto logoff = std::ranges::find(calls, "IMAPISession::Logoff");
+  ASSERT_NE(logoff, calls.end());
+  EXPECT_EQ(std::ranges::count(logoff, calls.end(), "WriteFile"), 1) << "the last line";
+  EXPECT_EQ(std::ranges::count(calls, "IMAPISession::Logoff"), 1);
+  ComPtr<IMAPISession> session;
+  EXPECT_EQ(MAPILogonEx(0, nullptr, nullptr, 0, session.put()), MAPI_E_NOT_INITIALIZED);
+}
+
+TEST_F(TextMessageExport, SetsTheColumnsBeforeEveryRowOfATableOfNames) {
+  filler_->Add(u"/Inbox", TextMessage(u"x"));
+  const auto plan = FaultPlan::CountOnly();
+  Export();
+  std::string calls;
+  for (const std::string& call : plan.names()) {
+    if (call == "IMAPITable::SetColumns") calls += "c";
+    if (call == "IMAPITable::QueryRows") calls += "q";
+    if (call.ends_with("Table")) calls += " ";
+  }
+  // The stores, the top folders, and of the first the messages, the recipients, more messages and
+  // the subfolders; of the other top folders messages and subfolders, of which there are none.
+  EXPECT_EQ(calls, "cq cq q q");
+}
+
 TEST_F(TextMessageExport, WritesNoLineWhileTheLogIsOff) {
   filler_->Add(u"/Inbox", TextMessage(u"x"));
   Export();

@@ -56,6 +56,20 @@ TEST_F(CalendarRequests, SendAStoredSeriesWithItsExceptions) {
   EXPECT_TRUE(EqualsGolden("appointment_series.xml", answer.documents[0]));
 }
 
+// The zone as it is when a request comes, not as one before has seen it.
+TEST_F(CalendarRequests, SendTimesByTheZoneOfTheMoment) {
+  const LONG oid = appointments().Add(
+      [](IAppointment& item) { EXPECT_EQ(item.put_Start(DateOf(2008, 2, 15, 12)), S_OK); });
+  for (const auto& [zone, start] :
+       {std::pair("UTC", "20080215T120000"), std::pair("America/New_York", "20080215T170000")}) {
+    handheld_.SetZone(zone);
+    EXPECT_THAT(All(kAppointments).documents, ElementsAre(HasSubstr(start)));
+    handheld_.SetZone("Asia/Tokyo");
+    EXPECT_THAT(Specific(kAppointments, {oid}).documents,
+                ElementsAre(HasSubstr("20080215T030000")));
+  }
+}
+
 TEST_F(CalendarRequests, SendAStoredRecurringTask) {
   UseZone("Europe/Berlin");
   tasks().Add([](ITask& item) {

@@ -155,6 +155,20 @@ TEST_F(DownloadAll, AttemptsTheTrailerAlsoOnABrokenConnection) {
   EXPECT_GE(answer.status, 0) << "a broken connection is no failure by its sign";
 }
 
+TEST_F(DownloadAll, AnswersTheLastDocumentOnABrokenConnection) {
+  for (const int more : {1, 4, 5}) {  // 1, 5 and 10 records
+    AddContacts(more);
+    const auto plan = FaultPlan::FailCalls("send", WSAECONNRESET);
+    EXPECT_EQ(Run(1).returned, static_cast<HRESULT>(WSAECONNRESET)) << more;
+  }
+}
+
+TEST_F(DownloadAll, LogsOffInTheEnd) {
+  const auto plan = FaultPlan::CountOnly("IPOutlookApp::Logoff");
+  Run(1);
+  EXPECT_EQ(plan.calls(), 1u);
+}
+
 TEST_F(DownloadAll, SeesOneSnapshotOfTheFolder) {
   AddContacts(2);
   const DownloadAnswer before = Run(1);

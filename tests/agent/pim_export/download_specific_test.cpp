@@ -155,6 +155,21 @@ TEST_F(DownloadSpecific, EndsWithoutADocumentForTheError) {
   EXPECT_EQ(answer.status, E_FAIL);
 }
 
+TEST_F(DownloadSpecific, AnswersTheLastDocumentOnABrokenConnection) {
+  std::vector<LONG> oids = AddContacts(6);
+  for (const std::size_t count : {6u, 5u, 1u}) {
+    oids.resize(count);
+    const auto plan = FaultPlan::FailCalls("send", WSAECONNRESET);
+    EXPECT_EQ(Run(1, oids).returned, static_cast<HRESULT>(WSAECONNRESET)) << count;
+  }
+}
+
+TEST_F(DownloadSpecific, LogsOffInTheEnd) {
+  const auto plan = FaultPlan::CountOnly("IPOutlookApp::Logoff");
+  Run(1, {1});
+  EXPECT_EQ(plan.calls(), 1u);
+}
+
 TEST_F(DownloadSpecific, TakesAsManyIdentifiersAsAnInputHolds) {
   const LONG oid = AddContacts(1)[0];
   const DownloadAnswer answer = Run(1, std::vector<LONG>(255, oid));

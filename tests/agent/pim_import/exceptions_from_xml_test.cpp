@@ -48,6 +48,15 @@ TEST_F(ExceptionsFromXml, DeletesTheOccurrenceAtTheStartsTimeOfDay) {
               ElementsAre("GetOccurrence 2008-03-01 10:30:05", "Delete"));
 }
 
+TEST_F(ExceptionsFromXml, DeletesByTheWholeTextOfTheElement) {
+  for (const char* date :
+       {"2008<!-- c -->0301", "<![CDATA[2008]]>03<![CDATA[01]]>", "<b/>20080301",
+        "\n<!---->  2008\n <!---->   03 01", "20080301T000000<!---->000000000"}) {
+    EXPECT_THAT(Parsed(Deleted(date)), ElementsAre("GetOccurrence 2008-03-01 10:30:05", "Delete"))
+        << date;
+  }
+}
+
 TEST_F(ExceptionsFromXml, ChangesTheOccurrenceWithTheFieldsOfAnOccurrence) {
   EXPECT_THAT(
       Parsed(Changed("20080301T000000",

@@ -44,6 +44,7 @@ TEST_F(RecordTags, AreDecimalNumbers) {
   EXPECT_EQ(Read("Oid='-16' Delete='1'"), (Tags{S_OK, -16, 1}));
   EXPECT_EQ(Read("Delete='2' Oid='12abc'"), (Tags{S_OK, 12, 2}));
   EXPECT_EQ(Read("Oid='0x1F' Delete='TRUE'"), (Tags{S_OK, 0, 0}));
+  EXPECT_EQ(Read("Oid='4294967298' Delete='4294967296'"), (Tags{S_OK, 2147483647, 2147483647}));
 }
 
 TEST_F(RecordTags, DeletionIsSeenWithoutAnIdentifier) {

@@ -120,12 +120,5 @@ TEST(TextToLong, StaysWithinItsBounds) {
   EXPECT_EQ(TextToLong(std::u16string(100'000, u'0') + u"7"), 7);
 }
 
-TEST(TextToOid, WrapsSoThatUnsignedIdentifiersAreTheSame) {
-  EXPECT_EQ(TextToOid(u"4294967280"), -16);
-  EXPECT_EQ(TextToOid(u"2147483648"), -2147483647 - 1);
-  EXPECT_EQ(TextToOid(u"-16"), -16);
-  EXPECT_EQ(TextToOid(u" 12abc"), 12);
-}
-
 }  // namespace
 }  // namespace corvane::testing

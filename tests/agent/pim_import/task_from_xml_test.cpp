@@ -229,12 +229,12 @@ TEST_F(TaskSeries, StaysWhenTheRecurrenceIsMissing) {
   EXPECT_EQ(ValueOf(*pattern.get(), &IRecurrencePattern::get_Interval), 5);
 }
 
-TEST_F(TaskSeries, IsWeeklyForANewTaskWithoutARecurrence) {
-  const LONG oid =
-      UploadTask(Element("DUE_DATE", "20080301") + Element("IS_RECURRING", "TRUE")).oid;
-  const auto pattern = PatternOf(*tasks().Get(oid).get());
-  EXPECT_EQ(ValueOf(*pattern.get(), &IRecurrencePattern::get_RecurrenceType), olRecursWeekly);
-  EXPECT_EQ(ValueOf(*pattern.get(), &IRecurrencePattern::get_DayOfWeekMask), 64) << "Saturday";
+TEST_F(TaskSeries, IsNotMadeOfATaskWithoutARecurrence) {
+  const std::string task = Element("DUE_DATE", "20080301") + Element("IS_RECURRING", "TRUE");
+  const LONG oid = UploadTask(task).oid;
+  EXPECT_EQ(ValueOf(*tasks().Get(oid).get(), &ITask::get_IsRecurring), VARIANT_FALSE);
+  EXPECT_EQ(UploadTask(task, OidTag(oid)), (RecordReply{oid, S_OK}));
+  EXPECT_EQ(ValueOf(*tasks().Get(oid).get(), &ITask::get_IsRecurring), VARIANT_FALSE);
 }
 
 TEST_F(TaskSeries, StaysWhenThePatternCannotBeHad) {

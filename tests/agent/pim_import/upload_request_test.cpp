@@ -145,6 +145,13 @@ TEST_F(RecordDecision, DeletesNothingForAnUnknownIdentifier) {
   EXPECT_THAT(store_->Oids(), ElementsAre(oid));
 }
 
+TEST_F(RecordDecision, TakesAnIdentifierBeyond32BitsForNoOtherItem) {
+  const std::vector<LONG> oids{store_->AddNamed(u"one"), store_->AddNamed(u"two")};
+  ASSERT_THAT(oids, ElementsAre(1, 2));
+  EXPECT_EQ(UploadContact("", "Oid='4294967298' Delete='1'"), (RecordReply{2147483647, S_OK}));
+  EXPECT_EQ(store_->Oids(), oids);
+}
+
 TEST_F(RecordDecision, NeitherDeletesNorAddsWithoutAnIdentifier) {
   const LONG oid = store_->AddNamed(u"one");
   EXPECT_EQ(UploadContact("<FIRST_NAME>x</FIRST_NAME>", "Delete='1'"), (RecordReply{0, S_OK}));
@@ -242,6 +249,12 @@ TEST_F(UploadRequest, EndsWhenTheTreeCannotBeWalked) {
     EXPECT_THAT(answer.replies, IsEmpty()) << call;
     EXPECT_LT(answer.status, 0) << call;
   }
+}
+
+TEST_F(UploadRequest, LogsOffInTheEnd) {
+  const auto plan = FaultPlan::CountOnly("IPOutlookApp::Logoff");
+  Upload({RootOf("")});
+  EXPECT_EQ(plan.calls(), 1u);
 }
 
 TEST_F(UploadRequest, LogsItsSteps) {
