@@ -1,5 +1,3 @@
-#include "agent/core/request_table.h"
-
 #include "agent/device/ink_requests.h"
 #include "agent/device/storage_requests.h"
 #include "agent/device/system_requests.h"
@@ -8,6 +6,7 @@
 #include "agent/pim_export/delete_request.h"
 #include "agent/pim_export/download_requests.h"
 #include "agent/pim_import/upload_request.h"
+#include "agent/request_handler.h"
 #include "agent/time/time_requests.h"
 
 namespace corvane {

@@ -1,4 +1,4 @@
-// Threads, interlocked counting, critical sections and thread-local slots.
+// Threads, interlocked counting and thread-local slots.
 #pragma once
 
 #include <atomic>
@@ -24,15 +24,6 @@ inline LONG InterlockedIncrement(std::atomic<LONG>* value) {
 inline LONG InterlockedDecrement(std::atomic<LONG>* value) {
   return --*value;
 }
-
-// Opaque; recursive.
-struct CRITICAL_SECTION {
-  void* implementation = nullptr;
-};
-void InitializeCriticalSection(CRITICAL_SECTION* section);
-void EnterCriticalSection(CRITICAL_SECTION* section);
-void LeaveCriticalSection(CRITICAL_SECTION* section);
-void DeleteCriticalSection(CRITICAL_SECTION* section);
 
 inline constexpr DWORD TLS_OUT_OF_INDEXES = 0xFFFFFFFF;
 // A slot holds one pointer-sized value per thread, null at first.

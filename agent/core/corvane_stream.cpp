@@ -49,4 +49,23 @@ void CorvaneStream::Release() {
   socket_ = 0;
 }
 
+ce::HRESULT WriteBlock(CorvaneStream* stream, const void* block, ce::DWORD bytes) {
+  const ce::BYTE* next = static_cast<const ce::BYTE*>(block);
+  ce::HRESULT status = ce::S_OK;
+  while (bytes > 0) {
+    ce::DWORD written = 0;
+    status = stream->Write(next, bytes, &written);
+    if (status != ce::S_OK || written == 0 || written > bytes) break;
+    next += written;
+    bytes -= written;
+  }
+  return status;
+}
+
+ce::HRESULT WriteWord(CorvaneStream* stream, ce::DWORD word) {
+  const ce::BYTE bytes[4] = {static_cast<ce::BYTE>(word), static_cast<ce::BYTE>(word >> 8),
+                             static_cast<ce::BYTE>(word >> 16), static_cast<ce::BYTE>(word >> 24)};
+  return WriteBlock(stream, bytes, sizeof(bytes));
+}
+
 }  // namespace corvane

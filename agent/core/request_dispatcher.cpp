@@ -6,8 +6,8 @@
 
 #include "agent/core/corvane_stream.h"
 #include "agent/core/listener.h"
-#include "agent/core/request_table.h"
 #include "agent/log/log.h"
+#include "agent/request_handler.h"
 #include "platform/memory.h"
 #include "platform/status.h"
 #include "platform/threads.h"
@@ -30,9 +30,7 @@ class ActiveRequest {
 };
 
 ce::DWORD WordAt(const RequestBody& body, std::size_t offset) {
-  ce::DWORD word;
-  std::memcpy(&word, body.data() + offset, sizeof(word));
-  return word;
+  return InputWord(body.data() + offset);
 }
 
 // What an invoke body asks for.

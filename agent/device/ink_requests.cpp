@@ -18,12 +18,6 @@ constexpr ce::DWORD kShortestFrom = 6;  // a path of one character
 constexpr ce::DWORD kShortestTo = 10;
 constexpr ce::DWORD kToHeaderBytes = 8;  // the format, the path's length
 
-ce::DWORD WordAt(const ce::BYTE* input) {
-  ce::DWORD word = 0;
-  std::memcpy(&word, input, sizeof(word));
-  return word;
-}
-
 // A path as it came, with its terminator; half a character at the end is left out.
 class Path {
  public:
@@ -68,7 +62,7 @@ ce::HRESULT CVCeConvertFromFile(ce::DWORD inputCount, const ce::BYTE* input, ce:
   if (!LoadRichInk()) return ce::E_NOTIMPL;
   Path path;
   if (!path.Copy(input + kFormatBytes, inputCount - kFormatBytes)) return ce::E_INVALIDARG;
-  return ConvertFileToBuffer(path.get(), WordAt(input), outputCount, output);
+  return ConvertFileToBuffer(path.get(), InputWord(input), outputCount, output);
 }
 
 ce::HRESULT CVCeConvertToFile(ce::DWORD inputCount, const ce::BYTE* input, ce::DWORD* outputCount,
@@ -77,7 +71,7 @@ ce::HRESULT CVCeConvertToFile(ce::DWORD inputCount, const ce::BYTE* input, ce::D
   if (stream || inputCount < kShortestTo) return ce::E_INVALIDARG;
   if (!LoadRichInk()) return ce::E_NOTIMPL;
   *outputCount = 0;
-  const ce::DWORD pathBytes = WordAt(input + kFormatBytes);
+  const ce::DWORD pathBytes = InputWord(input + kFormatBytes);
   if (pathBytes > inputCount - kToHeaderBytes) return kPathTooLong;
   Path path;
   if (!path.Copy(input + kToHeaderBytes, pathBytes)) return ce::E_INVALIDARG;
@@ -89,7 +83,7 @@ ce::HRESULT CVCeConvertToFile(ce::DWORD inputCount, const ce::BYTE* input, ce::D
   ce::DWORD convertedBytes = 0;
   ce::HRESULT status = ce::S_OK;
   if (dataBytes > 0) {
-    status = ConvertWithRichInk(input + kToHeaderBytes + pathBytes, dataBytes, WordAt(input),
+    status = ConvertWithRichInk(input + kToHeaderBytes + pathBytes, dataBytes, InputWord(input),
                                 &converted, &convertedBytes, fileFormat);
   }
   const ce::LocalPtr<ce::BYTE> owner(converted);
@@ -99,14 +93,7 @@ ce::HRESULT CVCeConvertToFile(ce::DWORD inputCount, const ce::BYTE* input, ce::D
 ce::HRESULT CVCeHasRichInk(ce::DWORD /*inputCount*/, const ce::BYTE* /*input*/,
                            ce::DWORD* outputCount, ce::BYTE** output, CorvaneStream* stream) {
   if (stream) return ce::E_INVALIDARG;
-  *outputCount = 0;
-  const ce::DWORD has = LoadRichInk() ? 1 : 0;
-  void* block = ce::LocalAlloc(ce::LMEM_ZEROINIT, sizeof(has));
-  if (!block) return ce::E_OUTOFMEMORY;
-  std::memcpy(block, &has, sizeof(has));
-  *output = static_cast<ce::BYTE*>(block);
-  *outputCount = sizeof(has);
-  return ce::S_OK;
+  return Answer(ce::DWORD{LoadRichInk() ? 1u : 0u}, outputCount, output);
 }
 
 }  // namespace corvane

@@ -5,7 +5,6 @@
 #include <string_view>
 
 #include "agent/device/card_enumeration.h"
-#include "agent/device/output_block.h"
 #include "platform/disk_space.h"
 #include "platform/status.h"
 

@@ -2,7 +2,6 @@
 
 #include <cstring>
 
-#include "agent/device/output_block.h"
 #include "agent/log/log.h"
 #include "platform/modules.h"
 #include "platform/status.h"

@@ -4,7 +4,6 @@
 #include <new>
 
 #include "agent/log/build_stamp.h"
-#include "agent/log/section_guard.h"
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/system.h"
@@ -43,21 +42,17 @@ Logger* Logger::Existing() {
 }
 
 Logger::Logger() : indentSlot_(ce::TlsAlloc()) {
-  ce::InitializeCriticalSection(&lock_);
-  ce::QueryPerformanceFrequency(&frequency_);
-  ce::QueryPerformanceCounter(&startCounter_);
   g_existing.store(this, std::memory_order_release);
 }
 
 Logger::~Logger() {
   Close();
   g_existing.store(nullptr, std::memory_order_release);
-  ce::DeleteCriticalSection(&lock_);
   ce::TlsFree(indentSlot_);
 }
 
 void Logger::Open() {
-  const SectionGuard guard(&lock_);
+  const std::lock_guard guard(lock_);
   if (isOpen_) return;
   const ce::HANDLE file =
       ce::CreateFileW(kLogPath, ce::GENERIC_WRITE, ce::FILE_SHARE_READ | ce::FILE_SHARE_WRITE,
@@ -121,7 +116,7 @@ void Logger::LogBinary(const void* bytes, ce::DWORD count) {
 }
 
 void Logger::WriteLine(std::string_view message) {
-  const SectionGuard guard(&lock_);
+  const std::lock_guard guard(lock_);
   if (!isOpen_) return;
   ce::SYSTEMTIME now{};
   ce::GetLocalTime(&now);
@@ -150,26 +145,12 @@ ce::DWORD Logger::Append(const void* bytes, ce::DWORD count) {
 }
 
 void Logger::Close() {
-  const SectionGuard guard(&lock_);
-  PrintCounters();
+  const std::lock_guard guard(lock_);
   if (!isOpen_) return;
   Log(u"Log finished", {});
   ce::CloseHandle(file_);
   file_ = ce::INVALID_HANDLE_VALUE;
   isOpen_ = false;
-}
-
-void Logger::PrintCounters() {
-  while (counterCount_ > 0) {
-    const std::unique_ptr<TimingCounter> counter = std::move(counters_[--counterCount_]);
-    const TimingCounter::Statistics statistics = counter->Read();
-    const FormatArgument values[] = {statistics.identifier, statistics.calls, statistics.minimum,
-                                     statistics.maximum,    statistics.total, statistics.Average()};
-    LogNarrow(
-        "Counter %d statistics\r\n\tCounts: %d,\r\n\tMinTime: %I64d ms,\r\n\tMaxTime: %I64d ms,"
-        "\r\n\tTotalTime: %I64d ms,\r\n\tAverageTime: %I64d ms",
-        values);
-  }
 }
 
 void Logger::SetIndent(ce::DWORD blanks) {
@@ -179,21 +160,6 @@ void Logger::SetIndent(ce::DWORD blanks) {
 std::size_t Logger::Indent() const {
   return std::min<std::size_t>(reinterpret_cast<std::uintptr_t>(ce::TlsGetValue(indentSlot_)),
                                kMaxIndent);
-}
-
-TimingCounter* Logger::AddTimingCounter(int identifier) {
-  const SectionGuard guard(&lock_);
-  if (counterCount_ == kMaxCounters) return nullptr;
-  auto counter = std::unique_ptr<TimingCounter>(new (std::nothrow) TimingCounter(identifier));
-  if (!counter) return nullptr;
-  counters_[counterCount_] = std::move(counter);
-  return counters_[counterCount_++].get();
-}
-
-ce::LONGLONG Logger::ElapsedMilliseconds() const {
-  ce::LONGLONG counter = 0;
-  ce::QueryPerformanceCounter(&counter);
-  return frequency_ > 0 ? (counter - startCounter_) * 1000 / frequency_ : 0;
 }
 
 }  // namespace corvane

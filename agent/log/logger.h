@@ -3,12 +3,11 @@
 
 #include <array>
 #include <atomic>
-#include <memory>
+#include <mutex>
 #include <span>
 #include <string_view>
 
 #include "agent/log/format.h"
-#include "agent/log/timing_counter.h"
 #include "platform/threads.h"
 #include "platform/types.h"
 
@@ -24,7 +23,6 @@ class Logger {
   static constexpr std::size_t kMaxMessage = 1024;  // characters
   static constexpr std::size_t kMaxLine = 1024;     // bytes
   static constexpr std::size_t kMaxIndent = 100;
-  static constexpr std::size_t kMaxCounters = 30;
 
   // The process's log, built on first use and destroyed at exit. Opens the file when it is not
   // open; a file that cannot be opened is tried again by the next call.
@@ -40,15 +38,11 @@ class Logger {
   void LogNarrow(const char* format, std::span<const FormatArgument> arguments);
   void LogBinary(const void* bytes, ce::DWORD count);
 
-  // Prints and drops the timing counters, then ends the file.
+  // Ends the file.
   void Close();
 
   // The number of blanks before this thread's messages, kMaxIndent at most.
   void SetIndent(ce::DWORD blanks);
-  // A counter that lives until the file is closed; null when there are kMaxCounters.
-  TimingCounter* AddTimingCounter(int identifier);
-  // Since the log was built.
-  ce::LONGLONG ElapsedMilliseconds() const;
 
  private:
   Logger();
@@ -57,18 +51,13 @@ class Logger {
   void Open();
   void WriteHeader();
   void WriteLine(std::string_view message);
-  void PrintCounters();
   std::size_t Indent() const;
   ce::DWORD Append(const void* bytes, ce::DWORD count);
 
   std::atomic<ce::HANDLE> file_{ce::INVALID_HANDLE_VALUE};
-  ce::CRITICAL_SECTION lock_;
+  std::recursive_mutex lock_;  // opening and closing write lines, too
   std::atomic<bool> isOpen_{false};
   ce::DWORD indentSlot_;
-  ce::LONGLONG frequency_ = 0;
-  ce::LONGLONG startCounter_ = 0;
-  std::array<std::unique_ptr<TimingCounter>, kMaxCounters> counters_;
-  std::size_t counterCount_ = 0;
 };
 
 }  // namespace corvane

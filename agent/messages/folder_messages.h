@@ -1,4 +1,4 @@
-// A folder's messages as documents on the wire.
+// A folder's messages: to the desktop, or away.
 #pragma once
 
 #include "platform/mapi.h"
@@ -11,5 +11,10 @@ class CorvaneStream;
 // failure ends the folder, and its unfinished document is not sent.
 ce::HRESULT AddFolderMessagesToXML(ce::IMsgStore* store, ce::IMAPITable* contents,
                                    const ce::WCHAR* path, CorvaneStream* stream);
+
+// Asks for all rows at once and deletes them one by one; stops at the first failure. A message
+// without an entry identifier cannot be named, and stays.
+ce::HRESULT DeleteFolderMessages(ce::IMsgStore* store, ce::IMAPIFolder* folder,
+                                 ce::IMAPITable* contents);
 
 }  // namespace corvane

@@ -1,7 +1,6 @@
 #include "agent/messages/sms_folder.h"
 
 #include "agent/log/log.h"
-#include "agent/messages/delete_messages.h"
 #include "agent/messages/folder_messages.h"
 #include "agent/messages/named_rows.h"
 #include "platform/com_ptr.h"

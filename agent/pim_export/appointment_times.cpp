@@ -1,7 +1,7 @@
 #include "agent/pim_export/appointment_times.h"
 
 #include "agent/time/file_time.h"
-#include "agent/vocabulary/appointment_fields.h"
+#include "agent/vocabulary/calendar_words.h"
 #include "platform/clock.h"
 #include "platform/status.h"
 #include "platform/system.h"
@@ -14,8 +14,6 @@ namespace {
 
 constexpr LONG kDefaultDuration = 60;
 constexpr DWORD kLongerSeriesVersion = 4;
-constexpr LONGLONG kSecondsPerMinute = 60;
-
 HRESULT ShiftDate(DATE date, LONGLONG minutes, DATE* shifted) {
   SYSTEMTIME time{};
   FILETIME ticks{};

@@ -3,7 +3,7 @@
 #include "agent/log/log.h"
 #include "agent/pim_export/appointment_times.h"
 #include "agent/pim_export/item_fields.h"
-#include "agent/vocabulary/appointment_fields.h"
+#include "agent/vocabulary/calendar_words.h"
 #include "agent/xml/document.h"
 #include "agent/xml/values.h"
 #include "platform/com_ptr.h"
@@ -18,64 +18,60 @@ namespace {
 struct AppointmentRecord : ItemRecord<IAppointment> {
   bool isAllDay = false;
   bool isRecurring = false;
-  bool hasReminder = false;
   AppointmentTimes times = {};
 };
 
-HRESULT AddStart(AppointmentRecord& record, const AppointmentField& field) {
+HRESULT AddStart(AppointmentRecord& record) {
   RETURN_IF_FAILED(ReadAppointmentTimes(record.item, &record.times));
   const auto add = record.isAllDay ? AddDateElement : AddDateTimeElement;
-  return add(record.document, record.element, field.element, record.times.start);
+  return add(record.document, record.element, kEventStartElement, record.times.start);
 }
 
-HRESULT AddEnd(const AppointmentRecord& record, const AppointmentField& field) {
+HRESULT AddEnd(const AppointmentRecord& record) {
   if (!record.isAllDay) {
-    return AddDateTimeElement(record.document, record.element, field.element, record.times.end);
+    return AddDateTimeElement(record.document, record.element, kEventEndElement, record.times.end);
   }
   DATE lastDay = kNoDate;
   bool known = false;
   const HRESULT status = FindLastDay(record.times, record.isRecurring, &lastDay, &known);
   if (!known) return status;
-  return AddDateElement(record.document, record.element, field.element, lastDay);
+  return AddDateElement(record.document, record.element, kEventEndElement, lastDay);
 }
 
 // An appointment is worth having without its note.
-HRESULT AddNotes(const AppointmentRecord& record, const AppointmentField& field) {
+HRESULT AddNotes(const AppointmentRecord& record) {
   Bstr text;
-  if (Failed((record.item->*field.getText)(text.put()))) return S_OK;
-  return AddBSTRElement(record.document, record.element, field.element, text.address());
+  if (Failed(record.item->get_Body(text.put()))) return S_OK;
+  return AddBSTRElement(record.document, record.element, kNotesElement, text.address());
 }
 
-HRESULT AddField(AppointmentRecord& record, const AppointmentField& field) {
-  switch (field.kind) {
-    case AppointmentFieldKind::kText:
-      return AddItemText(record, field.element, field.getText, field.valueTrace);
-    case AppointmentFieldKind::kAllDay:
-      return AddItemFlag(record, field.element, field.getFlag, &record.isAllDay);
-    case AppointmentFieldKind::kCategoryList:
-      return AddItemCategories(record, field.element, field.getText);
-    case AppointmentFieldKind::kIsRecurring:
-      return AddItemFlag(record, field.element, field.getFlag, &record.isRecurring);
-    case AppointmentFieldKind::kRecurrence:
-      return record.isRecurring ? AddItemRecurrence(record, true) : S_OK;
-    case AppointmentFieldKind::kHasReminder:
-      return AddItemFlag(record, field.element, field.getFlag, &record.hasReminder);
-    case AppointmentFieldKind::kReminderMinutes:
-      return record.hasReminder ? AddItemLong(record, field.element, field.getLong) : S_OK;
-    case AppointmentFieldKind::kPrivate:
-      return AddItemPrivacy(record, field.element, field.getLong);
-    case AppointmentFieldKind::kStart:
-      return AddStart(record, field);
-    case AppointmentFieldKind::kEnd:
-      return AddEnd(record, field);
-    case AppointmentFieldKind::kBusyStatus:
-      return AddItemLong(record, field.element, field.getLong);
-    case AppointmentFieldKind::kNotes:
-      return AddNotes(record, field);
-    case AppointmentFieldKind::kInk:
-      return AddItemInk(record, field.element);
+// What a changed occurrence has from its series.
+HRESULT AddSeriesFields(AppointmentRecord& record) {
+  RETURN_IF_FAILED(AddItemCategories(record));
+  RETURN_IF_FAILED(AddItemFlag(record, kIsRecurringElement, &IAppointment::get_IsRecurring,
+                               &record.isRecurring));
+  if (record.isRecurring) RETURN_IF_FAILED(AddItemRecurrence(record, true));
+  bool hasReminder = false;
+  RETURN_IF_FAILED(
+      AddItemFlag(record, kHasReminderElement, &IAppointment::get_ReminderSet, &hasReminder));
+  if (hasReminder) {
+    RETURN_IF_FAILED(AddItemLong(record, kReminderMinutesElement,
+                                 &IAppointment::get_ReminderMinutesBeforeStart));
   }
-  return E_UNEXPECTED;
+  return AddItemPrivacy(record);
+}
+
+HRESULT AddFields(AppointmentRecord& record, bool full) {
+  RETURN_IF_FAILED(AddItemSubject(record));
+  RETURN_IF_FAILED(AddItemText(record, kLocationElement, &IAppointment::get_Location));
+  RETURN_IF_FAILED(
+      AddItemFlag(record, kAllDayEventElement, &IAppointment::get_AllDayEvent, &record.isAllDay));
+  if (full) RETURN_IF_FAILED(AddSeriesFields(record));
+  RETURN_IF_FAILED(AddStart(record));
+  RETURN_IF_FAILED(AddEnd(record));
+  RETURN_IF_FAILED(AddItemLong(record, kBusyStatusElement, &IAppointment::get_BusyStatus));
+  RETURN_IF_FAILED(AddNotes(record));
+  return AddItemInk(record);
 }
 
 HRESULT AppendRecord(IXMLDOMDocument* document, IXMLDOMNode* parent, IAppointment* appointment) {
@@ -86,9 +82,7 @@ HRESULT AppendRecord(IXMLDOMDocument* document, IXMLDOMNode* parent, IAppointmen
   RETURN_IF_FAILED(
       AddAppointmentFieldsToXML(document, appointment, kCalendarElement, element.put(), true));
   RETURN_IF_FAILED(parent->appendChild(element.get(), nullptr));
-  Bstr oidText(LongText(oid).data());
-  if (!oidText) return E_OUTOFMEMORY;
-  return SetElementAttribute(document, element.get(), u"Oid", oidText.address());
+  return SetOid(document, element.get(), oid);
 }
 
 }  // namespace
@@ -107,13 +101,7 @@ HRESULT AddAppointmentFieldsToXML(IXMLDOMDocument* document, IAppointment* appoi
   if (!appointment) return E_POINTER;
   RETURN_IF_FAILED(CreateXMLElement(document, name, element));
   AppointmentRecord record{{document, *element, appointment}};
-  HRESULT status = S_OK;
-  for (const AppointmentField& field : AppointmentFields()) {
-    if (!full && !field.writtenInException) continue;
-    status = AddField(record, field);
-    if (Failed(status)) break;
-  }
-  return status;
+  return AddFields(record, full);
 }
 
 }  // namespace corvane

@@ -119,9 +119,7 @@ HRESULT CreateRecord(IXMLDOMDocument* document, IXMLDOMNode* parent, LONG oid, L
   ComPtr<IXMLDOMElement> made;
   RETURN_IF_FAILED(
       CreateXMLElement(document, variant == 1 ? kContactElement : kContact2Element, made.put()));
-  Bstr oidText(LongText(oid).data());
-  if (!oidText) return E_OUTOFMEMORY;
-  RETURN_IF_FAILED(SetElementAttribute(document, made.get(), u"Oid", oidText.address()));
+  RETURN_IF_FAILED(SetOid(document, made.get(), oid));
   RETURN_IF_FAILED(parent->appendChild(made.get(), nullptr));
   *element = made.detach();
   return S_OK;

@@ -3,16 +3,15 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
+#include <span>
 
 #include "agent/core/memory_stream.h"
 #include "agent/log/log.h"
-#include "agent/pim_export/record_document.h"
 #include "agent/pim_export/record_kinds.h"
-#include "agent/vocabulary/appointment_fields.h"
+#include "agent/vocabulary/calendar_words.h"
 #include "agent/vocabulary/contact_fields.h"
-#include "agent/vocabulary/task_fields.h"
 #include "agent/xml/document.h"
-#include "agent/xml/document_safety.h"
+#include "agent/xml/record_document.h"
 #include "platform/memory.h"
 #include "platform/status.h"
 #include "platform/system.h"
@@ -23,11 +22,15 @@ using namespace ce;
 
 namespace {
 
-HRESULT AddAppointmentKeys(const RecordDocument& keys) {
-  for (const AppointmentField& field : AppointmentFields()) {
-    RETURN_IF_FAILED(AddEmptyElement(keys.document(), keys.root(), field.element));
+HRESULT AddNames(const RecordDocument& keys, std::span<const WCHAR* const> names) {
+  for (const WCHAR* name : names) {
+    RETURN_IF_FAILED(AddEmptyElement(keys.document(), keys.root(), name));
   }
   return S_OK;
+}
+
+HRESULT AddAppointmentKeys(const RecordDocument& keys) {
+  return AddNames(keys, kAppointmentElements);
 }
 
 HRESULT AddContactKeys(const RecordDocument& keys) {
@@ -40,10 +43,7 @@ HRESULT AddContactKeys(const RecordDocument& keys) {
 }
 
 HRESULT AddTaskKeys(const RecordDocument& keys) {
-  for (const TaskField& field : TaskFields()) {
-    RETURN_IF_FAILED(AddEmptyElement(keys.document(), keys.root(), field.element));
-  }
-  return S_OK;
+  return AddNames(keys, kTaskElements);
 }
 
 struct KeyList {
@@ -71,10 +71,7 @@ HRESULT AddKeys(DWORD kind, const RecordDocument& keys) {
 
 HRESULT SaveToBlock(IXMLDOMDocument* document, DWORD* bytes, BYTE** block) {
   MemoryStream text;
-  VARIANT target;
-  target.vt = VT_UNKNOWN;
-  target.punkVal = &text;
-  const HRESULT status = document->save(target);
+  const HRESULT status = SaveDocument(document, &text);
   if (Failed(status) || !text.Buffer() || text.Size() == 0) return status;
   LocalPtr<BYTE> copy(LocalAlloc(LMEM_ZEROINIT, text.Size()));
   if (!copy) return status;

@@ -2,11 +2,12 @@
 #include "agent/messages/call_log_export.h"
 #include "agent/messages/text_message_export.h"
 #include "agent/pim_export/download_requests.h"
-#include "agent/pim_export/folder_export.h"
-#include "agent/pim_export/record_document.h"
+#include "agent/pim_export/folder_items.h"
 #include "agent/pim_export/record_kinds.h"
 #include "agent/time/zone.h"
+#include "agent/xml/record_document.h"
 #include "platform/com.h"
+#include "platform/status.h"
 
 namespace corvane {
 
@@ -27,6 +28,34 @@ class ComApartment {
  private:
   const HRESULT status_;
 };
+
+HRESULT AddItem(const FolderItems& items, INT index, const RecordKind& kind,
+                RecordDocument& document) {
+  RETURN_IF_FAILED(document.Open());
+  ComPtr<IUnknown> item;
+  RETURN_IF_FAILED(items.Item(index, &item));
+  const HRESULT status = kind.exportItem(document.document(), document.root(), item.get());
+  LOG(kind.allTrace, status);
+  return status;
+}
+
+HRESULT SendItems(const FolderItems& items, const RecordKind& kind, CorvaneStream* stream) {
+  constexpr DocumentSizes kSizes{kRecordsPerDocument, kRecordsPerDocument};
+  INT index = 0;
+  return SendRecords(stream, kSizes, [&](RecordDocument& document, bool* more) -> HRESULT {
+    *more = index++ < items.count();
+    return *more ? AddItem(items, index, kind, document) : S_OK;
+  });
+}
+
+// An item that cannot be exported ends the walk; its unfinished document is not sent.
+HRESULT ExportFolder(DWORD kind, CorvaneStream* stream) {
+  const RecordKind* const recordKind = FindRecordKind(kind);
+  FolderItems items;
+  HRESULT status = items.Open(recordKind);
+  if (Succeeded(status)) status = SendItems(items, *recordKind, stream);
+  return EndDownload(stream, status);
+}
 
 HRESULT ExportKind(DWORD kind, CorvaneStream* stream) {
   const ComApartment apartment;

@@ -2,10 +2,10 @@
 #include "agent/pim_export/download_requests.h"
 #include "agent/pim_export/error_to_xml.h"
 #include "agent/pim_export/folder_items.h"
-#include "agent/pim_export/record_document.h"
 #include "agent/pim_export/record_kinds.h"
 #include "agent/time/zone.h"
 #include "agent/vocabulary/outlook_session.h"
+#include "agent/xml/record_document.h"
 #include "platform/status.h"
 
 namespace corvane {
@@ -26,7 +26,7 @@ HRESULT AddItem(IPOutlookApp* app, const RecordKind* kind, LONG oid, RecordDocum
   LOG(u"GetItemFromOid returned %ld", status);
   RETURN_IF_FAILED(status);
   if (!kind) return E_INVALIDARG;
-  const ComPtr<IUnknown> item = ItemOfKind(found.get(), *kind);
+  const ComPtr<IUnknown> item = ItemAs(found.get(), *kind->itemInterface);
   if (!item) return kWrongItemKind;
   status = kind->exportItem(document.document(), document.root(), item.get());
   LOG(kind->specificTrace, status);

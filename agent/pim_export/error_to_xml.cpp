@@ -17,9 +17,7 @@ HRESULT AddError(IXMLDOMDocument* document, IXMLDOMNode* parent, LONG oid, HRESU
   ComPtr<IXMLDOMElement> error;
   RETURN_IF_FAILED(CreateXMLElement(document, u"Error", error.put()));
   RETURN_IF_FAILED(parent->appendChild(error.get(), nullptr));
-  Bstr oidText(LongText(oid).data());
-  if (!oidText) return E_OUTOFMEMORY;
-  RETURN_IF_FAILED(SetElementAttribute(document, error.get(), u"Oid", oidText.address()));
+  RETURN_IF_FAILED(SetOid(document, error.get(), oid));
   return AddLongElement(document, error.get(), u"Value", status);
 }
 

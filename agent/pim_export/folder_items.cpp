@@ -7,12 +7,6 @@ namespace corvane {
 
 using namespace ce;
 
-ComPtr<IUnknown> ItemOfKind(IUnknown* item, const RecordKind& kind) {
-  ComPtr<IUnknown> typed;
-  if (!item || Failed(item->QueryInterface(*kind.itemInterface, typed.put_void()))) typed.reset();
-  return typed;
-}
-
 HRESULT FolderItems::Open(const RecordKind* kind) {
   kind_ = kind;
   RETURN_IF_FAILED(session_.Create());
@@ -36,7 +30,7 @@ HRESULT FolderItems::OpenFolder(const RecordKind* kind) {
 HRESULT FolderItems::Item(INT index, ComPtr<IUnknown>* item) const {
   ComPtr<IDispatch> found;
   RETURN_IF_FAILED(items_->Item(index, found.put()));
-  *item = ItemOfKind(found.get(), *kind_);
+  *item = ItemAs(found.get(), *kind_->itemInterface);
   return *item ? S_OK : kWrongItemKind;
 }
 

@@ -10,9 +10,6 @@ namespace corvane {
 // An item that lacks its kind's interface.
 inline constexpr ce::HRESULT kWrongItemKind = static_cast<ce::HRESULT>(0x80040008);
 
-// The item's interface of this kind, null when it has none.
-ce::ComPtr<ce::IUnknown> ItemOfKind(ce::IUnknown* item, const RecordKind& kind);
-
 // One snapshot of a folder, over a session of its own.
 class FolderItems {
  public:

@@ -5,6 +5,7 @@
 #include "agent/pim_export/categories_to_xml.h"
 #include "agent/pim_export/ink_to_xml.h"
 #include "agent/pim_export/recurrence_to_xml.h"
+#include "agent/vocabulary/calendar_words.h"
 #include "agent/xml/values.h"
 #include "platform/com_ptr.h"
 #include "platform/pocket_outlook_calendar.h"
@@ -24,22 +25,27 @@ struct ItemRecord {
 template <typename Item, typename Value>
 using ItemGetter = ce::HRESULT (Item::*)(Value*);
 
-// `valueTrace`, unless null, is logged with the text.
 template <typename Item>
 ce::HRESULT AddItemText(const ItemRecord<Item>& record, const ce::WCHAR* name,
-                        ItemGetter<Item, ce::BSTR> get, const ce::WCHAR* valueTrace = nullptr) {
+                        ItemGetter<Item, ce::BSTR> get) {
   ce::Bstr text;
   RETURN_IF_FAILED((record.item->*get)(text.put()));
-  if (valueTrace) LOG(valueTrace, text.get());
   return AddBSTRElement(record.document, record.element, name, text.address());
 }
 
 template <typename Item>
-ce::HRESULT AddItemCategories(const ItemRecord<Item>& record, const ce::WCHAR* name,
-                              ItemGetter<Item, ce::BSTR> get) {
+ce::HRESULT AddItemSubject(const ItemRecord<Item>& record) {
+  ce::Bstr text;
+  RETURN_IF_FAILED(record.item->get_Subject(text.put()));
+  LOG(u"Got Subject %s", text);
+  return AddBSTRElement(record.document, record.element, kSubjectElement, text.address());
+}
+
+template <typename Item>
+ce::HRESULT AddItemCategories(const ItemRecord<Item>& record) {
   ce::Bstr names;
-  RETURN_IF_FAILED((record.item->*get)(names.put()));
-  return AddCategoriesToXML(record.document, record.element, name, names.address());
+  RETURN_IF_FAILED(record.item->get_Categories(names.put()));
+  return AddCategoriesToXML(record.document, record.element, kCategoriesElement, names.address());
 }
 
 // TRUE or no element. `*flag` receives the value.
@@ -61,12 +67,11 @@ ce::HRESULT AddItemLong(const ItemRecord<Item>& record, const ce::WCHAR* name,
 }
 
 template <typename Item>
-ce::HRESULT AddItemPrivacy(const ItemRecord<Item>& record, const ce::WCHAR* name,
-                           ItemGetter<Item, ce::LONG> getSensitivity) {
+ce::HRESULT AddItemPrivacy(const ItemRecord<Item>& record) {
   ce::LONG sensitivity = ce::olNormal;
-  RETURN_IF_FAILED((record.item->*getSensitivity)(&sensitivity));
+  RETURN_IF_FAILED(record.item->get_Sensitivity(&sensitivity));
   if (sensitivity != ce::olPrivate) return ce::S_OK;
-  return AddBoolElement(record.document, record.element, name, ce::TRUE);
+  return AddBoolElement(record.document, record.element, kPrivateElement, ce::TRUE);
 }
 
 template <typename Item>
@@ -77,11 +82,11 @@ ce::HRESULT AddItemRecurrence(const ItemRecord<Item>& record, bool withException
 }
 
 template <typename Item>
-ce::HRESULT AddItemInk(const ItemRecord<Item>& record, const ce::WCHAR* name) {
+ce::HRESULT AddItemInk(const ItemRecord<Item>& record) {
   ce::DWORD bytes = 0;
   const ce::BYTE* block = nullptr;
   const ce::HRESULT read = record.item->get_BodyInk(&bytes, &block);
-  return AddInkToXML(record.document, record.element, name, read, bytes, block);
+  return AddInkToXML(record.document, record.element, kBodyInkElement, read, bytes, block);
 }
 
 }  // namespace corvane

@@ -6,6 +6,7 @@
 #include "agent/pim_export/appointment_to_xml.h"
 #include "agent/pim_export/contact_to_xml.h"
 #include "agent/pim_export/task_to_xml.h"
+#include "agent/vocabulary/outlook_session.h"
 #include "platform/pocket_outlook_calendar.h"
 
 namespace corvane {
@@ -27,11 +28,6 @@ HRESULT ExportTask(IXMLDOMDocument* document, IXMLDOMNode* parent, IUnknown* ite
   return AddTaskToXML(document, parent, static_cast<ITask*>(item));
 }
 
-template <typename Item>
-HRESULT DeleteItem(IUnknown* item) {
-  return static_cast<Item*>(item)->Delete();
-}
-
 constexpr RecordKind kRecordKinds[] = {
     {kPIMDataAppointment, olFolderCalendar, &IAppointment::kIid, ExportAppointment,
      DeleteItem<IAppointment>, u"AddAppointmentToXML returned %ld",
@@ -49,11 +45,6 @@ constexpr RecordKind kRecordKinds[] = {
 const RecordKind* FindRecordKind(DWORD kind) {
   const auto* found = std::ranges::find(kRecordKinds, kind, &RecordKind::kind);
   return found == std::end(kRecordKinds) ? nullptr : found;
-}
-
-DWORD InputWord(const BYTE* input) {
-  return input[0] | static_cast<DWORD>(input[1]) << 8 | static_cast<DWORD>(input[2]) << 16 |
-         static_cast<DWORD>(input[3]) << 24;
 }
 
 }  // namespace corvane

@@ -13,6 +13,10 @@ inline constexpr ce::DWORD kPIMDataContact2 = 3;  // contacts in their second fo
 inline constexpr ce::DWORD kPIMDataCallLog = 4;
 inline constexpr ce::DWORD kPIMDataTextMessage = 5;
 
+// Records that travel together, except the first of a download of chosen records, which travels
+// alone.
+inline constexpr ce::DWORD kRecordsPerDocument = 5;
+
 // A kind that lives in a folder of Pocket Outlook. `item` below is the kind's interface.
 struct RecordKind {
   ce::DWORD kind;
@@ -28,8 +32,5 @@ struct RecordKind {
 
 // Null for the kinds that live in no folder and for unknown ones.
 const RecordKind* FindRecordKind(ce::DWORD kind);
-
-// The kind at the start of a request's input, which holds at least four bytes.
-ce::DWORD InputWord(const ce::BYTE* input);
 
 }  // namespace corvane

@@ -3,7 +3,7 @@
 #include "agent/log/log.h"
 #include "agent/pim_export/item_fields.h"
 #include "agent/time/file_time.h"
-#include "agent/vocabulary/task_fields.h"
+#include "agent/vocabulary/calendar_words.h"
 #include "agent/xml/document.h"
 #include "agent/xml/values.h"
 #include "platform/clock.h"
@@ -16,12 +16,8 @@ using namespace ce;
 
 namespace {
 
-constexpr LONGLONG kSecondsPerMinute = 60;
-
 struct TaskRecord : ItemRecord<ITask> {
-  bool isRecurring = false;
   bool hasReminder = false;
-  bool isComplete = false;
   DATE dueDate = kNoDate;
   DATE reminderTime = kNoDate;
 };
@@ -32,15 +28,16 @@ HRESULT ToFileTime(DATE date, FILETIME* ticks) {
   return SystemTimeToFileTime(&time, ticks) ? S_OK : LastErrorStatus();
 }
 
-HRESULT AddReminderTime(TaskRecord& record, const TaskField& field) {
+HRESULT AddReminderTime(TaskRecord& record) {
   if (!record.hasReminder) return S_OK;
-  RETURN_IF_FAILED((record.item->*field.getDate)(&record.reminderTime));
-  return AddDateTimeElement(record.document, record.element, field.element, record.reminderTime);
+  RETURN_IF_FAILED(record.item->get_ReminderTime(&record.reminderTime));
+  return AddDateTimeElement(record.document, record.element, kReminderTimeElement,
+                            record.reminderTime);
 }
 
 // From the reminder to the start of the day on which the task is due: negative for a reminder on
 // that day.
-HRESULT AddReminderMinutes(const TaskRecord& record, const TaskField& field) {
+HRESULT AddReminderMinutes(const TaskRecord& record) {
   if (!record.hasReminder || record.reminderTime == kNoDate || record.dueDate == kNoDate) {
     return S_OK;
   }
@@ -52,55 +49,56 @@ HRESULT AddReminderMinutes(const TaskRecord& record, const TaskField& field) {
   if (status != S_OK) return status;
   const LONGLONG ticks = static_cast<LONGLONG>(Ticks(due)) - static_cast<LONGLONG>(Ticks(reminder));
   const LONGLONG minutes = ticks / kTicksPerSecond / kSecondsPerMinute;
-  return AddLongElement(record.document, record.element, field.element, static_cast<LONG>(minutes));
+  return AddLongElement(record.document, record.element, kReminderMinutesElement,
+                        static_cast<LONG>(minutes));
 }
 
-HRESULT AddDate(const TaskRecord& record, const TaskField& field, DATE* date) {
-  RETURN_IF_FAILED((record.item->*field.getDate)(date));
-  return AddDateElement(record.document, record.element, field.element, *date);
+HRESULT AddDate(const TaskRecord& record, const WCHAR* name, ItemGetter<ITask, DATE> get,
+                DATE* date) {
+  RETURN_IF_FAILED((record.item->*get)(date));
+  return AddDateElement(record.document, record.element, name, *date);
 }
 
-HRESULT AddPriority(const TaskRecord& record, const TaskField& field) {
+HRESULT AddPriority(const TaskRecord& record) {
   LONG importance = olImportanceNormal;
-  RETURN_IF_FAILED((record.item->*field.getLong)(&importance));
-  return AddLongElement(record.document, record.element, field.element,
+  RETURN_IF_FAILED(record.item->get_Importance(&importance));
+  return AddLongElement(record.document, record.element, kPriorityElement,
                         PriorityOfImportance(importance));
 }
 
-HRESULT AddField(TaskRecord& record, const TaskField& field) {
+HRESULT AddRecurrence(const TaskRecord& record) {
+  bool isRecurring = false;
+  RETURN_IF_FAILED(AddItemFlag(record, kIsRecurringElement, &ITask::get_IsRecurring, &isRecurring));
+  return isRecurring ? AddItemRecurrence(record, false) : S_OK;
+}
+
+HRESULT AddCompletion(const TaskRecord& record) {
+  bool isComplete = false;
+  RETURN_IF_FAILED(AddItemFlag(record, kCompletedElement, &ITask::get_Complete, &isComplete));
   DATE date = kNoDate;
-  switch (field.kind) {
-    case TaskFieldKind::kText:
-    case TaskFieldKind::kNotes:
-      return AddItemText(record, field.element, field.getText, field.valueTrace);
-    case TaskFieldKind::kCategoryList:
-      return AddItemCategories(record, field.element, field.getText);
-    case TaskFieldKind::kIsRecurring:
-      return AddItemFlag(record, field.element, field.getFlag, &record.isRecurring);
-    case TaskFieldKind::kRecurrence:
-      return record.isRecurring ? AddItemRecurrence(record, false) : S_OK;
-    case TaskFieldKind::kDueDate:
-      return AddDate(record, field, &record.dueDate);
-    case TaskFieldKind::kDate:
-      return AddDate(record, field, &date);
-    case TaskFieldKind::kHasReminder:
-      return AddItemFlag(record, field.element, field.getFlag, &record.hasReminder);
-    case TaskFieldKind::kReminderTime:
-      return AddReminderTime(record, field);
-    case TaskFieldKind::kReminderMinutes:
-      return AddReminderMinutes(record, field);
-    case TaskFieldKind::kPrivate:
-      return AddItemPrivacy(record, field.element, field.getLong);
-    case TaskFieldKind::kCompleted:
-      return AddItemFlag(record, field.element, field.getFlag, &record.isComplete);
-    case TaskFieldKind::kDateCompleted:
-      return record.isComplete ? AddDate(record, field, &date) : S_OK;
-    case TaskFieldKind::kPriority:
-      return AddPriority(record, field);
-    case TaskFieldKind::kInk:
-      return AddItemInk(record, field.element);
-  }
-  return E_UNEXPECTED;
+  if (!isComplete) return S_OK;
+  return AddDate(record, kDateCompletedElement, &ITask::get_DateCompleted, &date);
+}
+
+HRESULT AddFirstFields(const TaskRecord& record) {
+  RETURN_IF_FAILED(AddItemSubject(record));
+  return AddItemCategories(record);
+}
+
+HRESULT AddOtherFields(TaskRecord& record) {
+  RETURN_IF_FAILED(AddRecurrence(record));
+  RETURN_IF_FAILED(AddDate(record, kDueDateElement, &ITask::get_DueDate, &record.dueDate));
+  RETURN_IF_FAILED(
+      AddItemFlag(record, kHasReminderElement, &ITask::get_ReminderSet, &record.hasReminder));
+  RETURN_IF_FAILED(AddReminderTime(record));
+  RETURN_IF_FAILED(AddReminderMinutes(record));
+  DATE start = kNoDate;
+  RETURN_IF_FAILED(AddDate(record, kStartDateElement, &ITask::get_StartDate, &start));
+  RETURN_IF_FAILED(AddItemPrivacy(record));
+  RETURN_IF_FAILED(AddCompletion(record));
+  RETURN_IF_FAILED(AddPriority(record));
+  RETURN_IF_FAILED(AddItemText(record, kNotesElement, &ITask::get_Body));
+  return AddItemInk(record);
 }
 
 HRESULT CreateRecord(IXMLDOMDocument* document, IXMLDOMNode* parent, ITask* task,
@@ -111,9 +109,7 @@ HRESULT CreateRecord(IXMLDOMDocument* document, IXMLDOMNode* parent, ITask* task
   RETURN_IF_FAILED(task->get_Oid(&oid));
   ComPtr<IXMLDOMElement> made;
   RETURN_IF_FAILED(CreateXMLElement(document, kTaskElement, made.put()));
-  Bstr oidText(LongText(oid).data());
-  if (!oidText) return E_OUTOFMEMORY;
-  RETURN_IF_FAILED(SetElementAttribute(document, made.get(), u"Oid", oidText.address()));
+  RETURN_IF_FAILED(SetOid(document, made.get(), oid));
   RETURN_IF_FAILED(parent->appendChild(made.get(), nullptr));
   *element = made.detach();
   return S_OK;
@@ -126,10 +122,10 @@ HRESULT AddTaskToXML(IXMLDOMDocument* document, IXMLDOMNode* parent, ITask* task
   ComPtr<IXMLDOMElement> element;
   HRESULT status = CreateRecord(document, parent, task, element.put());
   TaskRecord record{{document, element.get(), task}};
-  for (const TaskField& field : TaskFields()) {
-    if (field.beforeTrace) LOG(field.beforeTrace);
-    if (Succeeded(status)) status = AddField(record, field);
-  }
+  if (Succeeded(status)) status = AddFirstFields(record);
+  // Whatever came before.
+  LOG(u"AddTaskToXML before get_IsRecurring");
+  if (Succeeded(status)) status = AddOtherFields(record);
   LOG(u"Exit AddTaskToXML");
   return status;
 }

@@ -6,7 +6,7 @@
 #include "agent/pim_import/record_decision.h"
 #include "agent/pim_import/record_fields.h"
 #include "agent/pim_import/recurrence_from_xml.h"
-#include "agent/vocabulary/appointment_fields.h"
+#include "agent/vocabulary/calendar_words.h"
 #include "platform/status.h"
 #include "platform/system.h"
 
@@ -41,98 +41,81 @@ HRESULT GetCleanPattern(IAppointment* appointment, ComPtr<IRecurrencePattern>* p
   return appointment->GetRecurrencePattern(pattern->put());
 }
 
-// Puts the fields of one element into an appointment, in the order of the vocabulary.
+// Puts the fields of one element into an appointment.
 class AppointmentReader {
  public:
   AppointmentReader(IXMLDOMNode* node, IAppointment* appointment)
       : node_(node), appointment_(appointment) {}
 
-  HRESULT Put(const AppointmentField& field);
+  HRESULT PutFields(bool fullRecord);
   HRESULT PutExceptions();
 
  private:
-  HRESULT PutFlag(const AppointmentField& field, VARIANT_BOOL* flag);
-  HRESULT PutLong(const AppointmentField& field);
-  HRESULT PutPrivate(const AppointmentField& field);
-  HRESULT PutStart(const AppointmentField& field);
-  HRESULT PutEnd(const AppointmentField& field);
-  HRESULT PutWholeDays(const AppointmentField& field);
-  HRESULT PutRecurrence(const AppointmentField& field);
+  HRESULT PutLong(const WCHAR* element, HRESULT (IAppointment::*put)(LONG));
+  HRESULT PutStart();
+  HRESULT PutEnd();
+  HRESULT PutWholeDays();
+  HRESULT PutSeriesFields();
+  HRESULT PutRecurrence();
 
   IXMLDOMNode* const node_;
   IAppointment* const appointment_;
   VARIANT_BOOL allDay_ = VARIANT_FALSE;
   VARIANT_BOOL recurring_ = VARIANT_FALSE;
-  VARIANT_BOOL reminder_ = VARIANT_FALSE;
   DATE start_ = kNoDate;
 };
 
-HRESULT AppointmentReader::Put(const AppointmentField& field) {
-  switch (field.kind) {
-    case AppointmentFieldKind::kText:
-      return PutText(node_, field.element, appointment_, field.putText);
-    case AppointmentFieldKind::kNotes:
-      return PutNotes(node_, field.element, appointment_, field.getText, field.putText,
-                      UnreadableNotes::kNone);
-    case AppointmentFieldKind::kAllDay:
-      return PutFlag(field, &allDay_);
-    case AppointmentFieldKind::kBusyStatus:
-      return PutLong(field);
-    case AppointmentFieldKind::kStart:
-      return PutStart(field);
-    case AppointmentFieldKind::kIsRecurring:
-      return ReadFlag(node_, field.element, &recurring_);
-    case AppointmentFieldKind::kEnd:
-      return allDay_ ? PutWholeDays(field) : PutEnd(field);
-    case AppointmentFieldKind::kPrivate:
-      return PutPrivate(field);
-    case AppointmentFieldKind::kHasReminder:
-      return PutFlag(field, &reminder_);
-    case AppointmentFieldKind::kReminderMinutes:
-      return reminder_ ? PutLong(field) : S_OK;
-    case AppointmentFieldKind::kRecurrence:
-      return PutRecurrence(field);
-    case AppointmentFieldKind::kCategoryList:
-      return PutCategories(node_, field.element, appointment_, field.putText);
-    case AppointmentFieldKind::kInk:
-      return S_OK;
+HRESULT AppointmentReader::PutFields(bool fullRecord) {
+  RETURN_UNLESS_OK(PutText(node_, kSubjectElement, appointment_, &IAppointment::put_Subject));
+  RETURN_UNLESS_OK(PutNotes(node_, kNotesElement, appointment_, &IAppointment::get_Body,
+                            &IAppointment::put_Body, UnreadableNotes::kNone));
+  RETURN_UNLESS_OK(
+      PutFlag(node_, kAllDayEventElement, appointment_, &IAppointment::put_AllDayEvent, &allDay_));
+  RETURN_UNLESS_OK(PutLong(kBusyStatusElement, &IAppointment::put_BusyStatus));
+  RETURN_UNLESS_OK(PutStart());
+  // Of an occurrence it counts for the length alone.
+  RETURN_UNLESS_OK(ReadFlag(node_, kIsRecurringElement, &recurring_));
+  RETURN_UNLESS_OK(allDay_ ? PutWholeDays() : PutEnd());
+  if (fullRecord) RETURN_UNLESS_OK(PutSeriesFields());
+  return PutText(node_, kLocationElement, appointment_, &IAppointment::put_Location);
+}
+
+// What a changed occurrence has from its series.
+HRESULT AppointmentReader::PutSeriesFields() {
+  RETURN_UNLESS_OK(PutPrivacy(node_, appointment_));
+  VARIANT_BOOL reminder = VARIANT_FALSE;
+  RETURN_UNLESS_OK(
+      PutFlag(node_, kHasReminderElement, appointment_, &IAppointment::put_ReminderSet, &reminder));
+  if (reminder) {
+    RETURN_UNLESS_OK(
+        PutLong(kReminderMinutesElement, &IAppointment::put_ReminderMinutesBeforeStart));
   }
-  return E_UNEXPECTED;
+  RETURN_UNLESS_OK(PutRecurrence());
+  return PutCategories(node_, kCategoriesElement, appointment_, &IAppointment::put_Categories);
 }
 
-HRESULT AppointmentReader::PutFlag(const AppointmentField& field, VARIANT_BOOL* flag) {
-  RETURN_UNLESS_OK(ReadFlag(node_, field.element, flag));
-  return (appointment_->*field.putFlag)(*flag);
-}
-
-HRESULT AppointmentReader::PutLong(const AppointmentField& field) {
+HRESULT AppointmentReader::PutLong(const WCHAR* element, HRESULT (IAppointment::*put)(LONG)) {
   LONG number = 0;
-  RETURN_UNLESS_OK(GetChildLongDefault(node_, field.element, &number, 0));
-  return (appointment_->*field.putLong)(number);
+  RETURN_UNLESS_OK(GetChildLongDefault(node_, element, &number, 0));
+  return (appointment_->*put)(number);
 }
 
-HRESULT AppointmentReader::PutPrivate(const AppointmentField& field) {
-  VARIANT_BOOL isPrivate = VARIANT_FALSE;
-  RETURN_UNLESS_OK(ReadFlag(node_, field.element, &isPrivate));
-  return (appointment_->*field.putLong)(isPrivate ? olPrivate : olNormal);
-}
-
-HRESULT AppointmentReader::PutStart(const AppointmentField& field) {
+HRESULT AppointmentReader::PutStart() {
   const auto read = allDay_ ? ReadDate : ReadDateTime;
-  RETURN_UNLESS_OK(read(node_, field.element, &start_));
+  RETURN_UNLESS_OK(read(node_, kEventStartElement, &start_));
   return appointment_->put_Start(start_);
 }
 
-HRESULT AppointmentReader::PutEnd(const AppointmentField& field) {
+HRESULT AppointmentReader::PutEnd() {
   DATE end = kNoDate;
-  RETURN_UNLESS_OK(ReadDateTime(node_, field.element, &end));
+  RETURN_UNLESS_OK(ReadDateTime(node_, kEventEndElement, &end));
   return appointment_->put_End(end);
 }
 
 // An all-day event has no end but a number of days, so its last one must be there.
-HRESULT AppointmentReader::PutWholeDays(const AppointmentField& field) {
+HRESULT AppointmentReader::PutWholeDays() {
   DATE last = kNoDate;
-  RETURN_UNLESS_OK(GetChildDate(node_, field.element, &last));
+  RETURN_UNLESS_OK(GetChildDate(node_, kEventEndElement, &last));
   LONGLONG days = static_cast<LONGLONG>(last - start_);
   DWORD major = 0;
   RETURN_UNLESS_OK(ReadMajorVersion(&major));
@@ -142,12 +125,12 @@ HRESULT AppointmentReader::PutWholeDays(const AppointmentField& field) {
   return appointment_->put_Duration(static_cast<LONG>(minutes));
 }
 
-HRESULT AppointmentReader::PutRecurrence(const AppointmentField& field) {
+HRESULT AppointmentReader::PutRecurrence() {
   if (!recurring_) return appointment_->ClearRecurrencePattern();
   ComPtr<IRecurrencePattern> pattern;
   RETURN_UNLESS_OK(GetCleanPattern(appointment_, &pattern));
   ComPtr<IXMLDOMNode> recurrence;
-  RETURN_UNLESS_OK(FindChildElement(node_, field.element, recurrence.put()));
+  RETURN_UNLESS_OK(FindChildElement(node_, kRecurrenceElement, recurrence.put()));
   return ParseXMLRecurrence(recurrence.get(), pattern.get());
 }
 
@@ -168,22 +151,14 @@ HRESULT FillAndSave(IXMLDOMNode* record, IUnknown* item, bool* saved) {
   return status;
 }
 
-HRESULT DeleteItem(IUnknown* item) {
-  return static_cast<IAppointment*>(item)->Delete();
-}
-
-HRESULT GetOid(IUnknown* item, LONG* oid) {
-  return static_cast<IAppointment*>(item)->get_Oid(oid);
-}
-
 constexpr RecordRules kAppointmentRules{
     .folder = olFolderCalendar,
     .itemInterface = &IAppointment::kIid,
     .needsFolder = false,
     .deletesFailedItem = true,
     .fillAndSave = FillAndSave,
-    .deleteItem = DeleteItem,
-    .getOid = GetOid,
+    .deleteItem = DeleteItem<IAppointment>,
+    .getOid = GetItemOid<IAppointment>,
     .enteringTrace = u"Entering ParseXMLAppointment",
     .addTrace = u"Found something to Add",
     .exitingTrace = u"Exiting ParseXMLAppointment hr = %ld",
@@ -197,9 +172,7 @@ HRESULT ParseXMLAppointment(IXMLDOMNode* record, IPOutlookApp* app, CorvaneStrea
 
 HRESULT ParseXMLAppointmentToRecord(IXMLDOMNode* node, IAppointment* appointment, bool fullRecord) {
   AppointmentReader reader(node, appointment);
-  for (const AppointmentField* field : AppointmentImportFields()) {
-    if (fullRecord || field->readInException) RETURN_UNLESS_OK(reader.Put(*field));
-  }
+  RETURN_UNLESS_OK(reader.PutFields(fullRecord));
   RETURN_UNLESS_OK(appointment->Save());
   return fullRecord ? reader.PutExceptions() : S_OK;
 }

@@ -96,22 +96,14 @@ HRESULT FillAndSave(IXMLDOMNode* record, IUnknown* item, bool* saved) {
   return status;
 }
 
-HRESULT DeleteItem(IUnknown* item) {
-  return static_cast<IContact*>(item)->Delete();
-}
-
-HRESULT GetOid(IUnknown* item, LONG* oid) {
-  return static_cast<IContact*>(item)->get_Oid(oid);
-}
-
 constexpr RecordRules kContactRules{
     .folder = olFolderContacts,
     .itemInterface = &IContact::kIid,
     .needsFolder = false,
     .deletesFailedItem = false,
     .fillAndSave = FillAndSave,
-    .deleteItem = DeleteItem,
-    .getOid = GetOid,
+    .deleteItem = DeleteItem<IContact>,
+    .getOid = GetItemOid<IContact>,
     .enteringTrace = u"Entering ParseXMLContact",
     .addTrace = u"Found something to Add, yeah",
     .exitingTrace = u"Exiting ParseXMLContact, hr = %ld (0x%08X)",

@@ -3,7 +3,6 @@
 #include <string_view>
 
 #include "agent/log/log.h"
-#include "agent/pim_import/child_nodes.h"
 #include "agent/pim_import/field_values.h"
 #include "agent/vocabulary/contact_fields.h"
 #include "platform/status.h"

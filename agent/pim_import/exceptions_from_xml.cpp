@@ -5,10 +5,8 @@
 
 #include "agent/log/log.h"
 #include "agent/pim_import/appointment_from_xml.h"
-#include "agent/pim_import/child_nodes.h"
 #include "agent/pim_import/date_values.h"
 #include "agent/pim_import/field_values.h"
-#include "agent/pim_import/record_status.h"
 #include "agent/pim_import/scan.h"
 #include "agent/vocabulary/recurrence_words.h"
 

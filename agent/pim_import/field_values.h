@@ -6,9 +6,37 @@
 // other code comes from below. Out-parameters are left alone unless a value was read.
 #pragma once
 
+#include <utility>
+
+#include "platform/com_ptr.h"
+#include "platform/status.h"
 #include "platform/xml_dom.h"
 
+// Early return of a record's readers. A record fails with every code but S_OK, the positive ones
+// included: a date that was sent and does not exist must not get lost behind a success.
+#define RETURN_UNLESS_OK(expression)                                                   \
+  do {                                                                                 \
+    if (const ce::HRESULT status_ = (expression); status_ != ce::S_OK) return status_; \
+  } while (false)
+
 namespace corvane {
+
+// Calls `visit(child, name)` for every child. A visit that answers anything but S_OK ends the walk.
+// The status of the last step: S_FALSE behind the last child.
+template <typename Visitor>
+ce::HRESULT ForEachChild(ce::IXMLDOMNode* node, Visitor visit) {
+  ce::ComPtr<ce::IXMLDOMNode> child;
+  ce::HRESULT status = node->get_firstChild(child.put());
+  while (ce::Succeeded(status) && child) {
+    ce::Bstr name;
+    RETURN_IF_FAILED(child->get_nodeName(name.put()));
+    RETURN_UNLESS_OK(visit(child.get(), name));
+    ce::ComPtr<ce::IXMLDOMNode> next;
+    status = child->get_nextSibling(next.put());
+    child = std::move(next);
+  }
+  return status;
+}
 
 // The first child element of this name. The caller owns the reference.
 ce::HRESULT FindChildElement(ce::IXMLDOMNode* node, const ce::WCHAR* name, ce::IXMLDOMNode** child);

@@ -5,7 +5,6 @@
 #include "agent/core/corvane_stream.h"
 #include "agent/log/log.h"
 #include "agent/pim_import/record_tags.h"
-#include "agent/xml/stream_words.h"
 #include "platform/com_ptr.h"
 #include "platform/status.h"
 
@@ -29,24 +28,18 @@ FolderOfKind OpenFolder(IPOutlookApp* app, INT number) {
   return {status, std::move(items)};
 }
 
-ComPtr<IUnknown> AsKind(const RecordRules& rules, const ComPtr<IDispatch>& item) {
-  ComPtr<IUnknown> typed;
-  if (!item || Failed(item->QueryInterface(*rules.itemInterface, typed.put_void()))) typed.reset();
-  return typed;
-}
-
 // Null also for an identifier of another kind's item.
 ComPtr<IUnknown> FindItem(const RecordRules& rules, IPOutlookApp* app, LONG oid) {
   ComPtr<IDispatch> found;
   if (Failed(app->GetItemFromOid(oid, found.put()))) return nullptr;
-  return AsKind(rules, found);
+  return ItemAs(found.get(), *rules.itemInterface);
 }
 
 HRESULT AddItem(const RecordRules& rules, const FolderOfKind& folder, ComPtr<IUnknown>* item) {
   RETURN_IF_FAILED(folder.status);
   ComPtr<IDispatch> added;
   RETURN_IF_FAILED(folder.items->Add(added.put()));
-  *item = AsKind(rules, added);
+  *item = ItemAs(added.get(), *rules.itemInterface);
   return *item ? S_OK : E_NOINTERFACE;
 }
 

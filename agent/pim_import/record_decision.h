@@ -1,6 +1,7 @@
 // What becomes of an uploaded record: added, modified or deleted. The same for every kind.
 #pragma once
 
+#include "agent/vocabulary/outlook_session.h"
 #include "platform/pocket_outlook.h"
 #include "platform/xml_dom.h"
 

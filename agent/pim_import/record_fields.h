@@ -1,10 +1,11 @@
 // The rules by which the fields of every kind of record are read: a field that is missing, or has
 // no text, is read as the value that clears its property.
 //
-// The answer is S_OK or why the record fails (record_status.h).
+// The answer is S_OK or why the record fails (RETURN_UNLESS_OK).
 #pragma once
 
-#include "agent/pim_import/record_status.h"
+#include "agent/pim_import/field_values.h"
+#include "agent/vocabulary/calendar_words.h"
 #include "platform/com_ptr.h"
 #include "platform/xml_dom.h"
 
@@ -37,6 +38,21 @@ ce::HRESULT PutCategories(ce::IXMLDOMNode* record, const ce::WCHAR* element, Ite
   ce::Bstr names;
   RETURN_UNLESS_OK(ReadCategories(record, element, &names));
   return (item->*put)(names.get());
+}
+
+// `*flag` receives what is put.
+template <typename Item>
+ce::HRESULT PutFlag(ce::IXMLDOMNode* record, const ce::WCHAR* element, Item* item,
+                    ce::HRESULT (Item::*put)(ce::VARIANT_BOOL), ce::VARIANT_BOOL* flag) {
+  RETURN_UNLESS_OK(ReadFlag(record, element, flag));
+  return (item->*put)(*flag);
+}
+
+template <typename Item>
+ce::HRESULT PutPrivacy(ce::IXMLDOMNode* record, Item* item) {
+  ce::VARIANT_BOOL isPrivate = ce::VARIANT_FALSE;
+  RETURN_UNLESS_OK(ReadFlag(record, kPrivateElement, &isPrivate));
+  return item->put_Sensitivity(isPrivate ? ce::olPrivate : ce::olNormal);
 }
 
 // What a present note that cannot be read means: the record fails, or there is none.

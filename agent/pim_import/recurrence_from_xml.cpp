@@ -5,7 +5,6 @@
 
 #include "agent/log/log.h"
 #include "agent/pim_import/field_values.h"
-#include "agent/pim_import/record_status.h"
 #include "agent/pim_import/scan.h"
 #include "agent/vocabulary/recurrence_words.h"
 #include "platform/com_ptr.h"

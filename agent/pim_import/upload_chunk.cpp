@@ -4,6 +4,7 @@
 
 #include "agent/core/corvane_stream.h"
 #include "agent/log/log.h"
+#include "agent/request_handler.h"
 #include "platform/status.h"
 
 namespace corvane {
@@ -32,8 +33,7 @@ HRESULT ReadChunkCount(CorvaneStream* stream, DWORD* count) {
     if (status != S_OK || stream->Ended()) return status;
     total += read;
   }
-  *count = bytes[0] | static_cast<DWORD>(bytes[1]) << 8 | static_cast<DWORD>(bytes[2]) << 16 |
-           static_cast<DWORD>(bytes[3]) << 24;
+  *count = InputWord(bytes);
   return status;
 }
 

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "agent/log/log.h"
-#include "agent/xml/document_safety.h"
+#include "agent/xml/document.h"
 #include "platform/status.h"
 
 namespace corvane {

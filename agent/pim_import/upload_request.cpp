@@ -12,10 +12,9 @@
 #include "agent/pim_import/upload_chunk.h"
 #include "agent/pim_import/upload_document.h"
 #include "agent/time/zone.h"
-#include "agent/vocabulary/appointment_fields.h"
+#include "agent/vocabulary/calendar_words.h"
 #include "agent/vocabulary/contact_fields.h"
 #include "agent/vocabulary/outlook_session.h"
-#include "agent/vocabulary/task_fields.h"
 #include "platform/status.h"
 
 namespace corvane {

@@ -7,6 +7,7 @@
 namespace corvane {
 
 inline constexpr ce::LONGLONG kTicksPerSecond = 10'000'000;
+inline constexpr ce::LONGLONG kSecondsPerMinute = 60;
 
 ce::ULONGLONG Ticks(const ce::FILETIME& time);
 ce::FILETIME AddSeconds(const ce::FILETIME& time, ce::LONGLONG seconds);

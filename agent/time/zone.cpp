@@ -54,17 +54,6 @@ void ResetTimeZoneCache() {
   cache.isLoaded = false;
 }
 
-void ComputeTransition(TransitionKind kind, int year, int month, int week, int dayOfWeek,
-                       int /*date*/, int hour, int minute, int second, int millisecond,
-                       TransitionPoint* point) {
-  const auto field = [](int value) { return static_cast<ce::WORD>(value); };
-  const ce::SYSTEMTIME rule = {0,           field(month),  field(dayOfWeek), field(week),
-                               field(hour), field(minute), field(second),    field(millisecond)};
-  ce::LONG daylightBias = 0;
-  if (kind == kEndOfDaylight) GetZoneBiases(nullptr, &daylightBias);
-  *point = TransitionByRule(kind, year, rule, daylightBias);
-}
-
 int IsDaylightTime(const BrokenDownTime& time) {
   if (g_bUseDST == 0) return 0;
   // A zone that cannot be read leaves the rules of the one before, and no bias.

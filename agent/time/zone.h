@@ -23,11 +23,6 @@ void ResetTimeZoneCache();
 // 0 or 1. The time is taken in local terms, without its milliseconds.
 int IsDaylightTime(const BrokenDownTime& time);
 
-// As TransitionByRule, with the bias of the handheld's zone: `year` since 1900, `month` 1 to 12,
-// `week` 1 to 5 where 5 is the last. `date` is not used.
-void ComputeTransition(TransitionKind kind, int year, int month, int week, int dayOfWeek, int date,
-                       int hour, int minute, int second, int millisecond, TransitionPoint* point);
-
 ce::SYSTEMTIME LocalTimeToUtc(const ce::SYSTEMTIME& local);
 ce::SYSTEMTIME UtcToLocalTime(const ce::SYSTEMTIME& utc);
 

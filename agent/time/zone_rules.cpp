@@ -45,8 +45,8 @@ ce::LONG DaylightBiasSeconds(const ce::TIME_ZONE_INFORMATION& zone) {
   return (zone.DaylightBias - zone.StandardBias) * 60;
 }
 
-TransitionPoint TransitionByRule(TransitionKind kind, int year, const ce::SYSTEMTIME& rule,
-                                 ce::LONG daylightBiasSeconds) {
+TransitionPoint ComputeTransition(TransitionKind kind, int year, const ce::SYSTEMTIME& rule,
+                                  ce::LONG daylightBiasSeconds) {
   ce::LONGLONG seconds = (rule.wHour * 60LL + rule.wMinute) * 60 + rule.wSecond;
   if (kind == kEndOfDaylight) seconds += daylightBiasSeconds;
   ce::LONGLONG millisecond = seconds * 1000 + rule.wMilliseconds;
@@ -68,9 +68,9 @@ bool IsDaylightByRules(const ce::TIME_ZONE_INFORMATION& zone, ce::LONG daylightB
   if (startRule.wYear != 0 || endRule.wYear != 0) return false;
   if (!IsMonth(startRule.wMonth) || !IsMonth(endRule.wMonth)) return false;
 
-  const TransitionPoint start = TransitionByRule(kStartOfDaylight, time.year, startRule, 0);
+  const TransitionPoint start = ComputeTransition(kStartOfDaylight, time.year, startRule, 0);
   const TransitionPoint end =
-      TransitionByRule(kEndOfDaylight, time.year, endRule, daylightBiasSeconds);
+      ComputeTransition(kEndOfDaylight, time.year, endRule, daylightBiasSeconds);
   const int day = time.dayOfYear;
   if (start.dayOfYear < end.dayOfYear) {
     if (day < start.dayOfYear || day > end.dayOfYear) return false;

@@ -35,8 +35,8 @@ ce::LONG DaylightBiasSeconds(const ce::TIME_ZONE_INFORMATION& zone);
 // The transition that `rule` (month, week, weekday and time of day) names in a year since 1900.
 // Every fourth year counts as a leap year. The end of daylight is given in daylight time and
 // answered in standard time, on the same day of the year even when that leaves the day.
-TransitionPoint TransitionByRule(TransitionKind kind, int year, const ce::SYSTEMTIME& rule,
-                                 ce::LONG daylightBiasSeconds);
+TransitionPoint ComputeTransition(TransitionKind kind, int year, const ce::SYSTEMTIME& rule,
+                                  ce::LONG daylightBiasSeconds);
 
 // Whether a local standard time is daylight time. False for a zone whose rules are absolute dates
 // or name no month. `daylightBiasSeconds` is used for the end of daylight.

@@ -1,8 +1,8 @@
 #include "agent/vocabulary/contact_fields.h"
 
+#include <algorithm>
+#include <array>
 #include <iterator>
-
-#include "agent/vocabulary/field_order.h"
 
 namespace corvane {
 namespace {
@@ -69,9 +69,16 @@ constexpr ContactField kFields[] = {
 };
 static_assert(std::size(kFields) == 46);
 
-constexpr auto kKeyFields = FieldsByPlace<std::size(kFields)>(
-    kFields, [](const ContactField& field, int index) { return index + field.keyShift + 1; });
-static_assert(EveryPlaceIsTaken(kKeyFields));
+consteval std::array<const ContactField*, std::size(kFields)> InOrderOfKeys() {
+  std::array<const ContactField*, std::size(kFields)> ordered{};
+  for (int row = 0; const ContactField& field : kFields) {
+    ordered.at(static_cast<std::size_t>(row++ + field.keyShift)) = &field;
+  }
+  return ordered;
+}
+
+constexpr auto kKeyFields = InOrderOfKeys();
+static_assert(std::ranges::count(kKeyFields, nullptr) == 0);
 
 constexpr ContactEmailSlot kEmailSlots[] = {
     {u"email1", &IContact::get_Email1Address, &IContact::put_Email1Address},

@@ -1,4 +1,4 @@
-// A connection to Pocket Outlook that is logged off when it goes.
+// A connection to Pocket Outlook, and its items.
 #pragma once
 
 #include "platform/com_ptr.h"
@@ -6,6 +6,24 @@
 
 namespace corvane {
 
+// The item's interface of this kind, null when it has none.
+inline ce::ComPtr<ce::IUnknown> ItemAs(ce::IUnknown* item, const ce::GUID& kind) {
+  ce::ComPtr<ce::IUnknown> typed;
+  if (!item || ce::Failed(item->QueryInterface(kind, typed.put_void()))) typed.reset();
+  return typed;
+}
+
+// What is done alike with items of every kind.
+template <typename Item>
+ce::HRESULT DeleteItem(ce::IUnknown* item) {
+  return static_cast<Item*>(item)->Delete();
+}
+template <typename Item>
+ce::HRESULT GetItemOid(ce::IUnknown* item, ce::LONG* oid) {
+  return static_cast<Item*>(item)->get_Oid(oid);
+}
+
+// Logged off when it goes.
 class OutlookSession {
  public:
   OutlookSession() = default;

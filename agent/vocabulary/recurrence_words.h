@@ -3,7 +3,7 @@
 
 #include <span>
 
-#include "agent/vocabulary/item_elements.h"
+#include "agent/vocabulary/calendar_words.h"
 #include "platform/pocket_outlook_calendar.h"
 
 namespace corvane {

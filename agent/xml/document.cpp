@@ -3,7 +3,7 @@
 #include "agent/core/corvane_stream.h"
 #include "agent/core/memory_stream.h"
 #include "agent/log/log.h"
-#include "agent/xml/stream_words.h"
+#include "agent/xml/values.h"
 #include "platform/com_ptr.h"
 #include "platform/status.h"
 
@@ -91,13 +91,36 @@ HRESULT SetElementAttribute(IXMLDOMDocument* document, IXMLDOMElement* element, 
   return owned.empty() ? S_OK : PutAttribute(document, element, name, owned);
 }
 
+HRESULT ConfineDocument(IXMLDOMDocument* document) {
+  if (!document) return E_POINTER;
+  ComPtr<IObjectSafety> safety;
+  RETURN_IF_FAILED(document->QueryInterface(IObjectSafety::kIid, safety.put_void()));
+  DWORD supported = 0;
+  DWORD enabled = 0;
+  RETURN_IF_FAILED(safety->GetInterfaceSafetyOptions(IXMLDOMDocument::kIid, &supported, &enabled));
+  RETURN_IF_FAILED(safety->SetInterfaceSafetyOptions(IXMLDOMDocument::kIid, supported, 0));
+  RETURN_IF_FAILED(document->put_validateOnParse(VARIANT_FALSE));
+  RETURN_IF_FAILED(document->put_resolveExternals(VARIANT_FALSE));
+  return document->put_preserveWhiteSpace(VARIANT_FALSE);
+}
+
+HRESULT SetOid(IXMLDOMDocument* document, IXMLDOMElement* element, LONG oid) {
+  Bstr text(LongText(oid).data());
+  if (!text) return E_OUTOFMEMORY;
+  return SetElementAttribute(document, element, u"Oid", text.address());
+}
+
+HRESULT SaveDocument(IXMLDOMDocument* document, MemoryStream* text) {
+  VARIANT target;
+  target.vt = VT_UNKNOWN;
+  target.punkVal = text;
+  return document->save(target);
+}
+
 HRESULT StreamXMLToDesktop(IXMLDOMDocument* document, CorvaneStream* stream) {
   MemoryStream text;
   if (!document || !stream) return S_OK;
-  VARIANT target;
-  target.vt = VT_UNKNOWN;
-  target.punkVal = &text;
-  HRESULT status = document->save(target);
+  HRESULT status = SaveDocument(document, &text);
   if (Failed(status) || !text.Buffer() || text.Size() == 0) return status;
 
   // The data follow also after a length that could not be sent: such a failure is a positive code.

@@ -10,10 +10,15 @@
 namespace corvane {
 
 class CorvaneStream;
+class MemoryStream;
 
 // The caller owns one reference to each. Both are null when the document cannot be made. Memory
 // that runs out for the declaration's text answers the last error: positive, with both null.
 ce::HRESULT CreateXMLObjects(ce::IXMLDOMDocument** document, ce::IXMLDOMElement** root);
+
+// Keeps a document to the bytes it is given: switches off every safety option that it knows, its
+// validation, what lies outside of it and text of white space alone. Before it is loaded or filled.
+ce::HRESULT ConfineDocument(ce::IXMLDOMDocument* document);
 
 // An element that is not yet attached; the caller owns the reference.
 ce::HRESULT CreateXMLElement(ce::IXMLDOMDocument* document, const ce::WCHAR* name,
@@ -27,6 +32,12 @@ ce::HRESULT AddEmptyElement(ce::IXMLDOMDocument* document, ce::IXMLDOMNode* pare
 // path.
 ce::HRESULT SetElementAttribute(ce::IXMLDOMDocument* document, ce::IXMLDOMElement* element,
                                 const ce::WCHAR* name, ce::BSTR* value);
+
+// Sets "Oid" in signed decimal.
+ce::HRESULT SetOid(ce::IXMLDOMDocument* document, ce::IXMLDOMElement* element, ce::LONG oid);
+
+// As UTF-8, behind what `text` holds already.
+ce::HRESULT SaveDocument(ce::IXMLDOMDocument* document, MemoryStream* text);
 
 // Writes a 4-byte little-endian byte count and the document as UTF-8. Nothing is written, and the
 // answer is 0, when either is null. A connection that breaks shows as the positive code of the last

@@ -3,7 +3,6 @@
 #include "agent/core/corvane_stream.h"
 #include "agent/log/log.h"
 #include "agent/xml/document.h"
-#include "agent/xml/stream_words.h"
 #include "platform/status.h"
 
 namespace corvane {

@@ -10,16 +10,23 @@
 
 namespace corvane::testing {
 
+enum class Failing {
+  kOnce,      // the n-th call, and no other
+  kFromThen,  // the n-th call and all behind it
+};
+
 // `prepare()` comes before the plan is in force; `run()` gives the outcome; `check(outcome, call)`
-// is told which call failed, once the plan is no longer in force. Ends with the first run in which
-// no call failed. Answers the number of calls.
+// is told which call failed last, once the plan is no longer in force. Ends with the first run in
+// which no call failed. Answers the number of calls.
 template <typename Prepare, typename Run, typename Check>
-std::uint64_t FailEachCall(ce::DWORD error, Prepare prepare, Run run, Check check) {
+std::uint64_t FailEachCall(ce::DWORD error, Prepare prepare, Run run, Check check,
+                           Failing failing = Failing::kOnce) {
   for (std::uint64_t n = 1;; ++n) {
     std::string call;
     prepare();
     auto outcome = [&] {
-      const auto plan = ce::host::FaultPlan::FailNth(n, error);
+      const auto plan = failing == Failing::kOnce ? ce::host::FaultPlan::FailNth(n, error)
+                                                  : ce::host::FaultPlan::FailFromNth(n, error);
       auto result = run();
       call = plan.firedCall();
       return result;
@@ -31,9 +38,10 @@ std::uint64_t FailEachCall(ce::DWORD error, Prepare prepare, Run run, Check chec
   }
 }
 template <typename Run, typename Check>
-std::uint64_t FailEachCall(ce::DWORD error, Run run, Check check) {
+std::uint64_t FailEachCall(ce::DWORD error, Run run, Check check,
+                           Failing failing = Failing::kOnce) {
   return FailEachCall(
-      error, [] {}, run, check);
+      error, [] {}, run, check, failing);
 }
 
 }  // namespace corvane::testing

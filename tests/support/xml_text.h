@@ -14,10 +14,7 @@ namespace corvane::testing {
 
 inline std::string SavedText(ce::IXMLDOMDocument* document) {
   MemoryStream stream;
-  ce::VARIANT target;
-  target.vt = ce::VT_UNKNOWN;
-  target.punkVal = &stream;
-  EXPECT_EQ(document->save(target), ce::S_OK);
+  EXPECT_EQ(SaveDocument(document, &stream), ce::S_OK);
   return {reinterpret_cast<const char*>(stream.Buffer()), stream.Size()};
 }
 

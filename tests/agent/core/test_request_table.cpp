@@ -5,7 +5,7 @@
 
 #include "agent/core/corvane_stream.h"
 #include "agent/core/listener.h"
-#include "agent/core/request_table.h"
+#include "agent/request_handler.h"
 #include "platform/memory.h"
 #include "tests/agent/core/core_support.h"
 

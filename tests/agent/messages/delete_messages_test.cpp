@@ -1,4 +1,4 @@
-#include "agent/messages/delete_messages.h"
+#include "agent/messages/folder_messages.h"
 
 #include <gmock/gmock.h>
 

@@ -2,9 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include "agent/vocabulary/appointment_fields.h"
-#include "agent/vocabulary/contact_fields.h"
-#include "agent/vocabulary/task_fields.h"
 #include "handheld/base/fault.h"
 #include "platform/memory.h"
 #include "tests/support/fault_runs.h"
@@ -161,41 +158,6 @@ TEST_F(DatabaseKeys, LogsAnUnknownKindAndAWrongInput) {
       LogMessages(),
       ElementsAre("Starting GetDatabaseKeys", "Invalid Arg, -1", "returning with hr = 0x80070057",
                   "Starting GetDatabaseKeys", "returning with hr = 0x80070057"));
-}
-
-// What the two sides take from the tables.
-
-TEST(Vocabulary, ReadsEveryFieldOfAnAppointmentInItsOrder) {
-  std::vector<std::u16string> names;
-  for (const AppointmentField* field : AppointmentImportFields()) names.push_back(field->element);
-  EXPECT_THAT(names,
-              ElementsAre(u"SUBJECT", u"NOTES", u"ALL_DAY_EVENT", u"BusyStatus", u"EVENT_START",
-                          u"IS_RECURRING", u"EVENT_END", u"Private", u"HAS_REMINDER",
-                          u"ReminderMinutes", u"RECURRENCE", u"CATEGORIES", u"LOCATION"));
-}
-
-TEST(Vocabulary, ReadsOnlyTheFieldsThatAChangedOccurrenceHas) {
-  std::vector<std::u16string> names;
-  for (const AppointmentField* field : AppointmentImportFields()) {
-    if (field->readInException) names.push_back(field->element);
-  }
-  EXPECT_THAT(names, ElementsAre(u"SUBJECT", u"NOTES", u"ALL_DAY_EVENT", u"BusyStatus",
-                                 u"EVENT_START", u"IS_RECURRING", u"EVENT_END", u"LOCATION"));
-}
-
-TEST(Vocabulary, ReadsEveryFieldOfATaskInItsOrder) {
-  std::vector<std::u16string> names;
-  for (const TaskField* field : TaskImportFields()) names.push_back(field->element);
-  EXPECT_THAT(names, ElementsAre(u"SUBJECT", u"NOTES", u"Private", u"DUE_DATE", u"HAS_REMINDER",
-                                 u"ReminderMinutes", u"COMPLETED", u"PRIORITY", u"StartDate",
-                                 u"CATEGORIES", u"IS_RECURRING", u"RECURRENCE"));
-}
-
-TEST(Vocabulary, CountsPrioritiesAgainstImportance) {
-  for (const auto& [priority, importance] :
-       {std::pair{-5, 2}, {0, 2}, {1, 2}, {2, 2}, {3, 1}, {4, 0}, {5, 0}}) {
-    EXPECT_EQ(ImportanceOfPriority(priority), importance) << priority;
-  }
 }
 
 }  // namespace

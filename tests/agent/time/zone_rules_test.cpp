@@ -49,11 +49,11 @@ const Rule kSydneyStart = {10, 1, 0, 2};
 const Rule kSydneyEnd = {4, 1, 0, 3};
 
 int DayIn(int inYear, const Rule& rule) {
-  return TransitionByRule(kStartOfDaylight, inYear - 1900, Record(rule), 0).dayOfYear;
+  return ComputeTransition(kStartOfDaylight, inYear - 1900, Record(rule), 0).dayOfYear;
 }
 
 int EndMillisecond(const Rule& rule, ce::LONG daylightBias) {
-  return TransitionByRule(kEndOfDaylight, 108, Record(rule), daylightBias).millisecond;
+  return ComputeTransition(kEndOfDaylight, 108, Record(rule), daylightBias).millisecond;
 }
 
 BrokenDownTime Moment(int inYear, int month, int day, int hour, int minute = 0, int second = 0) {
@@ -102,7 +102,7 @@ TEST(DaylightBiasSeconds, IsNothingWhenTheDaylightBiasIsNothing) {
   EXPECT_EQ(DaylightBiasSeconds(zone), 0);
 }
 
-TEST(TransitionByRule, FindsEveryWeekdayOfEveryMonth) {
+TEST(ComputeTransition, FindsEveryWeekdayOfEveryMonth) {
   for (int inYear = 1970; inYear < 2100; ++inYear) {
     const sys_days newYear{year{inYear} / 1 / 1};
     for (unsigned month = 1; month <= 12; ++month) {
@@ -121,52 +121,53 @@ TEST(TransitionByRule, FindsEveryWeekdayOfEveryMonth) {
   }
 }
 
-TEST(TransitionByRule, TakesTheFourthForWeekFiveWhenThereIsNoFifth) {
+TEST(ComputeTransition, TakesTheFourthForWeekFiveWhenThereIsNoFifth) {
   EXPECT_EQ(DayIn(2009, {2, 5, 0}), 31 + 21);  // 22 February
   EXPECT_EQ(DayIn(2008, {2, 5, 5}), 31 + 28);  // 29 February, a fifth Friday
 }
 
 // The year 2100 is taken for a leap year: its March begins on the 2nd, a Tuesday, and each later
 // year begins a weekday too late.
-TEST(TransitionByRule, CountsEveryFourthYearAsALeapYear) {
+TEST(ComputeTransition, CountsEveryFourthYearAsALeapYear) {
   EXPECT_EQ(DayIn(2100, {3, 1, 2}), 60);  // Tuesday 2 March
   EXPECT_EQ(DayIn(2100, {3, 1, 1}), 66);  // Monday 8 March, though the 1st is one
   EXPECT_EQ(DayIn(2101, {4, 1, 0}), 91);  // Saturday 2 April, taken for a Sunday
 }
 
-TEST(TransitionByRule, KeepsTheRemaindersSignBefore1970) {
+TEST(ComputeTransition, KeepsTheRemaindersSignBefore1970) {
   // 1 January 1969 was a Wednesday; the remainder is -4, which is below every weekday.
   EXPECT_EQ(DayIn(1969, {1, 1, 0}), 4);   // Sunday the 5th
   EXPECT_EQ(DayIn(1969, {1, 1, 5}), 9);   // Friday the 10th, a week late
   EXPECT_EQ(DayIn(1969, {1, 5, 5}), 30);  // Friday the 31st, moved back into the month
 }
 
-TEST(TransitionByRule, GivesTheStartInItsOwnTime) {
+TEST(ComputeTransition, GivesTheStartInItsOwnTime) {
   const TransitionPoint point =
-      TransitionByRule(kStartOfDaylight, 108, Record({3, 5, 0, 2, 3, 4, 5}), -3600);
+      ComputeTransition(kStartOfDaylight, 108, Record({3, 5, 0, 2, 3, 4, 5}), -3600);
   EXPECT_EQ(point.year, 108);
   EXPECT_EQ(point.dayOfYear, 31 + 29 + 29);  // 30 March 2008
   EXPECT_EQ(point.millisecond, ((2 * 60 + 3) * 60 + 4) * 1000 + 5);
 }
 
-TEST(TransitionByRule, MovesTheEndIntoStandardTime) {
+TEST(ComputeTransition, MovesTheEndIntoStandardTime) {
   EXPECT_EQ(EndMillisecond({10, 5, 0, 3, 0, 0, 7}, -3600), 2 * 3'600'000 + 7);
   EXPECT_EQ(EndMillisecond({10, 5, 0, 1}, -3600), 0);
 }
 
-TEST(TransitionByRule, MovesAnEndBeforeTheDayByOneMillisecondLessThanADay) {
-  const TransitionPoint point = TransitionByRule(kEndOfDaylight, 108, Record({10, 5, 0, 0}), -3600);
+TEST(ComputeTransition, MovesAnEndBeforeTheDayByOneMillisecondLessThanADay) {
+  const TransitionPoint point =
+      ComputeTransition(kEndOfDaylight, 108, Record({10, 5, 0, 0}), -3600);
   EXPECT_EQ(point.millisecond, 23 * 3'600'000 - 1);
   EXPECT_EQ(point.dayOfYear, 31 + 29 + 31 + 30 + 31 + 30 + 31 + 31 + 30 + 25);  // still 26 October
 }
 
-TEST(TransitionByRule, MovesAnEndAfterTheDayByOneMillisecondLessThanADay) {
+TEST(ComputeTransition, MovesAnEndAfterTheDayByOneMillisecondLessThanADay) {
   EXPECT_EQ(EndMillisecond({10, 5, 0, 23, 30}, 3600), 30 * 60'000 + 1);
   EXPECT_EQ(EndMillisecond({10, 5, 0, 23}, 3600), 1);
   EXPECT_EQ(EndMillisecond({10, 5, 0, 22, 59, 59, 999}, 3600), 86'399'999);
 }
 
-TEST(TransitionByRule, StaysWithinItsTablesForAMonthThatDoesNotExist) {
+TEST(ComputeTransition, StaysWithinItsTablesForAMonthThatDoesNotExist) {
   EXPECT_EQ(DayIn(2008, {0, 1, 0}), DayIn(2008, {1, 1, 0}));
   EXPECT_EQ(DayIn(2008, {13, 1, 0}), DayIn(2008, {12, 1, 0}));
   EXPECT_EQ(DayIn(2008, {65535, 5, 0}), DayIn(2008, {12, 5, 0}));

@@ -181,19 +181,6 @@ TEST_F(Zone, AnEndOfDaylightAtMidnightComesADayLate) {
   EXPECT_EQ(UtcToLocalTime(At(2009, 10, 25, 21)), At(2009, 10, 25, 23));
 }
 
-TEST_F(Zone, ComputeTransitionUsesTheHandheldsDaylightBiasForTheEndAlone) {
-  UseZone("Europe/Berlin");
-  TransitionPoint start;
-  TransitionPoint end;
-  ComputeTransition(kStartOfDaylight, 108, 3, 5, 0, 0, 2, 0, 0, 0, &start);
-  ComputeTransition(kEndOfDaylight, 108, 10, 5, 0, 0, 3, 1, 2, 3, &end);
-  EXPECT_EQ(start.year, 108);
-  EXPECT_EQ(start.dayOfYear, 89);
-  EXPECT_EQ(start.millisecond, 2 * 3'600'000);
-  EXPECT_EQ(end.dayOfYear, 299);
-  EXPECT_EQ(end.millisecond, ((2 * 60 + 1) * 60 + 2) * 1000 + 3);
-}
-
 TEST_F(Zone, ImpossibleTimesGiveNoDate) {
   UseZone("America/New_York");
   const ce::SYSTEMTIME none{};

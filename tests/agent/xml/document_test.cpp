@@ -7,7 +7,6 @@
 
 #include "agent/core/corvane_stream.h"
 #include "agent/log/log.h"
-#include "agent/xml/stream_words.h"
 #include "agent/xml/values.h"
 #include "handheld/base/fault.h"
 #include "tests/support/desktop_end.h"

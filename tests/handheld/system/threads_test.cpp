@@ -145,51 +145,6 @@ TEST(Interlocked, CountsAcrossThreads) {
   EXPECT_EQ(count, 8 * 999);
 }
 
-TEST(CriticalSection, IsRecursive) {
-  CRITICAL_SECTION section;
-  InitializeCriticalSection(&section);
-  EnterCriticalSection(&section);
-  EnterCriticalSection(&section);
-  LeaveCriticalSection(&section);
-  LeaveCriticalSection(&section);
-  DeleteCriticalSection(&section);
-  EXPECT_EQ(section.implementation, nullptr);
-}
-
-TEST(CriticalSection, KeepsOtherThreadsOut) {
-  struct Shared {
-    CRITICAL_SECTION section;
-    int count = 0;
-  } shared;
-  InitializeCriticalSection(&shared.section);
-  for (int i = 0; i < 4; ++i) {
-    CreateThread(
-        nullptr, 0,
-        [](void* parameter) -> DWORD {
-          auto* common = static_cast<Shared*>(parameter);
-          for (int step = 0; step < 1000; ++step) {
-            EnterCriticalSection(&common->section);
-            ++common->count;
-            LeaveCriticalSection(&common->section);
-          }
-          return 0;
-        },
-        &shared, 0, nullptr);
-  }
-  WaitForRequestThreads();
-  EXPECT_EQ(shared.count, 4000);
-  DeleteCriticalSection(&shared.section);
-}
-
-TEST(CriticalSection, ThatIsDeletedLocksNothing) {
-  CRITICAL_SECTION section;
-  InitializeCriticalSection(&section);
-  DeleteCriticalSection(&section);
-  EnterCriticalSection(&section);
-  LeaveCriticalSection(&section);
-  EXPECT_EQ(section.implementation, nullptr);
-}
-
 TEST(Tls, HoldsAValueForEachThread) {
   const DWORD slot = TlsAlloc();
   ASSERT_NE(slot, TLS_OUT_OF_INDEXES);
