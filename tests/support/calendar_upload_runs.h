@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "tests/support/calendar_test.h"
-#include "tests/support/recording_items.h"
 #include "tests/support/upload_runs.h"
 
 namespace corvane::testing {

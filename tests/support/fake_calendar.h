@@ -1,20 +1,52 @@
-// Appointments, tasks and patterns that hold whatever a test says, also what a store would refuse.
-// Read-only; every getter is a fault point of the name that the handheld's own has.
+// Appointments, tasks and patterns that hold whatever a test says, also what a store would refuse,
+// and list what is done to them. Every getter is a fault point of the name that the handheld's own
+// has.
 #pragma once
 
+#include <map>
 #include <string>
 #include <vector>
 
 #include "handheld/base/com_object.h"
 #include "platform/com_ptr.h"
 #include "platform/pocket_outlook_calendar.h"
+#include "tests/support/calendar_test.h"
 
 namespace corvane::testing {
 
+// What was done to the items, and what is to be answered. Getters of plain values are not listed.
+struct CallList {
+  std::map<std::string, ce::HRESULT> answers;  // by name, such as "put_Subject"; else S_OK
+  std::vector<std::string> calls;              // "put_Subject text"
+};
+
+// The base of them all. Takes down nothing without a list.
+template <typename Interface>
+class Fake : public ce::host::ComObject<Interface> {
+ public:
+  CallList* list = nullptr;
+
+ protected:
+  ce::HRESULT Note(const std::string& call, const std::string& argument = {}) {
+    if (!list) return ce::S_OK;
+    list->calls.push_back(argument.empty() ? call : call + " " + argument);
+    const auto answer = list->answers.find(call);
+    return answer == list->answers.end() ? ce::S_OK : answer->second;
+  }
+
+  static std::string Shown(ce::LONG value) { return std::to_string(value); }
+  static std::string Shown(ce::VARIANT_BOOL value) { return value ? "TRUE" : "FALSE"; }
+  static std::string Shown(ce::DATE value) { return TextOfDate(value); }
+  static std::string Shown(ce::BSTR value) {
+    return value ? Narrow({value, ce::SysStringLen(value)}) : std::string();
+  }
+};
+
 template <typename Object>
-ce::ComPtr<Object> Make() {
+ce::ComPtr<Object> Make(CallList* list = nullptr) {
   ce::ComPtr<Object> made;
   made.attach(new Object);
+  made->list = list;
   return made;
 }
 
@@ -29,20 +61,20 @@ ce::ComPtr<Object> Make() {
     *value = Name;                                     \
     return ce::S_OK;                                   \
   }
-#define FAKE_PROPERTY(Interface, Type, Name, Default) \
-  FAKE_READ_ONLY(Interface, Type, Name, Default)      \
-  ce::HRESULT put_##Name(Type) override {             \
-    return ce::E_NOTIMPL;                             \
+#define FAKE_PROPERTY(Interface, Type, Name, Default)    \
+  FAKE_READ_ONLY(Interface, Type, Name, Default)         \
+  ce::HRESULT put_##Name(Type value) override {          \
+    return this->Note("put_" #Name, this->Shown(value)); \
   }
-#define FAKE_TEXT(Interface, Name)                   \
-  std::u16string Name;                               \
-  ce::HRESULT get_##Name(ce::BSTR* value) override { \
-    FAKE_FAULT(Interface, get_##Name);               \
-    *value = ce::Bstr(Name).detach();                \
-    return ce::S_OK;                                 \
-  }                                                  \
-  ce::HRESULT put_##Name(ce::BSTR) override {        \
-    return ce::E_NOTIMPL;                            \
+#define FAKE_TEXT(Interface, Name)                       \
+  std::u16string Name;                                   \
+  ce::HRESULT get_##Name(ce::BSTR* value) override {     \
+    FAKE_FAULT(Interface, get_##Name);                   \
+    *value = ce::Bstr(Name).detach();                    \
+    return ce::S_OK;                                     \
+  }                                                      \
+  ce::HRESULT put_##Name(ce::BSTR value) override {      \
+    return this->Note("put_" #Name, this->Shown(value)); \
   }
 #define FAKE_ITEM(Interface)                                                    \
   FAKE_READ_ONLY(Interface, ce::LONG, Oid, 7)                                   \
@@ -51,7 +83,16 @@ ce::ComPtr<Object> Make() {
   ce::HRESULT GetRecurrencePattern(ce::IRecurrencePattern** pattern) override { \
     FAKE_FAULT(Interface, GetRecurrencePattern);                                \
     *pattern = ce::ComPtr<ce::IRecurrencePattern>(Pattern).detach();            \
-    return ce::S_OK;                                                            \
+    return this->Note("GetRecurrencePattern");                                  \
+  }                                                                             \
+  std::u16string Body;                                                          \
+  ce::HRESULT get_Body(ce::BSTR* value) override {                              \
+    FAKE_FAULT(Interface, get_Body);                                            \
+    *value = ce::Bstr(Body).detach();                                           \
+    return this->Note("get_Body");                                              \
+  }                                                                             \
+  ce::HRESULT put_Body(ce::BSTR value) override {                               \
+    return this->Note("put_Body", this->Shown(value));                          \
   }                                                                             \
   std::string BodyInk;                                                          \
   ce::HRESULT get_BodyInk(ce::DWORD* bytes, const ce::BYTE** block) override {  \
@@ -62,20 +103,20 @@ ce::ComPtr<Object> Make() {
     return ce::S_OK;                                                            \
   }                                                                             \
   ce::HRESULT put_BodyInk(ce::DWORD, const ce::BYTE*) override {                \
-    return ce::E_NOTIMPL;                                                       \
+    return this->Note("put_BodyInk");                                           \
   }                                                                             \
   ce::HRESULT ClearRecurrencePattern() override {                               \
-    return ce::E_NOTIMPL;                                                       \
+    return this->Note("ClearRecurrencePattern");                                \
   }                                                                             \
   ce::HRESULT Save() override {                                                 \
-    return ce::E_NOTIMPL;                                                       \
+    return this->Note("Save");                                                  \
   }                                                                             \
   ce::HRESULT Delete() override {                                               \
-    return ce::E_NOTIMPL;                                                       \
+    return this->Note("Delete");                                                \
   }
 
 // A timed appointment without anything, until a test sets more.
-class FakeAppointment final : public ce::host::ComObject<ce::IAppointment> {
+class FakeAppointment final : public Fake<ce::IAppointment> {
  public:
   FAKE_ITEM(IAppointment)
   FAKE_PROPERTY(IAppointment, ce::VARIANT_BOOL, AllDayEvent, ce::VARIANT_FALSE)
@@ -89,10 +130,9 @@ class FakeAppointment final : public ce::host::ComObject<ce::IAppointment> {
   FAKE_PROPERTY(IAppointment, ce::LONG, Sensitivity, ce::olNormal)
   FAKE_PROPERTY(IAppointment, ce::DATE, Start, ce::kNoDate)
   FAKE_TEXT(IAppointment, Subject)
-  FAKE_TEXT(IAppointment, Body)
 };
 
-class FakeTask final : public ce::host::ComObject<ce::ITask> {
+class FakeTask final : public Fake<ce::ITask> {
  public:
   FAKE_ITEM(ITask)
   FAKE_TEXT(ITask, Categories)
@@ -105,10 +145,9 @@ class FakeTask final : public ce::host::ComObject<ce::ITask> {
   FAKE_TEXT(ITask, Subject)
   FAKE_PROPERTY(ITask, ce::DATE, ReminderTime, ce::kNoDate)
   FAKE_PROPERTY(ITask, ce::VARIANT_BOOL, ReminderSet, ce::VARIANT_FALSE)
-  FAKE_TEXT(ITask, Body)
 };
 
-class FakeException final : public ce::host::ComObject<ce::IException> {
+class FakeException final : public Fake<ce::IException> {
  public:
   FAKE_READ_ONLY(IException, ce::DATE, OriginalDate, ce::kNoDate)
   FAKE_READ_ONLY(IException, ce::VARIANT_BOOL, Deleted, ce::VARIANT_FALSE)
@@ -120,7 +159,7 @@ class FakeException final : public ce::host::ComObject<ce::IException> {
   }
 };
 
-class FakeExceptions final : public ce::host::ComObject<ce::IExceptions> {
+class FakeExceptions final : public Fake<ce::IExceptions> {
  public:
   std::vector<ce::ComPtr<FakeException>> items;
   ce::HRESULT Item(ce::INT index, ce::IException** exception) override {
@@ -133,12 +172,12 @@ class FakeExceptions final : public ce::host::ComObject<ce::IExceptions> {
   ce::HRESULT get_Count(ce::INT* count) override {
     FAKE_FAULT(IExceptions, get_Count);
     *count = static_cast<ce::INT>(items.size());
-    return ce::S_OK;
+    return Note("get_Count");
   }
 };
 
 // Daily without an end, until a test sets more.
-class FakePattern final : public ce::host::ComObject<ce::IRecurrencePattern> {
+class FakePattern final : public Fake<ce::IRecurrencePattern> {
  public:
   FAKE_PROPERTY(IRecurrencePattern, ce::LONG, RecurrenceType, ce::olRecursDaily)
   FAKE_PROPERTY(IRecurrencePattern, ce::DATE, PatternStartDate, ce::kNoDate)
@@ -158,9 +197,17 @@ class FakePattern final : public ce::host::ComObject<ce::IRecurrencePattern> {
   ce::HRESULT get_Exceptions(ce::IExceptions** exceptions) override {
     FAKE_FAULT(IRecurrencePattern, get_Exceptions);
     *exceptions = ce::ComPtr<FakeExceptions>(Exceptions).detach();
-    return ce::S_OK;
+    return Note("get_Exceptions");
   }
-  ce::HRESULT GetOccurrence(ce::DATE, ce::IAppointment**) override { return ce::E_NOTIMPL; }
+  // The occurrence of every date.
+  ce::ComPtr<ce::IAppointment> Occurrence;
+  ce::HRESULT GetOccurrence(ce::DATE date, ce::IAppointment** occurrence) override {
+    const ce::HRESULT status = Note("GetOccurrence", Shown(date));
+    *occurrence = nullptr;
+    if (ce::Failed(status)) return status;
+    *occurrence = ce::ComPtr<ce::IAppointment>(Occurrence).detach();
+    return *occurrence ? status : ce::E_INVALIDARG;
+  }
 
   // The changed occurrence, for a test to fill.
   FakeAppointment& AddChanged(ce::DATE originalDate) {
@@ -184,5 +231,30 @@ class FakePattern final : public ce::host::ComObject<ce::IRecurrencePattern> {
 #undef FAKE_PROPERTY
 #undef FAKE_TEXT
 #undef FAKE_ITEM
+
+// An appointment with its pattern, both on one list, on a handheld in UTC.
+class FakeCalendarTest : public CalendarTest {
+ protected:
+  FakeCalendarTest() {
+    UseZone("UTC");
+    pattern_->Exceptions->list = &list_;
+    item_->Pattern = ce::ComPtr<ce::IRecurrencePattern>(pattern_.get());
+  }
+  void TearDown() override {
+    item_.reset();
+    pattern_.reset();
+    CalendarTest::TearDown();
+  }
+  FakeAppointment& item() { return *item_.get(); }
+  FakePattern& pattern() { return *pattern_.get(); }
+  // Every day has an occurrence.
+  void HaveOccurrences() {
+    pattern().Occurrence = ce::ComPtr<ce::IAppointment>(Make<FakeAppointment>(&list_).get());
+  }
+
+  CallList list_;
+  ce::ComPtr<FakePattern> pattern_ = Make<FakePattern>(&list_);
+  ce::ComPtr<FakeAppointment> item_ = Make<FakeAppointment>(&list_);
+};
 
 }  // namespace corvane::testing

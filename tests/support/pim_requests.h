@@ -4,19 +4,19 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "agent/core/corvane_stream.h"
-#include "agent/log/log.h"
+#include "agent/pim_export/delete_request.h"
 #include "agent/request_handler.h"
 #include "common/text/unicode.h"
-#include "tests/support/contact_store.h"
 #include "tests/support/desktop_end.h"
-#include "tests/support/test_handheld.h"
+#include "tests/support/item_store.h"
+#include "tests/support/logged_test.h"
 #include "tests/support/words.h"
 
 namespace corvane::testing {
@@ -122,36 +122,72 @@ inline std::size_t Occurrences(std::string_view text, std::string_view part) {
   return count;
 }
 
-// A handheld, its contacts, and the log's messages without what stands before each.
-class PimTest : public HandheldTest {
+// The only document of a download, between the tags of its root.
+inline std::string OnlyRecords(const DownloadAnswer& answer) {
+  EXPECT_EQ(answer.status, ce::S_OK);
+  EXPECT_EQ(answer.documents.size(), 1u);
+  if (answer.documents.empty()) return {};
+  const std::string& document = answer.documents[0];
+  const std::size_t begin = document.find("<root>") + 6;
+  return document.substr(begin, document.rfind("</root>") - begin);
+}
+
+// How many of these parts each document holds.
+inline std::vector<std::size_t> Sizes(const DownloadAnswer& answer,
+                                      const std::vector<std::string>& parts) {
+  std::vector<std::size_t> sizes;
+  for (const std::string& document : answer.documents) {
+    sizes.push_back(0);
+    for (const std::string& part : parts) sizes.back() += Occurrences(document, part);
+  }
+  return sizes;
+}
+
+inline void ExpectOnlyTrailer(const DownloadAnswer& answer, ce::HRESULT status) {
+  EXPECT_TRUE(answer.complete);
+  EXPECT_TRUE(answer.documents.empty());
+  EXPECT_EQ(answer.status, status);
+  EXPECT_EQ(answer.returned, status);
+}
+
+// A download of one of the exporters, which end it themselves.
+inline DownloadAnswer RunExport(ce::HRESULT (*exporter)(CorvaneStream*)) {
+  DesktopEnd desktop;
+  CorvaneStream stream;
+  stream.Attach(desktop.socket());
+  const ce::HRESULT status = exporter(&stream);
+  return ReadDownload({status, desktop.Received()});
+}
+
+// The input of a download of chosen records.
+inline std::string ChosenRecords(ce::DWORD kind, const std::vector<ce::LONG>& oids) {
+  std::string input = Word(kind);
+  for (const ce::LONG oid : oids) input += Word(static_cast<ce::DWORD>(oid));
+  return input;
+}
+
+inline ce::HRESULT DeleteKind(ce::DWORD kind) {
+  const std::string input = Word(kind);
+  return DeleteAllPIMRecords(4, reinterpret_cast<const ce::BYTE*>(input.data()), nullptr, nullptr,
+                             nullptr);
+}
+
+// A handheld and its contacts.
+class PimTest : public LoggedTest {
  protected:
   PimTest() { store_ = std::make_unique<ContactStore>(); }
 
   void TearDown() override {
     store_.reset();
-    CloseLog();
-    ResetLogSettings();
-    HandheldTest::TearDown();
-  }
-
-  void SwitchLogOn() {
-    LoadLogSettings();
-    SetLoggingLevel(1);
+    LoggedTest::TearDown();
   }
 
   // Of the agent's routines; the stream's own lines are left out.
   std::vector<std::string> LogMessages() {
-    CloseLog();
-    const std::string content = handheld_.FileContent("CorvaneLog.txt");
-    std::vector<std::string> messages;
-    for (std::size_t at = content.find(",thr 0x"); at != std::string::npos;
-         at = content.find(",thr 0x", at + 1)) {
-      const std::size_t begin = content.find(" : ", at) + 3;
-      std::string message = content.substr(begin, content.find("\r\n", begin) - begin);
-      const bool framing = message.starts_with("====") || message.starts_with("Log ") ||
-                           message.starts_with("CorvaneStream::");
-      if (!framing) messages.push_back(std::move(message));
-    }
+    std::vector<std::string> messages = LoggedTest::LogMessages();
+    std::erase_if(messages, [](const std::string& message) {
+      return message.starts_with("CorvaneStream::");
+    });
     return messages;
   }
 

@@ -8,24 +8,24 @@ namespace corvane::testing {
 // Every property there is, but no series.
 inline void FillFully(ce::IAppointment& item) {
   using ce::IAppointment;
-  SetItemText(item, &IAppointment::put_Subject, u"Review & <plan>");
-  SetItemText(item, &IAppointment::put_Location, u"Room \"7\"");
-  SetItemText(item, &IAppointment::put_Categories, u"Business, Personal");
-  SetItemText(item, &IAppointment::put_Body, u"First line\r\nSecond \U0001F600 line");
+  SetText(item, &IAppointment::put_Subject, u"Review & <plan>");
+  SetText(item, &IAppointment::put_Location, u"Room \"7\"");
+  SetText(item, &IAppointment::put_Categories, u"Business, Personal");
+  SetText(item, &IAppointment::put_Body, u"First line\r\nSecond \U0001F600 line");
   EXPECT_EQ(item.put_Start(DateOf(2008, 2, 18, 9, 5)), ce::S_OK);  // a Monday
   EXPECT_EQ(item.put_End(DateOf(2008, 2, 18, 10, 35)), ce::S_OK);
   EXPECT_EQ(item.put_ReminderSet(ce::VARIANT_TRUE), ce::S_OK);
   EXPECT_EQ(item.put_ReminderMinutesBeforeStart(30), ce::S_OK);
   EXPECT_EQ(item.put_Sensitivity(ce::olPrivate), ce::S_OK);
   EXPECT_EQ(item.put_BusyStatus(ce::olOutOfOffice), ce::S_OK);
-  SetItemInk(item, kInkNote);
+  SetInk(item, kInkNote);
 }
 
 inline void FillFully(ce::ITask& item) {
   using ce::ITask;
-  SetItemText(item, &ITask::put_Subject, u"Ship & <tell>");
-  SetItemText(item, &ITask::put_Categories, u"Business, Personal");
-  SetItemText(item, &ITask::put_Body, u"First line\r\nSecond \U0001F600 line");
+  SetText(item, &ITask::put_Subject, u"Ship & <tell>");
+  SetText(item, &ITask::put_Categories, u"Business, Personal");
+  SetText(item, &ITask::put_Body, u"First line\r\nSecond \U0001F600 line");
   EXPECT_EQ(item.put_StartDate(DateOf(2008, 2, 1)), ce::S_OK);
   EXPECT_EQ(item.put_DueDate(DateOf(2008, 2, 15)), ce::S_OK);
   EXPECT_EQ(item.put_ReminderTime(DateOf(2008, 2, 15, 9)), ce::S_OK);
@@ -34,7 +34,7 @@ inline void FillFully(ce::ITask& item) {
   EXPECT_EQ(item.put_Complete(ce::VARIANT_TRUE), ce::S_OK);
   EXPECT_EQ(item.put_DateCompleted(DateOf(2008, 2, 14)), ce::S_OK);
   EXPECT_EQ(item.put_Importance(ce::olImportanceHigh), ce::S_OK);
-  SetItemInk(item, kInkNote);
+  SetInk(item, kInkNote);
 }
 
 // Every second week on Mondays, Wednesdays and Fridays.
@@ -65,7 +65,7 @@ inline ce::LONG AddSeries(AppointmentStore& store) {
   }
   EXPECT_EQ(pattern->GetOccurrence(DateOf(2008, 2, 20, 9, 5), occurrence.put()), ce::S_OK);
   if (occurrence) {
-    SetItemText(*occurrence.get(), &ce::IAppointment::put_Subject, u"Review, later");
+    SetText(*occurrence.get(), &ce::IAppointment::put_Subject, u"Review, later");
     EXPECT_EQ(occurrence->put_Start(DateOf(2008, 2, 21, 14)), ce::S_OK);
     EXPECT_EQ(occurrence->Save(), ce::S_OK);
   }

@@ -8,9 +8,12 @@
 #include <utility>
 
 #include "platform/pocket_outlook.h"
-#include "tests/support/contact_store.h"
+#include "tests/support/item_store.h"
 
 namespace corvane::testing {
+
+using TextGetter = ce::HRESULT (ce::IContact::*)(ce::BSTR*);
+using TextSetter = ce::HRESULT (ce::IContact::*)(ce::BSTR);
 
 struct SampleText {
   TextSetter put;
@@ -84,12 +87,6 @@ inline constexpr std::array kPrivateTexts{
 inline constexpr ce::DATE kSampleBirthday = 28903.0;     // 1979-02-17
 inline constexpr ce::DATE kSampleAnniversary = 39493.0;  // 2008-02-15
 inline constexpr std::string_view kSampleInk{"{\\pwi\x01\x02\x03", 8};
-
-inline void SetInk(ce::IContact& contact, std::string_view ink) {
-  EXPECT_EQ(contact.put_BodyInk(static_cast<ce::DWORD>(ink.size()),
-                                reinterpret_cast<const ce::BYTE*>(ink.data())),
-            ce::S_OK);
-}
 
 // Every property there is.
 inline void FillFully(ce::IContact& contact) {

@@ -103,17 +103,17 @@ TEST_F(CalendarWire, WritesAnAppointmentByteForByte) {
   settings_.firstOid = 0x80000001;
   FillHandheld([] {
     AppointmentStore().Add([](IAppointment& item) {
-      SetItemText(item, &IAppointment::put_Subject, u"Review & <plan>");
-      SetItemText(item, &IAppointment::put_Location, u"Caf\u00E9");
-      SetItemText(item, &IAppointment::put_Categories, u"Business, Personal");
-      SetItemText(item, &IAppointment::put_Body, u"one\r\ntwo");
+      SetText(item, &IAppointment::put_Subject, u"Review & <plan>");
+      SetText(item, &IAppointment::put_Location, u"Caf\u00E9");
+      SetText(item, &IAppointment::put_Categories, u"Business, Personal");
+      SetText(item, &IAppointment::put_Body, u"one\r\ntwo");
       EXPECT_EQ(item.put_Start(DateOf(2008, 2, 15, 9, 5)), 0);
       EXPECT_EQ(item.put_End(DateOf(2008, 2, 15, 10, 35)), 0);
       EXPECT_EQ(item.put_ReminderSet(ce::VARIANT_TRUE), 0);
       EXPECT_EQ(item.put_ReminderMinutesBeforeStart(30), 0);
       EXPECT_EQ(item.put_Sensitivity(2), 0);
       EXPECT_EQ(item.put_BusyStatus(3), 0);
-      SetItemInk(item, std::string_view("{\\pwi\x01", 6));
+      SetInk(item, std::string_view("{\\pwi\x01", 6));
     });
   });
   EXPECT_EQ(OnlyRecord(kAppointments),
@@ -140,7 +140,7 @@ TEST_F(CalendarWire, WritesASeriesWithItsExceptionsByteForByte) {
   FillHandheld([] {
     AppointmentStore store;
     const ce::LONG oid = store.Add([](IAppointment& item) {
-      SetItemText(item, &IAppointment::put_Subject, u"Course");
+      SetText(item, &IAppointment::put_Subject, u"Course");
       EXPECT_EQ(item.put_Start(DateOf(2008, 2, 18, 9)), 0);  // a Monday
       EXPECT_EQ(item.put_ReminderSet(ce::VARIANT_FALSE), 0);
       MakeWeekly(item, 42, 6);
@@ -152,7 +152,7 @@ TEST_F(CalendarWire, WritesASeriesWithItsExceptionsByteForByte) {
     ASSERT_EQ(pattern->GetOccurrence(DateOf(2008, 3, 3, 9), occurrence.put()), 0);
     EXPECT_EQ(occurrence->Delete(), 0);
     ASSERT_EQ(pattern->GetOccurrence(DateOf(2008, 2, 20, 9), occurrence.put()), 0);
-    SetItemText(*occurrence.get(), &IAppointment::put_Subject, u"Course, late");
+    SetText(*occurrence.get(), &IAppointment::put_Subject, u"Course, late");
     EXPECT_EQ(occurrence->put_Start(DateOf(2008, 2, 20, 14)), 0);
     EXPECT_EQ(occurrence->Save(), 0);
   });
@@ -202,8 +202,8 @@ TEST_F(CalendarWire, WritesATaskByteForByte) {
   settings_.zone = "America/New_York";
   FillHandheld([] {
     TaskStore().Add([](ITask& item) {
-      SetItemText(item, &ITask::put_Subject, u"Ship");
-      SetItemText(item, &ITask::put_Body, u"one");
+      SetText(item, &ITask::put_Subject, u"Ship");
+      SetText(item, &ITask::put_Body, u"one");
       EXPECT_EQ(item.put_StartDate(DateOf(2008, 2, 1)), 0);
       EXPECT_EQ(item.put_DueDate(DateOf(2008, 2, 15)), 0);
       EXPECT_EQ(item.put_ReminderTime(DateOf(2008, 2, 15, 9)), 0);

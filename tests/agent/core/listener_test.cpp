@@ -100,9 +100,7 @@ class ListenerTest : public AgentTest {
     EXPECT_EQ(Result(), 0);
   }
 
-  static ce::host::FaultPlan CountSelects() {
-    return ce::host::FaultPlan::FailNthCall("select", ce::host::FaultPlan::kNever, 0);
-  }
+  static ce::host::FaultPlan CountSelects() { return ce::host::FaultPlan::CountOnly("select"); }
 
   std::promise<std::string> listening_;
   std::future<int> run_;

@@ -36,7 +36,7 @@ TEST_F(ConvertClass, TellsTheSystemsErrors) {
 }
 
 TEST_F(ConvertClass, IsNotWhatConversionsUse) {
-  const auto plan = host::FaultPlan::FailNthCall("RegisterClassW", host::FaultPlan::kNever, 0);
+  const auto plan = host::FaultPlan::CountOnly("RegisterClassW");
   BYTE* buffer = nullptr;
   DWORD count = 0;
   const std::string text = "text";

@@ -5,13 +5,10 @@
 
 #include <filesystem>
 #include <string>
-#include <vector>
 
-#include "agent/log/log.h"
 #include "agent/request_handler.h"
 #include "platform/memory.h"
-#include "tests/support/log_messages.h"
-#include "tests/support/test_handheld.h"
+#include "tests/support/logged_test.h"
 #include "tests/support/words.h"
 
 namespace corvane::testing {
@@ -25,14 +22,8 @@ struct DeviceOutcome {
   ce::DWORD address = 0;  // the low word of where the block lay
 };
 
-class DeviceTest : public HandheldTest {
+class DeviceTest : public LoggedTest {
  protected:
-  void TearDown() override {
-    CloseLog();
-    ResetLogSettings();
-    HandheldTest::TearDown();
-  }
-
   static DeviceOutcome Run(RequestHandler handler, const std::string& input = {},
                            CorvaneStream* stream = nullptr) {
     // Behind a byte, as nothing is aligned on the wire.
@@ -57,15 +48,6 @@ class DeviceTest : public HandheldTest {
     EXPECT_EQ(outcome.status, status);
     EXPECT_EQ(outcome.count, 0u);
     EXPECT_FALSE(outcome.hasBlock);
-  }
-
-  void SwitchLogOn() {
-    LoadLogSettings();
-    SetLoggingLevel(1);
-  }
-  std::vector<std::string> LogMessages() {
-    CloseLog();
-    return LogMessagesIn(handheld_.FileContent("CorvaneLog.txt"));
   }
 
   std::filesystem::path Root() const { return handheld_.directory() / "files"; }

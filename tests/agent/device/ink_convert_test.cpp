@@ -41,7 +41,7 @@ class ConvertFileToBufferTest : public InkTest {
 };
 
 TEST_F(LoadRichInkTest, LoadsOnceAndKeepsTheLibrary) {
-  const auto plan = FaultPlan::FailNthCall("LoadLibraryW", FaultPlan::kNever, 0);
+  const auto plan = FaultPlan::CountOnly("LoadLibraryW");
   EXPECT_TRUE(LoadRichInk());
   WithoutRichInk();
   EXPECT_TRUE(LoadRichInk());
@@ -127,7 +127,7 @@ TEST_F(ConvertWithRichInkTest, NeedsTheLibrary) {
 }
 
 TEST_F(ConvertWithRichInkTest, StreamsInOnceAndOutTwice) {
-  const auto plan = FaultPlan::FailNthCall("SendMessageW", FaultPlan::kNever, 0);
+  const auto plan = FaultPlan::CountOnly("SendMessageW");
   EXPECT_EQ(Convert("text", kText, kText).bytes, "text");
   EXPECT_EQ(plan.calls(), 3u);
 }
@@ -206,7 +206,7 @@ TEST_F(ConvertFileToBufferTest, ReadsAFileInTheFormatOfItsName) {
 }
 
 TEST_F(ConvertFileToBufferTest, RefusesAnUnknownExtensionBeforeItLooksForTheFile) {
-  const auto plan = FaultPlan::FailNthCall("CreateFileW", FaultPlan::kNever, 0);
+  const auto plan = FaultPlan::CountOnly("CreateFileW");
   EXPECT_EQ(Convert(u"\\note.PWI", kUnicode).status, static_cast<ce::HRESULT>(0x800A0141));
   EXPECT_EQ(Convert(u"\\note", kUnicode).status, static_cast<ce::HRESULT>(0x800A0141));
   EXPECT_EQ(plan.calls(), 0u);

@@ -7,12 +7,11 @@
 #include <string_view>
 
 #include "agent/device/ink_convert.h"
-#include "agent/log/log.h"
 #include "agent/request_handler.h"
 #include "handheld/windows/windows.h"
 #include "platform/memory.h"
 #include "tests/support/ink_note_bytes.h"
-#include "tests/support/test_handheld.h"
+#include "tests/support/logged_test.h"
 
 namespace corvane::testing {
 
@@ -54,7 +53,7 @@ inline std::string Le32(std::size_t word) {
 }
 
 // A handheld whose RichInk library has not been tried; fails a test that leaves a window behind.
-class InkTest : public HandheldTest {
+class InkTest : public LoggedTest {
  protected:
   void SetUp() override {
     ResetRichInk();
@@ -63,9 +62,7 @@ class InkTest : public HandheldTest {
   void TearDown() override {
     EXPECT_EQ(Windows(), windowsLeft_);
     ResetRichInk();
-    CloseLog();
-    ResetLogSettings();
-    HandheldTest::TearDown();
+    LoggedTest::TearDown();
   }
 
   void WithoutRichInk() { handheld_->Set(u"RichInk", ce::DWORD{0}); }

@@ -28,37 +28,16 @@ class CallLogTest : public PimTest {
     PimTest::TearDown();
   }
 
-  static DownloadAnswer Export() {
-    DesktopEnd desktop;
-    CorvaneStream stream;
-    stream.Attach(desktop.socket());
-    const ce::HRESULT status = ExportCallLog(&stream);
-    return ReadDownload({status, desktop.Received()});
-  }
+  static DownloadAnswer Export() { return RunExport(ExportCallLog); }
   // The elements of the only call, between its tags.
   static std::string ExportedCall() {
-    const DownloadAnswer answer = Export();
-    EXPECT_EQ(answer.status, ce::S_OK);
-    EXPECT_EQ(answer.documents.size(), 1u);
-    return answer.documents.empty() ? std::string() : Inner(answer.documents[0]);
-  }
-  static std::string Inner(const std::string& document) {
-    const std::size_t begin = document.find("<Call>") + 6;
-    return document.substr(begin, document.rfind("</Call>") - begin);
+    const std::string record = OnlyRecords(Export());
+    EXPECT_TRUE(record.starts_with("<Call>") && record.ends_with("</Call>")) << record;
+    return record.size() < 13 ? record : record.substr(6, record.size() - 13);
   }
   // Calls in each document.
   static std::vector<std::size_t> Sizes(const DownloadAnswer& answer) {
-    std::vector<std::size_t> sizes;
-    for (const std::string& document : answer.documents) {
-      sizes.push_back(Occurrences(document, "<Call>"));
-    }
-    return sizes;
-  }
-  static void ExpectOnlyTrailer(const DownloadAnswer& answer, ce::HRESULT status) {
-    EXPECT_TRUE(answer.complete);
-    EXPECT_TRUE(answer.documents.empty());
-    EXPECT_EQ(answer.status, status);
-    EXPECT_EQ(answer.returned, status);
+    return testing::Sizes(answer, {"<Call>"});
   }
   void MakeFile(const std::string& name, const std::string& content) const {
     std::ofstream(handheld_.directory() / "files" / name, std::ios::binary) << content;

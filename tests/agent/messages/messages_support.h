@@ -36,31 +36,11 @@ class MessagesTest : public PimTest {
     PimTest::TearDown();
   }
 
-  static DownloadAnswer Export() {
-    DesktopEnd desktop;
-    CorvaneStream stream;
-    stream.Attach(desktop.socket());
-    const ce::HRESULT status = ExportTextMessages(&stream);
-    return ReadDownload({status, desktop.Received()});
-  }
-  // What stands between the tags of the only document's root.
-  static std::string ExportedRecords() {
-    const DownloadAnswer answer = Export();
-    EXPECT_EQ(answer.documents.size(), 1u);
-    EXPECT_EQ(answer.status, ce::S_OK);
-    return answer.documents.empty() ? std::string() : Records(answer.documents[0]);
-  }
-  static std::string Records(const std::string& document) {
-    const std::size_t begin = document.find("<root>") + 6;
-    return document.substr(begin, document.rfind("</root>") - begin);
-  }
+  static DownloadAnswer Export() { return RunExport(ExportTextMessages); }
+  static std::string ExportedRecords() { return OnlyRecords(Export()); }
   // Messages in each document.
   static std::vector<std::size_t> Sizes(const DownloadAnswer& answer) {
-    std::vector<std::size_t> sizes;
-    for (const std::string& document : answer.documents) {
-      sizes.push_back(Occurrences(document, "<SMS ") + Occurrences(document, "<SMS>"));
-    }
-    return sizes;
+    return testing::Sizes(answer, {"<SMS ", "<SMS>"});
   }
   std::string OidOf(std::u16string_view path, std::size_t index = 0) {
     const auto messages = filler_->Messages(path);

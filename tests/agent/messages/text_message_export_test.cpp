@@ -17,12 +17,6 @@ using ::testing::Not;
 
 class TextMessageExport : public MessagesTest {
  protected:
-  static void ExpectOnlyTrailer(const DownloadAnswer& answer, HRESULT status) {
-    EXPECT_TRUE(answer.complete);
-    EXPECT_TRUE(answer.documents.empty());
-    EXPECT_EQ(answer.status, status);
-    EXPECT_EQ(answer.returned, status);
-  }
   // The "Folder" of every message, in the order sent.
   static std::vector<std::string> Folders(const DownloadAnswer& answer) {
     std::vector<std::string> folders;

@@ -1,9 +1,5 @@
-#include <gtest/gtest.h>
-
-#include "agent/pim_export/delete_request.h"
 #include "agent/pim_export/download_requests.h"
-#include "handheld/base/com_object.h"
-#include "tests/support/fault_runs.h"
+#include "tests/support/download_faults.h"
 #include "tests/support/sample_calendar.h"
 
 namespace corvane::testing {
@@ -11,17 +7,11 @@ namespace {
 
 using namespace ce;
 
-// Their failure leaves a positive last error, which is no failure by its sign, or is forgiven: what
-// they were to make is missing from the document.
+// Of these the failure is a positive code, or forgiven.
 bool MayLeaveSomethingOut(const std::string& call) {
-  return call.starts_with("SysAllocString") || call.starts_with("GetDateFormat") ||
-         call.starts_with("GetTimeFormat") || call.starts_with("SystemTimeToFileTime") ||
-         call.starts_with("FileTimeToSystemTime") || call == "GetTimeZoneInformation" ||
-         call == "GetVersionExW" || call == "IAppointment::get_Body";
-}
-
-bool IsOfTheConnection(const std::string& call) {
-  return call == "send" || call == "closesocket";
+  return LeavesATextOut(call) || call.starts_with("SystemTimeToFileTime") ||
+         call == "GetTimeZoneInformation" || call == "GetVersionExW" ||
+         call == "IAppointment::get_Body";
 }
 
 class CalendarFaults : public CalendarTest {
@@ -54,69 +44,25 @@ class CalendarFaults : public CalendarTest {
     return record;
   }
 
-  // A document is one of the whole download's, or has an error, or lacks what failed unnoticed.
-  static void ExpectHonest(const DownloadAnswer& answer, const DownloadAnswer& whole,
-                           const std::string& call) {
-    if (IsOfTheConnection(call)) return;
-    ASSERT_TRUE(answer.complete) << "every download ends with its trailer";
-    EXPECT_EQ(answer.status, answer.returned);
-    ASSERT_LE(answer.documents.size(), whole.documents.size());
-    if (answer.status >= 0) {
-      EXPECT_EQ(answer.documents.size(), whole.documents.size());
-    }
-    if (MayLeaveSomethingOut(call)) return;
-    for (std::size_t index = 0; index < answer.documents.size(); ++index) {
-      const std::string& document = answer.documents[index];
-      if (Occurrences(document, "<Error ") > 0) continue;
-      EXPECT_EQ(WithoutDeleted(Body(document)), WithoutDeleted(Body(whole.documents[index])))
-          << "only a declaration may be missing";
-    }
-  }
-
   template <typename Run>
-  void ExpectHonestWhicheverCallFails(Run run) {
-    const DownloadAnswer whole = run();
-    ASSERT_TRUE(whole.complete);
-    ASSERT_EQ(whole.status, S_OK);
-    const LONG objects = host::LiveComObjects();
-    const auto calls = FailEachCall(
-        ERROR_NOT_ENOUGH_MEMORY,
-        [&] {
-          ResetTimeZoneCache();
-          return run();
-        },
-        [&](const DownloadAnswer& answer, const std::string& call) {
-          ExpectHonest(answer, whole, call);
-          EXPECT_EQ(host::LiveComObjects(), objects);
-          if (call.empty()) {
-            EXPECT_EQ(answer.documents, whole.documents);
-          }
-        });
-    EXPECT_GT(calls, 300u);
+  static void ExpectHonestWhicheverCallFails(Run run) {
+    EXPECT_GT(ExpectHonestDownload({.run =
+                                        [&] {
+                                          ResetTimeZoneCache();
+                                          return run();
+                                        },
+                                    .mayLack = MayLeaveSomethingOut,
+                                    .compared = WithoutDeleted}),
+              300u);
   }
 
   template <typename Store>
-  void ExpectHonestDeletion(DWORD kind, Store& store) {
-    const LONG objects = host::LiveComObjects();
+  void ExpectHonestDeletionOf(DWORD kind, Store& store) {
     const std::size_t count = store.Oids().size();
-    const std::string input = Word(kind);
-    const auto run = [&] {
-      return DeleteAllPIMRecords(4, reinterpret_cast<const BYTE*>(input.data()), nullptr, nullptr,
-                                 nullptr);
-    };
-    const auto calls =
-        FailEachCall(ERROR_DISK_FULL, run, [&](HRESULT status, const std::string& call) {
-          const std::size_t left = store.Oids().size();
-          if (status >= 0) {
-            EXPECT_EQ(left, 0u);
-          }
-          if (call.empty()) {
-            EXPECT_EQ(status, S_OK);
-          }
-          EXPECT_EQ(host::LiveComObjects(), objects);
-          for (std::size_t have = left; have < count; ++have) store.AddNamed(u"again");
-        });
-    EXPECT_GT(calls, 20u);
+    ExpectHonestDeletion([&] { return DeleteKind(kind); }, [&] { return store.Oids().size(); },
+                         [&] {
+                           while (store.Oids().size() < count) store.AddNamed(u"again");
+                         });
   }
 };
 
@@ -129,14 +75,13 @@ TEST_F(CalendarFaults, DownloadOfTasksEndsHonestly) {
 }
 
 TEST_F(CalendarFaults, DownloadOfChosenAppointmentsEndsHonestly) {
-  std::string input = Word(0);
-  for (const LONG oid : appointments().Oids()) input += Word(static_cast<DWORD>(oid));
+  const std::string input = ChosenRecords(0, appointments().Oids());
   ExpectHonestWhicheverCallFails([&] { return RunDownload(DownloadSpecificPIMRecords, input); });
 }
 
 TEST_F(CalendarFaults, DeletionTellsWhetherTheFoldersAreEmpty) {
-  ExpectHonestDeletion(0, appointments());
-  ExpectHonestDeletion(2, tasks());
+  ExpectHonestDeletionOf(0, appointments());
+  ExpectHonestDeletionOf(2, tasks());
 }
 
 }  // namespace

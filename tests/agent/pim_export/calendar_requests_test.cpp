@@ -1,7 +1,6 @@
 // Downloads and deletes of the handheld's own appointments and tasks.
 #include <gmock/gmock.h>
 
-#include "agent/pim_export/delete_request.h"
 #include "agent/pim_export/download_requests.h"
 #include "handheld/base/fault.h"
 #include "tests/support/golden.h"
@@ -24,21 +23,10 @@ class CalendarRequests : public CalendarTest {
  protected:
   static DownloadAnswer All(DWORD kind) { return RunDownload(DownloadAllPIMRecords, Word(kind)); }
   static DownloadAnswer Specific(DWORD kind, const std::vector<LONG>& oids) {
-    std::string input = Word(kind);
-    for (const LONG oid : oids) input += Word(static_cast<DWORD>(oid));
-    return RunDownload(DownloadSpecificPIMRecords, input);
+    return RunDownload(DownloadSpecificPIMRecords, ChosenRecords(kind, oids));
   }
   static std::vector<std::size_t> Sizes(const DownloadAnswer& answer) {
-    std::vector<std::size_t> sizes;
-    for (const std::string& document : answer.documents) {
-      sizes.push_back(Occurrences(document, "<CALENDAR ") + Occurrences(document, "<TASK "));
-    }
-    return sizes;
-  }
-  static HRESULT Delete(DWORD kind) {
-    const std::string input = Word(kind);
-    return DeleteAllPIMRecords(4, reinterpret_cast<const BYTE*>(input.data()), nullptr, nullptr,
-                               nullptr);
+    return testing::Sizes(answer, {"<CALENDAR ", "<TASK "});
   }
   void AddItems(int count) {
     for (int index = 1; index <= count; ++index) {
@@ -146,7 +134,7 @@ TEST_F(CalendarRequests, DeleteAllAppointmentsAndNothingElse) {
   AddItems(3);
   AddSeries(appointments());
   store_->AddNamed(u"contact");
-  EXPECT_EQ(Delete(kAppointments), S_OK);
+  EXPECT_EQ(DeleteKind(kAppointments), S_OK);
   EXPECT_THAT(appointments().Oids(), IsEmpty());
   EXPECT_EQ(tasks().Oids().size(), 3u);
   EXPECT_EQ(store_->Oids().size(), 1u);
@@ -154,7 +142,7 @@ TEST_F(CalendarRequests, DeleteAllAppointmentsAndNothingElse) {
 
 TEST_F(CalendarRequests, DeleteAllTasksAndNothingElse) {
   AddItems(3);
-  EXPECT_EQ(Delete(kTasks), S_OK);
+  EXPECT_EQ(DeleteKind(kTasks), S_OK);
   EXPECT_THAT(tasks().Oids(), IsEmpty());
   EXPECT_EQ(appointments().Oids().size(), 3u);
 }
@@ -165,11 +153,11 @@ TEST_F(CalendarRequests, StopDeletingAtTheFirstFailureFromTheEnd) {
   const std::vector<LONG> taskOids = tasks().Oids();
   {
     const auto plan = FaultPlan::FailNthCall("IAppointment::Delete", 2, 0x80004005);
-    EXPECT_EQ(Delete(kAppointments), E_FAIL);
+    EXPECT_EQ(DeleteKind(kAppointments), E_FAIL);
   }
   {
     const auto plan = FaultPlan::FailNthCall("ITask::Delete", 3, 0x80004005);
-    EXPECT_EQ(Delete(kTasks), E_FAIL);
+    EXPECT_EQ(DeleteKind(kTasks), E_FAIL);
   }
   EXPECT_THAT(appointments().Oids(), ElementsAre(appointmentOids[0], appointmentOids[1]));
   EXPECT_THAT(tasks().Oids(), ElementsAre(taskOids[0]));

@@ -23,7 +23,7 @@ using ::testing::Not;
 constexpr LONG kMonday = 2;
 constexpr LONG kTuesday = 4;
 
-class RecurrenceToXml : public CalendarTest {
+class RecurrenceToXml : public FakeCalendarTest {
  protected:
   std::string Written(bool withExceptions = true, HRESULT expected = S_OK) {
     const TestDocument document;
@@ -50,13 +50,6 @@ class RecurrenceToXml : public CalendarTest {
     pattern().PatternEndDate = date;
     pattern().Occurrences = occurrences;
   }
-  FakePattern& pattern() { return *pattern_.get(); }
-  void TearDown() override {
-    pattern_.reset();
-    CalendarTest::TearDown();
-  }
-
-  ComPtr<FakePattern> pattern_ = Make<FakePattern>();
 };
 
 TEST_F(RecurrenceToXml, WritesADailyPatternWithItsTypeAlone) {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "tests/support/calendar_upload_runs.h"
+#include "tests/support/fake_calendar.h"
 #include "tests/support/parsed_record.h"
 
 namespace corvane::testing {
@@ -16,22 +17,17 @@ using ::testing::IsSupersetOf;
 using ::testing::Not;
 
 // What reading does to an item, step by step.
-class AppointmentSteps : public CalendarTest {
+class AppointmentSteps : public FakeCalendarTest {
  protected:
-  AppointmentSteps() { UseZone("UTC"); }
-
   HRESULT Parse(const std::string& children, bool fullRecord = true) {
     list_.calls.clear();
     const ParsedRecord record(AppointmentRecord(children));
-    const ComPtr<IAppointment> appointment = MakeRecordingAppointment(list_);
-    return ParseXMLAppointmentToRecord(record.get(), appointment.get(), fullRecord);
+    return ParseXMLAppointmentToRecord(record.get(), &item(), fullRecord);
   }
   std::vector<std::string> Parsed(const std::string& children, HRESULT expected = S_OK) {
     EXPECT_EQ(Parse(children), expected) << children;
     return list_.calls;
   }
-
-  CallList list_;
 };
 
 const std::string kEveryField =
@@ -66,7 +62,7 @@ TEST_F(AppointmentSteps, AreFewerForAnOccurrence) {
 }
 
 TEST_F(AppointmentSteps, SetTheSeriesBeforeAndItsExceptionsAfterTheItemIsSaved) {
-  list_.hasOccurrences = true;
+  HaveOccurrences();
   EXPECT_THAT(Parsed(TimedEvent() + Recurring(Daily(Element("DeletedException", "20080216") +
                                                     Element("FREQUENCY", "2")))),
               ElementsAre("put_Subject", "get_Body", "put_AllDayEvent FALSE", "put_BusyStatus 0",
@@ -78,7 +74,8 @@ TEST_F(AppointmentSteps, SetTheSeriesBeforeAndItsExceptionsAfterTheItemIsSaved) 
 }
 
 TEST_F(AppointmentSteps, ClearAndSaveASeriesThatHasExceptions) {
-  list_.exceptions = 2;
+  pattern().AddDeleted(DateOf(2008, 2, 16));
+  pattern().AddDeleted(DateOf(2008, 2, 17));
   SwitchLogOn();
   const auto calls = Parsed(TimedEvent() + Recurring(Daily()));
   const auto begin = std::ranges::find(calls, "GetRecurrencePattern");
@@ -106,7 +103,7 @@ TEST_F(AppointmentSteps, StopAtTheFirstThatFails) {
 }
 
 TEST_F(AppointmentSteps, StopWhenTheOldSeriesCannotBeCleared) {
-  list_.exceptions = 1;
+  pattern().AddDeleted(DateOf(2008, 2, 16));
   for (const char* call :
        {"GetRecurrencePattern", "get_Exceptions", "get_Count", "ClearRecurrencePattern", "Save"}) {
     list_.answers = {{call, E_FAIL}};
@@ -118,13 +115,13 @@ TEST_F(AppointmentSteps, StopWhenTheOldSeriesCannotBeCleared) {
 using AppointmentNotes = AppointmentSteps;
 
 TEST_F(AppointmentNotes, AreNotWrittenBackUnchanged) {
-  list_.body = u"a\r\nb";
+  item().Body = u"a\r\nb";
   EXPECT_THAT(Parsed(Element("NOTES", "a\nb")), Not(Contains("put_Body a\r\nb")));
   EXPECT_THAT(Parsed(Element("NOTES", "a\nc")), Contains("put_Body a\r\nc"));
 }
 
 TEST_F(AppointmentNotes, AreClearedWhenMissingOrEmpty) {
-  list_.body = u"text";
+  item().Body = u"text";
   EXPECT_THAT(Parsed(""), Contains("put_Body"));
   EXPECT_THAT(Parsed("<NOTES/>"), Contains("put_Body"));
 }
@@ -134,7 +131,7 @@ TEST_F(AppointmentNotes, LeaveAnEmptyBodyUntouched) {
 }
 
 TEST_F(AppointmentNotes, AreWrittenWhenThePresentOnesCannotBeRead) {
-  list_.body = u"text";
+  item().Body = u"text";
   list_.answers["get_Body"] = E_FAIL;
   EXPECT_THAT(Parsed(Element("NOTES", "text")), Contains("put_Body text"));
   EXPECT_THAT(Parsed(""), Not(Contains("put_Body"))) << "nothing to be cleared";

@@ -110,7 +110,7 @@ TEST_F(AppointmentFromXml, KeepsTheSeriesThatHasNoExceptionsWhenTheRecurrenceIsM
 }
 
 TEST_F(AppointmentFromXml, LeavesWhatTheWireNeverCarries) {
-  const LONG oid = appointments().Add([](IAppointment& item) { SetItemInk(item, kInkNote); });
+  const LONG oid = appointments().Add([](IAppointment& item) { SetInk(item, kInkNote); });
   UploadAppointment(Element("BodyInk", "FALSE") + TimedEvent(), OidTag(oid));
   DWORD bytes = 0;
   const BYTE* block = nullptr;

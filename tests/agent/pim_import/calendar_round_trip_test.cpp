@@ -154,8 +154,8 @@ TEST_F(CalendarTrip, KeepsTheDayOfCompletionOfATaskThatIsThere) {
 }
 
 TEST_F(CalendarTrip, KeepsInkOfAnItemThatIsThere) {
-  appointments().Add([](IAppointment& item) { SetItemInk(item, kInkNote); });
-  tasks().Add([](ITask& item) { SetItemInk(item, kInkNote); });
+  appointments().Add([](IAppointment& item) { SetInk(item, kInkNote); });
+  tasks().Add([](ITask& item) { SetInk(item, kInkNote); });
   for (const DWORD kind : {kAppointments, kTasks}) {
     const auto before = Download(kind);
     ExpectAllStored(before);

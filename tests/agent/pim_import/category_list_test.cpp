@@ -59,7 +59,7 @@ TEST_F(CategoryList, AnswersTheLastErrorWhenItsTextCannotBeMade) {
   Bstr names;
   std::uint64_t strings = 0;
   {
-    const auto plan = FaultPlan::FailNthCall("SysAllocStringLen", FaultPlan::kNever, 0);
+    const auto plan = FaultPlan::CountOnly("SysAllocStringLen");
     EXPECT_EQ(ParseXMLCategoriesList(list.get(), names.put()), S_FALSE);
     strings = plan.calls();
   }

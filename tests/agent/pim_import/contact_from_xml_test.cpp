@@ -134,7 +134,7 @@ class ContactNotes : public ContactFromXml {
  protected:
   // How often an upload of these children writes the note.
   std::uint64_t Writes(LONG oid, const std::string& children) {
-    const auto plan = FaultPlan::FailNthCall("IContact::put_Body", FaultPlan::kNever, 0);
+    const auto plan = FaultPlan::CountOnly("IContact::put_Body");
     Modify(oid, children);
     return plan.calls();
   }

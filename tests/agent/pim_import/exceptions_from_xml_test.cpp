@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "tests/support/calendar_upload_runs.h"
+#include "tests/support/fake_calendar.h"
 #include "tests/support/parsed_record.h"
 
 namespace corvane::testing {
@@ -22,24 +23,19 @@ std::string Changed(const std::string& date, const std::string& fields) {
 }
 
 // A series that starts on 2008-02-15 at 10:30:05.
-class ExceptionsFromXml : public CalendarTest {
+class ExceptionsFromXml : public FakeCalendarTest {
  protected:
-  ExceptionsFromXml() {
-    UseZone("UTC");
-    list_.hasOccurrences = true;
-  }
+  ExceptionsFromXml() { HaveOccurrences(); }
   HRESULT Parse(const std::string& children) {
     list_.calls.clear();
     const ParsedRecord element(Element("RECURRENCE", children));
-    const ComPtr<IRecurrencePattern> pattern = MakeRecordingPattern(list_);
-    return ParseXMLExceptions(element.get(), pattern.get(), start_);
+    return ParseXMLExceptions(element.get(), &pattern(), start_);
   }
   std::vector<std::string> Parsed(const std::string& children, HRESULT expected = S_OK) {
     EXPECT_EQ(Parse(children), expected) << children;
     return list_.calls;
   }
 
-  CallList list_;
   DATE start_ = DateOf(2008, 2, 15, 10, 30) + 5.0 / 86400;
 };
 
@@ -79,7 +75,7 @@ TEST_F(ExceptionsFromXml, GoesThroughTheElementsInOrder) {
 }
 
 TEST_F(ExceptionsFromXml, SkipsADateWithoutAnOccurrence) {
-  list_.hasOccurrences = false;
+  pattern().Occurrence.reset();
   EXPECT_THAT(
       Parsed(Deleted("20080301") + Changed("20080302", "")),
       ElementsAre("GetOccurrence 2008-03-01 10:30:05", "GetOccurrence 2008-03-02 10:30:05"));
@@ -173,7 +169,7 @@ TEST_F(ExceptionsFromXml, LogsAChange) {
 }
 
 TEST_F(ExceptionsFromXml, LogsADateWithoutAnOccurrence) {
-  list_.hasOccurrences = false;
+  pattern().Occurrence.reset();
   SwitchLogOn();
   Parse(Deleted("20080301"));
   EXPECT_THAT(ReaderMessages(LogMessages()),

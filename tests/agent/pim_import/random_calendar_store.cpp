@@ -12,7 +12,7 @@ using std::chrono::local_days;
 
 template <typename Item>
 void Set(Item& item, HRESULT (Item::*put)(BSTR), const std::u16string& text) {
-  SetItemText(item, put, text);
+  SetText(item, put, text);
 }
 
 void SetTimes(IAppointment& item, const RandomTimes& times) {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "tests/support/calendar_upload_runs.h"
+#include "tests/support/fake_calendar.h"
 #include "tests/support/parsed_record.h"
 
 namespace corvane::testing {
@@ -15,14 +16,13 @@ using ::testing::ElementsAreArray;
 using ::testing::IsEmpty;
 using ::testing::Not;
 
-class RecurrenceFromXml : public CalendarTest {
+class RecurrenceFromXml : public FakeCalendarTest {
  protected:
   // What these children set in a pattern.
   std::vector<std::string> Parsed(const std::string& children, HRESULT expected = S_OK) {
     list_.calls.clear();
     const ParsedRecord element(Element("RECURRENCE", children));
-    const ComPtr<IRecurrencePattern> pattern = MakeRecordingPattern(list_);
-    EXPECT_EQ(ParseXMLRecurrence(element.get(), pattern.get()), expected) << children;
+    EXPECT_EQ(ParseXMLRecurrence(element.get(), &pattern()), expected) << children;
     return list_.calls;
   }
   // The same of a daily pattern's end alone.
@@ -34,12 +34,10 @@ class RecurrenceFromXml : public CalendarTest {
   // The mask that a list of days sets.
   std::string Mask(std::u16string_view days) {
     list_.calls.clear();
-    EXPECT_EQ(ParseDaysOfWeek(days, MakeRecordingPattern(list_).get()), S_OK);
+    EXPECT_EQ(ParseDaysOfWeek(days, &pattern()), S_OK);
     EXPECT_EQ(list_.calls.size(), 1u);
     return list_.calls.at(0);
   }
-
-  CallList list_;
 };
 
 struct TypeCase {
@@ -174,10 +172,9 @@ TEST_F(RecurrenceFromXml, FailsAtAnEndDateThatDoesNotExist) {
 
 TEST_F(RecurrenceFromXml, DoesNotTakeAnUnreadableEndForNone) {
   const ParsedRecord element(Element("RECURRENCE", Daily(Element("Occurrences", "2"))));
-  const ComPtr<IRecurrencePattern> pattern = MakeRecordingPattern(list_);
   // TYPE, FREQUENCY, Occurrences.
   const auto plan = host::FaultPlan::FailNthCall("IXMLDOMNode::selectSingleNode", 3, 8);
-  EXPECT_LT(ParseXMLRecurrence(element.get(), pattern.get()), 0);
+  EXPECT_LT(ParseXMLRecurrence(element.get(), &pattern()), 0);
   EXPECT_THAT(list_.calls, Not(Contains("put_NoEndDate TRUE")));
 }
 

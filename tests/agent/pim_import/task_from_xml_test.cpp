@@ -2,9 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "agent/core/corvane_stream.h"
 #include "tests/support/calendar_upload_runs.h"
-#include "tests/support/parsed_record.h"
 
 namespace corvane::testing {
 namespace {
@@ -36,7 +34,7 @@ class TaskFromXml : public CalendarUpload {
   std::string Subject(LONG oid) { return TextOf(*tasks().Get(oid).get(), &ITask::get_Subject); }
   // How often an upload of these children calls a setter.
   std::uint64_t Calls(const char* call, LONG oid, const std::string& children) {
-    const auto plan = FaultPlan::FailNthCall(call, FaultPlan::kNever, 0);
+    const auto plan = FaultPlan::CountOnly(call);
     EXPECT_EQ(UploadTask(children, OidTag(oid)), (RecordReply{oid, S_OK}));
     return plan.calls();
   }
@@ -277,7 +275,7 @@ TEST_F(TaskDecision, NeedsTheFolderForEveryRecord) {
 }
 
 TEST_F(TaskDecision, NeverDeletesAfterAFailure) {
-  const auto plan = FaultPlan::FailNthCall("ITask::Delete", FaultPlan::kNever, 0);
+  const auto plan = FaultPlan::CountOnly("ITask::Delete");
   EXPECT_EQ(UploadTask(Element("DUE_DATE", "soon")), (RecordReply{0, E_INVALIDARG}));
   EXPECT_EQ(plan.calls(), 0u);
 }
@@ -321,54 +319,36 @@ TEST_F(TaskFromXml, LogsItsSteps) {
                             "Exiting ParseXMLTask hr = -2147024809"}));
 }
 
-class TaskSteps : public CalendarUpload {
- protected:
-  // What one record does to a task that is there.
-  std::vector<std::string> Steps(const std::string& children, HRESULT expected = S_OK) {
-    list_.calls.clear();
-    const ParsedRecord record(TaskRecord(children, "Oid='5'"));
-    const ComPtr<ITask> task = MakeRecordingTask(list_);
-    const ComPtr<IPOutlookApp> app = MakeRecordingApp(list_, task.get());
-    CorvaneStream stream;
-    EXPECT_EQ(ParseXMLTask(record.get(), app.get(), &stream), expected);
-    return list_.calls;
-  }
-
-  CallList list_;
-};
+using TaskSteps = TaskFromXml;
 
 TEST_F(TaskSteps, AreThoseOfTheFieldsInOrder) {
-  EXPECT_THAT(Steps(kEveryField + Recurring(Daily())),
-              ElementsAre("GetDefaultFolder 13", "get_Items", "GetItemFromOid 5", "put_Subject s",
-                          "get_Body", "put_Body a\r\nb", "put_Sensitivity 2",
-                          "put_DueDate 2008-03-01 00:00:00", "put_ReminderSet TRUE",
-                          "put_ReminderTime 2008-02-29 23:00:00", "put_Complete TRUE",
-                          "put_Importance 2", "put_StartDate 2008-02-20 00:00:00",
-                          "put_Categories A,B", "GetRecurrencePattern", "put_RecurrenceType 0",
-                          "put_Interval 1", "put_NoEndDate TRUE", "Save", "get_Oid"));
-}
-
-TEST_F(TaskSteps, ClearWhatTheRecordLacks) {
+  const LONG oid = tasks().AddNamed(u"old");
+  const auto plan = FaultPlan::CountOnly();
+  EXPECT_EQ(UploadTask(kEveryField + Recurring(Daily()), OidTag(oid)), (RecordReply{oid, S_OK}));
+  std::vector<std::string> calls = plan.names();
+  std::erase_if(calls, [](const std::string& call) {
+    return !call.starts_with("ITask::") && !call.starts_with("IRecurrencePattern::");
+  });
   EXPECT_THAT(
-      Steps(""),
-      ElementsAre("GetDefaultFolder 13", "get_Items", "GetItemFromOid 5", "put_Subject", "get_Body",
-                  "put_Sensitivity 0", "put_DueDate none", "put_ReminderSet FALSE",
-                  "put_Complete FALSE", "put_Importance 1", "put_StartDate none", "put_Categories",
-                  "ClearRecurrencePattern", "Save", "get_Oid"));
-}
-
-TEST_F(TaskSteps, CountTheReminderBackFromNoDateWithoutADueDate) {
-  EXPECT_THAT(Steps(Element("HAS_REMINDER", "TRUE") + Element("ReminderMinutes", "60")),
-              IsSupersetOf({"put_DueDate none", "put_ReminderTime 4500-12-31 23:00:00"}));
+      calls,
+      ElementsAre("ITask::put_Subject", "ITask::get_Body", "ITask::put_Body",
+                  "ITask::put_Sensitivity", "ITask::put_DueDate", "ITask::put_ReminderSet",
+                  "ITask::put_ReminderTime", "ITask::put_Complete", "ITask::put_Importance",
+                  "ITask::put_StartDate", "ITask::put_Categories", "ITask::GetRecurrencePattern",
+                  "IRecurrencePattern::put_RecurrenceType", "IRecurrencePattern::put_Interval",
+                  "IRecurrencePattern::put_NoEndDate", "ITask::Save", "ITask::get_Oid"));
 }
 
 TEST_F(TaskSteps, StopAtTheFirstThatFails) {
+  const LONG oid = tasks().AddNamed(u"old");
   for (const char* call : {"put_Subject", "put_Body", "put_Sensitivity", "put_DueDate",
                            "put_ReminderSet", "put_ReminderTime", "put_Complete", "put_Importance",
-                           "put_StartDate", "put_Categories", "put_Interval", "Save"}) {
-    list_.answers = {{call, E_OUTOFMEMORY}};
-    const auto calls = Steps(kEveryField + Recurring(Daily()), E_OUTOFMEMORY);
-    EXPECT_TRUE(calls.back().starts_with(call)) << calls.back();
+                           "put_StartDate", "put_Categories", "Save"}) {
+    const auto plan = FaultPlan::FailCalls(std::string("ITask::") + call, 0x8007000E);
+    EXPECT_EQ(UploadTask(kEveryField + Recurring(Daily()), OidTag(oid)),
+              (RecordReply{0, E_OUTOFMEMORY}));
+    EXPECT_EQ(plan.calls(), 1u) << call;
+    EXPECT_EQ(Subject(oid), "old") << call;
   }
 }
 
