@@ -19,7 +19,7 @@ using ::testing::HasSubstr;
 using ::testing::Not;
 using ::testing::StartsWith;
 
-class AppointmentToXml : public CalendarTest {
+class AppointmentToXml : public FakeCalendarTest {
  protected:
   static std::string Document(IAppointment* appointment, HRESULT expected = S_OK) {
     const TestDocument document;
@@ -44,17 +44,14 @@ class AppointmentToXml : public CalendarTest {
     EXPECT_EQ(document.root()->appendChild(element.get(), nullptr), S_OK);
     return document.Inner();
   }
-  FakeAppointment& item() { return *item_.get(); }
   void MakeAllDay(LONG duration) {
     item().AllDayEvent = VARIANT_TRUE;
     item().Start = DateOf(2008, 2, 15);
     item().Duration = duration;
   }
   FakePattern& MakeRecurring() {
-    const auto pattern = Make<FakePattern>();
     item().IsRecurring = VARIANT_TRUE;
-    item().Pattern = ComPtr<IRecurrencePattern>(pattern.get());
-    return *pattern.get();
+    return pattern();
   }
   void FillFully() {
     item().Subject = u"Review & <plan>";
@@ -69,12 +66,13 @@ class AppointmentToXml : public CalendarTest {
     item().Body = u"First line\r\nSecond \U0001F600 line";
     item().BodyInk = kInkNote;
   }
-  void TearDown() override {
-    item_.reset();
-    CalendarTest::TearDown();
+  // What stands in the element of this name in the record, or "none".
+  std::string Value(const std::string& record, const std::string& name) {
+    const std::size_t begin = record.find("<" + name + ">");
+    if (begin == std::string::npos) return "none";
+    const std::size_t text = begin + name.size() + 2;
+    return record.substr(text, record.find('<', text) - text);
   }
-
-  ComPtr<FakeAppointment> item_ = Make<FakeAppointment>();
 };
 
 TEST_F(AppointmentToXml, WritesEveryFieldInItsPlace) {
@@ -168,6 +166,7 @@ TEST_F(AppointmentToXml, WritesTheExceptionsOfASeries) {
 
 TEST_F(AppointmentToXml, FailsForASeriesWithoutAPattern) {
   item().IsRecurring = VARIANT_TRUE;
+  item().Pattern.reset();
   EXPECT_EQ(Record(E_UNEXPECTED), "");
 }
 
@@ -181,45 +180,31 @@ TEST_F(AppointmentToXml, WritesTimesInUtcByTheRulesOfTheZone) {
                                   "<EVENT_END>20081130T233000</EVENT_END>"));
 }
 
-TEST_F(AppointmentToXml, WritesNoTimeForNoDate) {
-  item().End = DateOf(2008, 2, 15);
-  EXPECT_THAT(Record(), HasSubstr("<CALENDAR Oid=\"7\"><EVENT_END>20080215T000000</EVENT_END>"));
-}
+struct TimesCase {
+  DATE start;
+  DATE end;
+  LONG duration;
+  const char* writtenStart;
+  const char* writtenEnd;
+};
 
-TEST_F(AppointmentToXml, EndsAnHourBehindItsStartWhenItTellsNeitherEndNorDuration) {
-  item().Start = DateOf(2008, 2, 15, 23, 30);
-  item().End = 0.0;
-  item().Duration = 0;
-  EXPECT_THAT(Record(), HasSubstr("<EVENT_START>20080215T233000</EVENT_START>"
-                                  "<EVENT_END>20080216T003000</EVENT_END>"));
-}
-
-TEST_F(AppointmentToXml, ReckonsTheEndFromStartAndDuration) {
-  item().Start = DateOf(2008, 2, 28, 12);
-  item().End = 0.0;
-  item().Duration = 2 * 1440;
-  EXPECT_THAT(Record(), HasSubstr("<EVENT_END>20080301T120000</EVENT_END>"));
-}
-
-TEST_F(AppointmentToXml, ReckonsTheStartFromEndAndDuration) {
-  item().Start = 0.0;
-  item().End = DateOf(2008, 3, 1, 0, 30);
-  item().Duration = 90;
-  EXPECT_THAT(Record(), HasSubstr("<EVENT_START>20080229T230000</EVENT_START>"));
-}
-
-TEST_F(AppointmentToXml, ReckonsTheStartAnHourBeforeTheEndWithoutADuration) {
-  item().Start = 0.0;
-  item().End = DateOf(2008, 3, 1, 10);
-  item().Duration = 0;
-  EXPECT_THAT(Record(), HasSubstr("<EVENT_START>20080301T090000</EVENT_START>"));
-}
-
-TEST_F(AppointmentToXml, WritesBothTimesAsTheyAreWhenBothAreZero) {
-  item().Start = 0.0;
-  item().End = 0.0;
-  EXPECT_THAT(Record(), HasSubstr("<EVENT_START>18991230T000000</EVENT_START>"
-                                  "<EVENT_END>18991230T000000</EVENT_END>"));
+TEST_F(AppointmentToXml, ReckonsTheTimeThatIsZeroFromTheOther) {
+  const TimesCase kCases[] = {
+      {DateOf(2008, 2, 15, 23, 30), 0.0, 0, "20080215T233000", "20080216T003000"},
+      {DateOf(2008, 2, 28, 12), 0.0, 2 * 1440, "20080228T120000", "20080301T120000"},
+      {0.0, DateOf(2008, 3, 1, 0, 30), 90, "20080229T230000", "20080301T003000"},
+      {0.0, DateOf(2008, 3, 1, 10), 0, "20080301T090000", "20080301T100000"},
+      {0.0, 0.0, 60, "18991230T000000", "18991230T000000"},
+      {kNoDate, DateOf(2008, 2, 15), 60, "none", "20080215T000000"},
+  };
+  for (const TimesCase& times : kCases) {
+    item().Start = times.start;
+    item().End = times.end;
+    item().Duration = times.duration;
+    const std::string record = Record();
+    EXPECT_EQ(Value(record, "EVENT_START"), times.writtenStart);
+    EXPECT_EQ(Value(record, "EVENT_END"), times.writtenEnd);
+  }
 }
 
 TEST_F(AppointmentToXml, FailsForADateThatCannotBeReckonedWith) {
@@ -241,56 +226,37 @@ TEST_F(AppointmentToXml, FailsWhenAnyConversionFails) {
 
 // All-day events.
 
-TEST_F(AppointmentToXml, EndsAnAllDayEventOnItsLastDay) {
+TEST_F(AppointmentToXml, WritesTheDatesOfAnAllDayEvent) {
   MakeAllDay(1440);
+  item().End = DateOf(2010, 1, 1);  // not used
   EXPECT_THAT(Record(), HasSubstr("<ALL_DAY_EVENT>TRUE</ALL_DAY_EVENT>"
                                   "<EVENT_START>20080215T000000</EVENT_START>"
                                   "<EVENT_END>20080215T000000</EVENT_END>"));
-  MakeAllDay(2880);
-  EXPECT_THAT(Record(), HasSubstr("<EVENT_END>20080216T000000</EVENT_END>"));
 }
 
-TEST_F(AppointmentToXml, EndsAnAllDayEventOfLessThanADayBeforeItsStart) {
-  MakeAllDay(1439);
-  for (const DWORD version : {4u, 5u}) {
-    handheld_.SetOsVersion(version, 0);
-    EXPECT_THAT(Record(), HasSubstr("<EVENT_END>20080214T000000</EVENT_END>")) << version;
+struct LastDayCase {
+  DWORD version;
+  bool recurring;
+  LONG duration;
+  const char* lastDay;
+};
+
+TEST_F(AppointmentToXml, CountsTheLastDayOfAnAllDayEventByTheSystemsVersion) {
+  const LastDayCase kCases[] = {
+      {5, false, 1440, "20080215T000000"}, {5, false, 2880, "20080216T000000"},
+      {5, false, 1439, "20080214T000000"}, {5, false, 0, "20080214T000000"},
+      {4, false, 1440, "20080215T000000"}, {4, false, 1439, "20080214T000000"},
+      {4, true, 1440, "20080216T000000"},  {4, true, 1439, "20080215T000000"},
+      {3, true, 1440, "20080215T000000"},  {5, true, 1440, "20080215T000000"},
+      {6, true, 1440, "20080215T000000"},
+  };
+  for (const LastDayCase& day : kCases) {
+    handheld_.SetOsVersion(day.version, 21);
+    MakeAllDay(day.duration);
+    item().IsRecurring = day.recurring ? VARIANT_TRUE : VARIANT_FALSE;
+    EXPECT_EQ(Value(Record(), "EVENT_END"), day.lastDay)
+        << day.version << day.recurring << day.duration;
   }
-}
-
-TEST_F(AppointmentToXml, TakesAnAllDayEventWithoutADurationForAnHour) {
-  MakeAllDay(0);
-  EXPECT_THAT(Record(), HasSubstr("<EVENT_END>20080214T000000</EVENT_END>"));
-}
-
-TEST_F(AppointmentToXml, DoesNotUseTheEndOfAnAllDayEvent) {
-  MakeAllDay(1440);
-  item().End = DateOf(2010, 1, 1);
-  EXPECT_THAT(Record(), HasSubstr("<EVENT_END>20080215T000000</EVENT_END>"));
-}
-
-TEST_F(AppointmentToXml, EndsASeriesOfAllDayEventsADayLaterOnVersionFour) {
-  handheld_.SetOsVersion(4, 21);
-  MakeRecurring();
-  MakeAllDay(1440);
-  EXPECT_THAT(Record(), HasSubstr("<EVENT_END>20080216T000000</EVENT_END>"));
-  MakeAllDay(1439);
-  EXPECT_THAT(Record(), HasSubstr("<EVENT_END>20080215T000000</EVENT_END>"));
-}
-
-TEST_F(AppointmentToXml, EndsASeriesOfAllDayEventsOnItsLastDayOnEveryOtherVersion) {
-  MakeRecurring();
-  MakeAllDay(1440);
-  for (const DWORD version : {3u, 5u, 6u}) {
-    handheld_.SetOsVersion(version, 2);
-    EXPECT_THAT(Record(), HasSubstr("<EVENT_END>20080215T000000</EVENT_END>")) << version;
-  }
-}
-
-TEST_F(AppointmentToXml, EndsASingleAllDayEventOnItsLastDayOnVersionFour) {
-  handheld_.SetOsVersion(4, 21);
-  MakeAllDay(1440);
-  EXPECT_THAT(Record(), HasSubstr("<EVENT_END>20080215T000000</EVENT_END>"));
 }
 
 TEST_F(AppointmentToXml, TakesAChangedOccurrenceForASingleEventOnVersionFour) {
