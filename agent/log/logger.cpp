@@ -1,7 +1,6 @@
 #include "agent/log/logger.h"
 
 #include <algorithm>
-#include <new>
 
 #include "agent/log/build_stamp.h"
 #include "platform/clock.h"

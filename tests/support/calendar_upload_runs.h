@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "handheld/base/fault.h"
 #include "tests/support/calendar_test.h"
 #include "tests/support/upload_runs.h"
 

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "handheld/base/com_object.h"
 #include "tests/support/calendar_upload_runs.h"
 #include "tests/support/fault_runs.h"
 
