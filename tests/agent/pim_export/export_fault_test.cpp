@@ -22,9 +22,9 @@ class ExportFaults : public PimTest {
 };
 
 TEST_F(ExportFaults, DownloadOfAllEndsHonestly) {
-  EXPECT_GT(ExpectHonestDownload(
-                {.run = [] { return RunDownload(DownloadAllPIMRecords, Word(1)); }}),
-            500u);
+  EXPECT_GT(
+      ExpectHonestDownload({.run = [] { return RunDownload(DownloadAllPIMRecords, Word(1)); }}),
+      500u);
 }
 
 TEST_F(ExportFaults, DownloadOfChosenRecordsEndsHonestly) {
