@@ -143,7 +143,6 @@ struct IPOutlookApp : IDispatch {
   virtual HRESULT Logon(LONG window) = 0;
   virtual HRESULT Logoff() = 0;  // S_FALSE when not logged on
   virtual HRESULT GetDefaultFolder(INT folder, IFolder** result) = 0;
-  virtual HRESULT CreateItem(INT itemType, IDispatch** item) = 0;
   // Unknown identifier: E_INVALIDARG and null.
   virtual HRESULT GetItemFromOid(LONG oid, IDispatch** item) = 0;
 

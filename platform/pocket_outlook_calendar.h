@@ -67,11 +67,11 @@ struct IExceptions : IDispatch {
 // When an item recurs. It belongs to its item and changes it: nothing is stored before the item is
 // saved, and the item is recurring from the Save after the pattern was first asked for.
 //
-// The start of the pattern and its times are the item's own: setting PatternStartDate, StartTime,
-// EndTime or Duration moves the item, and moving the item moves them. Setting RecurrenceType to
-// another type gives every property of the type the value that the start implies, and an interval
-// of 1; a property that the type does not have takes no value. A day of the month that a month does
-// not have is the last one of that month. A week begins on Sunday. Instance 5 is the last one.
+// The start of the pattern is the item's own: setting PatternStartDate moves the item, and moving
+// the item moves it. Setting RecurrenceType to another type gives every property of the type the
+// value that the start implies, and an interval of 1; a property that the type does not have takes
+// no value. A day of the month that a month does not have is the last one of that month. A week
+// begins on Sunday. Instance 5 is the last one.
 //
 // Occurrences and PatternEndDate derive each other when the item is saved: the end date becomes
 // that of the last occurrence. Setting either makes NoEndDate false; until the save the other is
@@ -85,8 +85,6 @@ struct IRecurrencePattern : IDispatch {
       0x05F6F1EA, 0x6C4D, 0x4C1B, {0x9A, 0x2D, 0x1E, 0x1F, 0x6B, 0x84, 0x53, 0x11}};
   CE_POOM_PROPERTY(LONG, RecurrenceType)
   CE_POOM_PROPERTY(DATE, PatternStartDate)  // a whole day
-  CE_POOM_PROPERTY(DATE, StartTime)         // a fraction of a day
-  CE_POOM_PROPERTY(DATE, EndTime)           // a fraction of a day
   CE_POOM_PROPERTY(DATE, PatternEndDate)    // a whole day; kNoDate without an end
   CE_POOM_PROPERTY(VARIANT_BOOL, NoEndDate)
   CE_POOM_PROPERTY(LONG, Occurrences)    // at least 1; 0 without an end
@@ -94,7 +92,6 @@ struct IRecurrencePattern : IDispatch {
   CE_POOM_PROPERTY(LONG, DayOfWeekMask)  // 1 to 127: Sunday is 1, Saturday 64
   CE_POOM_PROPERTY(LONG, DayOfMonth)     // 1 to 31
   CE_POOM_PROPERTY(LONG, Instance)       // 1 to 5
-  CE_POOM_PROPERTY(LONG, Duration)       // minutes
   CE_POOM_PROPERTY(LONG, MonthOfYear)    // 1 to 12
   // Of the item as it was saved last; empty for a task and for an item that was never saved.
   virtual HRESULT get_Exceptions(IExceptions** exceptions) = 0;

@@ -25,9 +25,9 @@ class MapiSession final : public UnknownObject<IMAPISession> {
   HRESULT GetMsgStoresTable(DWORD, IMAPITable** table) override {
     if (!table) return E_POINTER;
     *table = nullptr;
-    return Guarded("IMAPISession::GetMsgStoresTable", [&] {
+    return Guarded("IMAPISession::GetMsgStoresTable", [&]() -> HRESULT {
       Store* store = nullptr;
-      if (const HRESULT status = session_->Reading(store); Failed(status)) return status;
+      RETURN_IF_FAILED(session_->Reading(store));
       *table = MakeTable(session_, kStoresTable, 0);
       return S_OK;
     });
@@ -40,7 +40,7 @@ class MapiSession final : public UnknownObject<IMAPISession> {
     return Guarded("IMAPISession::OpenMsgStore", [&]() -> HRESULT {
       if (interfaceId && !(*interfaceId == IMsgStore::kIid)) return E_NOINTERFACE;
       Store* store = nullptr;
-      if (const HRESULT status = session_->Reading(store); Failed(status)) return status;
+      RETURN_IF_FAILED(session_->Reading(store));
       std::int64_t id = 0;
       const HRESULT status = FindEntry(*store, kFindStore, entryId, entryIdBytes, 0, id);
       if (Succeeded(status)) *result = MakeMsgStore(session_, id);
@@ -67,8 +67,7 @@ HRESULT OpenSession(IMAPISession** session) {
   if (!handheld) return E_FAIL;
   std::unique_ptr<Store> store;
   std::string problem;
-  const HRESULT status = Store::Open(*handheld, store, problem);
-  if (Failed(status)) return status;
+  RETURN_IF_FAILED(Store::Open(*handheld, store, problem));
   *session = new MapiSession(std::make_shared<MessageSession>(std::move(store)));
   return S_OK;
 }

@@ -4,9 +4,9 @@ namespace ce::host {
 
 HRESULT MessageSession::Reading(Store*& store) {
   if (!store_) return E_FAIL;
-  if (const HRESULT status = store_->CommitPending(); Failed(status)) return status;
+  RETURN_IF_FAILED(store_->CommitPending());
   if (!snapshotTaken_) {
-    if (const HRESULT status = store_->BeginSnapshot(); Failed(status)) return status;
+    RETURN_IF_FAILED(store_->BeginSnapshot());
     snapshotTaken_ = true;
   }
   store = store_.get();
@@ -18,14 +18,14 @@ HRESULT MessageSession::Delete(std::int64_t folder, const BYTE* entryId, std::si
   static constexpr char kSql[] = "DELETE FROM messages WHERE entry_id = ?1 AND folder = ?2";
   found = false;
   if (!store_) return E_FAIL;
-  return store_->Write(&deletions_, [&] {
+  return store_->Write(&deletions_, [&]() -> HRESULT {
     Statement remove;
-    if (const HRESULT status = store_->Prepare(kSql, remove); Failed(status)) return status;
+    RETURN_IF_FAILED(store_->Prepare(kSql, remove));
     remove.BindBlob(1, entryId, bytes);
-    remove.BindInteger(2, folder);
-    const HRESULT status = remove.Run("sqlite3_step:write");
-    found = Succeeded(status) && store_->Changes() > 0;
-    return status;
+    remove.Bind(2, folder);
+    RETURN_IF_FAILED(remove.Run("sqlite3_step:write"));
+    found = store_->Changes() > 0;
+    return S_OK;
   });
 }
 

@@ -58,11 +58,8 @@ bool WantedProperties(const Statement& row, std::span<const DWORD> tags,
 HRESULT ReadProperties(Store& store, const PropertyQuery& query, std::int64_t id,
                        const SPropTagArray& tags, DWORD* count, SPropValue** values) {
   Statement select;
-  if (const HRESULT status = store.Prepare(query.sql, select); Failed(status)) return status;
-  select.BindInteger(1, id);
   bool row = false;
-  const HRESULT status = select.Step("sqlite3_step:read", row);
-  if (Failed(status)) return status;
+  RETURN_IF_FAILED(store.Find(query.sql, "sqlite3_step:read", select, row, id));
   if (!row) return MAPI_E_NOT_FOUND;
   MapiBuffer buffer;
   auto* const read = buffer.Allocate<SPropValue>(tags.cValues);

@@ -13,6 +13,34 @@ namespace {
 
 constexpr LONG kMostRows = std::numeric_limits<LONG>::max();
 
+constexpr DWORD kNamed[] = {PR_DISPLAY_NAME_W, PR_ENTRYID};
+constexpr DWORD kMessage[] = {PR_ENTRYID,       PR_MESSAGE_CLASS_W, PR_MESSAGE_DELIVERY_TIME,
+                              PR_MESSAGE_FLAGS, PR_MSG_STATUS,      PR_SUBJECT_W,
+                              PR_SENDER_NAME_W, PR_MESSAGE_SIZE,    PR_LAST_MODIFICATION_TIME};
+constexpr DWORD kIdentity[] = {PR_ENTRYID};
+constexpr DWORD kRecipient[] = {PR_DISPLAY_NAME_W, PR_EMAIL_ADDRESS_W, PR_RECIPIENT_TYPE};
+
+constexpr PropertyQuery kStores{
+    "SELECT id, display_name, entry_id FROM message_stores WHERE ?1 IS NOT NULL AND id > ?2"
+    " ORDER BY id LIMIT ?3",
+    kNamed};
+constexpr PropertyQuery kFolders{
+    "SELECT id, display_name, entry_id FROM message_folders WHERE parent = ?1 AND id > ?2"
+    " ORDER BY id LIMIT ?3",
+    kNamed};
+constexpr PropertyQuery kMessages{
+    "SELECT id, entry_id, message_class, delivery_time, flags, status, subject, sender_name, size,"
+    " last_modification_time FROM messages WHERE folder = ?1 AND id > ?2 ORDER BY id LIMIT ?3",
+    kMessage};
+constexpr PropertyQuery kMessageIdentities{
+    "SELECT id, entry_id FROM messages WHERE folder = ?1 AND id > ?2 ORDER BY id LIMIT ?3",
+    kIdentity};
+constexpr PropertyQuery kRecipients{
+    "SELECT position, display_name, address, 1 FROM message_recipients"
+    " WHERE message = ?1 AND position > ?2 ORDER BY position LIMIT ?3",
+    kRecipient};
+static_assert(MAPI_TO == 1, "the type that the query names");
+
 class Table final : public UnknownObject<IMAPITable> {
  public:
   Table(MessageSessionPtr session, const TableKind& kind, std::int64_t owner)
@@ -29,9 +57,9 @@ class Table final : public UnknownObject<IMAPITable> {
   HRESULT GetRowCount(DWORD, DWORD* count) override {
     if (!count) return E_POINTER;
     *count = 0;
-    return Guarded("IMAPITable::GetRowCount", [&] {
+    return Guarded("IMAPITable::GetRowCount", [&]() -> HRESULT {
       Store* store = nullptr;
-      if (const HRESULT status = session_->Reading(store); Failed(status)) return status;
+      RETURN_IF_FAILED(session_->Reading(store));
       std::int64_t rows = 0;
       const HRESULT status = CountRows(*store, kind_, owner_, rows);
       *count = static_cast<DWORD>(std::min<std::int64_t>(rows, kMostRows));
@@ -42,10 +70,10 @@ class Table final : public UnknownObject<IMAPITable> {
   HRESULT QueryRows(LONG count, DWORD, SRowSet** rows) override {
     if (!rows) return E_POINTER;
     *rows = nullptr;
-    return Guarded("IMAPITable::QueryRows", [&] {
+    return Guarded("IMAPITable::QueryRows", [&]() -> HRESULT {
       if (count < 1) return E_INVALIDARG;
       Store* store = nullptr;
-      if (const HRESULT status = session_->Reading(store); Failed(status)) return status;
+      RETURN_IF_FAILED(session_->Reading(store));
       return Read(*store, count, rows);
     });
   }
@@ -66,17 +94,14 @@ class Table final : public UnknownObject<IMAPITable> {
 HRESULT Table::Read(Store& store, LONG count, SRowSet** rows) {
   const PropertyQuery& query = count > 1 && columns_.empty() ? kind_.severalRows : kind_.rows;
   Statement select;
-  if (const HRESULT status = store.Prepare(query.sql, select); Failed(status)) return status;
-  select.BindInteger(1, owner_);
-  select.BindInteger(2, position_);
-  select.BindInteger(3, count);
+  RETURN_IF_FAILED(store.Prepare(query.sql, select, owner_, position_, count));
 
   MapiBuffer buffer;
   auto* const set = buffer.Allocate<SRowSet>();
   std::vector<SRow> read;
   std::int64_t position = position_;
   for (bool row = true; row && read.size() < static_cast<std::size_t>(count);) {
-    if (const HRESULT status = select.Step("sqlite3_step:list", row); Failed(status)) return status;
+    RETURN_IF_FAILED(select.Step("sqlite3_step:list", row));
     if (!row) break;
     read.push_back(ReadRow(select, query, buffer));
     position = select.Integer(0);
@@ -105,18 +130,25 @@ SRow Table::ReadRow(const Statement& row, const PropertyQuery& query, MapiBuffer
 
 }  // namespace
 
+const TableKind kStoresTable{kStores, kStores,
+                             "SELECT count(*) FROM message_stores WHERE ?1 IS NOT NULL"};
+const TableKind kHierarchyTable{kFolders, kFolders,
+                                "SELECT count(*) FROM message_folders WHERE parent = ?1"};
+const TableKind kContentsTable{kMessages, kMessageIdentities,
+                               "SELECT count(*) FROM messages WHERE folder = ?1"};
+const TableKind kRecipientTable{kRecipients, kRecipients,
+                                "SELECT count(*) FROM message_recipients WHERE message = ?1"};
+
 IMAPITable* MakeTable(const MessageSessionPtr& session, const TableKind& kind, std::int64_t owner) {
   return new Table(session, kind, owner);
 }
 
 HRESULT CountRows(Store& store, const TableKind& kind, std::int64_t owner, std::int64_t& count) {
   Statement select;
-  if (const HRESULT status = store.Prepare(kind.countSql, select); Failed(status)) return status;
-  select.BindInteger(1, owner);
   bool row = false;
-  const HRESULT status = select.Step("sqlite3_step:read", row);
+  RETURN_IF_FAILED(store.Find(kind.countSql, "sqlite3_step:read", select, row, owner));
   if (row) count = select.Integer(0);
-  return status;
+  return S_OK;
 }
 
 }  // namespace ce::host

@@ -6,6 +6,18 @@
 #include "handheld/outlook/outlook_app.h"
 
 namespace ce::host {
+namespace {
+
+constexpr char kRead[] = "sqlite3_step:read";
+constexpr char kWrite[] = "sqlite3_step:write";
+
+// The columns oid and content.
+ImportLedger::Entry EntryAt(const Statement& row, int column) {
+  return {static_cast<LONG>(static_cast<std::uint32_t>(row.Integer(column))),
+          std::string(row.Text(column + 1))};
+}
+
+}  // namespace
 
 HRESULT ImportLedger::Open(IPOutlookApp* app) {
   return SessionOf(app, session_);
@@ -19,15 +31,9 @@ HRESULT ImportLedger::Find(INT itemType, std::string_view identity,
   return Guarded("ImportLedger::Find", [&] {
     if (!store()) return E_FAIL;
     Statement find;
-    if (const HRESULT status = store()->Prepare(kSql, find); Failed(status)) return status;
-    find.BindInteger(1, itemType);
-    find.BindText(2, identity);
     bool row = false;
-    const HRESULT status = find.Step("sqlite3_step:read", row);
-    if (row) {
-      entry = Entry{static_cast<LONG>(static_cast<std::uint32_t>(find.Integer(0))),
-                    std::string(find.Text(1))};
-    }
+    const HRESULT status = store()->Find(kSql, kRead, find, row, itemType, identity);
+    if (row) entry = EntryAt(find, 0);
     return status;
   });
 }
@@ -36,19 +42,11 @@ HRESULT ImportLedger::List(INT itemType,
                            std::vector<std::pair<std::string, Entry>>& entries) const {
   static constexpr char kSql[] = "SELECT identity, oid, content FROM import_ledger WHERE kind = ?1";
   entries.clear();
-  return Guarded("ImportLedger::List", [&] {
+  return Guarded("ImportLedger::List", [&]() -> HRESULT {
     if (!store()) return E_FAIL;
     Statement list;
-    if (const HRESULT status = store()->Prepare(kSql, list); Failed(status)) return status;
-    list.BindInteger(1, itemType);
-    for (;;) {
-      bool row = false;
-      const HRESULT status = list.Step("sqlite3_step:read", row);
-      if (Failed(status) || !row) return status;
-      entries.emplace_back(list.Text(0),
-                           Entry{static_cast<LONG>(static_cast<std::uint32_t>(list.Integer(1))),
-                                 std::string(list.Text(2))});
-    }
+    RETURN_IF_FAILED(store()->Prepare(kSql, list, itemType));
+    return list.ForEachRow(kRead, [&] { entries.emplace_back(list.Text(0), EntryAt(list, 1)); });
   });
 }
 
@@ -59,13 +57,8 @@ HRESULT ImportLedger::Remember(INT itemType, std::string_view identity, const En
   return Guarded("ImportLedger::Remember", [&] {
     if (!store()) return E_FAIL;
     return store()->Write(nullptr, [&] {
-      Statement remember;
-      if (const HRESULT status = store()->Prepare(kSql, remember); Failed(status)) return status;
-      remember.BindInteger(1, itemType);
-      remember.BindText(2, identity);
-      remember.BindInteger(3, static_cast<std::uint32_t>(entry.oid));
-      remember.BindText(4, entry.content);
-      return remember.Run("sqlite3_step:write");
+      return store()->Run(kSql, kWrite, itemType, identity, static_cast<std::uint32_t>(entry.oid),
+                          entry.content);
     });
   });
 }
@@ -74,13 +67,7 @@ HRESULT ImportLedger::Forget(INT itemType, std::string_view identity) {
   static constexpr char kSql[] = "DELETE FROM import_ledger WHERE kind = ?1 AND identity = ?2";
   return Guarded("ImportLedger::Forget", [&] {
     if (!store()) return E_FAIL;
-    return store()->Write(nullptr, [&] {
-      Statement forget;
-      if (const HRESULT status = store()->Prepare(kSql, forget); Failed(status)) return status;
-      forget.BindInteger(1, itemType);
-      forget.BindText(2, identity);
-      return forget.Run("sqlite3_step:write");
-    });
+    return store()->Write(nullptr, [&] { return store()->Run(kSql, kWrite, itemType, identity); });
   });
 }
 

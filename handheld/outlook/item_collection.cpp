@@ -1,12 +1,75 @@
 #include "handheld/outlook/item_collection.h"
 
-#include <utility>
+#include <algorithm>
 
 #include "handheld/base/com_object.h"
 #include "handheld/base/guarded.h"
-#include "handheld/outlook/item_list.h"
 
 namespace ce::host {
+
+ItemList::~ItemList() {
+  Store* store = session_->store();
+  if (!store) return;
+  if (store->IsOpen(*this)) static_cast<void>(store->CommitPending());
+  if (read_) store->EndSnapshot();
+}
+
+HRESULT ItemList::Read() {
+  Store* store = session_->store();
+  if (!store) return E_FAIL;
+  if (read_) return S_OK;
+  RETURN_IF_FAILED(store->BeginSnapshot());
+  const HRESULT status = kind_.list(*store, oids_);
+  read_ = Succeeded(status);
+  if (!read_) {
+    oids_.clear();
+    store->EndSnapshot();
+  }
+  return status;
+}
+
+HRESULT ItemList::Count(std::size_t& count) {
+  const HRESULT status = Read();
+  if (Succeeded(status)) count = oids_.size();
+  return status;
+}
+
+HRESULT ItemList::OidAt(std::int64_t position, std::uint32_t& oid) {
+  std::size_t count = 0;
+  RETURN_IF_FAILED(Count(count));
+  if (position < 1 || static_cast<std::uint64_t>(position) > count) return E_INVALIDARG;
+  oid = oids_[static_cast<std::size_t>(position) - 1];
+  return S_OK;
+}
+
+HRESULT ItemList::Delete(std::uint32_t oid) {
+  Store* store = session_->store();
+  if (!store) return E_FAIL;
+  undo_.reserve(kDeletesPerCommit);
+  HRESULT status = store->Write(this, [&] {
+    const HRESULT deleted = kind_.remove(*store, oid);
+    if (Succeeded(deleted)) Forget(oid);
+    return deleted;
+  });
+  if (Succeeded(status) && oids_.empty() && store->IsOpen(*this)) status = store->CommitPending();
+  return status;
+}
+
+void ItemList::Forget(std::uint32_t oid) {
+  hasDeleted_ = true;
+  const auto found = std::lower_bound(oids_.begin(), oids_.end(), oid);
+  if (found == oids_.end() || *found != oid) return;
+  oids_.erase(found);
+  if (!session_->store()->bulk()) undo_.push_back(oid);
+}
+
+void ItemList::RolledBack() {
+  for (const std::uint32_t oid : undo_) {
+    oids_.insert(std::lower_bound(oids_.begin(), oids_.end(), oid), oid);
+  }
+  undo_.clear();
+}
+
 namespace {
 
 class ItemCollection final : public ComObject<IPOutlookItemCollection2, IPOutlookItemCollection> {
@@ -16,10 +79,9 @@ class ItemCollection final : public ComObject<IPOutlookItemCollection2, IPOutloo
   HRESULT Add(IDispatch** item) override {
     if (!item) return E_POINTER;
     *item = nullptr;
-    return Guarded("IPOutlookItemCollection::Add", [&] {
+    return Guarded("IPOutlookItemCollection::Add", [&]() -> HRESULT {
       if (!list_->session()->store()) return E_FAIL;
-      const ItemKind& kind = list_->kind();
-      return kind.make ? kind.make(list_->session(), item) : E_NOTIMPL;
+      return list_->kind().make(list_->session(), item);
     });
   }
 
@@ -37,17 +99,17 @@ class ItemCollection final : public ComObject<IPOutlookItemCollection2, IPOutloo
   HRESULT Item(INT index, IDispatch** item) override {
     if (!item) return E_POINTER;
     *item = nullptr;
-    return Guarded("IPOutlookItemCollection::Item", [&] {
+    return Guarded("IPOutlookItemCollection::Item", [&]() -> HRESULT {
       std::uint32_t oid = 0;
-      if (const HRESULT status = list_->OidAt(index, oid); Failed(status)) return status;
+      RETURN_IF_FAILED(list_->OidAt(index, oid));
       return list_->kind().load(list_->session(), list_, oid, item);
     });
   }
 
   HRESULT Remove(INT index) override {
-    return Guarded("IPOutlookItemCollection::Remove", [&] {
+    return Guarded("IPOutlookItemCollection::Remove", [&]() -> HRESULT {
       std::uint32_t oid = 0;
-      if (const HRESULT status = list_->OidAt(index, oid); Failed(status)) return status;
+      RETURN_IF_FAILED(list_->OidAt(index, oid));
       return list_->Delete(oid);
     });
   }

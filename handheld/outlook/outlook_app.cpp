@@ -14,6 +14,8 @@
 namespace ce::host {
 namespace {
 
+const ItemKind* const kKinds[] = {&kAppointments, &kContacts, &kTasks};
+
 class OutlookApp final : public ComObject<IHostOutlookApp, IPOutlookApp> {
  public:
   HRESULT Logon(LONG) override {
@@ -38,21 +40,12 @@ class OutlookApp final : public ComObject<IHostOutlookApp, IPOutlookApp> {
     *result = nullptr;
     return Guarded("IPOutlookApp::GetDefaultFolder", [&] {
       if (!session_) return E_FAIL;
-      const ItemKind* kind = KindOfFolder(folder);
-      if (!kind) return E_INVALIDARG;
-      *result = MakeFolder(session_, *kind);
-      return S_OK;
-    });
-  }
-
-  HRESULT CreateItem(INT itemType, IDispatch** item) override {
-    if (!item) return E_POINTER;
-    *item = nullptr;
-    return Guarded("IPOutlookApp::CreateItem", [&] {
-      if (!session_) return E_FAIL;
-      const ItemKind* kind = KindOfItemType(itemType);
-      if (!kind) return E_INVALIDARG;
-      return kind->make ? kind->make(session_, item) : E_NOTIMPL;
+      for (const ItemKind* kind : kKinds) {
+        if (kind->folder != folder) continue;
+        *result = MakeFolder(session_, *kind);
+        return S_OK;
+      }
+      return E_INVALIDARG;
     });
   }
 
@@ -61,9 +54,8 @@ class OutlookApp final : public ComObject<IHostOutlookApp, IPOutlookApp> {
     *item = nullptr;
     return Guarded("IPOutlookApp::GetItemFromOid", [&] {
       if (!session_) return E_FAIL;
-      for (const ItemKind& kind : ItemKinds()) {
-        if (!kind.load) continue;
-        const HRESULT status = kind.load(session_, nullptr, static_cast<std::uint32_t>(oid), item);
+      for (const ItemKind* kind : kKinds) {
+        const HRESULT status = kind->load(session_, nullptr, static_cast<std::uint32_t>(oid), item);
         if (status != E_INVALIDARG) return status;
       }
       return E_INVALIDARG;
@@ -100,10 +92,27 @@ HRESULT SessionOf(IPOutlookApp* app, SessionPtr& session) {
   session.reset();
   if (!app) return E_POINTER;
   ComPtr<IHostOutlookApp> host;
-  const HRESULT status = app->QueryInterface(IHostOutlookApp::kIid, host.put_void());
-  if (Failed(status)) return status;
+  RETURN_IF_FAILED(app->QueryInterface(IHostOutlookApp::kIid, host.put_void()));
   session = host->HostSession();
   return session ? S_OK : E_FAIL;
+}
+
+HRESULT StoreBatch::Begin(IPOutlookApp* app) {
+  RETURN_IF_FAILED(SessionOf(app, session_));
+  session_->store()->SetBulk(&group_);
+  return S_OK;
+}
+
+StoreBatch::~StoreBatch() {
+  Store* store = session_ ? session_->store() : nullptr;
+  if (!store) return;
+  if (store->IsOpen(group_)) store->AbandonPending();
+  store->SetBulk(nullptr);
+}
+
+HRESULT StoreBatch::Commit() {
+  Store* store = session_ ? session_->store() : nullptr;
+  return store ? store->CommitPending() : E_FAIL;
 }
 
 HRESULT CreateOutlookApp(const GUID& iid, void** out) {

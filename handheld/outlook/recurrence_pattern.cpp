@@ -1,27 +1,10 @@
-#include "handheld/outlook/recurrence_pattern.h"
-
-#include <cmath>
-
 #include "handheld/base/com_object.h"
-#include "handheld/outlook/item_property.h"
+#include "handheld/base/guarded.h"
+#include "handheld/outlook/series_item.h"
 #include "platform/com_ptr.h"
 
 namespace ce::host {
 namespace {
-
-using std::chrono::seconds;
-
-DATE FractionOf(seconds time) {
-  return static_cast<double>(time.count()) / 86400;
-}
-
-// A fraction of a day, to the nearest second; nothing for what is none.
-std::optional<seconds> TimeOfFraction(DATE fraction) {
-  if (!(fraction >= 0 && fraction < 1)) return std::nullopt;
-  const seconds time{std::llround(fraction * 86400)};
-  if (time >= std::chrono::days{1}) return std::nullopt;
-  return time;
-}
 
 bool IsType(LONG type) {
   switch (type) {
@@ -86,34 +69,6 @@ class RecurrencePattern final : public ComObject<IRecurrencePattern> {
       const auto day = DayOfDate(value);
       return day && item_.MoveSeries(*day);
     });
-  }
-  HRESULT get_StartTime(DATE* value) override {
-    return Get("IRecurrencePattern::get_StartTime", value,
-               [&](const Series&) { return FractionOf(item_.SeriesStartTime()); });
-  }
-  HRESULT put_StartTime(DATE value) override {
-    return Put("IRecurrencePattern::put_StartTime", [&](Series&) {
-      const auto time = TimeOfFraction(value);
-      return time && item_.SetSeriesStartTime(*time);
-    });
-  }
-  HRESULT get_EndTime(DATE* value) override {
-    return Get("IRecurrencePattern::get_EndTime", value,
-               [&](const Series&) { return FractionOf(item_.SeriesEndTime()); });
-  }
-  HRESULT put_EndTime(DATE value) override {
-    return Put("IRecurrencePattern::put_EndTime", [&](Series&) {
-      const auto time = TimeOfFraction(value);
-      return time && item_.SetSeriesEndTime(*time);
-    });
-  }
-  HRESULT get_Duration(LONG* value) override {
-    return Get("IRecurrencePattern::get_Duration", value,
-               [&](const Series&) { return item_.SeriesDuration(); });
-  }
-  HRESULT put_Duration(LONG value) override {
-    return Put("IRecurrencePattern::put_Duration",
-               [&](Series&) { return item_.SetSeriesDuration(value); });
   }
 
   HRESULT get_PatternEndDate(DATE* value) override {

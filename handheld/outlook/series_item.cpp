@@ -1,9 +1,6 @@
 #include "handheld/outlook/series_item.h"
 
-#include <utility>
-
-#include "handheld/outlook/item_clock.h"
-#include "handheld/outlook/recurrence_pattern.h"
+#include "handheld/outlook/stored_item.h"
 
 namespace ce::host {
 
@@ -35,13 +32,13 @@ void SeriesItem::ClearSeries() {
   NoteChange();
 }
 
-bool SeriesItem::SeriesToSave(std::optional<Series>& series) const {
+bool SeriesItem::FinishedSeries(std::optional<Series>& series) const {
   series = series_;
   return !series || FinishSeries(*series, SeriesDay());
 }
 
-void SeriesItem::SeriesSaved(std::optional<Series> series) {
-  series_ = series;
+void SeriesItem::KeepSeries(const std::optional<Series>& saved) {
+  series_ = saved;
   recurring_ = series_.has_value();
   wasCleared_ = false;
 }

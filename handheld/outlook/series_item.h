@@ -2,9 +2,7 @@
 // them.
 #pragma once
 
-#include <chrono>
 #include <optional>
-#include <utility>
 
 #include "handheld/store/series.h"
 #include "platform/pocket_outlook_calendar.h"
@@ -22,20 +20,10 @@ class SeriesItem {
   Series* FindSeries(int number) { return number == number_ && series_ ? &*series_ : nullptr; }
   virtual void NoteChange() = 0;
 
-  // The pattern's first day, and the item's times as far as it has any. Setters answer false, and
-  // change nothing, for what the item cannot take.
+  // The pattern's first day. The setter answers false, and changes nothing, for one that the item
+  // cannot take.
   virtual local_days SeriesDay() const = 0;
   [[nodiscard]] virtual bool MoveSeries(local_days day) = 0;
-  virtual std::chrono::seconds SeriesStartTime() const { return {}; }
-  virtual std::chrono::seconds SeriesEndTime() const { return {}; }
-  virtual LONG SeriesDuration() const { return 0; }
-  [[nodiscard]] virtual bool SetSeriesStartTime(std::chrono::seconds time) {
-    return time.count() == 0;
-  }
-  [[nodiscard]] virtual bool SetSeriesEndTime(std::chrono::seconds time) {
-    return time.count() == 0;
-  }
-  [[nodiscard]] virtual bool SetSeriesDuration(LONG minutes) { return minutes == 0; }
 
   // IRecurrencePattern::get_Exceptions and GetOccurrence, whose out-parameter is null already.
   virtual HRESULT OpenExceptions(IExceptions** exceptions) = 0;
@@ -50,8 +38,8 @@ class SeriesItem {
   HRESULT HandOutPattern(IDispatch* self, IRecurrencePattern** pattern);
   void ClearSeries();
   // The series as it is to be saved now; false when it cannot be.
-  [[nodiscard]] bool SeriesToSave(std::optional<Series>& series) const;
-  void SeriesSaved(std::optional<Series> series);
+  [[nodiscard]] bool FinishedSeries(std::optional<Series>& series) const;
+  void KeepSeries(const std::optional<Series>& saved);
 
   bool recurring() const { return recurring_; }
   const std::optional<Series>& series() const { return series_; }
@@ -65,5 +53,9 @@ class SeriesItem {
   bool wasCleared_ = false;
   int number_ = 0;
 };
+
+// The object starts with the caller's reference. It keeps `item`, of which `series` is a part,
+// alive; once its series was cleared, every call answers E_FAIL.
+IRecurrencePattern* MakePattern(IDispatch* item, SeriesItem& series, int number);
 
 }  // namespace ce::host

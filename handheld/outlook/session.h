@@ -20,7 +20,12 @@ class Session {
   const ItemLimits& limits() const { return limits_; }
 
   // Commits what is pending, reports how that went, and closes the store in any case.
-  HRESULT Close();
+  HRESULT Close() {
+    if (!store_) return S_OK;
+    const HRESULT status = store_->CommitPending();
+    store_.reset();
+    return status;
+  }
 
  private:
   std::unique_ptr<Store> store_;

@@ -8,7 +8,7 @@
 
 #include "handheld/base/guarded.h"
 #include "handheld/base/handle_table.h"
-#include "handheld/phone/call_rows.h"
+#include "handheld/store/call_log.h"
 #include "platform/com_ptr.h"
 #include "platform/phone.h"
 
@@ -19,15 +19,15 @@ constexpr HRESULT kInvalidHandle = static_cast<HRESULT>(0x80070006);
 constexpr HRESULT kNotReady = static_cast<HRESULT>(0x80070015);
 
 // An open call log: one snapshot of the store, and the position in it.
-class CallLog final : public HandleObject {
+class OpenCallLog final : public HandleObject {
  public:
-  explicit CallLog(std::unique_ptr<Store> store) : store_(std::move(store)) {}
-  ~CallLog() override {
+  explicit OpenCallLog(std::unique_ptr<Store> store) : store_(std::move(store)) {}
+  ~OpenCallLog() override {
     if (snapshot_) store_->EndSnapshot();
   }
 
   [[nodiscard]] HRESULT Seek(DWORD offset, DWORD& record) {
-    if (const HRESULT status = TakeSnapshot(); Failed(status)) return status;
+    RETURN_IF_FAILED(TakeSnapshot());
     CallPosition found;
     if (offset == 0) {
       record = 0;
@@ -36,8 +36,7 @@ class CallLog final : public HandleObject {
     }
     bool isThere = false;
     // What is read next is what stands behind the one before.
-    const HRESULT status = FindCallPosition(*store_, offset - 1, found, isThere);
-    if (Failed(status)) return status;
+    RETURN_IF_FAILED(FindCallPosition(*store_, offset - 1, found, isThere));
     if (!isThere) return SeekEnd(record);
     record = offset;
     position_ = found;
@@ -45,7 +44,7 @@ class CallLog final : public HandleObject {
   }
 
   [[nodiscard]] HRESULT Read(NumberedCall& call, bool& found) {
-    if (const HRESULT status = TakeSnapshot(); Failed(status)) return status;
+    RETURN_IF_FAILED(TakeSnapshot());
     return ReadCallBehind(*store_, position_, call, found);
   }
   void MoveBehind(const NumberedCall& call) { position_ = call.position(); }
@@ -59,8 +58,7 @@ class CallLog final : public HandleObject {
   }
   [[nodiscard]] HRESULT SeekEnd(DWORD& record) {
     std::int64_t count = 0;
-    const HRESULT status = CountCalls(*store_, count);
-    if (Failed(status)) return status;
+    RETURN_IF_FAILED(CountCalls(*store_, count));
     record = static_cast<DWORD>(count);
     position_ = {std::numeric_limits<std::int64_t>::min(),
                  std::numeric_limits<std::int64_t>::min()};
@@ -116,7 +114,7 @@ HRESULT PhoneOpenCallLog(HANDLE* log) {
     std::unique_ptr<Store> store;
     std::string problem;
     const HRESULT status = Store::Open(*handheld, store, problem);
-    if (Succeeded(status)) *log = AddHandle(std::make_shared<CallLog>(std::move(store)));
+    if (Succeeded(status)) *log = AddHandle(std::make_shared<OpenCallLog>(std::move(store)));
     return status;
   });
 }
@@ -124,7 +122,7 @@ HRESULT PhoneOpenCallLog(HANDLE* log) {
 HRESULT PhoneSeekCallLog(HANDLE log, DWORD from, DWORD offset, DWORD* record) {
   if (!record) return E_INVALIDARG;
   return Guarded("PhoneSeekCallLog", [&]() -> HRESULT {
-    const std::shared_ptr<CallLog> open = FindHandle<CallLog>(log);
+    const std::shared_ptr<OpenCallLog> open = FindHandle<OpenCallLog>(log);
     if (!open) return kInvalidHandle;
     if (from != CALLLOGSEEK_BEGINNING) return E_INVALIDARG;
     return open->Seek(offset, *record);
@@ -134,22 +132,21 @@ HRESULT PhoneSeekCallLog(HANDLE log, DWORD from, DWORD offset, DWORD* record) {
 HRESULT PhoneGetCallLogEntry(HANDLE log, CALLLOGENTRY* entry) {
   if (!entry || entry->cbSize != sizeof(CALLLOGENTRY)) return E_INVALIDARG;
   return Guarded("PhoneGetCallLogEntry", [&]() -> HRESULT {
-    const std::shared_ptr<CallLog> open = FindHandle<CallLog>(log);
+    const std::shared_ptr<OpenCallLog> open = FindHandle<OpenCallLog>(log);
     if (!open) return kInvalidHandle;
     NumberedCall call;
     bool found = false;
-    HRESULT status = open->Read(call, found);
-    if (Failed(status)) return status;
+    RETURN_IF_FAILED(open->Read(call, found));
     if (!found) return S_FALSE;
-    status = FillEntry(call.call, *entry);
-    if (Succeeded(status)) open->MoveBehind(call);
-    return status;
+    RETURN_IF_FAILED(FillEntry(call.call, *entry));
+    open->MoveBehind(call);
+    return S_OK;
   });
 }
 
 HRESULT PhoneCloseCallLog(HANDLE log) {
   return Guarded("PhoneCloseCallLog", [&] {
-    return FindHandle<CallLog>(log) && ObjectHandles().Close(log) ? S_OK : kInvalidHandle;
+    return FindHandle<OpenCallLog>(log) && ObjectHandles().Close(log) ? S_OK : kInvalidHandle;
   });
 }
 

@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-#include "handheld/store/appointment_row.h"
+#include "handheld/store/item_row.h"
 
 namespace ce::host {
 

@@ -1,10 +1,10 @@
 #include "handheld/store/item_check.h"
 
 #include <cstdio>
+#include <span>
 #include <utility>
 
-#include "common/text/unicode.h"
-#include "handheld/store/appointment_times.h"
+#include "handheld/store/stored_text.h"
 
 namespace ce::host {
 namespace {
@@ -40,14 +40,14 @@ void ItemCheck::Date(const std::string& name, const char* property, DATE date) c
   if (!IsItemDate(date)) Add(name, std::string(property) + " is not a possible date");
 }
 
-template <typename Texts>
-void ItemCheck::TextsOf(const std::string& name, const Texts& texts, const TextRow* rows,
-                        std::size_t count) const {
-  for (std::size_t i = 0; i < count; ++i) {
-    const std::string_view stored = texts.View(i);
+template <typename Fields>
+void ItemCheck::Texts(const std::string& name, const Fields& fields) const {
+  constexpr std::span<const TextRow> rows = ItemTable<Fields>::kTexts;
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    const std::string_view stored = fields.texts.View(i);
     const std::size_t limit = LongestText(limits_, rows[i].kind);
-    if (!text::IsWtf8(stored)) Add(name, std::string(rows[i].name) + " is not text");
-    if (text::Utf16Length(stored) > limit) {
+    if (!IsStoredText(stored)) Add(name, std::string(rows[i].name) + " is not text");
+    if (StoredUnits(stored) > limit) {
       Add(name, std::string(rows[i].name) + " is longer than this handheld's " +
                     std::to_string(limit) + " characters");
     }
@@ -59,7 +59,7 @@ void ItemCheck::Fields(const std::string& name, const AppointmentFields& fields)
   Date(name, "End", fields.end);
   if (!TimesAgree(fields)) Add(name, "Start, End and Duration do not agree");
   if (!IsSensitivity(fields.sensitivity)) Add(name, "Sensitivity has an unknown value");
-  TextsOf(name, fields.texts, kAppointmentTexts, kAppointmentTextCount);
+  Texts(name, fields);
 }
 
 void ItemCheck::Recurrence(const std::string& name, const std::optional<Series>& series,
@@ -74,9 +74,9 @@ void ItemCheck::Recurrence(const std::string& name, const std::optional<Series>&
 }
 
 void ItemCheck::Check(const std::string& name, const ContactRow& contact) const {
-  Date(name, "Birthday", contact.birthday);
-  Date(name, "Anniversary", contact.anniversary);
-  TextsOf(name, contact.texts, kContactTexts, kContactTextCount);
+  Date(name, "Birthday", contact.fields.birthday);
+  Date(name, "Anniversary", contact.fields.anniversary);
+  Texts(name, contact.fields);
 }
 
 void ItemCheck::Check(const std::string& name, const AppointmentRow& appointment) const {
@@ -99,7 +99,7 @@ void ItemCheck::Check(const std::string& name, const TaskRow& task) const {
   if (!IsReminderDate(fields.reminderTime)) Add(name, "ReminderTime is not a possible date");
   if (!IsSensitivity(fields.sensitivity)) Add(name, "Sensitivity has an unknown value");
   if (!IsImportance(fields.importance)) Add(name, "Importance has an unknown value");
-  TextsOf(name, fields.texts, kTaskTexts, kTaskTextCount);
+  Texts(name, fields);
   Recurrence(name, task.series, FirstDay(fields, task.series));
 }
 

@@ -4,10 +4,7 @@
 #include <functional>
 #include <string>
 
-#include "handheld/store/appointment_row.h"
-#include "handheld/store/contact_row.h"
 #include "handheld/store/exception_row.h"
-#include "handheld/store/task_row.h"
 
 namespace ce::host {
 
@@ -27,9 +24,8 @@ class ItemCheck {
  private:
   void Add(const std::string& name, const std::string& problem) const;
   void Date(const std::string& name, const char* property, DATE date) const;
-  template <typename Texts>
-  void TextsOf(const std::string& name, const Texts& texts, const TextRow* rows,
-               std::size_t count) const;
+  template <typename Fields>
+  void Texts(const std::string& name, const Fields& fields) const;
   void Fields(const std::string& name, const AppointmentFields& fields) const;
   void Recurrence(const std::string& name, const std::optional<Series>& series,
                   local_days start) const;

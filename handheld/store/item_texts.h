@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <bitset>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -18,6 +19,13 @@ struct TextRow {
   TextKind kind;
 };
 
+// From a list of X(property, kind): `enum class Enum { kProperty... }` and its table of rows.
+#define CE_TEXT_ENUMERATOR(Name, Kind) k##Name,
+#define CE_TEXT_ROW(Name, Kind) {#Name, TextKind::Kind},
+#define CE_TEXT_TABLE(Enum, Rows, List)         \
+  enum class Enum { List(CE_TEXT_ENUMERATOR) }; \
+  inline constexpr TextRow Rows[] = {List(CE_TEXT_ROW)};
+
 // The texts of one item, in one block of memory: most of them are short, many empty. `Text`
 // enumerates them from 0.
 template <typename Text, std::size_t Count>
@@ -25,6 +33,8 @@ class ItemTexts {
  public:
   // WTF-8, valid until the next change.
   std::string_view operator[](Text text) const { return View(static_cast<std::size_t>(text)); }
+  // Whether it was ever set, be it to an empty text.
+  bool IsSet(std::size_t index) const { return set_[index]; }
   std::string_view View(std::size_t index) const {
     const Span& span = spans_[index];
     return {block_.data() + span.offset, span.bytes};
@@ -51,6 +61,7 @@ class ItemTexts {
   };
 
   void Replaced(std::size_t index, std::size_t offset) {
+    set_[index] = true;
     used_ -= spans_[index].bytes;
     spans_[index] = {static_cast<std::uint32_t>(offset),
                      static_cast<std::uint32_t>(block_.size() - offset)};
@@ -73,6 +84,7 @@ class ItemTexts {
 
   std::string block_;
   std::array<Span, Count> spans_{};
+  std::bitset<Count> set_;
   std::size_t used_ = 0;  // bytes of the block that spans refer to
 };
 

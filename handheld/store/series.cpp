@@ -60,34 +60,27 @@ bool HasDay(const Series& series, local_days start, local_days day) {
   return pattern && calendar::IsDayOf(*pattern, start, day);
 }
 
-std::vector<const char*> SeriesColumns() {
-  return {"RecurrenceType", "Interval",    "DayOfWeekMask",  "DayOfMonth",      "Instance",
-          "MonthOfYear",    "Occurrences", "PatternEndDate", "PatternStartDate"};
-}
-
-void BindSeries(Statement& statement, int firstParameter, const std::optional<Series>& series) {
-  int parameter = firstParameter;
+void BindSeries(Statement& statement, int parameter, const std::optional<Series>& series) {
   if (!series) {
-    for (int i = 0; i < kSeriesColumnCount; ++i) statement.BindNull(parameter++);
+    for (std::size_t i = 0; i < kSeriesColumns.size(); ++i) statement.BindNull(parameter++);
     return;
   }
   const Pattern& pattern = series->pattern;
   for (const int value :
        {static_cast<int>(pattern.type), pattern.interval, pattern.daysOfWeek, pattern.dayOfMonth,
         pattern.instance, pattern.monthOfYear, series->ends ? series->occurrences : 0}) {
-    statement.BindInteger(parameter++, value);
+    statement.Bind(parameter++, value);
   }
   const bool hasEnd = series->ends && series->until;
-  statement.BindReal(parameter++, hasEnd ? OleDate(*series->until) : kNoDate);
-  statement.BindReal(parameter++, OleDate(series->startDay));
+  statement.Bind(parameter++, hasEnd ? OleDate(*series->until) : kNoDate);
+  statement.Bind(parameter++, OleDate(series->startDay));
 }
 
-void LoadSeries(const Statement& statement, int firstColumn, std::optional<Series>& series) {
+void LoadSeries(const Statement& statement, int column, std::optional<Series>& series) {
   series.reset();
-  if (statement.IsNull(firstColumn)) return;
+  if (statement.IsNull(column)) return;
   series.emplace();
   Pattern& pattern = series->pattern;
-  int column = firstColumn;
   const auto next = [&] { return ToInt(statement.Integer(column++)); };
   pattern.type = static_cast<PatternType>(next());
   pattern.interval = next();

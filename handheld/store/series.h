@@ -1,9 +1,9 @@
 // The recurrence of an item: its pattern, as it is set, saved and computed with.
 #pragma once
 
+#include <array>
 #include <chrono>
 #include <optional>
-#include <vector>
 
 #include "common/calendar/pattern.h"
 #include "handheld/store/ole_date.h"
@@ -33,9 +33,10 @@ Series FreshSeries(local_days start);
 bool HasDay(const Series& series, local_days start, local_days day);
 
 // Its columns in the store: RecurrenceType is NULL, and all the others with it, for no series.
-std::vector<const char*> SeriesColumns();
-inline constexpr int kSeriesColumnCount = 9;
-void BindSeries(Statement& statement, int firstParameter, const std::optional<Series>& series);
-void LoadSeries(const Statement& statement, int firstColumn, std::optional<Series>& series);
+inline constexpr std::array kSeriesColumns = {
+    "RecurrenceType", "Interval",    "DayOfWeekMask",  "DayOfMonth",      "Instance",
+    "MonthOfYear",    "Occurrences", "PatternEndDate", "PatternStartDate"};
+void BindSeries(Statement& statement, int parameter, const std::optional<Series>& series);
+void LoadSeries(const Statement& statement, int column, std::optional<Series>& series);
 
 }  // namespace ce::host

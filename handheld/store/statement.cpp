@@ -3,6 +3,7 @@
 #include "handheld/base/fault.h"
 #include "handheld/store/store.h"
 #include "handheld/store/store_error.h"
+#include "handheld/store/stored_text.h"
 
 namespace ce::host {
 
@@ -16,22 +17,30 @@ void Statement::BindInteger(int parameter, std::int64_t value) {
   Note(sqlite3_bind_int64(statement_, parameter, value));
 }
 
-void Statement::BindReal(int parameter, double value) {
+void Statement::Bind(int parameter, double value) {
   Note(sqlite3_bind_double(statement_, parameter, value));
 }
 
-void Statement::BindText(int parameter, std::string_view utf8) {
-  const char* bytes = utf8.data() ? utf8.data() : "";  // a null pointer would bind NULL
-  Note(sqlite3_bind_text64(statement_, parameter, bytes, utf8.size(), SQLITE_STATIC, SQLITE_UTF8));
+void Statement::Bind(int parameter, std::string_view stored) {
+  const char* bytes = stored.data() ? stored.data() : "";  // a null pointer would bind NULL
+  Note(
+      sqlite3_bind_text64(statement_, parameter, bytes, stored.size(), SQLITE_STATIC, SQLITE_UTF8));
+}
+
+void Statement::Bind(int parameter, std::u16string_view text) {
+  std::string stored;
+  AppendStored(stored, text);
+  Note(sqlite3_bind_text64(statement_, parameter, stored.data(), stored.size(), SQLITE_TRANSIENT,
+                           SQLITE_UTF8));
+}
+
+void Statement::Bind(int parameter, const std::vector<BYTE>& bytes) {
+  // A null pointer would bind NULL.
+  BindBlob(parameter, bytes.empty() ? "" : static_cast<const void*>(bytes.data()), bytes.size());
 }
 
 void Statement::BindBlob(int parameter, const void* bytes, std::size_t count) {
   Note(sqlite3_bind_blob64(statement_, parameter, bytes, count, SQLITE_STATIC));
-}
-
-void Statement::BindInk(int parameter, const std::vector<BYTE>& ink) {
-  if (ink.empty()) return BindNull(parameter);
-  BindBlob(parameter, ink.data(), ink.size());
 }
 
 void Statement::BindNull(int parameter) {
@@ -78,6 +87,15 @@ std::string_view Statement::Text(int column) const {
 std::pair<const BYTE*, std::size_t> Statement::Blob(int column) const {
   const auto* bytes = static_cast<const BYTE*>(sqlite3_column_blob(statement_, column));
   return {bytes, bytes ? static_cast<std::size_t>(sqlite3_column_bytes(statement_, column)) : 0};
+}
+
+void Statement::Load(int column, std::u16string& text) const {
+  text = FromStored(Text(column));
+}
+
+void Statement::Load(int column, std::vector<BYTE>& bytes) const {
+  const auto [first, count] = Blob(column);
+  bytes.assign(first, first + count);
 }
 
 }  // namespace ce::host

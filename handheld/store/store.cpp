@@ -47,12 +47,6 @@ HRESULT Store::PrepareTransactions() {
   return S_OK;
 }
 
-HRESULT Store::RunSql(const char* sql, const char* faultPoint) {
-  Statement statement;
-  if (const HRESULT status = Prepare(sql, statement); Failed(status)) return status;
-  return statement.Run(faultPoint);
-}
-
 int Store::Changes() const {
   return sqlite3_changes(database_);
 }
@@ -67,7 +61,7 @@ void Store::Rollback() {
 
 HRESULT Store::BeginSnapshot() {
   if (!snapshotOpen_ && !group_) {
-    if (const HRESULT status = RunSql(kBegin, "sqlite3_step:begin"); Failed(status)) return status;
+    if (const HRESULT status = Run(kBegin, "sqlite3_step:begin"); Failed(status)) return status;
     snapshotOpen_ = true;
   }
   ++snapshots_;
@@ -88,14 +82,14 @@ HRESULT Store::BeginWrite(WriteGroup* group) {
     snapshotOpen_ = false;
     Rollback();
   }
-  const HRESULT status = RunSql(kBeginWrite, "sqlite3_step:begin");
+  const HRESULT status = Run(kBeginWrite, "sqlite3_step:begin");
   if (Succeeded(status)) group_ = group;
   return status;
 }
 
 HRESULT Store::EndWrite(WriteGroup* group, HRESULT status) {
   if (!group) {
-    if (Succeeded(status)) status = RunSql(kCommit, "sqlite3_step:commit");
+    if (Succeeded(status)) status = Run(kCommit, "sqlite3_step:commit");
     if (Failed(status)) Rollback();
     return status;
   }
@@ -120,7 +114,7 @@ HRESULT Store::CommitPending() {
   if (!group_) return S_OK;
   WriteGroup* group = std::exchange(group_, nullptr);
   group->pending_ = 0;
-  const HRESULT status = RunSql(kCommit, "sqlite3_step:commit");
+  const HRESULT status = Run(kCommit, "sqlite3_step:commit");
   if (Failed(status)) {
     Rollback();
     group->RolledBack();

@@ -7,14 +7,17 @@
 // write through the same connection ends the snapshot; later reads see the store as it is.
 #pragma once
 
+#include <concepts>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "handheld/directory/handheld.h"
+#include "platform/status.h"
 #include "platform/types.h"
 
 struct sqlite3;
@@ -23,8 +26,8 @@ struct sqlite3_stmt;
 namespace ce::host {
 
 // A prepared statement on loan from its store, reset when it goes. Parameters and columns count as
-// in SQLite: parameters from 1, columns from 0. What is bound or read by view is borrowed: bound
-// bytes must live until the last Step, column views until the next one.
+// in SQLite: parameters from 1, columns from 0. Stored text and bytes that are bound or read by
+// view are borrowed: bound ones must live until the last Step, column views until the next one.
 class Statement {
  public:
   Statement() = default;
@@ -32,19 +35,38 @@ class Statement {
   Statement& operator=(const Statement&) = delete;
   ~Statement();
 
-  void BindInteger(int parameter, std::int64_t value);
-  void BindReal(int parameter, double value);
-  void BindText(int parameter, std::string_view utf8);
-  void BindBlob(int parameter, const void* bytes, std::size_t count);
-  // NULL for no bytes.
-  void BindInk(int parameter, const std::vector<BYTE>& ink);
+  // As a row's member of this type is kept. An optional one without a value is NULL.
+  template <std::integral T>
+  void Bind(int parameter, T value) {
+    BindInteger(parameter, static_cast<std::int64_t>(value));
+  }
+  void Bind(int parameter, double value);
+  void Bind(int parameter, std::string_view stored);
+  void Bind(int parameter, std::u16string_view text);  // not borrowed
+  void Bind(int parameter, const std::vector<BYTE>& bytes);
+  template <typename T>
+  void Bind(int parameter, const std::optional<T>& value) {
+    value ? Bind(parameter, *value) : BindNull(parameter);
+  }
   void BindNull(int parameter);
+  // Of no bytes as well; NULL for a null pointer.
+  void BindBlob(int parameter, const void* bytes, std::size_t count);
 
   // `row` tells whether there is one; false ends the statement. `faultPoint` names this step for
   // fault plans. A failed binding is reported here.
   [[nodiscard]] HRESULT Step(const char* faultPoint, bool& row);
   // For statements without rows.
   [[nodiscard]] HRESULT Run(const char* faultPoint);
+  // Calls `visit` with every row that is left.
+  template <typename Visit>
+  [[nodiscard]] HRESULT ForEachRow(const char* faultPoint, Visit&& visit) {
+    for (;;) {
+      bool row = false;
+      RETURN_IF_FAILED(Step(faultPoint, row));
+      if (!row) return S_OK;
+      visit();
+    }
+  }
 
   bool IsNull(int column) const;
   std::int64_t Integer(int column) const;
@@ -52,9 +74,24 @@ class Statement {
   std::string_view Text(int column) const;
   std::pair<const BYTE*, std::size_t> Blob(int column) const;
 
+  // What was bound, back as a row's member.
+  template <std::integral T>
+  void Load(int column, T& value) const {
+    value = static_cast<T>(Integer(column));
+  }
+  void Load(int column, double& value) const { value = Real(column); }
+  void Load(int column, std::u16string& text) const;
+  void Load(int column, std::vector<BYTE>& bytes) const;
+  template <typename T>
+  void Load(int column, std::optional<T>& value) const {
+    value.reset();
+    if (!IsNull(column)) Load(column, value.emplace());
+  }
+
  private:
   friend class Store;
 
+  void BindInteger(int parameter, std::int64_t value);
   void Note(int result);
 
   sqlite3_stmt* statement_ = nullptr;
@@ -99,6 +136,38 @@ class Store {
 
   // `sql` must live as long as the store and is known by its address. One loan of it at a time.
   [[nodiscard]] HRESULT Prepare(const char* sql, Statement& statement);
+  // With `values` bound to its first parameters.
+  template <typename... Values>
+  [[nodiscard]] HRESULT Prepare(const char* sql, Statement& statement, const Values&... values) {
+    RETURN_IF_FAILED(Prepare(sql, statement));
+    int parameter = 0;
+    (statement.Bind(++parameter, values), ...);
+    return S_OK;
+  }
+  // Prepares, and steps to the first row. `row` tells whether there is one.
+  template <typename... Values>
+  [[nodiscard]] HRESULT Find(const char* sql, const char* faultPoint, Statement& statement,
+                             bool& row, const Values&... values) {
+    row = false;
+    RETURN_IF_FAILED(Prepare(sql, statement, values...));
+    return statement.Step(faultPoint, row);
+  }
+  // A statement without rows.
+  template <typename... Values>
+  [[nodiscard]] HRESULT Run(const char* sql, const char* faultPoint, const Values&... values) {
+    Statement statement;
+    RETURN_IF_FAILED(Prepare(sql, statement, values...));
+    return statement.Run(faultPoint);
+  }
+  // The same; `found` tells whether it changed any row.
+  template <typename... Values>
+  [[nodiscard]] HRESULT Change(const char* sql, const char* faultPoint, bool& found,
+                               const Values&... values) {
+    found = false;
+    RETURN_IF_FAILED(Run(sql, faultPoint, values...));
+    found = Changes() > 0;
+    return S_OK;
+  }
   // Rows that the last write changed.
   int Changes() const;
 
@@ -112,7 +181,7 @@ class Store {
   template <typename Work>
   [[nodiscard]] HRESULT Write(WriteGroup* group, Work&& work) {
     if (bulk_) group = bulk_;
-    if (const HRESULT status = BeginWrite(group); Failed(status)) return status;
+    RETURN_IF_FAILED(BeginWrite(group));
     try {
       return EndWrite(group, std::forward<Work>(work)());
     } catch (...) {
@@ -135,7 +204,6 @@ class Store {
   [[nodiscard]] HRESULT Connect(const std::string& path, bool create, std::string& problem);
   // Ahead of the need, so that a commit cannot fail for want of its statement.
   [[nodiscard]] HRESULT PrepareTransactions();
-  [[nodiscard]] HRESULT RunSql(const char* sql, const char* faultPoint);
   [[nodiscard]] HRESULT BeginWrite(WriteGroup* group);
   [[nodiscard]] HRESULT EndWrite(WriteGroup* group, HRESULT status);
   void Rollback();

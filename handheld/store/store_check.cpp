@@ -1,13 +1,17 @@
 #include "handheld/store/store_check.h"
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <utility>
 
+#include "handheld/store/call_log.h"
 #include "handheld/store/item_check.h"
+#include "handheld/store/message_stores.h"
 #include "handheld/store/store.h"
 #include "handheld/store/store_error.h"
 #include "handheld/store/store_schema.h"
+#include "handheld/store/stored_text.h"
 
 namespace ce::host {
 namespace {
@@ -37,6 +41,9 @@ class Check {
     Items();
     LostExceptions();
     Ledger();
+    Messages();
+    Folders();
+    Texts<StoredCall>("call", "calls", "id", kCallColumns);
     return problems_;
   }
 
@@ -93,17 +100,17 @@ class Check {
   }
 
   // Reads every item of a table, one after the other, and calls `visit` with each.
-  template <typename Row, typename Visit>
-  void Items(const char* table, const char* noun,
-             HRESULT (*read)(Store&, std::uint32_t, Row&, bool&), Visit&& visit) {
+  template <typename Fields, typename Visit>
+  void Items(const char* noun, Visit&& visit) {
     std::vector<std::uint32_t> oids;
     ForEach(
-        std::string("SELECT oid FROM ") + table + " WHERE oid BETWEEN 1 AND 4294967295",
+        std::string("SELECT oid FROM ") + ItemTable<Fields>::kName +
+            " WHERE oid BETWEEN 1 AND 4294967295",
         [&](const Statement& row) { oids.push_back(static_cast<std::uint32_t>(row.Integer(0))); });
     for (const std::uint32_t oid : oids) {
-      Row item;
+      ItemRow<Fields> item;
       bool found = false;
-      const HRESULT status = read(store_, oid, item, found);
+      const HRESULT status = ReadItem(store_, oid, item, found);
       const std::string name = noun + (" " + std::to_string(oid));
       if (Failed(status)) {
         Add(name + ": " + StoreStatusText(status));
@@ -116,12 +123,12 @@ class Check {
 
   void Items() {
     const auto noMore = [](const std::string&, std::uint32_t, const auto&) {};
-    Items("contacts", "contact", &ReadContact, noMore);
-    Items("appointments", "appointment", &ReadAppointment,
-          [&](const std::string& name, std::uint32_t oid, const AppointmentRow& appointment) {
-            ExceptionsOf(name, oid, appointment);
-          });
-    Items("tasks", "task", &ReadTask, noMore);
+    Items<ContactFields>("contact", noMore);
+    Items<AppointmentFields>("appointment", [&](const std::string& name, std::uint32_t oid,
+                                                const AppointmentRow& appointment) {
+      ExceptionsOf(name, oid, appointment);
+    });
+    Items<TaskFields>("task", noMore);
   }
 
   void ExceptionsOf(const std::string& name, std::uint32_t oid, const AppointmentRow& appointment) {
@@ -155,6 +162,72 @@ class Check {
           Add("import ledger: " + std::string(row.Text(1)) + " names the identifier " +
               std::to_string(row.Integer(0)) + ", which was never given away");
         });
+  }
+
+  void Messages() {
+    ForEach("PRAGMA foreign_key_check", [&](const Statement& row) {
+      if (row.Text(0).substr(0, 7) != "message") return;
+      Add(std::string(row.Text(0)) + " " + std::to_string(row.Integer(1)) +
+          ": it lies in none of " + std::string(row.Text(2)));
+    });
+    for (const char* table : {"message_stores", "message_folders", "messages"}) {
+      ForEach(std::string("SELECT id FROM ") + table +
+                  " WHERE id < 1 OR id >= (SELECT next_id FROM message_id_counter)",
+              [&](const Statement& row) {
+                Add(table + (" " + std::to_string(row.Integer(0))) +
+                    ": the identifier was never given away");
+              });
+    }
+    Texts<StoredMessage>("message", "messages", "id", kMessageColumns);
+    Texts<StoredRecipient>("recipient of message", "message_recipients", "message",
+                           kRecipientColumns);
+  }
+
+  // The texts of all rows of a table, which lines name by the column `id`.
+  template <typename Row>
+  void Texts(const std::string& noun, const char* table, const char* id,
+             std::span<const Column<Row>> columns) {
+    ColumnNames names = {id};
+    for (const Column<Row>& column : columns) {
+      if (std::holds_alternative<std::optional<std::u16string> Row::*>(column.member)) {
+        names.push_back(column.name);
+      }
+    }
+    ForEach("SELECT " + ColumnList(ColumnForm::kNames, names, 1) + " FROM " + table,
+            [&](const Statement& row) {
+              for (std::size_t i = 1; i < names.size(); ++i) {
+                if (IsStoredText(row.Text(static_cast<int>(i)))) continue;
+                Add(noun + " " + std::to_string(row.Integer(0)) + ": " + names[i] + " is not text");
+              }
+            });
+  }
+
+  // Names one folder of each circle, and each that is the first too deep on its way from the top.
+  void Folders() {
+    std::map<std::int64_t, std::int64_t> parents;  // 0 for none
+    ForEach("SELECT id, parent FROM message_folders",
+            [&](const Statement& row) { parents[row.Integer(0)] = row.Integer(1); });
+    constexpr int kOnTheWay = -1;
+    constexpr int kInACircle = -2;  // or below one
+    std::map<std::int64_t, int> depths;
+    for (const auto& [first, ignored] : parents) {
+      std::vector<std::int64_t> way;
+      std::int64_t folder = first;
+      for (; folder != 0 && depths.try_emplace(folder, kOnTheWay).second; folder = parents[folder])
+        way.push_back(folder);
+      int depth = folder == 0 ? -1 : depths[folder];
+      const bool inACircle = folder != 0 && depth < 0;
+      if (inACircle && depth == kOnTheWay) {
+        Add("message folder " + std::to_string(folder) + ": it lies below itself");
+      }
+      for (; !way.empty(); way.pop_back()) {
+        depths[way.back()] = inACircle ? kInACircle : ++depth;
+        if (!inACircle && depth == kDeepestFolder + 1) {
+          Add("message folder " + std::to_string(way.back()) + ": it lies more than " +
+              std::to_string(kDeepestFolder) + " folders below the top");
+        }
+      }
+    }
   }
 
   Store& store_;

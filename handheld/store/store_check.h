@@ -9,8 +9,9 @@
 namespace ce::host {
 
 // Reads the whole store: the database's own checks, then what the object model promises
-// (identifiers, dates, lengths, text). One line a problem, at most a few hundred; empty when all is
-// sound, also for a handheld whose store has not been made yet. Changes nothing.
+// (identifiers, dates, lengths, text, folders that hang together). One line a problem, at most a
+// few hundred; empty when all is sound, also for a handheld whose store has not been made yet.
+// Changes nothing.
 std::vector<std::string> CheckStore(const Handheld& handheld);
 
 // Why Logon fails, as one sentence that begins with the store's path; empty when it does not. Opens

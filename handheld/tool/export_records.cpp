@@ -10,7 +10,7 @@
 #include "common/formats/backup/sms_backup.h"
 #include "common/formats/icalendar/icalendar.h"
 #include "common/formats/json/message_json.h"
-#include "handheld/outlook/store_batch.h"
+#include "handheld/outlook/outlook_app.h"
 #include "handheld/tool/imported_items.h"
 #include "handheld/tool/output.h"
 #include "handheld/tool/records.h"

@@ -11,7 +11,7 @@
 #include "handheld/base/settings.h"
 #include "handheld/clock/zone.h"
 #include "handheld/outlook/outlook_app.h"
-#include "handheld/store/oid_counter.h"
+#include "handheld/store/item_row.h"
 #include "handheld/store/store_check.h"
 #include "handheld/system/language.h"
 #include "handheld/tool/card_commands.h"

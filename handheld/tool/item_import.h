@@ -6,7 +6,7 @@
 #include <map>
 #include <string_view>
 
-#include "handheld/outlook/store_batch.h"
+#include "handheld/outlook/outlook_app.h"
 #include "handheld/tool/imported_items.h"
 #include "handheld/tool/item_fields.h"
 #include "handheld/tool/records.h"

@@ -17,10 +17,10 @@ using formats::TextMessage;
 constexpr std::size_t kRecordsPerCommit = 1000;
 constexpr std::size_t kBytesPerCommit = 4 << 20;
 
-ce::host::MessageBox& BoxOf(Session& session, const TextMessage&) {
+ce::host::MessageStores& BoxOf(Session& session, const TextMessage&) {
   return session.Messages();
 }
-ce::host::CallBox& BoxOf(Session& session, const Call&) {
+ce::host::CallLog& BoxOf(Session& session, const Call&) {
   return session.Calls();
 }
 

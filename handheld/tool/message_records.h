@@ -5,8 +5,8 @@
 
 #include "common/formats/items/call.h"
 #include "common/formats/items/message.h"
-#include "handheld/messages/message_box.h"
-#include "handheld/phone/call_rows.h"
+#include "handheld/store/call_log.h"
+#include "handheld/store/message_stores.h"
 
 namespace tool {
 

@@ -64,7 +64,7 @@ Outcome SayRemoved(std::size_t count, const Report& report) {
 }
 
 // Answers how many there were.
-std::size_t Clear(ce::host::MessageBox& box, std::int64_t folder) {
+std::size_t Clear(ce::host::MessageStores& box, std::int64_t folder) {
   std::int64_t count = 0;
   Check(box.Count(folder, count), "the messages");
   Check(box.Clear(folder), "removing");
@@ -101,7 +101,7 @@ Outcome RemoveMessagesOfFolder(Session& session, const std::string& path, const 
 }
 
 Outcome RemoveAllMessages(Session& session, const Report& report) {
-  ce::host::MessageBox& box = session.Messages();
+  ce::host::MessageStores& box = session.Messages();
   std::size_t count = 0;
   box.Begin();
   for (const ce::host::MessageFolderInfo& folder : SmsFolders(session))

@@ -52,11 +52,11 @@ ce::ComPtr<ce::IPOutlookItemCollection> Session::Items(ce::INT folder) {
   return items;
 }
 
-ce::host::MessageBox& Session::Messages() {
+ce::host::MessageStores& Session::Messages() {
   return Opened(*handheld_, messages_);
 }
 
-ce::host::CallBox& Session::Calls() {
+ce::host::CallLog& Session::Calls() {
   return Opened(*handheld_, calls_);
 }
 

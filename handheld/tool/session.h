@@ -6,8 +6,8 @@
 
 #include "common/calendar/zone.h"
 #include "handheld/directory/handheld.h"
-#include "handheld/messages/message_box.h"
-#include "handheld/phone/call_box.h"
+#include "handheld/store/call_log.h"
+#include "handheld/store/message_stores.h"
 #include "platform/com_ptr.h"
 #include "platform/pocket_outlook.h"
 
@@ -28,16 +28,16 @@ class Session {
   // Of a default folder (olFolder...). Throws StatusError as well.
   ce::ComPtr<ce::IPOutlookItemCollection> Items(ce::INT folder);
   // Opened at the first use. Throw ce::host::HandheldError, as above.
-  ce::host::MessageBox& Messages();
-  ce::host::CallBox& Calls();
+  ce::host::MessageStores& Messages();
+  ce::host::CallLog& Calls();
   // Throws ce::host::HandheldError when the zone database lacks the handheld's zone.
   calendar::Zone Zone() const;
 
  private:
   std::unique_ptr<ce::host::Handheld> handheld_;
   ce::ComPtr<ce::IPOutlookApp> outlook_;
-  std::unique_ptr<ce::host::MessageBox> messages_;
-  std::unique_ptr<ce::host::CallBox> calls_;
+  std::unique_ptr<ce::host::MessageStores> messages_;
+  std::unique_ptr<ce::host::CallLog> calls_;
 };
 
 }  // namespace tool

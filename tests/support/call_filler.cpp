@@ -9,7 +9,7 @@
 namespace corvane::testing {
 
 using namespace ce;
-using host::CallBox;
+using host::CallLog;
 using host::NumberedCall;
 using host::StoredCall;
 
@@ -28,7 +28,7 @@ StoredCall SampleCall() {
 
 CallFiller::CallFiller(host::Handheld& handheld) {
   std::string problem;
-  if (Failed(CallBox::Open(handheld, box_, problem))) throw std::runtime_error(problem);
+  if (Failed(CallLog::Open(handheld, box_, problem))) throw std::runtime_error(problem);
 }
 
 std::int64_t CallFiller::Add(const StoredCall& call) {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "handheld/directory/handheld.h"
-#include "handheld/phone/call_box.h"
+#include "handheld/store/call_log.h"
 
 namespace corvane::testing {
 
@@ -23,7 +23,7 @@ class CallFiller {
  public:
   explicit CallFiller(ce::host::Handheld& handheld);
 
-  ce::host::CallBox& box() { return *box_; }
+  ce::host::CallLog& box() { return *box_; }
   std::int64_t Add(const ce::host::StoredCall& call);
   // Calls with the numbers "1", "2" and so on, each a minute older than the one before, stored in
   // one go.
@@ -33,7 +33,7 @@ class CallFiller {
   std::int64_t Count();
 
  private:
-  std::unique_ptr<ce::host::CallBox> box_;
+  std::unique_ptr<ce::host::CallLog> box_;
 };
 
 }  // namespace corvane::testing

@@ -181,8 +181,6 @@ class FakePattern final : public Fake<ce::IRecurrencePattern> {
  public:
   FAKE_PROPERTY(IRecurrencePattern, ce::LONG, RecurrenceType, ce::olRecursDaily)
   FAKE_PROPERTY(IRecurrencePattern, ce::DATE, PatternStartDate, ce::kNoDate)
-  FAKE_PROPERTY(IRecurrencePattern, ce::DATE, StartTime, 0.0)
-  FAKE_PROPERTY(IRecurrencePattern, ce::DATE, EndTime, 0.0)
   FAKE_PROPERTY(IRecurrencePattern, ce::DATE, PatternEndDate, ce::kNoDate)
   FAKE_PROPERTY(IRecurrencePattern, ce::VARIANT_BOOL, NoEndDate, ce::VARIANT_TRUE)
   FAKE_PROPERTY(IRecurrencePattern, ce::LONG, Occurrences, 0)
@@ -190,7 +188,6 @@ class FakePattern final : public Fake<ce::IRecurrencePattern> {
   FAKE_PROPERTY(IRecurrencePattern, ce::LONG, DayOfWeekMask, 0)
   FAKE_PROPERTY(IRecurrencePattern, ce::LONG, DayOfMonth, 0)
   FAKE_PROPERTY(IRecurrencePattern, ce::LONG, Instance, 0)
-  FAKE_PROPERTY(IRecurrencePattern, ce::LONG, Duration, 60)
   FAKE_PROPERTY(IRecurrencePattern, ce::LONG, MonthOfYear, 0)
 
   ce::ComPtr<FakeExceptions> Exceptions = Make<FakeExceptions>();

@@ -7,7 +7,7 @@
 namespace corvane::testing {
 
 using ce::S_OK;
-using ce::host::MessageBox;
+using ce::host::MessageStores;
 using ce::host::NumberedMessage;
 using ce::host::StoredMessage;
 
@@ -27,7 +27,7 @@ StoredMessage TextMessage(std::u16string_view text) {
 
 MessageFiller::MessageFiller(ce::host::Handheld& handheld) {
   std::string problem;
-  EXPECT_EQ(MessageBox::Open(handheld, box_, problem), S_OK) << problem;
+  EXPECT_EQ(MessageStores::Open(handheld, box_, problem), S_OK) << problem;
 }
 
 std::int64_t MessageFiller::SmsStore() {

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "handheld/directory/handheld.h"
-#include "handheld/messages/message_box.h"
+#include "handheld/store/message_stores.h"
 
 namespace corvane::testing {
 
@@ -24,7 +24,7 @@ class MessageFiller {
  public:
   explicit MessageFiller(ce::host::Handheld& handheld);
 
-  ce::host::MessageBox& box() { return *box_; }
+  ce::host::MessageStores& box() { return *box_; }
   std::int64_t SmsStore();
   std::int64_t Folder(std::u16string_view path);
   std::int64_t Add(std::u16string_view path, const ce::host::StoredMessage& message);
@@ -36,7 +36,7 @@ class MessageFiller {
   void RemoveSmsStore();
 
  private:
-  std::unique_ptr<ce::host::MessageBox> box_;
+  std::unique_ptr<ce::host::MessageStores> box_;
 };
 
 }  // namespace corvane::testing

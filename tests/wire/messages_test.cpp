@@ -1,7 +1,7 @@
 // Text messages: downloaded and deleted.
 #include <gtest/gtest.h>
 
-#include "handheld/messages/message_box.h"
+#include "handheld/store/message_stores.h"
 #include "tests/support/message_filler.h"
 #include "tests/support/wire/agent_process.h"
 

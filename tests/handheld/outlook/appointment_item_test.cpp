@@ -306,9 +306,10 @@ TEST_F(AppointmentItem, RefusesNullOutParameters) {
 }
 
 TEST_F(AppointmentItem, CannotBeMadeWithoutAClock) {
+  const ComPtr<IPOutlookItemCollection> items = Items(app_, olFolderCalendar);
   const auto plan = FaultPlan::FailCalls("GetLocalTime", ERROR_NOT_READY);
   IDispatch* item = reinterpret_cast<IDispatch*>(1);
-  EXPECT_EQ(app_->CreateItem(olAppointmentItem, &item), E_FAIL);
+  EXPECT_EQ(items->Add(&item), E_FAIL);
   EXPECT_EQ(item, nullptr);
 }
 

@@ -34,11 +34,19 @@ HRESULT Open(ComPtr<IPOutlookApp>& app) {
   return app->Logon(0);
 }
 
+HRESULT Create(ComPtr<IPOutlookApp>& app, INT kind, ComPtr<IDispatch>& created) {
+  TRY(Open(app));
+  ComPtr<IFolder> folder;
+  TRY(app->GetDefaultFolder(kind, folder.put()));
+  ComPtr<IPOutlookItemCollection> items;
+  TRY(folder->get_Items(items.put()));
+  return items->Add(created.put());
+}
+
 HRESULT AddSeries(int& accepted) {
   ComPtr<IPOutlookApp> app;
-  TRY(Open(app));
   ComPtr<IDispatch> created;
-  TRY(app->CreateItem(olAppointmentItem, created.put()));
+  TRY(Create(app, olFolderCalendar, created));
   ComPtr<IAppointment> item;
   TRY(created->QueryInterface(IAppointment::kIid, item.put_void()));
   TRY(item->put_Subject(nullptr));
@@ -64,9 +72,8 @@ HRESULT AddSeries(int& accepted) {
 
 HRESULT AddTask(int& accepted) {
   ComPtr<IPOutlookApp> app;
-  TRY(Open(app));
   ComPtr<IDispatch> created;
-  TRY(app->CreateItem(olTaskItem, created.put()));
+  TRY(Create(app, olFolderTasks, created));
   ComPtr<ITask> task;
   TRY(created->QueryInterface(ITask::kIid, task.put_void()));
   TRY(task->put_Subject(nullptr));

@@ -16,13 +16,6 @@ std::string DayText(DATE date) {
 }
 
 template <typename Item>
-ComPtr<Item> New(const ComPtr<IPOutlookApp>& app, INT itemType) {
-  ComPtr<IDispatch> item;
-  EXPECT_EQ(app->CreateItem(itemType, item.put()), S_OK);
-  return item.query<Item>();
-}
-
-template <typename Item>
 ComPtr<Item> ByOid(const ComPtr<IPOutlookApp>& app, LONG oid) {
   ComPtr<IDispatch> item;
   const HRESULT status = app->GetItemFromOid(oid, item.put());
@@ -44,11 +37,11 @@ DATE At(int year, unsigned month, unsigned day, int hour, int minute, int second
 }
 
 ComPtr<IAppointment> NewAppointment(const ComPtr<IPOutlookApp>& app) {
-  return New<IAppointment>(app, olAppointmentItem);
+  return NewItem<IAppointment>(app, olFolderCalendar);
 }
 
 ComPtr<ITask> NewTask(const ComPtr<IPOutlookApp>& app) {
-  return New<ITask>(app, olTaskItem);
+  return NewItem<ITask>(app, olFolderTasks);
 }
 
 ComPtr<IAppointment> AppointmentByOid(const ComPtr<IPOutlookApp>& app, LONG oid) {

@@ -2,7 +2,7 @@
 #include <limits>
 #include <random>
 
-#include "handheld/store/contact_row.h"
+#include "handheld/store/item_row.h"
 #include "handheld/store/ole_date.h"
 #include "handheld/store/store_error.h"
 #include "tests/handheld/outlook/outlook_support.h"

@@ -2,10 +2,11 @@
 #include <functional>
 
 #include "handheld/outlook/import_ledger.h"
-#include "handheld/outlook/store_batch.h"
+#include "handheld/outlook/outlook_app.h"
 #include "handheld/store/store_check.h"
 #include "handheld/store/store_error.h"
 #include "tests/handheld/outlook/outlook_support.h"
+#include "tests/support/fault_runs.h"
 
 namespace ce::host::testing {
 namespace {
@@ -144,7 +145,8 @@ HRESULT Download(int& accepted) {
 
 HRESULT ImportBatch(int& accepted) {
   ComPtr<IPOutlookApp> app;
-  TRY(Open(app));
+  ComPtr<IPOutlookItemCollection2> items;
+  TRY(OpenItems(app, items));
   StoreBatch batch;
   TRY(batch.Begin(app.get()));
   ImportLedger ledger;
@@ -154,7 +156,7 @@ HRESULT ImportBatch(int& accepted) {
     std::optional<ImportLedger::Entry> known;
     TRY(ledger.Find(olContactItem, uid, known));
     ComPtr<IDispatch> item;
-    TRY(app->CreateItem(olContactItem, item.put()));
+    TRY(items->Add(item.put()));
     ComPtr<IContact> contact;
     TRY(AsContact(item, contact));
     TRY(contact->Save());
@@ -180,29 +182,19 @@ class OutlookFaults : public HandheldTest {
   // given the name of the call that failed.
   void FailEachCall(const std::function<HRESULT(int&)>& walk, const std::function<void()>& prepare,
                     const std::function<void(const Outcome&, const std::string&)>& verify) {
-    bool clean = false;
-    std::uint64_t n = 0;
-    while (!clean && ++n < 10'000) {
-      prepare();
+    const auto run = [&] {
       Outcome outcome;
-      std::string fired;
-      {
-        const auto plan = FaultPlan::FailNth(n, ERROR_DISK_FULL);
-        outcome.status = walk(outcome.accepted);
-        fired = plan.firedCall();
-      }
-      clean = fired.empty();
-      SCOPED_TRACE(std::to_string(n) + " " + fired);
-      if (clean) {
-        EXPECT_EQ(outcome.status, S_OK);
-      } else {
-        EXPECT_EQ(outcome.status, StatusOf(fired));
-      }
+      outcome.status = walk(outcome.accepted);
+      return outcome;
+    };
+    const auto check = [&](const Outcome& outcome, const std::string& fired) {
+      EXPECT_EQ(outcome.status, fired.empty() ? S_OK : StatusOf(fired));
       EXPECT_EQ(CheckStore(*handheld_), std::vector<std::string>{});
       verify(outcome, fired);
-    }
-    EXPECT_TRUE(clean);
-    EXPECT_GT(n, 5u);
+      prepare();
+    };
+    prepare();
+    EXPECT_GT(corvane::testing::FailEachCall(ERROR_DISK_FULL, run, check), 4u);
   }
 
   void Refill(int count) {

@@ -47,9 +47,7 @@ ComPtr<IPOutlookItemCollection> Items(const ComPtr<IPOutlookApp>& app, INT folde
 }
 
 ComPtr<IContact> NewContact(const ComPtr<IPOutlookApp>& app) {
-  ComPtr<IDispatch> item;
-  EXPECT_EQ(app->CreateItem(olContactItem, item.put()), S_OK);
-  return item.query<IContact>();
+  return NewItem<IContact>(app, olFolderContacts);
 }
 
 ComPtr<IContact> ContactByOid(const ComPtr<IPOutlookApp>& app, LONG oid) {

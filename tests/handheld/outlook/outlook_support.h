@@ -10,7 +10,7 @@
 
 #include "handheld/base/com_object.h"
 #include "handheld/base/fault.h"
-#include "handheld/store/contact_fields.h"
+#include "handheld/store/item_tables.h"
 #include "platform/com_ptr.h"
 #include "platform/pocket_outlook.h"
 #include "tests/support/test_handheld.h"
@@ -33,6 +33,13 @@ ComPtr<IPOutlookApp> NewApp();
 ComPtr<IPOutlookApp> LoggedOn();  // fails the test when it cannot
 ComPtr<IPOutlookItemCollection> Items(const ComPtr<IPOutlookApp>& app,
                                       INT folder = olFolderContacts);
+// An item that is not stored.
+template <typename Item>
+ComPtr<Item> NewItem(const ComPtr<IPOutlookApp>& app, INT folder) {
+  ComPtr<IDispatch> item;
+  EXPECT_EQ(Items(app, folder)->Add(item.put()), S_OK);
+  return item.query<Item>();
+}
 ComPtr<IContact> NewContact(const ComPtr<IPOutlookApp>& app);
 // Null when there is no such contact.
 ComPtr<IContact> ContactByOid(const ComPtr<IPOutlookApp>& app, LONG oid);

@@ -173,8 +173,13 @@ TEST_F(StoreFile, KeepsWhatWasSavedBeforeTheProcessWasKilled) {
           Failed(app->Logon(0))) {
         return 1;
       }
+      ComPtr<IFolder> folder;
+      ComPtr<IPOutlookItemCollection> items;
       ComPtr<IDispatch> item;
-      if (Failed(app->CreateItem(olContactItem, item.put()))) return 2;
+      if (Failed(app->GetDefaultFolder(olFolderContacts, folder.put())) ||
+          Failed(folder->get_Items(items.put())) || Failed(items->Add(item.put()))) {
+        return 2;
+      }
       const ComPtr<IContact> contact = item.query<IContact>();
       const Bstr name(u"survivor");
       if (Failed(contact->put_FirstName(name.get())) || Failed(contact->Save())) return 3;

@@ -1,5 +1,5 @@
 #include "handheld/outlook/import_ledger.h"
-#include "handheld/outlook/store_batch.h"
+#include "handheld/outlook/outlook_app.h"
 #include "handheld/store/store_check.h"
 #include "handheld/store/store_error.h"
 #include "tests/handheld/outlook/calendar_support.h"

@@ -192,7 +192,7 @@ TEST_F(ImportMessages, MakesTheTelephonesStoreWhereItIsMissing) {
 TEST_F(ImportMessages, LeavesWhatWasStoredBeforeTheDiskWasFull) {
   const auto file = WriteFile("sms.xml", Backup(Sms(1, "+461", "a") + Sms(2, "+462", "b")));
   {
-    const auto plan = FaultPlan::FailCalls("MessageBox::Commit", ce::ERROR_DISK_FULL);
+    const auto plan = FaultPlan::FailCalls("StoreWriter::Commit", ce::ERROR_DISK_FULL);
     EXPECT_EQ(Import({file}), Outcome::kFailed);
   }
   EXPECT_NE(err_.find("the disk is full; some items named above may not be stored"),

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
-#include "handheld/phone/call_rows.h"
+#include "handheld/store/call_log.h"
 #include "platform/mapi.h"
 #include "platform/phone.h"
 

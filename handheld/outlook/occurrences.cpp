@@ -1,8 +1,11 @@
-#include "handheld/outlook/occurrence_item.h"
+#include "handheld/outlook/occurrences.h"
 
+#include <memory>
 #include <utility>
+#include <vector>
 
 #include "handheld/outlook/appointment_base.h"
+#include "handheld/store/exception_row.h"
 
 namespace ce::host {
 namespace {
@@ -17,7 +20,7 @@ class OccurrenceItem final : public AppointmentBase {
 
   HRESULT get_Oid(LONG* oid) override { return GetValue("IAppointment::get_Oid", LONG{0}, oid); }
   HRESULT get_IsRecurring(VARIANT_BOOL* value) override {
-    return GetBool("IAppointment::get_IsRecurring", false, value);
+    return GetValue("IAppointment::get_IsRecurring", false, value);
   }
   HRESULT GetRecurrencePattern(IRecurrencePattern** pattern) override {
     if (!pattern) return E_POINTER;
@@ -29,7 +32,7 @@ class OccurrenceItem final : public AppointmentBase {
   }
   HRESULT Save() override {
     return Guarded("IAppointment::Save", [&] {
-      ExceptionRow row{originalDay_, false, fields()};
+      ExceptionRow row{originalDay_, false, fields_};
       return Write(row);
     });
   }
@@ -52,22 +55,20 @@ class OccurrenceItem final : public AppointmentBase {
 };
 
 HRESULT OccurrenceItem::Write(const ExceptionRow& row) {
-  Store* store = session()->store();
+  Store* store = session_->store();
   if (!store) return E_FAIL;
-  const HRESULT status = store->Write(nullptr, [&] {
-    const HRESULT valid = CheckDay(*store, row.deleted);
-    return Failed(valid) ? valid : WriteException(*store, oid_, row);
+  const HRESULT status = store->Write(nullptr, [&]() -> HRESULT {
+    RETURN_IF_FAILED(CheckDay(*store, row.deleted));
+    return WriteException(*store, oid_, row);
   });
-  if (Succeeded(status)) SetChanged(false);
+  if (Succeeded(status)) changed_ = false;
   return status;
 }
 
 HRESULT OccurrenceItem::CheckDay(Store& store, bool deleting) const {
   AppointmentRow series;
   bool found = false;
-  if (const HRESULT status = ReadAppointment(store, oid_, series, found); Failed(status)) {
-    return status;
-  }
+  RETURN_IF_FAILED(ReadItem(store, oid_, series, found));
   if (!found || !HasDay(series, originalDay_)) return E_INVALIDARG;
   if (deleting) return S_OK;
   ExceptionRow present;
@@ -85,6 +86,69 @@ void MoveTo(AppointmentFields& fields, local_seconds start) {
   fields.start = OleDate(start);
 }
 
+// What a collection and its exceptions share.
+struct Snapshot {
+  SessionPtr session;
+  std::uint32_t oid = 0;
+  std::vector<ExceptionRow> rows;
+  std::chrono::seconds timeOfDay{};
+};
+using SnapshotPtr = std::shared_ptr<const Snapshot>;
+
+class Exception final : public ComObject<IException> {
+ public:
+  Exception(SnapshotPtr snapshot, std::size_t index)
+      : snapshot_(std::move(snapshot)), row_(snapshot_->rows[index]) {}
+
+  HRESULT get_AppointmentItem(IAppointment** item) override {
+    if (!item) return E_POINTER;
+    *item = nullptr;
+    return Guarded("IException::get_AppointmentItem", [&] {
+      if (row_.deleted) return S_FALSE;
+      *item = new OccurrenceItem(snapshot_->session, snapshot_->oid, row_.originalDay, row_.fields);
+      return S_OK;
+    });
+  }
+  HRESULT get_OriginalDate(DATE* date) override {
+    return GetValue("IException::get_OriginalDate",
+                    OleDate(row_.originalDay + snapshot_->timeOfDay), date);
+  }
+  HRESULT get_Deleted(VARIANT_BOOL* deleted) override {
+    return GetValue("IException::get_Deleted", row_.deleted, deleted);
+  }
+
+ private:
+  ~Exception() override = default;
+
+  const SnapshotPtr snapshot_;
+  const ExceptionRow& row_;
+};
+
+class ExceptionList final : public ComObject<IExceptions> {
+ public:
+  explicit ExceptionList(SnapshotPtr snapshot) : snapshot_(std::move(snapshot)) {}
+
+  HRESULT Item(INT index, IException** exception) override {
+    if (!exception) return E_POINTER;
+    *exception = nullptr;
+    return Guarded("IExceptions::Item", [&] {
+      if (index < 1 || static_cast<std::size_t>(index) > snapshot_->rows.size()) {
+        return E_INVALIDARG;
+      }
+      *exception = new Exception(snapshot_, static_cast<std::size_t>(index) - 1);
+      return S_OK;
+    });
+  }
+  HRESULT get_Count(INT* count) override {
+    return GetValue("IExceptions::get_Count", static_cast<INT>(snapshot_->rows.size()), count);
+  }
+
+ private:
+  ~ExceptionList() override = default;
+
+  const SnapshotPtr snapshot_;
+};
+
 }  // namespace
 
 HRESULT LoadOccurrence(const SessionPtr& session, std::uint32_t oid, DATE date,
@@ -95,15 +159,13 @@ HRESULT LoadOccurrence(const SessionPtr& session, std::uint32_t oid, DATE date,
   if (!time) return E_INVALIDARG;
   AppointmentRow row;
   bool found = false;
-  HRESULT status = ReadAppointment(*store, oid, row, found);
-  if (Failed(status)) return status;
+  RETURN_IF_FAILED(ReadItem(*store, oid, row, found));
   const auto day = std::chrono::floor<std::chrono::days>(*time);
   if (!found || *time - day != TimeOfDay(row.fields.start) || !HasDay(row, day)) {
     return E_INVALIDARG;
   }
   ExceptionRow exception;
-  status = ReadException(*store, oid, day, exception, found);
-  if (Failed(status)) return status;
+  RETURN_IF_FAILED(ReadException(*store, oid, day, exception, found));
   if (found && exception.deleted) return E_INVALIDARG;
   if (!found) MoveTo(row.fields, *time);
   *occurrence =
@@ -111,9 +173,21 @@ HRESULT LoadOccurrence(const SessionPtr& session, std::uint32_t oid, DATE date,
   return S_OK;
 }
 
-IAppointment* MakeOccurrence(const SessionPtr& session, std::uint32_t oid, local_days originalDay,
-                             const AppointmentFields& fields) {
-  return new OccurrenceItem(session, oid, originalDay, fields);
+HRESULT MakeExceptions(const SessionPtr& session, std::uint32_t oid, IExceptions** exceptions) {
+  Store* store = session->store();
+  if (!store) return E_FAIL;
+  auto snapshot = std::make_shared<Snapshot>();
+  snapshot->session = session;
+  snapshot->oid = oid;
+  if (oid != 0) {
+    RETURN_IF_FAILED(ReadExceptions(*store, oid, snapshot->rows, snapshot->timeOfDay));
+  }
+  *exceptions = new ExceptionList(std::move(snapshot));
+  return S_OK;
+}
+
+IExceptions* MakeNoExceptions() {
+  return new ExceptionList(std::make_shared<Snapshot>());
 }
 
 }  // namespace ce::host

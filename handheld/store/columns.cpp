@@ -1,9 +1,8 @@
-#include "handheld/store/sql_columns.h"
+#include "handheld/store/columns.h"
 
 namespace ce::host {
 
-std::string ColumnList(ColumnForm form, const std::vector<const char*>& columns,
-                       int firstParameter) {
+std::string ColumnList(ColumnForm form, const ColumnNames& columns, int firstParameter) {
   std::string list;
   int parameter = firstParameter;
   for (const char* column : columns) {
@@ -16,6 +15,11 @@ std::string ColumnList(ColumnForm form, const std::vector<const char*>& columns,
     if (form == ColumnForm::kAssignments) list.append(name).append(" = ").append(placeholder);
   }
   return list;
+}
+
+std::string InsertSql(const char* begin, const ColumnNames& columns) {
+  return std::string(begin) + " (" + ColumnList(ColumnForm::kNames, columns, 1) + ") VALUES (" +
+         ColumnList(ColumnForm::kPlaceholders, columns, 1) + ")";
 }
 
 }  // namespace ce::host

@@ -1,20 +1,27 @@
-#include "handheld/outlook/item_property.h"
+#include "handheld/outlook/stored_item.h"
 
-#include "common/text/unicode.h"
+#include <algorithm>
+
+#include "handheld/store/stored_text.h"
+#include "platform/clock.h"
 
 namespace ce::host {
 
-BSTR BstrOf(std::string_view stored) {
-  BSTR text = SysAllocStringLen(nullptr, static_cast<UINT>(text::Utf16Length(stored)));
-  if (text) text::DecodeWtf8(stored, text);
-  return text;
+std::optional<local_seconds> ItemClock() {
+  using namespace std::chrono;
+  SYSTEMTIME now{};
+  GetLocalTime(&now);
+  if (now.wMonth == 0) return std::nullopt;
+  const local_days day{year{now.wYear} / month{now.wMonth} / std::chrono::day{now.wDay}};
+  const local_seconds time = day + hours{now.wHour} + minutes{now.wMinute} + seconds{now.wSecond};
+  return std::clamp<local_seconds>(time, kFirstItemDay, kLastItemDay);
 }
 
 HRESULT GetStoredText(const char* call, std::string_view stored, BSTR* value) {
   if (!value) return E_POINTER;
   *value = nullptr;
   return Guarded(call, [&] {
-    *value = BstrOf(stored);
+    *value = BstrFromStored(stored);
     return *value ? S_OK : E_OUTOFMEMORY;
   });
 }
@@ -27,16 +34,6 @@ HRESULT GetInk(const char* call, const std::vector<BYTE>& ink, DWORD* bytes, con
     if (ink.empty()) return E_NOTIMPL;
     *bytes = static_cast<DWORD>(ink.size());
     *block = ink.data();
-    return S_OK;
-  });
-}
-
-HRESULT PutInk(const char* call, bool& changed, std::vector<BYTE>& ink, DWORD bytes,
-               const BYTE* block) {
-  return Guarded(call, [&] {
-    if (bytes > 0 && !block) return E_INVALIDARG;
-    ink.assign(block, block + bytes);
-    changed = true;
     return S_OK;
   });
 }

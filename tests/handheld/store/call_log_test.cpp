@@ -1,4 +1,4 @@
-#include "handheld/phone/call_box.h"
+#include "handheld/store/call_log.h"
 
 #include <gmock/gmock.h>
 #include <sqlite3.h>
@@ -22,11 +22,11 @@ using corvane::testing::kSampleStart;
 using corvane::testing::SampleCall;
 using ::testing::ElementsAre;
 
-class CallBoxTest : public corvane::testing::HandheldTest {
+class CallLogTest : public corvane::testing::HandheldTest {
  protected:
-  CallBoxTest() : filler_(std::make_unique<CallFiller>(*handheld_)) {}
+  CallLogTest() : filler_(std::make_unique<CallFiller>(*handheld_)) {}
 
-  CallBox& box() { return filler_->box(); }
+  CallLog& box() { return filler_->box(); }
   void Reopen() {
     filler_.reset();
     handheld_.Reopen();
@@ -48,7 +48,7 @@ class CallBoxTest : public corvane::testing::HandheldTest {
   std::unique_ptr<CallFiller> filler_;
 };
 
-TEST_F(CallBoxTest, GivesBackWhatWasInserted) {
+TEST_F(CallLogTest, GivesBackWhatWasInserted) {
   StoredCall call = SampleCall();
   call.note = u"\\My Documents\\call.pwi";
   filler_->Add(call);
@@ -57,7 +57,7 @@ TEST_F(CallBoxTest, GivesBackWhatWasInserted) {
   EXPECT_THAT(filler_->Calls(), ElementsAre(call));
 }
 
-TEST_F(CallBoxTest, TellsAMissingTextFromAnEmptyOne) {
+TEST_F(CallLogTest, TellsAMissingTextFromAnEmptyOne) {
   StoredCall missing;
   missing.startTime = 2;
   StoredCall empty;
@@ -68,7 +68,7 @@ TEST_F(CallBoxTest, TellsAMissingTextFromAnEmptyOne) {
   EXPECT_THAT(filler_->Calls(), ElementsAre(missing, empty));
 }
 
-TEST_F(CallBoxTest, KeepsEveryTextAndEveryNumber) {
+TEST_F(CallLogTest, KeepsEveryTextAndEveryNumber) {
   StoredCall call = SampleCall();
   call.name = u"Ada \u00E9 \u65E5\u672C \U0001F600 " + std::u16string(1, u'\xD83D') + u"|";
   call.number = std::u16string(5000, u'1');
@@ -79,19 +79,19 @@ TEST_F(CallBoxTest, KeepsEveryTextAndEveryNumber) {
   EXPECT_THAT(filler_->Calls(), ElementsAre(call));
 }
 
-TEST_F(CallBoxTest, ReadsTheNewestFirst) {
+TEST_F(CallLogTest, ReadsTheNewestFirst) {
   for (const std::int64_t start : {5, 9, 1, 7}) {
     filler_->Add(CallAt(start, std::u16string(1, static_cast<char16_t>(u'0' + start))));
   }
   EXPECT_THAT(Numbers(), ElementsAre(u"9", u"7", u"5", u"1"));
 }
 
-TEST_F(CallBoxTest, ReadsTheLastInsertedFirstOfCallsAtTheSameTime) {
+TEST_F(CallLogTest, ReadsTheLastInsertedFirstOfCallsAtTheSameTime) {
   for (const char16_t* number : {u"a", u"b", u"c"}) filler_->Add(CallAt(kSampleStart, number));
   EXPECT_THAT(Numbers(), ElementsAre(u"c", u"b", u"a"));
 }
 
-TEST_F(CallBoxTest, IsReadInPieces) {
+TEST_F(CallLogTest, IsReadInPieces) {
   filler_->AddMany(5);
   for (const char16_t* number : {u"a", u"b"}) filler_->Add(CallAt(kSampleStart - kMinute, number));
   std::vector<std::u16string> numbers;
@@ -107,13 +107,13 @@ TEST_F(CallBoxTest, IsReadInPieces) {
   EXPECT_TRUE(piece.empty());
 }
 
-TEST_F(CallBoxTest, Counts) {
+TEST_F(CallLogTest, Counts) {
   EXPECT_EQ(filler_->Count(), 0);
   filler_->AddMany(3);
   EXPECT_EQ(filler_->Count(), 3);
 }
 
-TEST_F(CallBoxTest, DeletesOneCall) {
+TEST_F(CallLogTest, DeletesOneCall) {
   const std::int64_t first = filler_->Add(CallAt(1, u"first"));
   filler_->Add(CallAt(2, u"second"));
   bool found = false;
@@ -124,7 +124,7 @@ TEST_F(CallBoxTest, DeletesOneCall) {
   EXPECT_FALSE(found);
 }
 
-TEST_F(CallBoxTest, NeverGivesANumberAwayAgain) {
+TEST_F(CallLogTest, NeverGivesANumberAwayAgain) {
   filler_->AddMany(2);
   const std::int64_t last = filler_->Add(SampleCall());
   EXPECT_EQ(box().Clear(), S_OK);
@@ -133,7 +133,7 @@ TEST_F(CallBoxTest, NeverGivesANumberAwayAgain) {
   EXPECT_GT(filler_->Add(SampleCall()), last);
 }
 
-TEST_F(CallBoxTest, FindsACallThatIsTheSameInEverything) {
+TEST_F(CallLogTest, FindsACallThatIsTheSameInEverything) {
   const StoredCall call = SampleCall();
   filler_->Add(call);
   const auto contains = [this](const StoredCall& asked) {
@@ -156,7 +156,7 @@ TEST_F(CallBoxTest, FindsACallThatIsTheSameInEverything) {
   }
 }
 
-TEST_F(CallBoxTest, StoresABatchTogetherOrNotAtAll) {
+TEST_F(CallLogTest, StoresABatchTogetherOrNotAtAll) {
   box().Begin();
   filler_->Add(SampleCall());
   filler_->Add(SampleCall());
@@ -169,18 +169,18 @@ TEST_F(CallBoxTest, StoresABatchTogetherOrNotAtAll) {
   EXPECT_EQ(filler_->Count(), 1);
 }
 
-TEST_F(CallBoxTest, UndoesABatchThatIsLeftOpen) {
+TEST_F(CallLogTest, UndoesABatchThatIsLeftOpen) {
   box().Begin();
   filler_->Add(SampleCall());
   Reopen();
   EXPECT_EQ(filler_->Count(), 0);
 }
 
-TEST_F(CallBoxTest, UndoesAWholeBatchWithItsFirstFailure) {
+TEST_F(CallLogTest, UndoesAWholeBatchWithItsFirstFailure) {
   box().Begin();
   filler_->Add(SampleCall());
   {
-    const auto plan = FaultPlan::FailNthCall("CallBox::Insert", 1, ERROR_DISK_FULL);
+    const auto plan = FaultPlan::FailNthCall("CallLog::Insert", 1, ERROR_DISK_FULL);
     EXPECT_EQ(box().Insert(SampleCall()), kStoreDiskFull);
   }
   EXPECT_EQ(box().Insert(SampleCall()), kStoreDiskFull) << "the batch has failed";
@@ -204,7 +204,7 @@ std::vector<std::string> RunSql(const Handheld& handheld, const std::string& sql
   return rows;
 }
 
-TEST_F(CallBoxTest, ComesToAStoreThatIsOlderThanTheCallLog) {
+TEST_F(CallLogTest, ComesToAStoreThatIsOlderThanTheCallLog) {
   filler_->Add(SampleCall());
   filler_.reset();
   // As the first format had it.
@@ -222,24 +222,24 @@ TEST_F(CallBoxTest, ComesToAStoreThatIsOlderThanTheCallLog) {
   EXPECT_THAT(RunSql(*handheld_, "SELECT next_oid FROM oid_counter"), ElementsAre("77"));
 }
 
-TEST_F(CallBoxTest, TellsWhyItCannotBeOpened) {
+TEST_F(CallLogTest, TellsWhyItCannotBeOpened) {
   const std::filesystem::path path = handheld_->storePath();
   filler_.reset();
   std::filesystem::remove_all(path);
-  std::unique_ptr<CallBox> opened;
+  std::unique_ptr<CallLog> opened;
   std::string problem;
-  EXPECT_EQ(CallBox::Open(*handheld_, opened, problem), kStoreMissing);
+  EXPECT_EQ(CallLog::Open(*handheld_, opened, problem), kStoreMissing);
   EXPECT_FALSE(opened);
   EXPECT_NE(problem, "");
 }
 
-TEST_F(CallBoxTest, StoresAllOfABatchOrNothingWhicheverCallFails) {
+TEST_F(CallLogTest, StoresAllOfABatchOrNothingWhicheverCallFails) {
   const auto calls = FailEachCall(
       ERROR_DISK_FULL,
       [this] {
-        std::unique_ptr<CallBox> opened;
+        std::unique_ptr<CallLog> opened;
         std::string problem;
-        HRESULT status = CallBox::Open(*handheld_, opened, problem);
+        HRESULT status = CallLog::Open(*handheld_, opened, problem);
         if (Failed(status)) return status;
         opened->Begin();
         for (int index = 0; index < 3; ++index) status = opened->Insert(SampleCall());
@@ -255,7 +255,7 @@ TEST_F(CallBoxTest, StoresAllOfABatchOrNothingWhicheverCallFails) {
   EXPECT_GT(calls, 10u);
 }
 
-TEST_F(CallBoxTest, ReportsEveryCallThatFails) {
+TEST_F(CallLogTest, ReportsEveryCallThatFails) {
   const auto calls = FailEachCall(
       ERROR_READ_FAULT,
       [this] {

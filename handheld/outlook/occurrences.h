@@ -1,10 +1,9 @@
-// Makers of single occurrences of a series (IAppointment).
+// Makers of single occurrences of a series (IAppointment) and of its exceptions (IExceptions).
 #pragma once
 
 #include <cstdint>
 
 #include "handheld/outlook/session.h"
-#include "handheld/store/exception_row.h"
 #include "platform/pocket_outlook_calendar.h"
 
 namespace ce::host {
@@ -17,8 +16,9 @@ namespace ce::host {
 HRESULT LoadOccurrence(const SessionPtr& session, std::uint32_t oid, DATE date,
                        IAppointment** occurrence);
 
-// A changed occurrence that was read already; the object starts with the caller's reference.
-IAppointment* MakeOccurrence(const SessionPtr& session, std::uint32_t oid, local_days originalDay,
-                             const AppointmentFields& fields);
+// The exceptions that are stored now; none for an item that never was (0).
+HRESULT MakeExceptions(const SessionPtr& session, std::uint32_t oid, IExceptions** exceptions);
+// Without any, for items whose series have no exceptions.
+IExceptions* MakeNoExceptions();
 
 }  // namespace ce::host

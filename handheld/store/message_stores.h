@@ -4,22 +4,17 @@
 // messages. Stores, folders and messages are known by a number that is never given away again, and
 // to MAPI by their entry identifier. Whoever downloads or deletes messages meanwhile does so over a
 // connection of its own.
-//
-// Calls answer the statuses of outlook/store_error.h, E_INVALIDARG for what is named, or for a
-// number that names nothing, and E_OUTOFMEMORY; nothing throws. A call that fails has changed
-// nothing, and its results are undefined. One thread.
 #pragma once
 
+#include <array>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "handheld/directory/handheld.h"
-#include "handheld/store/store.h"
-#include "platform/types.h"
+#include "handheld/store/columns.h"
+#include "handheld/store/store_writer.h"
 
 namespace ce::host {
 
@@ -75,28 +70,39 @@ struct NumberedMessage {
   StoredMessage message;
 };
 
-class MessageBox {
+inline constexpr Column<StoredMessage> kMessageColumns[] = {
+    {"entry_id", &StoredMessage::entryId},
+    {"message_class", &StoredMessage::messageClass},
+    {"delivery_time", &StoredMessage::deliveryTime},
+    {"flags", &StoredMessage::flags},
+    {"status", &StoredMessage::status},
+    {"subject", &StoredMessage::subject},
+    {"sender_name", &StoredMessage::senderName},
+    {"sender_address", &StoredMessage::senderAddress},
+    {"size", &StoredMessage::size},
+    {"last_modification_time", &StoredMessage::lastModificationTime},
+};
+inline constexpr Column<StoredRecipient> kRecipientColumns[] = {
+    {"display_name", &StoredRecipient::name},
+    {"address", &StoredRecipient::address},
+};
+
+using EntryId = std::array<BYTE, 20>;
+// The entry identifiers that the handheld makes: four zero bytes, then most significant byte first
+// the object's type (MAPI_STORE, MAPI_FOLDER, MAPI_MESSAGE; four bytes), its store's number (four)
+// and its own (eight). So identifiers made one after another lie beside each other in the store's
+// index.
+EntryId MakeEntryId(DWORD objectType, std::int64_t store, std::int64_t id);
+
+// Folders below the top of their tree. A path of more is refused.
+inline constexpr int kDeepestFolder = 64;
+// kStoreDamaged for a folder that lies deeper, or below itself: whoever walked on from there might
+// never come to an end.
+[[nodiscard]] HRESULT CheckFolderDepth(Store& store, std::int64_t folder);
+
+class MessageStores final : public StoreWriter {
  public:
-  // Folders below the top.
-  static constexpr std::size_t kDeepestFolder = 64;
-
-  // Makes the handheld's store, or brings it up to date, first. On failure `problem` says what is
-  // wrong, worded for the handheld's owner.
-  [[nodiscard]] static HRESULT Open(Handheld& handheld, std::unique_ptr<MessageBox>& box,
-                                    std::string& problem);
-  // What is pending in an open batch is undone.
-  ~MessageBox();
-  MessageBox(const MessageBox&) = delete;
-  MessageBox& operator=(const MessageBox&) = delete;
-
-  // Between Begin and Commit every change joins one transaction: success of a single call means
-  // "accepted", and all of it is on the disk when Commit has succeeded. Once a call of a batch has
-  // failed for want of disk or memory the whole batch is undone, and Commit answers that failure.
-  // Outside a batch each successful change is on the disk on return. While a batch has changes
-  // pending, others wait to write.
-  void Begin();
-  [[nodiscard]] HRESULT Commit();
-  void Abandon();
+  explicit MessageStores(std::unique_ptr<Store> store) : StoreWriter(std::move(store)) {}
 
   // In the order of their making.
   [[nodiscard]] HRESULT ListStores(std::vector<MessageStoreInfo>& stores);
@@ -110,7 +116,8 @@ class MessageBox {
   [[nodiscard]] HRESULT GetSpecialFolders(std::int64_t store, SpecialFolders& folders);
   [[nodiscard]] HRESULT SetSpecialFolders(std::int64_t store, const SpecialFolders& folders);
 
-  // Parents before their children, the top of the tree first.
+  // Parents before their children, the top of the tree first. kStoreDamaged where a folder lies
+  // below itself or too deep.
   [[nodiscard]] HRESULT ListFolders(std::int64_t store, std::vector<MessageFolderInfo>& folders);
   // The folder of this path ("/Inbox/Old"), made with those above it as far as they do not exist.
   // Names are told apart by case and may not be empty or hold zeros. E_INVALIDARG also for a path
@@ -138,21 +145,17 @@ class MessageBox {
   [[nodiscard]] HRESULT Clear(std::int64_t folder);
 
  private:
-  class Batch final : public WriteGroup {
-   public:
-    Batch();
-  };
-
-  explicit MessageBox(std::unique_ptr<Store> store) : store_(std::move(store)) {}
-
-  // The frame of every call, and of every call that writes.
-  template <typename Work>
-  HRESULT Call(const char* call, Work&& work);
-  template <typename Work>
-  HRESULT Change(const char* call, Work&& work);
+  static constexpr char kStep[] = "sqlite3_step:messages";
 
   HRESULT TakeId(std::int64_t& id);
   HRESULT RequireRow(const char* sql, std::int64_t id, std::int64_t* value);
+  // E_INVALIDARG when the statement changes no row.
+  template <typename... Values>
+  HRESULT ChangeRow(const char* sql, const Values&... values) {
+    bool changed = false;
+    RETURN_IF_FAILED(store().Change(sql, kStep, changed, values...));
+    return changed ? S_OK : E_INVALIDARG;
+  }
   HRESULT StoreSpecialFolders(std::int64_t store, const SpecialFolders& folders);
   HRESULT InsertFolder(std::int64_t store, std::optional<std::int64_t> parent,
                        std::u16string_view name, EntryIdBytes& entryId, std::int64_t& folder);
@@ -162,15 +165,9 @@ class MessageBox {
                      std::int64_t& folder, bool& found);
   HRESULT FindOrInsertFolder(std::int64_t store, const std::vector<std::u16string_view>& names,
                              std::int64_t& folder);
-  HRESULT EntryIsTaken(const EntryIdBytes& entryId, bool& taken);
   HRESULT InsertMessage(std::int64_t folder, const StoredMessage& message, std::int64_t& id);
   HRESULT InsertRecipients(std::int64_t message, const std::vector<StoredRecipient>& recipients);
   HRESULT ReadRecipients(std::int64_t message, std::vector<StoredRecipient>& recipients);
-
-  // Above the store, which rolls it back when it goes.
-  Batch batch_;
-  const std::unique_ptr<Store> store_;
-  HRESULT batchStatus_ = S_OK;
 };
 
 }  // namespace ce::host

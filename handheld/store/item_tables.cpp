@@ -1,4 +1,4 @@
-#include "handheld/store/appointment_times.h"
+#include "handheld/store/item_tables.h"
 
 namespace ce::host {
 namespace {
@@ -61,6 +61,17 @@ bool SetDuration(AppointmentFields& fields, LONG duration) {
   }
   fields.duration = duration;
   return true;
+}
+
+local_days FirstDay(const AppointmentFields& fields, const std::optional<Series>& series) {
+  if (const auto start = DayOfDate(fields.start)) return *start;
+  return series ? series->startDay : kFirstItemDay;
+}
+
+local_days FirstDay(const TaskFields& fields, const std::optional<Series>& series) {
+  if (const auto start = DayOfDate(fields.startDate)) return *start;
+  if (const auto due = DayOfDate(fields.dueDate)) return *due;
+  return series ? series->startDay : kFirstItemDay;
 }
 
 }  // namespace ce::host

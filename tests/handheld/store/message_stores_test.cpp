@@ -1,21 +1,21 @@
-#include "handheld/messages/message_box.h"
+#include "handheld/store/message_stores.h"
 
 #include <sqlite3.h>
 
-#include "handheld/messages/entry_id.h"
 #include "handheld/store/store_check.h"
 #include "tests/handheld/messages/mapi_support.h"
+#include "tests/support/fault_runs.h"
 
 namespace ce::host::testing {
 namespace {
 
 using ::testing::ElementsAre;
 
-class MessageBoxTest : public HandheldTest {
+class MessageStoresTest : public HandheldTest {
  protected:
-  MessageBoxTest() : filler_(std::make_unique<MessageFiller>(*handheld_)) {}
+  MessageStoresTest() : filler_(std::make_unique<MessageFiller>(*handheld_)) {}
 
-  MessageBox& box() { return filler_->box(); }
+  MessageStores& box() { return filler_->box(); }
   void Reopen() {
     filler_.reset();
     filler_ = std::make_unique<MessageFiller>(*handheld_);
@@ -57,7 +57,7 @@ class MessageBoxTest : public HandheldTest {
   std::unique_ptr<MessageFiller> filler_;
 };
 
-TEST_F(MessageBoxTest, AHandheldComesWithTheStoreOfItsTelephone) {
+TEST_F(MessageStoresTest, AHandheldComesWithTheStoreOfItsTelephone) {
   std::vector<MessageStoreInfo> stores;
   ASSERT_EQ(box().ListStores(stores), S_OK);
   ASSERT_EQ(stores.size(), 1u);
@@ -66,7 +66,7 @@ TEST_F(MessageBoxTest, AHandheldComesWithTheStoreOfItsTelephone) {
                                                u"/Drafts", u"/Deleted Items"));
 }
 
-TEST_F(MessageBoxTest, TheFirstIdentifiersAreThoseThatItWouldMakeItself) {
+TEST_F(MessageStoresTest, TheFirstIdentifiersAreThoseThatItWouldMakeItself) {
   const auto made = [](std::int64_t id) {
     const EntryId entryId = MakeEntryId(MAPI_FOLDER, 1, id);
     return EntryIdBytes(entryId.begin(), entryId.end());
@@ -80,7 +80,7 @@ TEST_F(MessageBoxTest, TheFirstIdentifiersAreThoseThatItWouldMakeItself) {
   EXPECT_EQ(special.wastebasket, IdOf(u"/Deleted Items"));
 }
 
-TEST_F(MessageBoxTest, AnotherStoreHasTheSameFolders) {
+TEST_F(MessageStoresTest, AnotherStoreHasTheSameFolders) {
   std::int64_t store = 0;
   ASSERT_EQ(box().CreateStore(u"ActiveSync", store), S_OK);
   EXPECT_EQ(Paths(store), Paths(filler_->SmsStore()));
@@ -93,7 +93,7 @@ TEST_F(MessageBoxTest, AnotherStoreHasTheSameFolders) {
   EXPECT_EQ(special.drafts, id);
 }
 
-TEST_F(MessageBoxTest, RefusesStoreNamesThatAreEmptyOrTaken) {
+TEST_F(MessageStoresTest, RefusesStoreNamesThatAreEmptyOrTaken) {
   std::int64_t store = 0;
   EXPECT_EQ(box().CreateStore(u"", store), E_INVALIDARG);
   EXPECT_EQ(box().CreateStore(kSmsStoreName, store), E_INVALIDARG);
@@ -101,7 +101,7 @@ TEST_F(MessageBoxTest, RefusesStoreNamesThatAreEmptyOrTaken) {
   EXPECT_EQ(box().CreateStore(u"sms", store), S_OK);
 }
 
-TEST_F(MessageBoxTest, DeletesAStoreWithAllThatIsInIt) {
+TEST_F(MessageStoresTest, DeletesAStoreWithAllThatIsInIt) {
   filler_->AddMany(u"/Inbox/Old", 3);
   const EntryIdBytes id = *filler_->Messages(u"/Inbox/Old")[0].entryId;
   filler_->RemoveSmsStore();
@@ -113,17 +113,17 @@ TEST_F(MessageBoxTest, DeletesAStoreWithAllThatIsInIt) {
   EXPECT_EQ(box().DeleteStore(1), E_INVALIDARG);
 }
 
-TEST_F(MessageBoxTest, MakesTheFoldersOfAPathOnce) {
+TEST_F(MessageStoresTest, MakesTheFoldersOfAPathOnce) {
   const std::int64_t old = filler_->Folder(u"/Inbox/Old/2007");
   EXPECT_EQ(filler_->Folder(u"/Inbox/Old/2007"), old);
   EXPECT_NE(filler_->Folder(u"/inbox"), filler_->Folder(u"/Inbox"));
   EXPECT_EQ(filler_->Folder(u"/"), 2);
 }
 
-TEST_F(MessageBoxTest, RefusesPathsThatNameNoFolder) {
+TEST_F(MessageStoresTest, RefusesPathsThatNameNoFolder) {
   std::int64_t folder = 0;
   std::u16string deep;
-  for (std::size_t i = 0; i < MessageBox::kDeepestFolder; ++i) deep += u"/x";
+  for (int i = 0; i < kDeepestFolder; ++i) deep += u"/x";
   const std::int64_t store = filler_->SmsStore();
   EXPECT_EQ(box().EnsureFolder(store, deep, folder), S_OK);
   deep += u"/x";
@@ -135,7 +135,7 @@ TEST_F(MessageBoxTest, RefusesPathsThatNameNoFolder) {
   EXPECT_EQ(box().EnsureFolder(99, u"/Inbox", folder), E_INVALIDARG);
 }
 
-TEST_F(MessageBoxTest, DeletesAFolderWithAllThatIsBelowButNotTheTop) {
+TEST_F(MessageStoresTest, DeletesAFolderWithAllThatIsBelowButNotTheTop) {
   filler_->AddMany(u"/Inbox/Old", 3);
   EXPECT_EQ(box().DeleteFolder(filler_->Folder(u"/Inbox")), S_OK);
   EXPECT_THAT(Paths(1),
@@ -144,7 +144,7 @@ TEST_F(MessageBoxTest, DeletesAFolderWithAllThatIsBelowButNotTheTop) {
   EXPECT_EQ(box().DeleteFolder(99), E_INVALIDARG);
 }
 
-TEST_F(MessageBoxTest, GivesAMessageBackAsItWasInserted) {
+TEST_F(MessageStoresTest, GivesAMessageBackAsItWasInserted) {
   StoredMessage full = TextMessage(std::u16string(u"a\xDC00 \U0001F600\0b", 7));
   full.entryId = EntryIdBytes(70, 0xAB);
   full.recipients = {{u"Ada", u"+491"}, {std::nullopt, u""}, {u"", std::nullopt}};
@@ -155,7 +155,7 @@ TEST_F(MessageBoxTest, GivesAMessageBackAsItWasInserted) {
   EXPECT_THAT(filler_->Messages(u"/Inbox"), ElementsAre(full, bare));
 }
 
-TEST_F(MessageBoxTest, RefusesAnIdentifierThatIsTaken) {
+TEST_F(MessageStoresTest, RefusesAnIdentifierThatIsTaken) {
   StoredMessage message = TextMessage(u"x");
   message.entryId = EntryIdBytes{1, 2, 3};
   filler_->Add(u"/Inbox", message);
@@ -167,7 +167,7 @@ TEST_F(MessageBoxTest, RefusesAnIdentifierThatIsTaken) {
   EXPECT_EQ(filler_->Count(u"/Work"), 0);
 }
 
-TEST_F(MessageBoxTest, FindsAMessageByItsIdentifier) {
+TEST_F(MessageStoresTest, FindsAMessageByItsIdentifier) {
   const std::int64_t id = filler_->Add(u"/Inbox", TextMessage(u"x"));
   std::optional<std::int64_t> found;
   EXPECT_EQ(box().FindMessage(*filler_->Messages(u"/Inbox")[0].entryId, found), S_OK);
@@ -176,7 +176,7 @@ TEST_F(MessageBoxTest, FindsAMessageByItsIdentifier) {
   EXPECT_FALSE(found);
 }
 
-TEST_F(MessageBoxTest, ReadsAFolderInBatches) {
+TEST_F(MessageStoresTest, ReadsAFolderInBatches) {
   filler_->AddMany(u"/Inbox", 10);
   filler_->AddMany(u"/Inbox/Old", 5);
   const std::int64_t inbox = filler_->Folder(u"/Inbox");
@@ -194,7 +194,7 @@ TEST_F(MessageBoxTest, ReadsAFolderInBatches) {
   EXPECT_THAT(texts, ElementsAre(u"1", u"2", u"3", u"4", u"5", u"6", u"7", u"8", u"9", u"10"));
 }
 
-TEST_F(MessageBoxTest, DeletesSingleMessagesAndClearsFolders) {
+TEST_F(MessageStoresTest, DeletesSingleMessagesAndClearsFolders) {
   const std::int64_t id = filler_->Add(u"/Inbox", TextMessage(u"x"));
   filler_->AddMany(u"/Inbox", 2);
   filler_->AddMany(u"/Inbox/Old", 2);
@@ -209,14 +209,14 @@ TEST_F(MessageBoxTest, DeletesSingleMessagesAndClearsFolders) {
   EXPECT_EQ(filler_->Count(u"/Inbox/Old"), 2);
 }
 
-TEST_F(MessageBoxTest, NeverGivesANumberAwayTwice) {
+TEST_F(MessageStoresTest, NeverGivesANumberAwayTwice) {
   const std::int64_t first = filler_->Add(u"/Inbox", TextMessage(u"x"));
   EXPECT_EQ(box().Clear(filler_->Folder(u"/Inbox")), S_OK);
   Reopen();
   EXPECT_GT(filler_->Add(u"/Inbox", TextMessage(u"x")), first);
 }
 
-TEST_F(MessageBoxTest, ABatchIsStoredByItsCommitInOneGo) {
+TEST_F(MessageStoresTest, ABatchIsStoredByItsCommitInOneGo) {
   const std::int64_t inbox = filler_->Folder(u"/Inbox");
   const auto plan = FaultPlan::FailNthCall("sqlite3_step:commit", FaultPlan::kNever, 0);
   box().Begin();
@@ -227,7 +227,7 @@ TEST_F(MessageBoxTest, ABatchIsStoredByItsCommitInOneGo) {
   EXPECT_EQ(filler_->Count(u"/Inbox"), 5000);
 }
 
-TEST_F(MessageBoxTest, ABatchThatIsAbandonedOrDroppedIsUndone) {
+TEST_F(MessageStoresTest, ABatchThatIsAbandonedOrDroppedIsUndone) {
   const std::int64_t inbox = filler_->Folder(u"/Inbox");
   box().Begin();
   ASSERT_EQ(box().Insert(inbox, TextMessage(u"x")), S_OK);
@@ -239,7 +239,7 @@ TEST_F(MessageBoxTest, ABatchThatIsAbandonedOrDroppedIsUndone) {
   EXPECT_EQ(filler_->Count(u"/Inbox"), 0);
 }
 
-TEST_F(MessageBoxTest, ARefusalLeavesABatchAsItIs) {
+TEST_F(MessageStoresTest, ARefusalLeavesABatchAsItIs) {
   const std::int64_t inbox = filler_->Folder(u"/Inbox");
   StoredMessage taken = TextMessage(u"x");
   taken.entryId = EntryIdBytes{1};
@@ -250,7 +250,7 @@ TEST_F(MessageBoxTest, ARefusalLeavesABatchAsItIs) {
   EXPECT_EQ(filler_->Count(u"/Inbox"), 1);
 }
 
-TEST_F(MessageBoxTest, AFailureUndoesTheWholeBatchAndCommitTellsIt) {
+TEST_F(MessageStoresTest, AFailureUndoesTheWholeBatchAndCommitTellsIt) {
   const std::int64_t inbox = filler_->Folder(u"/Inbox");
   StoredMessage message = TextMessage(u"x");
   message.recipients = {{u"Ada", u"+491"}};
@@ -268,29 +268,22 @@ TEST_F(MessageBoxTest, AFailureUndoesTheWholeBatchAndCommitTellsIt) {
   EXPECT_EQ(filler_->Count(u"/Inbox"), 1);
 }
 
-TEST_F(MessageBoxTest, EachCallIsStoredExactlyWhenItSucceeded) {
+TEST_F(MessageStoresTest, EachCallIsStoredExactlyWhenItSucceeded) {
   StoredMessage message = TextMessage(u"x");
   message.recipients = {{u"Ada", u"+491"}};
   const std::int64_t inbox = filler_->Folder(u"/Inbox");
   std::int64_t stored = 0;
-  for (std::uint64_t n = 1;; ++n) {
-    std::string fired;
-    HRESULT status = S_OK;
-    {
-      const auto plan = FaultPlan::FailNth(n, ERROR_DISK_FULL);
-      status = box().Insert(inbox, message);
-      fired = plan.firedCall();
-    }
-    EXPECT_EQ(status, fired.empty() ? S_OK : static_cast<HRESULT>(0x80070070)) << fired;
-    if (Succeeded(status)) ++stored;
-    EXPECT_EQ(filler_->Count(u"/Inbox"), stored) << fired;
-    if (fired.empty()) break;
-    ASSERT_LT(n, 1000u);
-  }
+  corvane::testing::FailEachCall(
+      ERROR_DISK_FULL, [&] { return box().Insert(inbox, message); },
+      [&](HRESULT status, const std::string& fired) {
+        EXPECT_EQ(status, fired.empty() ? S_OK : static_cast<HRESULT>(0x80070070));
+        if (Succeeded(status)) ++stored;
+        EXPECT_EQ(filler_->Count(u"/Inbox"), stored);
+      });
   EXPECT_EQ(CheckStore(*handheld_), std::vector<std::string>{});
 }
 
-TEST_F(MessageBoxTest, AStoreFromBeforeMessagesIsBroughtUpToDate) {
+TEST_F(MessageStoresTest, AStoreFromBeforeMessagesIsBroughtUpToDate) {
   filler_.reset();
   TakeBackToTheFirstFormat();
   Reopen();
@@ -299,11 +292,11 @@ TEST_F(MessageBoxTest, AStoreFromBeforeMessagesIsBroughtUpToDate) {
   EXPECT_EQ(CheckStore(*handheld_), std::vector<std::string>{});
 }
 
-TEST_F(MessageBoxTest, SaysWhyAStoreCannotBeOpened) {
-  std::unique_ptr<MessageBox> box;
+TEST_F(MessageStoresTest, SaysWhyAStoreCannotBeOpened) {
+  std::unique_ptr<MessageStores> box;
   std::string problem;
   const auto plan = FaultPlan::FailCalls("sqlite3_open", ERROR_ACCESS_DENIED);
-  EXPECT_EQ(MessageBox::Open(*handheld_, box, problem), E_ACCESSDENIED);
+  EXPECT_EQ(MessageStores::Open(*handheld_, box, problem), E_ACCESSDENIED);
   EXPECT_NE(problem, "");
   EXPECT_EQ(box, nullptr);
 }
