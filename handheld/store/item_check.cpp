@@ -40,9 +40,9 @@ void ItemCheck::Date(const std::string& name, const char* property, DATE date) c
   if (!IsItemDate(date)) Add(name, std::string(property) + " is not a possible date");
 }
 
-template <typename Fields>
-void ItemCheck::Texts(const std::string& name, const Fields& fields) const {
-  constexpr std::span<const TextRow> rows = ItemTable<Fields>::kTexts;
+template <typename Kind>
+void ItemCheck::Texts(const std::string& name, const Kind& fields) const {
+  constexpr std::span<const TextRow> rows = ItemTable<Kind>::kTexts;
   for (std::size_t i = 0; i < rows.size(); ++i) {
     const std::string_view stored = fields.texts.View(i);
     const std::size_t limit = LongestText(limits_, rows[i].kind);

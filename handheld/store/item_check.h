@@ -24,8 +24,8 @@ class ItemCheck {
  private:
   void Add(const std::string& name, const std::string& problem) const;
   void Date(const std::string& name, const char* property, DATE date) const;
-  template <typename Fields>
-  void Texts(const std::string& name, const Fields& fields) const;
+  template <typename Kind>
+  void Texts(const std::string& name, const Kind& fields) const;
   void Fields(const std::string& name, const AppointmentFields& fields) const;
   void Recurrence(const std::string& name, const std::optional<Series>& series,
                   local_days start) const;

@@ -53,7 +53,7 @@ void Statement::Note(int result) {
 
 HRESULT Statement::Step(const char* faultPoint, bool& row) {
   row = false;
-  if (const HRESULT fault = FaultStatus(faultPoint); Failed(fault)) return fault;
+  RETURN_IF_FAILED(FaultStatus(faultPoint));
   if (bindResult_ != SQLITE_OK) return StoreStatus(bindResult_);
   const int result = sqlite3_step(statement_);
   row = result == SQLITE_ROW;

@@ -28,12 +28,12 @@ HRESULT Store::Prepare(const char* sql, Statement& statement) {
       return S_OK;
     }
   }
-  if (const HRESULT fault = FaultStatus("sqlite3_prepare"); Failed(fault)) return fault;
+  RETURN_IF_FAILED(FaultStatus("sqlite3_prepare"));
   statements_.reserve(statements_.size() + 1);
   sqlite3_stmt* prepared = nullptr;
   const int result =
       sqlite3_prepare_v3(database_, sql, -1, SQLITE_PREPARE_PERSISTENT, &prepared, nullptr);
-  if (const HRESULT status = StoreStatus(result); Failed(status)) return status;
+  RETURN_IF_FAILED(StoreStatus(result));
   statements_.push_back({sql, prepared});
   statement.statement_ = prepared;
   return S_OK;
@@ -42,7 +42,7 @@ HRESULT Store::Prepare(const char* sql, Statement& statement) {
 HRESULT Store::PrepareTransactions() {
   for (const char* sql : {kBegin, kBeginWrite, kCommit}) {
     Statement statement;
-    if (const HRESULT status = Prepare(sql, statement); Failed(status)) return status;
+    RETURN_IF_FAILED(Prepare(sql, statement));
   }
   return S_OK;
 }
@@ -61,7 +61,7 @@ void Store::Rollback() {
 
 HRESULT Store::BeginSnapshot() {
   if (!snapshotOpen_ && !group_) {
-    if (const HRESULT status = Run(kBegin, "sqlite3_step:begin"); Failed(status)) return status;
+    RETURN_IF_FAILED(Run(kBegin, "sqlite3_step:begin"));
     snapshotOpen_ = true;
   }
   ++snapshots_;
@@ -76,7 +76,7 @@ void Store::EndSnapshot() {
 
 HRESULT Store::BeginWrite(WriteGroup* group) {
   if (group_ && group_ == group) return S_OK;
-  if (const HRESULT status = CommitPending(); Failed(status)) return status;
+  RETURN_IF_FAILED(CommitPending());
   // A snapshot that another connection has written past could not be turned into a write.
   if (snapshotOpen_) {
     snapshotOpen_ = false;

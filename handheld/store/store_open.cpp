@@ -38,7 +38,7 @@ HRESULT UseWriteAheadLog(sqlite3* database) {
     if (text) mode = text;
   }
   sqlite3_finalize(statement);
-  if (const HRESULT status = StoreStatus(result); Failed(status)) return status;
+  RETURN_IF_FAILED(StoreStatus(result));
   return mode == "wal" ? S_OK : kStoreCannotOpen;
 }
 
@@ -71,21 +71,17 @@ bool Store::Exists(const Handheld& handheld) {
 }
 
 HRESULT Store::Connect(const std::string& path, bool create, std::string& problem) {
-  if (const HRESULT fault = FaultStatus("sqlite3_open"); Failed(fault)) {
-    return Worded(fault, problem);
-  }
+  RETURN_IF_FAILED(Worded(FaultStatus("sqlite3_open"), problem));
   const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE |
                     (create ? SQLITE_OPEN_CREATE : 0);
-  HRESULT status = StoreStatus(sqlite3_open_v2(path.c_str(), &database_, flags, nullptr));
-  if (Failed(status)) return Worded(status, problem);
+  RETURN_IF_FAILED(
+      Worded(StoreStatus(sqlite3_open_v2(path.c_str(), &database_, flags, nullptr)), problem));
   // SQLite falls back to reading when it may not write.
   if (sqlite3_db_readonly(database_, "main") != 0) return Worded(E_ACCESSDENIED, problem);
   sqlite3_busy_timeout(database_, kBusyTimeout);
   sqlite3_db_config(database_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
-  if (const HRESULT fault = FaultStatus("sqlite3_exec"); Failed(fault)) {
-    return Worded(fault, problem);
-  }
-  status = StoreStatus(sqlite3_exec(database_, kSettings, nullptr, nullptr, nullptr));
+  RETURN_IF_FAILED(Worded(FaultStatus("sqlite3_exec"), problem));
+  HRESULT status = StoreStatus(sqlite3_exec(database_, kSettings, nullptr, nullptr, nullptr));
   if (Succeeded(status)) status = PrepareTransactions();
   return Worded(status, problem);
 }
@@ -97,14 +93,11 @@ HRESULT Store::Open(Handheld& handheld, std::unique_ptr<Store>& store, std::stri
     return Worded(kStoreMissing, problem);
   }
   std::unique_ptr<Store> opened(new Store);
-  HRESULT status = opened->Connect(handheld.storePath().string(), true, problem);
-  if (Failed(status)) return status;
-  status = BringUpToDate(opened->database_, handheld.Number(setting::kFirstOid, 1), problem);
-  if (Failed(status)) return status;
-  status = Worded(UseWriteAheadLog(opened->database_), problem);
-  if (Failed(status)) return status;
-  status = RememberStore(handheld, problem);
-  if (Failed(status)) return status;
+  RETURN_IF_FAILED(opened->Connect(handheld.storePath().string(), true, problem));
+  RETURN_IF_FAILED(
+      BringUpToDate(opened->database_, handheld.Number(setting::kFirstOid, 1), problem));
+  RETURN_IF_FAILED(Worded(UseWriteAheadLog(opened->database_), problem));
+  RETURN_IF_FAILED(RememberStore(handheld, problem));
   store = std::move(opened);
   return S_OK;
 }
@@ -115,10 +108,10 @@ HRESULT Store::OpenExisting(const Handheld& handheld, std::unique_ptr<Store>& st
   store.reset();
   if (!Exists(handheld)) return Worded(kStoreMissing, problem);
   std::unique_ptr<Store> opened(new Store);
-  HRESULT status = opened->Connect(handheld.storePath().string(), false, problem);
-  if (Succeeded(status)) status = CheckFormat(opened->database_, problem);
-  if (Succeeded(status)) store = std::move(opened);
-  return status;
+  RETURN_IF_FAILED(opened->Connect(handheld.storePath().string(), false, problem));
+  RETURN_IF_FAILED(CheckFormat(opened->database_, problem));
+  store = std::move(opened);
+  return S_OK;
 }
 
 }  // namespace ce::host

@@ -7,6 +7,7 @@
 
 #include "handheld/base/fault.h"
 #include "handheld/store/store_error.h"
+#include "platform/status.h"
 
 namespace ce::host {
 namespace {
@@ -238,12 +239,12 @@ CREATE INDEX calls_by_start ON calls (start_time);
 static_assert(std::size(kSteps) == kStoreFormat);
 
 HRESULT Execute(sqlite3* database, const std::string& sql) {
-  if (const HRESULT fault = FaultStatus("sqlite3_step:schema"); Failed(fault)) return fault;
+  RETURN_IF_FAILED(FaultStatus("sqlite3_step:schema"));
   return StoreStatus(sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr));
 }
 
 HRESULT ReadNumber(sqlite3* database, const char* sql, std::int64_t& number) {
-  if (const HRESULT fault = FaultStatus("sqlite3_step:schema"); Failed(fault)) return fault;
+  RETURN_IF_FAILED(FaultStatus("sqlite3_step:schema"));
   sqlite3_stmt* statement = nullptr;
   int result = sqlite3_prepare_v2(database, sql, -1, &statement, nullptr);
   if (result == SQLITE_OK) result = sqlite3_step(statement);
@@ -319,7 +320,7 @@ HRESULT CheckTables(sqlite3* database, std::string& problem) {
 
 HRESULT BringUpToDate(sqlite3* database, DWORD firstOid, std::string& problem) {
   Identity identity;
-  if (const HRESULT status = Identify(database, identity, problem); Failed(status)) return status;
+  RETURN_IF_FAILED(Identify(database, identity, problem));
   if (identity.format < kStoreFormat) {
     const HRESULT status = Execute(database, MigrationSql(identity.format, firstOid));
     if (Failed(status)) {
@@ -333,7 +334,7 @@ HRESULT BringUpToDate(sqlite3* database, DWORD firstOid, std::string& problem) {
 
 HRESULT CheckFormat(sqlite3* database, std::string& problem) {
   Identity identity;
-  if (const HRESULT status = Identify(database, identity, problem); Failed(status)) return status;
+  RETURN_IF_FAILED(Identify(database, identity, problem));
   if (identity.format != kStoreFormat) {
     problem = "has the older format " + std::to_string(identity.format);
     return kStoreDamaged;

@@ -3,6 +3,7 @@
 #include "handheld/base/fault.h"
 #include "tests/agent/messages/messages_support.h"
 #include "tests/support/golden.h"
+#include "tests/support/store_sql.h"
 
 namespace corvane::testing {
 namespace {
@@ -166,6 +167,20 @@ TEST_F(TextMessageExport, FailsWhenTheTreeIsNoFolder) {
   special.subtree = filler_->Messages(u"/Inbox")[0].entryId;
   ASSERT_EQ(filler_->box().SetSpecialFolders(filler_->SmsStore(), special), S_OK);
   ExpectOnlyTrailer(Export(), E_NOINTERFACE);
+}
+
+TEST_F(TextMessageExport, EndsWithAFailureWhereFoldersLieInACircleOrWithoutEnd) {
+  filler_->Add(u"/Inbox", TextMessage(u"hello"));
+  for (const char* sql :
+       {"WITH RECURSIVE n (id) AS (SELECT 100 UNION ALL SELECT id + 1 FROM n WHERE id < 20099)"
+        " INSERT INTO message_folders"
+        " SELECT id, 1, CASE id WHEN 100 THEN 3 ELSE id - 1 END, id, 'x' FROM n",
+        "UPDATE message_folders SET parent = 3 WHERE id = 2"}) {
+    ASSERT_TRUE(RunSql(*handheld_, sql)) << sql;
+    const DownloadAnswer answer = Export();
+    EXPECT_TRUE(answer.complete);
+    EXPECT_EQ(answer.status, static_cast<HRESULT>(0x80070570)) << sql;
+  }
 }
 
 TEST_F(TextMessageExport, CutsAPathThatIsTooLong) {

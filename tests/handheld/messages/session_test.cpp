@@ -1,7 +1,9 @@
 #include <thread>
 
+#include "handheld/store/store_error.h"
 #include "platform/status.h"
 #include "tests/handheld/messages/mapi_support.h"
+#include "tests/support/store_sql.h"
 
 namespace ce::host::testing {
 namespace {
@@ -186,6 +188,29 @@ TEST_F(MapiSessionTest, ReadsOneSnapshotWhateverOthersWrite) {
   EXPECT_THAT(Texts(table.get()), ElementsAre(u"1", u"2"));
   Logoff();
   EXPECT_THAT(Texts(Contents(u"/Inbox").get()), ElementsAre(u"1", u"2", u"1"));
+}
+
+TEST_F(MapiSessionTest, AFolderBelowItselfOrTooDeepHasNoHierarchy) {
+  IMAPITable* none = reinterpret_cast<IMAPITable*>(1);
+  std::u16string deep;
+  for (int i = 0; i < 64; ++i) deep += u"/x";
+  const ComPtr<IMAPIFolder> deepest = Folder(deep);
+  ComPtr<IMAPITable> table;
+  EXPECT_EQ(deepest->GetHierarchyTable(0, table.put()), S_OK);
+  const std::string below = std::to_string(filler_->Folder(deep));
+  Logoff();
+  ASSERT_TRUE(corvane::testing::RunSql(
+      *handheld_, "INSERT INTO message_folders VALUES (999, 1, " + below + ", x'09', 'x')"));
+  EXPECT_EQ(Open<IMAPIFolder>({9})->GetHierarchyTable(0, &none), kStoreDamaged);
+  EXPECT_EQ(none, nullptr);
+  Logoff();
+  ASSERT_TRUE(corvane::testing::RunSql(*handheld_,
+                                       "UPDATE message_folders SET parent = 4 WHERE id = 3;"
+                                       "UPDATE message_folders SET parent = 3 WHERE id = 4"));
+  EntryIdBytes inbox;
+  ASSERT_EQ(filler_->box().FolderEntryId(3, inbox), S_OK);
+  EXPECT_EQ(Open<IMAPIFolder>(inbox)->GetHierarchyTable(0, &none), kStoreDamaged);
+  EXPECT_EQ(Open<IMAPIFolder>(inbox)->GetContentsTable(0, table.put()), S_OK);
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
 #include "tests/handheld/outlook/outlook_support.h"
 
-#include <sqlite3.h>
-
 namespace ce::host::testing {
 namespace {
 
@@ -118,31 +116,6 @@ std::vector<std::u16string> StoredNames() {
 int StoredCount() {
   const ComPtr<IPOutlookApp> app = LoggedOn();
   return CountOf(Items(app));
-}
-
-bool RunSql(const Handheld& handheld, const char* sql) {
-  sqlite3* database = nullptr;
-  int result = sqlite3_open(handheld.storePath().c_str(), &database);
-  if (result == SQLITE_OK) result = sqlite3_exec(database, sql, nullptr, nullptr, nullptr);
-  sqlite3_close(database);
-  return result == SQLITE_OK;
-}
-
-std::string QuerySql(const Handheld& handheld, const char* sql) {
-  sqlite3* database = nullptr;
-  sqlite3_stmt* statement = nullptr;
-  std::string answer;
-  if (sqlite3_open(handheld.storePath().c_str(), &database) == SQLITE_OK &&
-      sqlite3_prepare_v2(database, sql, -1, &statement, nullptr) == SQLITE_OK) {
-    while (sqlite3_step(statement) == SQLITE_ROW) {
-      const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, 0));
-      if (!answer.empty()) answer += ' ';
-      answer += text ? text : "NULL";
-    }
-  }
-  sqlite3_finalize(statement);
-  sqlite3_close(database);
-  return answer;
 }
 
 }  // namespace ce::host::testing

@@ -13,11 +13,14 @@
 #include "handheld/store/item_tables.h"
 #include "platform/com_ptr.h"
 #include "platform/pocket_outlook.h"
+#include "tests/support/store_sql.h"
 #include "tests/support/test_handheld.h"
 
 namespace ce::host::testing {
 
 using corvane::testing::HandheldTest;
+using corvane::testing::QuerySql;
+using corvane::testing::RunSql;
 using corvane::testing::TestHandheld;
 
 // One text property of a contact.
@@ -59,9 +62,5 @@ std::vector<LONG> AddContacts(const ComPtr<IPOutlookApp>& app, int count);
 // The first names of all contacts, as a new log-on sees them.
 std::vector<std::u16string> StoredNames();
 int StoredCount();
-
-// Runs SQL on the store as another program would; false when the database refuses.
-bool RunSql(const Handheld& handheld, const char* sql);
-std::string QuerySql(const Handheld& handheld, const char* sql);
 
 }  // namespace ce::host::testing

@@ -1,7 +1,6 @@
 #include "handheld/store/call_log.h"
 
 #include <gmock/gmock.h>
-#include <sqlite3.h>
 
 #include <functional>
 #include <limits>
@@ -10,6 +9,7 @@
 #include "handheld/store/store_error.h"
 #include "tests/support/call_filler.h"
 #include "tests/support/fault_runs.h"
+#include "tests/support/store_sql.h"
 #include "tests/support/test_handheld.h"
 
 namespace ce::host::testing {
@@ -19,6 +19,8 @@ using corvane::testing::CallFiller;
 using corvane::testing::FailEachCall;
 using corvane::testing::kMinute;
 using corvane::testing::kSampleStart;
+using corvane::testing::QuerySql;
+using corvane::testing::RunSql;
 using corvane::testing::SampleCall;
 using ::testing::ElementsAre;
 
@@ -190,36 +192,16 @@ TEST_F(CallLogTest, UndoesAWholeBatchWithItsFirstFailure) {
   EXPECT_EQ(filler_->Count(), 1) << "what comes behind it is stored";
 }
 
-// Runs SQL on the store as another program would, and answers the first column of its rows.
-std::vector<std::string> RunSql(const Handheld& handheld, const std::string& sql) {
-  std::vector<std::string> rows;
-  sqlite3* database = nullptr;
-  EXPECT_EQ(sqlite3_open(handheld.storePath().c_str(), &database), SQLITE_OK);
-  const auto add = [](void* list, int, char** values, char**) {
-    static_cast<std::vector<std::string>*>(list)->push_back(values[0]);
-    return 0;
-  };
-  EXPECT_EQ(sqlite3_exec(database, sql.c_str(), add, &rows, nullptr), SQLITE_OK) << sql;
-  sqlite3_close(database);
-  return rows;
-}
-
 TEST_F(CallLogTest, ComesToAStoreThatIsOlderThanTheCallLog) {
   filler_->Add(SampleCall());
   filler_.reset();
-  // As the first format had it.
-  for (const std::string& table :
-       RunSql(*handheld_,
-              "SELECT name FROM sqlite_schema WHERE type = 'table' AND name NOT LIKE 'sqlite%'"
-              " AND name NOT IN ('oid_counter', 'contacts', 'import_ledger')")) {
-    RunSql(*handheld_, "DROP TABLE " + table);
-  }
-  RunSql(*handheld_, "UPDATE oid_counter SET next_oid = 77; PRAGMA user_version = 1");
+  corvane::testing::TakeBackToTheFirstFormat(*handheld_);
+  EXPECT_TRUE(RunSql(*handheld_, "UPDATE oid_counter SET next_oid = 77"));
   filler_ = std::make_unique<CallFiller>(*handheld_);
   EXPECT_EQ(filler_->Count(), 0);
   filler_->Add(SampleCall());
   EXPECT_EQ(filler_->Count(), 1);
-  EXPECT_THAT(RunSql(*handheld_, "SELECT next_oid FROM oid_counter"), ElementsAre("77"));
+  EXPECT_EQ(QuerySql(*handheld_, "SELECT next_oid FROM oid_counter"), "77");
 }
 
 TEST_F(CallLogTest, TellsWhyItCannotBeOpened) {

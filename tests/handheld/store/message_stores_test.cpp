@@ -1,10 +1,10 @@
 #include "handheld/store/message_stores.h"
 
-#include <sqlite3.h>
-
 #include "handheld/store/store_check.h"
+#include "handheld/store/store_error.h"
 #include "tests/handheld/messages/mapi_support.h"
 #include "tests/support/fault_runs.h"
+#include "tests/support/store_sql.h"
 
 namespace ce::host::testing {
 namespace {
@@ -32,28 +32,6 @@ class MessageStoresTest : public HandheldTest {
     EXPECT_EQ(box().FolderEntryId(filler_->Folder(path), id), S_OK);
     return id;
   }
-  // Makes the store one of the first format, which knew contacts alone.
-  void TakeBackToTheFirstFormat() {
-    sqlite3* database = nullptr;
-    ASSERT_EQ(sqlite3_open(handheld_->storePath().c_str(), &database), SQLITE_OK);
-    std::vector<std::string> younger;
-    const auto collect = [](void* tables, int, char** columns, char**) {
-      static_cast<std::vector<std::string>*>(tables)->emplace_back(columns[0]);
-      return 0;
-    };
-    EXPECT_EQ(
-        sqlite3_exec(database,
-                     "SELECT name FROM sqlite_schema WHERE type = 'table' AND name NOT LIKE"
-                     " 'sqlite%' AND name NOT IN ('oid_counter', 'contacts', 'import_ledger')",
-                     collect, &younger, nullptr),
-        SQLITE_OK);
-    EXPECT_THAT(younger, ::testing::Contains("messages"));
-    std::string sql = "PRAGMA foreign_keys = OFF; PRAGMA user_version = 1;";
-    for (const std::string& table : younger) sql += "DROP TABLE " + table + ";";
-    EXPECT_EQ(sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK);
-    sqlite3_close(database);
-  }
-
   std::unique_ptr<MessageFiller> filler_;
 };
 
@@ -133,6 +111,25 @@ TEST_F(MessageStoresTest, RefusesPathsThatNameNoFolder) {
     EXPECT_EQ(box().EnsureFolder(store, path, folder), E_INVALIDARG);
   }
   EXPECT_EQ(box().EnsureFolder(99, u"/Inbox", folder), E_INVALIDARG);
+}
+
+TEST_F(MessageStoresTest, ListsNoFoldersOfATreeThatHasACircleOrIsTooDeep) {
+  std::vector<MessageFolderInfo> folders;
+  for (const char* sql :
+       {"UPDATE message_folders SET parent = 3 WHERE id = 2",
+        "UPDATE message_folders SET parent = NULL WHERE id = 2;"
+        "UPDATE message_folders SET parent = 4 WHERE id = 3;"
+        "UPDATE message_folders SET parent = 3 WHERE id = 4",
+        "UPDATE message_folders SET parent = 2 WHERE id IN (3, 4);"
+        "WITH RECURSIVE n (id) AS (SELECT 100 UNION ALL SELECT id + 1 FROM n"
+        " WHERE id < 163) INSERT INTO message_folders"
+        " SELECT id, 1, CASE id WHEN 100 THEN 3 ELSE id - 1 END, id, 'x' FROM n"}) {
+    ASSERT_TRUE(corvane::testing::RunSql(*handheld_, sql)) << sql;
+    EXPECT_EQ(box().ListFolders(1, folders), kStoreDamaged) << sql;
+  }
+  ASSERT_TRUE(corvane::testing::RunSql(*handheld_, "DELETE FROM message_folders WHERE id = 163"));
+  EXPECT_EQ(box().ListFolders(1, folders), S_OK);
+  EXPECT_EQ(folders.size(), 6u + 63u);
 }
 
 TEST_F(MessageStoresTest, DeletesAFolderWithAllThatIsBelowButNotTheTop) {
@@ -285,7 +282,7 @@ TEST_F(MessageStoresTest, EachCallIsStoredExactlyWhenItSucceeded) {
 
 TEST_F(MessageStoresTest, AStoreFromBeforeMessagesIsBroughtUpToDate) {
   filler_.reset();
-  TakeBackToTheFirstFormat();
+  corvane::testing::TakeBackToTheFirstFormat(*handheld_);
   Reopen();
   filler_->AddMany(u"/Inbox", 1);
   EXPECT_EQ(filler_->Count(u"/Inbox"), 1);

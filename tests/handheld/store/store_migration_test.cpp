@@ -1,10 +1,9 @@
-#include <sstream>
-
 #include "handheld/outlook/import_ledger.h"
 #include "handheld/store/store_check.h"
 #include "handheld/store/store_error.h"
 #include "handheld/store/store_schema.h"
 #include "tests/handheld/outlook/calendar_support.h"
+#include "tests/support/fault_runs.h"
 
 namespace ce::host::testing {
 namespace {
@@ -23,14 +22,7 @@ class StoreMigration : public HandheldTest {
     EXPECT_EQ(ledger.Open(app.get()), S_OK);
     EXPECT_EQ(ledger.Remember(olContactItem, "uid", {3, "hash"}), S_OK);
     EXPECT_EQ(app->Logoff(), S_OK);
-    std::istringstream later(
-        QuerySql(*handheld_,
-                 "SELECT name FROM sqlite_schema WHERE type = 'table' AND name NOT LIKE 'sqlite%'"
-                 " AND name NOT IN ('oid_counter', 'contacts', 'import_ledger')"));
-    for (std::string table; later >> table;) {
-      ASSERT_TRUE(RunSql(*handheld_, ("DROP TABLE " + table).c_str())) << table;
-    }
-    ASSERT_TRUE(RunSql(*handheld_, "PRAGMA user_version = 1"));
+    corvane::testing::TakeBackToTheFirstFormat(*handheld_);
     before_ = Contacts();
   }
   std::string Format() { return QuerySql(*handheld_, "PRAGMA user_version"); }
@@ -59,21 +51,18 @@ TEST_F(StoreMigration, KeepsTheContactsAndTakesAppointmentsAndTasks) {
 }
 
 TEST_F(StoreMigration, ThatFailsLeavesTheStoreAsItWas) {
-  int failed = 0;
-  for (std::uint64_t n = 1;; ++n) {
-    HRESULT status = S_OK;
-    bool fired = false;
-    {
-      const auto plan = FaultPlan::FailNthCall("sqlite3_step:schema", n, ERROR_DISK_FULL);
-      status = NewApp()->Logon(0);
-      fired = plan.fired();
-    }
-    if (!fired) break;
-    ++failed;
-    EXPECT_EQ(status, kStoreDiskFull);
-    EXPECT_EQ(Contacts(), before_);
-  }
-  EXPECT_GT(failed, 3);
+  const auto calls = corvane::testing::FailEachCall(
+      ERROR_DISK_FULL, [] { return NewApp()->Logon(0); },
+      [&](HRESULT status, const std::string& call) {
+        if (call.empty()) return;
+        EXPECT_TRUE(Failed(status));
+        EXPECT_EQ(QuerySql(*handheld_, "SELECT count(*) FROM contacts"), "2");
+        if (call == "sqlite3_step:schema") {
+          EXPECT_EQ(status, kStoreDiskFull);
+          EXPECT_EQ(Contacts(), before_);
+        }
+      });
+  EXPECT_GT(calls, 3u);
   EXPECT_EQ(Format(), std::to_string(kStoreFormat));
 }
 

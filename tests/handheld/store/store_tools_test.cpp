@@ -171,6 +171,32 @@ TEST_F(CheckStoreTest, ReportsImpossibleDatesLongTextsAndBytesThatAreNoText) {
               ::testing::ElementsAre("contact 1: Title is not text"));
 }
 
+TEST_F(CheckStoreTest, ReportsFoldersBelowThemselvesAndTooDeep) {
+  EXPECT_THAT(Problems("UPDATE message_folders SET parent = 3 WHERE id = 2"),
+              ::testing::ElementsAre("message folder 2: it lies below itself"));
+  EXPECT_THAT(
+      Problems("UPDATE message_folders SET parent = NULL WHERE id = 2;"
+               "UPDATE message_id_counter SET next_id = 30000;"
+               "WITH RECURSIVE n (id) AS (SELECT 100 UNION ALL SELECT id + 1 FROM n"
+               " WHERE id < 20099) INSERT INTO message_folders"
+               " SELECT id, 1, CASE id WHEN 100 THEN 3 ELSE id - 1 END, id, 'x' FROM n"),
+      ::testing::ElementsAre("message folder 163: it lies more than 64 folders below the top"));
+}
+
+TEST_F(CheckStoreTest, ReportsDamagedMessagesAndCalls) {
+  EXPECT_THAT(Problems("UPDATE message_id_counter SET next_id = 12;"
+                       "INSERT INTO messages (id, folder, subject) VALUES"
+                       " (10, 3, 'x'), (11, 99, CAST(x'FF' AS TEXT)), (12, 3, NULL);"
+                       "INSERT INTO message_recipients VALUES (10, 0, 'x', CAST(x'FE' AS TEXT));"
+                       "INSERT INTO calls VALUES (1, 0, 0, 0, 0, 0, NULL, CAST(x'C0' AS TEXT), 'w',"
+                       " NULL)"),
+              ::testing::ElementsAre("messages 11: it lies in none of message_folders",
+                                     "messages 12: the identifier was never given away",
+                                     "message 11: subject is not text",
+                                     "recipient of message 10: address is not text",
+                                     "call 1: name is not text"));
+}
+
 // A weekly series with one changed occurrence, and a task.
 void AddCalendar() {
   const auto app = LoggedOn();
