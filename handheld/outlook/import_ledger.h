@@ -1,7 +1,7 @@
 // What has been imported before: which record of which source became which item.
 //
 // It lies in the store, so that an item and the memory of where it came from are committed together
-// (store_batch.h). Importing the same file again finds every record here, with the same content,
+// (StoreBatch). Importing the same file again finds every record here, with the same content,
 // and changes nothing. An entry may outlive its item: whoever finds one asks for the item.
 #pragma once
 

@@ -226,9 +226,9 @@ TEST_F(ContactItem, KeepsEveryUtf16TextUnitForUnit) {
 TEST_F(ContactItem, KeepsItsTextsThroughManyChanges) {
   std::mt19937 random(1);
   ComPtr<IContact> contact = NewContact(app_);
-  std::vector<std::u16string> expected(kContactTextCount);
+  std::vector<std::u16string> expected(std::size(kContactTexts));
   for (int i = 0; i < 5000; ++i) {
-    const std::size_t index = random() % kContactTextCount;
+    const std::size_t index = random() % std::size(kContactTexts);
     std::u16string text(random() % 200, u' ');
     for (char16_t& unit : text) unit = static_cast<char16_t>(random());
     expected[index] = text;
@@ -238,7 +238,7 @@ TEST_F(ContactItem, KeepsItsTextsThroughManyChanges) {
       contact = Reread(contact);
     }
   }
-  for (std::size_t i = 0; i < kContactTextCount; ++i) {
+  for (std::size_t i = 0; i < std::size(kContactTexts); ++i) {
     EXPECT_EQ(Get(contact, TextProperties()[i].get), expected[i]) << TextProperties()[i].name;
   }
 }
