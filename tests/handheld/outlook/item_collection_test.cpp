@@ -1,4 +1,4 @@
-#include "handheld/outlook/item_list.h"
+#include "handheld/outlook/item_collection.h"
 #include "handheld/store/store_error.h"
 #include "tests/handheld/outlook/outlook_support.h"
 
