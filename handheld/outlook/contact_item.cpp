@@ -1,7 +1,7 @@
 #include <string>
 
+#include "common/text/unicode.h"
 #include "handheld/outlook/stored_item.h"
-#include "handheld/store/stored_text.h"
 
 namespace ce::host {
 namespace {
@@ -10,11 +10,11 @@ using ContactBase = ItemBase<IContact, ContactFields>;
 
 // "Last, First", or the company; no longer than what put_FileAs takes.
 std::u16string DerivedFileAs(const ContactFields& fields, std::size_t limit) {
-  std::u16string name = FromStored(fields.texts[ContactText::kLastName]);
-  const std::u16string first = FromStored(fields.texts[ContactText::kFirstName]);
+  std::u16string name = text::FromWtf8(fields.texts[ContactText::kLastName]);
+  const std::u16string first = text::FromWtf8(fields.texts[ContactText::kFirstName]);
   if (!name.empty() && !first.empty()) name += u", ";
   name += first;
-  if (name.empty()) name = FromStored(fields.texts[ContactText::kCompanyName]);
+  if (name.empty()) name = text::FromWtf8(fields.texts[ContactText::kCompanyName]);
   if (name.size() > limit) {
     const bool splitsPair = limit > 0 && (name[limit - 1] & 0xFC00) == 0xD800;
     name.resize(splitsPair ? limit - 1 : limit);

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "handheld/store/stored_text.h"
+#include "common/text/unicode.h"
 #include "platform/clock.h"
 
 namespace ce::host {
@@ -21,7 +21,8 @@ HRESULT GetStoredText(const char* call, std::string_view stored, BSTR* value) {
   if (!value) return E_POINTER;
   *value = nullptr;
   return Guarded(call, [&] {
-    *value = BstrFromStored(stored);
+    *value = SysAllocStringLen(nullptr, static_cast<UINT>(text::Utf16Length(stored)));
+    if (*value) text::DecodeWtf8(stored, *value);
     return *value ? S_OK : E_OUTOFMEMORY;
   });
 }

@@ -4,7 +4,7 @@
 #include <span>
 #include <utility>
 
-#include "handheld/store/stored_text.h"
+#include "common/text/unicode.h"
 
 namespace ce::host {
 namespace {
@@ -46,8 +46,8 @@ void ItemCheck::Texts(const std::string& name, const Kind& fields) const {
   for (std::size_t i = 0; i < rows.size(); ++i) {
     const std::string_view stored = fields.texts.View(i);
     const std::size_t limit = LongestText(limits_, rows[i].kind);
-    if (!IsStoredText(stored)) Add(name, std::string(rows[i].name) + " is not text");
-    if (StoredUnits(stored) > limit) {
+    if (!text::IsWtf8(stored)) Add(name, std::string(rows[i].name) + " is not text");
+    if (text::Utf16Length(stored) > limit) {
       Add(name, std::string(rows[i].name) + " is longer than this handheld's " +
                     std::to_string(limit) + " characters");
     }

@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <map>
 
+#include "common/text/unicode.h"
 #include "handheld/store/message_stores.h"
 #include "handheld/store/store_error.h"
-#include "handheld/store/stored_text.h"
 #include "platform/mapi.h"
 
 namespace ce::host {
@@ -56,7 +56,8 @@ HRESULT MessageStores::ListFolders(std::int64_t id, std::vector<MessageFolderInf
     std::map<std::int64_t, Place> places;
     bool damaged = false;
     RETURN_IF_FAILED(list.ForEachRow(kStep, [&] {
-      MessageFolderInfo folder{list.Integer(0), list.Integer(1), FromStored(list.Text(2)), u"/"};
+      MessageFolderInfo folder{list.Integer(0), list.Integer(1), text::FromWtf8(list.Text(2)),
+                               u"/"};
       Place place;
       if (folder.parent != 0) {
         const auto parent = places.find(folder.parent);

@@ -1,9 +1,9 @@
 #include <sqlite3.h>
 
+#include "common/text/unicode.h"
 #include "handheld/base/fault.h"
 #include "handheld/store/store.h"
 #include "handheld/store/store_error.h"
-#include "handheld/store/stored_text.h"
 
 namespace ce::host {
 
@@ -27,9 +27,9 @@ void Statement::Bind(int parameter, std::string_view stored) {
       sqlite3_bind_text64(statement_, parameter, bytes, stored.size(), SQLITE_STATIC, SQLITE_UTF8));
 }
 
-void Statement::Bind(int parameter, std::u16string_view text) {
+void Statement::Bind(int parameter, std::u16string_view value) {
   std::string stored;
-  AppendStored(stored, text);
+  text::AppendWtf8(stored, value);
   Note(sqlite3_bind_text64(statement_, parameter, stored.data(), stored.size(), SQLITE_TRANSIENT,
                            SQLITE_UTF8));
 }
@@ -89,8 +89,8 @@ std::pair<const BYTE*, std::size_t> Statement::Blob(int column) const {
   return {bytes, bytes ? static_cast<std::size_t>(sqlite3_column_bytes(statement_, column)) : 0};
 }
 
-void Statement::Load(int column, std::u16string& text) const {
-  text = FromStored(Text(column));
+void Statement::Load(int column, std::u16string& value) const {
+  value = text::FromWtf8(Text(column));
 }
 
 void Statement::Load(int column, std::vector<BYTE>& bytes) const {

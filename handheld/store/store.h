@@ -42,7 +42,7 @@ class Statement {
   }
   void Bind(int parameter, double value);
   void Bind(int parameter, std::string_view stored);
-  void Bind(int parameter, std::u16string_view text);  // not borrowed
+  void Bind(int parameter, std::u16string_view value);  // not borrowed
   void Bind(int parameter, const std::vector<BYTE>& bytes);
   template <typename T>
   void Bind(int parameter, const std::optional<T>& value) {
@@ -80,7 +80,7 @@ class Statement {
     value = static_cast<T>(Integer(column));
   }
   void Load(int column, double& value) const { value = Real(column); }
-  void Load(int column, std::u16string& text) const;
+  void Load(int column, std::u16string& value) const;
   void Load(int column, std::vector<BYTE>& bytes) const;
   template <typename T>
   void Load(int column, std::optional<T>& value) const {

@@ -5,13 +5,13 @@
 #include <memory>
 #include <utility>
 
+#include "common/text/unicode.h"
 #include "handheld/store/call_log.h"
 #include "handheld/store/item_check.h"
 #include "handheld/store/message_stores.h"
 #include "handheld/store/store.h"
 #include "handheld/store/store_error.h"
 #include "handheld/store/store_schema.h"
-#include "handheld/store/stored_text.h"
 
 namespace ce::host {
 namespace {
@@ -196,7 +196,7 @@ class Check {
     ForEach("SELECT " + ColumnList(ColumnForm::kNames, names, 1) + " FROM " + table,
             [&](const Statement& row) {
               for (std::size_t i = 1; i < names.size(); ++i) {
-                if (IsStoredText(row.Text(static_cast<int>(i)))) continue;
+                if (text::IsWtf8(row.Text(static_cast<int>(i)))) continue;
                 Add(noun + " " + std::to_string(row.Integer(0)) + ": " + names[i] + " is not text");
               }
             });
