@@ -14,7 +14,7 @@ bool MayLeaveSomethingOut(const std::string& call) {
          call == "IAppointment::get_Body";
 }
 
-class CalendarFaults : public CalendarTest {
+class CalendarExportFaults : public CalendarTest {
  protected:
   void SetUp() override {
     UseZone("Europe/Berlin");
@@ -66,20 +66,20 @@ class CalendarFaults : public CalendarTest {
   }
 };
 
-TEST_F(CalendarFaults, DownloadOfAppointmentsEndsHonestly) {
+TEST_F(CalendarExportFaults, DownloadOfAppointmentsEndsHonestly) {
   ExpectHonestWhicheverCallFails([] { return RunDownload(DownloadAllPIMRecords, Word(0)); });
 }
 
-TEST_F(CalendarFaults, DownloadOfTasksEndsHonestly) {
+TEST_F(CalendarExportFaults, DownloadOfTasksEndsHonestly) {
   ExpectHonestWhicheverCallFails([] { return RunDownload(DownloadAllPIMRecords, Word(2)); });
 }
 
-TEST_F(CalendarFaults, DownloadOfChosenAppointmentsEndsHonestly) {
+TEST_F(CalendarExportFaults, DownloadOfChosenAppointmentsEndsHonestly) {
   const std::string input = ChosenRecords(0, appointments().Oids());
   ExpectHonestWhicheverCallFails([&] { return RunDownload(DownloadSpecificPIMRecords, input); });
 }
 
-TEST_F(CalendarFaults, DeletionTellsWhetherTheFoldersAreEmpty) {
+TEST_F(CalendarExportFaults, DeletionTellsWhetherTheFoldersAreEmpty) {
   ExpectHonestDeletionOf(0, appointments());
   ExpectHonestDeletionOf(2, tasks());
 }

@@ -52,10 +52,10 @@ const std::string kNewTask = Element("SUBJECT", "new") + Element("NOTES", "n") +
                              Element("CATEGORIES", "<CATEGORY><Name>A</Name></CATEGORY>") +
                              Recurring(Daily(Element("END_DATE", "20080401")));
 
-class CalendarFaults : public CalendarUpload {
+class CalendarUploadFaults : public CalendarUpload {
  protected:
   // Both stores live as long as the test, which counts objects.
-  CalendarFaults() {
+  CalendarUploadFaults() {
     appointments();
     tasks();
   }
@@ -122,7 +122,7 @@ class CalendarFaults : public CalendarUpload {
   }
 };
 
-TEST_F(CalendarFaults, LeaveNoNewAppointmentBehind) {
+TEST_F(CalendarUploadFaults, LeaveNoNewAppointmentBehind) {
   FailEachCallOf(
       AppointmentRecord(kNewSeries),
       [&](const RecordReply& reply, const std::string& call) {
@@ -135,7 +135,7 @@ TEST_F(CalendarFaults, LeaveNoNewAppointmentBehind) {
       [&] { DeleteAppointments(); });
 }
 
-TEST_F(CalendarFaults, LeaveAChangedAppointmentThere) {
+TEST_F(CalendarUploadFaults, LeaveAChangedAppointmentThere) {
   const std::string before = Element("SUBJECT", "old") + TimedEvent() +
                              Recurring(Daily(Element("DeletedException", "20080217")));
   const LONG oid = UploadAppointment(before).oid;
@@ -158,7 +158,7 @@ TEST_F(CalendarFaults, LeaveAChangedAppointmentThere) {
       });
 }
 
-TEST_F(CalendarFaults, StoreANewTaskWholeOrNotAtAll) {
+TEST_F(CalendarUploadFaults, StoreANewTaskWholeOrNotAtAll) {
   FailEachCallOf(
       TaskRecord(kNewTask),
       [&](const RecordReply& reply, const std::string& call) {
@@ -171,7 +171,7 @@ TEST_F(CalendarFaults, StoreANewTaskWholeOrNotAtAll) {
       [&] { DeleteTasks(); });
 }
 
-TEST_F(CalendarFaults, ChangeATaskWholeOrNotAtAll) {
+TEST_F(CalendarUploadFaults, ChangeATaskWholeOrNotAtAll) {
   const LONG oid = UploadTask(Element("SUBJECT", "old")).oid;
   FailEachCallOf(
       TaskRecord(kNewTask, OidTag(oid)),
