@@ -1,23 +1,16 @@
 // corvane: the synchronisation agent, on a virtual handheld.
-#include <sys/eventfd.h>
-#include <unistd.h>
-
 #include <CLI/CLI.hpp>
-#include <atomic>
-#include <cerrno>
 #include <chrono>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
-#include <system_error>
 
 #include "agent/core/listener.h"
 #include "agent/log/log.h"
 #include "handheld/directory/handheld.h"
 #include "handheld/network/awaited_requests.h"
+#include "handheld/network/end_signals.h"
 #include "handheld/network/listen_options.h"
-#include "handheld/network/select.h"
 #include "handheld/network/socket_watcher.h"
 #include "handheld/store/store_check.h"
 #include "handheld/system/threads.h"
@@ -59,31 +52,9 @@ ce::host::ListenOptions ListenOptionsOf(const Options& options) {
   return listen;
 }
 
-// Readable from the first signal to end on.
-int g_ending = -1;
-std::atomic<bool> g_endedBySignal{false};
-
-// The next signal ends the process at once.
-void EndInOrder(int) {
-  const int error = errno;
-  for (const int signal : {SIGINT, SIGTERM}) std::signal(signal, SIG_DFL);
-  g_endedBySignal = true;
-  corvane::QuitRequested = 1;
-  const std::uint64_t one = 1;
-  [[maybe_unused]] const ssize_t written = ::write(g_ending, &one, sizeof(one));
-  errno = error;
-}
-
-void EndOnSignals() {
-  g_ending = ::eventfd(0, EFD_CLOEXEC);
-  if (g_ending < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
-  ce::host::EndSelectsBy(g_ending);
-  for (const int signal : {SIGINT, SIGTERM}) std::signal(signal, EndInOrder);
-}
-
 int RunAgent(const Options& options) {
   ce::host::SetListenOptions(ListenOptionsOf(options));
-  EndOnSignals();
+  ce::host::EndSelectsOnSignals([] { corvane::QuitRequested = 1; });
   const auto handheld = ce::host::Handheld::Open(options.handheld, "corvane");
   ce::host::Handheld::MakeCurrent(handheld.get());
   if (const std::string problem = ce::host::DescribeStoreProblem(*handheld); !problem.empty())
@@ -96,7 +67,7 @@ int RunAgent(const Options& options) {
     ce::host::EndAwaitedRequests(kTimeToSpeak);
     ce::host::WaitForRequestThreads();
     corvane::CloseLog();
-  } while (result == 0 && options.stay && !corvane::QuitByRequest() && !g_endedBySignal);
+  } while (result == 0 && options.stay && !corvane::QuitByRequest() && !ce::host::EndedBySignal());
 
   ce::host::CloseKeptListener();
   ce::host::StopSocketWatcher();

@@ -58,16 +58,16 @@ CLI::App* AddCommand(CLI::App& app, const char* name, const char* description, A
                      Command& chosen, Run run) {
   CLI::App* command = app.add_subcommand(name, description);
   command->add_option("DIR", a.directory, "The handheld's directory")->required();
-  command->callback([&a, &chosen, run] {
-    if constexpr (std::is_invocable_v<Run, Session&, const Report&>) {
-      chosen = [&a, run](const Report& report) {
-        Session session(a.directory);
-        return run(session, report);
-      };
-    } else {
-      chosen = run;
-    }
-  });
+  Command whole;
+  if constexpr (std::is_invocable_v<Run, Session&, const Report&>) {
+    whole = [&a, run](const Report& report) {
+      Session session(a.directory);
+      return run(session, report);
+    };
+  } else {
+    whole = run;
+  }
+  command->callback([&chosen, whole] { chosen = whole; });
   return command;
 }
 
