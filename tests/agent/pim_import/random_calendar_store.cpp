@@ -27,9 +27,9 @@ local_days LocalDay(int day) {
 
 // The day of an occurrence; nothing beyond the days there are.
 std::optional<int> OccurrenceDay(const calendar::Pattern& pattern, int start, int number) {
-  const calendar::SeriesDays days(pattern, LocalDay(start));
-  if (number >= days.size()) return std::nullopt;
-  return static_cast<int>((days[std::max(number, 0)] - LocalDay(0)).count());
+  const calendar::SeriesDays series(pattern, LocalDay(start));
+  if (number >= series.size()) return std::nullopt;
+  return static_cast<int>((series[std::max(number, 0)] - LocalDay(0)).count());
 }
 
 // False when no pattern of the type begins that late.

@@ -5,6 +5,7 @@
 
 #include "common/text/unicode.h"
 #include "desktop/commands/clock_text.h"
+#include "desktop/wire/device_requests.h"
 #include "tests/desktop/fixtures.h"
 
 namespace desktop::testing {
