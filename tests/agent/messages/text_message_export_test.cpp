@@ -174,7 +174,7 @@ TEST_F(TextMessageExport, EndsWithAFailureWhereFoldersLieInACircleOrWithoutEnd) 
   for (const char* sql :
        {"WITH RECURSIVE n (id) AS (SELECT 100 UNION ALL SELECT id + 1 FROM n WHERE id < 20099)"
         " INSERT INTO message_folders"
-        " SELECT id, 1, CASE id WHEN 100 THEN 3 ELSE id - 1 END, id, 'x' FROM n",
+        " SELECT id, 1, CASE id WHEN 100 THEN 3 ELSE id - 1 END, CAST(id AS BLOB), 'x' FROM n",
         "UPDATE message_folders SET parent = 3 WHERE id = 2"}) {
     ASSERT_TRUE(RunSql(*handheld_, sql)) << sql;
     const DownloadAnswer answer = Export();

@@ -191,10 +191,8 @@ class OutlookFaults : public HandheldTest {
       EXPECT_EQ(outcome.status, fired.empty() ? S_OK : StatusOf(fired));
       EXPECT_EQ(CheckStore(*handheld_), std::vector<std::string>{});
       verify(outcome, fired);
-      prepare();
     };
-    prepare();
-    EXPECT_GT(corvane::testing::FailEachCall(ERROR_DISK_FULL, run, check), 4u);
+    EXPECT_GT(corvane::testing::FailEachCall(ERROR_DISK_FULL, prepare, run, check), 4u);
   }
 
   void Refill(int count) {

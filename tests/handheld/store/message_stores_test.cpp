@@ -123,7 +123,7 @@ TEST_F(MessageStoresTest, ListsNoFoldersOfATreeThatHasACircleOrIsTooDeep) {
         "UPDATE message_folders SET parent = 2 WHERE id IN (3, 4);"
         "WITH RECURSIVE n (id) AS (SELECT 100 UNION ALL SELECT id + 1 FROM n"
         " WHERE id < 163) INSERT INTO message_folders"
-        " SELECT id, 1, CASE id WHEN 100 THEN 3 ELSE id - 1 END, id, 'x' FROM n"}) {
+        " SELECT id, 1, CASE id WHEN 100 THEN 3 ELSE id - 1 END, CAST(id AS BLOB), 'x' FROM n"}) {
     ASSERT_TRUE(corvane::testing::RunSql(*handheld_, sql)) << sql;
     EXPECT_EQ(box().ListFolders(1, folders), kStoreDamaged) << sql;
   }

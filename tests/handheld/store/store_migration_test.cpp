@@ -51,18 +51,20 @@ TEST_F(StoreMigration, KeepsTheContactsAndTakesAppointmentsAndTasks) {
 }
 
 TEST_F(StoreMigration, ThatFailsLeavesTheStoreAsItWas) {
-  const auto calls = corvane::testing::FailEachCall(
-      ERROR_DISK_FULL, [] { return NewApp()->Logon(0); },
+  const auto app = NewApp();
+  int ofSchema = 0;
+  corvane::testing::FailEachCall(
+      ERROR_DISK_FULL, [&] { return app->Logon(0); },
       [&](HRESULT status, const std::string& call) {
-        if (call.empty()) return;
-        EXPECT_TRUE(Failed(status));
-        EXPECT_EQ(QuerySql(*handheld_, "SELECT count(*) FROM contacts"), "2");
-        if (call == "sqlite3_step:schema") {
-          EXPECT_EQ(status, kStoreDiskFull);
-          EXPECT_EQ(Contacts(), before_);
-        }
+        EXPECT_EQ(Failed(status), !call.empty());
+        EXPECT_EQ(Contacts(), before_);
+        if (call != "sqlite3_step:schema") return;
+        ++ofSchema;
+        EXPECT_EQ(status, kStoreDiskFull);
+        // The step behind the first three brings it up to date, or leaves it as it was.
+        EXPECT_EQ(Format(), ofSchema <= 4 ? "1" : std::to_string(kStoreFormat));
       });
-  EXPECT_GT(calls, 3u);
+  EXPECT_GT(ofSchema, 4);
   EXPECT_EQ(Format(), std::to_string(kStoreFormat));
 }
 

@@ -175,11 +175,12 @@ TEST_F(CheckStoreTest, ReportsFoldersBelowThemselvesAndTooDeep) {
   EXPECT_THAT(Problems("UPDATE message_folders SET parent = 3 WHERE id = 2"),
               ::testing::ElementsAre("message folder 2: it lies below itself"));
   EXPECT_THAT(
-      Problems("UPDATE message_folders SET parent = NULL WHERE id = 2;"
-               "UPDATE message_id_counter SET next_id = 30000;"
-               "WITH RECURSIVE n (id) AS (SELECT 100 UNION ALL SELECT id + 1 FROM n"
-               " WHERE id < 20099) INSERT INTO message_folders"
-               " SELECT id, 1, CASE id WHEN 100 THEN 3 ELSE id - 1 END, id, 'x' FROM n"),
+      Problems(
+          "UPDATE message_folders SET parent = NULL WHERE id = 2;"
+          "UPDATE message_id_counter SET next_id = 30000;"
+          "WITH RECURSIVE n (id) AS (SELECT 100 UNION ALL SELECT id + 1 FROM n"
+          " WHERE id < 20099) INSERT INTO message_folders"
+          " SELECT id, 1, CASE id WHEN 100 THEN 3 ELSE id - 1 END, CAST(id AS BLOB), 'x' FROM n"),
       ::testing::ElementsAre("message folder 163: it lies more than 64 folders below the top"));
 }
 
