@@ -90,7 +90,7 @@ constexpr Charset kCharsets[] = {
     {"BIG5", "BIG5-HKSCS"},       {"CP950", "CP950"},
     {"EUCKR", "CP949"},           {"KSC56011987", "CP949"},
     {"CP949", "CP949"},           {"UTF16LE", "UTF-16LE"},
-    {"UTF16BE", "UTF-16BE"},      {"UTF16", "UTF-16"},
+    {"UTF16BE", "UTF-16BE"},      {"UTF16", "UTF-16LE"},
 };
 
 constexpr unsigned kLastPage = 0xFFFF;
@@ -183,6 +183,15 @@ std::optional<Conversion> Decode(const std::string& set, std::string_view bytes)
   return Conversion{*std::move(text), damaged};
 }
 
+// Null without one. An open conversion from "UTF-16" would keep the order of its first text.
+const char* TakeByteOrderMark(std::string_view& bytes) {
+  const char* const set = bytes.starts_with("\xFF\xFE")   ? "UTF-16LE"
+                          : bytes.starts_with("\xFE\xFF") ? "UTF-16BE"
+                                                          : nullptr;
+  if (set != nullptr) bytes.remove_prefix(2);
+  return set;
+}
+
 std::optional<EncodedText> Encode(const std::string& set, std::u16string_view text,
                                   char substitute) {
   bool substituted = false;
@@ -255,6 +264,9 @@ std::optional<Conversion> ConvertToUtf8(std::string_view bytes, std::string_view
     if (IsValidUtf8(bytes)) return Conversion{std::string(bytes), false};
     return Conversion{RepairUtf8(bytes), true};
   }
+  if (key == "UTF16") {
+    if (const char* const set = TakeByteOrderMark(bytes)) return Decode(set, bytes);
+  }
   for (const Charset& known : kCharsets) {
     if (known.key != key) continue;
     if (known.converter != nullptr) return Decode(known.converter, bytes);
@@ -265,11 +277,8 @@ std::optional<Conversion> ConvertToUtf8(std::string_view bytes, std::string_view
 
 Conversion DecodeFile(std::string_view bytes) {
   if (bytes.starts_with("\xEF\xBB\xBF")) return {std::string(bytes.substr(3)), false};
-  const char* charset = nullptr;
-  if (bytes.starts_with("\xFF\xFE")) charset = "UTF-16LE";
-  if (bytes.starts_with("\xFE\xFF")) charset = "UTF-16BE";
-  if (charset != nullptr) {
-    if (std::optional<Conversion> text = Decode(charset, bytes.substr(2))) return *text;
+  if (const char* const set = TakeByteOrderMark(bytes)) {
+    if (std::optional<Conversion> text = Decode(set, bytes)) return *text;
   }
   return {std::string(bytes), false};
 }
