@@ -162,7 +162,8 @@ std::optional<std::string> Convert(const std::string& toSet, const std::string& 
     out.append(buffer, static_cast<std::size_t>(to - buffer));
     in.remove_prefix(in.size() - left);
     if (done == static_cast<std::size_t>(-1) && error != E2BIG && !in.empty()) {
-      AppendHeld(*handle, out);
+      // This set holds nothing back, and would lose its shift.
+      if (fromSet != "ISO-2022-JP") AppendHeld(*handle, out);
       skip(in, out, error == EINVAL);
     }
   }

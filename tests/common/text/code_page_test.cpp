@@ -56,6 +56,9 @@ TEST(ConvertToUtf8, ReplacesWhatTheSetDoesNotHold) {
   ASSERT_TRUE(shiftJis.has_value());
   EXPECT_EQ(shiftJis->text, "a\uFFFDb");
   EXPECT_TRUE(shiftJis->damaged);
+  const auto shifted = ConvertToUtf8("\x1B$B\xAC;3\x1B(Ba", "ISO-2022-JP");
+  ASSERT_TRUE(shifted.has_value());
+  EXPECT_EQ(shifted->text, "\uFFFD山a");
   const auto cutOff = text::ConvertToUtf8("a\x8E", "Shift_JIS");
   ASSERT_TRUE(cutOff.has_value());
   EXPECT_EQ(cutOff->text, "a\uFFFD");
