@@ -122,14 +122,17 @@ inline std::size_t Occurrences(std::string_view text, std::string_view part) {
   return count;
 }
 
-// The only document of a download, between the tags of its root.
+// What a document holds between the tags of its root.
+inline std::string Records(const std::string& document) {
+  const std::size_t begin = document.find("<root>") + 6;
+  return document.substr(begin, document.rfind("</root>") - begin);
+}
+
+// The same of a download's only document.
 inline std::string OnlyRecords(const DownloadAnswer& answer) {
   EXPECT_EQ(answer.status, ce::S_OK);
   EXPECT_EQ(answer.documents.size(), 1u);
-  if (answer.documents.empty()) return {};
-  const std::string& document = answer.documents[0];
-  const std::size_t begin = document.find("<root>") + 6;
-  return document.substr(begin, document.rfind("</root>") - begin);
+  return answer.documents.empty() ? std::string() : Records(answer.documents[0]);
 }
 
 // How many of these parts each document holds.
