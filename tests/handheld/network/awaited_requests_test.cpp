@@ -249,7 +249,10 @@ TEST_F(RequestTimeout, IsNothingToBytesThatCameInTime) {
   connection.peer.Send("ab");
   LetTimePass();
   EXPECT_EQ(Next(connection.socket), 'a');
-  ExpectAlive(connection);
+  EXPECT_EQ(Next(connection.socket), 'b');
+  EXPECT_EQ(ce::send(connection.socket, "!", 1, 0), 1);
+  EXPECT_EQ(connection.peer.Receive(1), "!");
+  ce::closesocket(connection.socket);
 }
 
 TEST_F(RequestTimeout, IsNothingToARequestThatIsServed) {
