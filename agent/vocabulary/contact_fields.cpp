@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <iterator>
 
 namespace corvane {
@@ -71,7 +72,7 @@ static_assert(std::size(kFields) == 46);
 
 consteval std::array<const ContactField*, std::size(kFields)> InOrderOfKeys() {
   std::array<const ContactField*, std::size(kFields)> ordered{};
-  for (int row = 0; const ContactField& field : kFields) {
+  for (std::ptrdiff_t row = 0; const ContactField& field : kFields) {
     ordered.at(static_cast<std::size_t>(row++ + field.keyShift)) = &field;
   }
   return ordered;
