@@ -49,6 +49,13 @@ TEST_F(AppointmentFromXml, StoresEveryField) {
   EXPECT_EQ(ValueOf(item, &IAppointment::get_IsRecurring), VARIANT_FALSE);
 }
 
+TEST_F(AppointmentFromXml, GoesByTheZoneOfTheHandheldAtThisUpload) {
+  AddedAppointment(TimedEvent());  // by UTC, which is then known
+  handheld_.SetZone("Asia/Tokyo");
+  const auto appointment = AddedAppointment(TimedEvent());
+  EXPECT_EQ(DateTextOf(*appointment.get(), &IAppointment::get_Start), "2008-02-15 19:00:00");
+}
+
 TEST_F(AppointmentFromXml, StoresAWholeDay) {
   const auto appointment = AddedAppointment(AllDayEvent("20080301", "20080301"));
   EXPECT_EQ(ValueOf(*appointment.get(), &IAppointment::get_AllDayEvent), VARIANT_TRUE);
