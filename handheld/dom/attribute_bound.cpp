@@ -62,12 +62,10 @@ bool MarkupIsBounded(std::span<const BYTE> document, ByteLayout layout) {
       at = markup.Past("-->", at + 4);
     } else if (markup.Has("<![", at)) {
       at = markup.Past("]]>", at + 3);
-    } else if (markup.Has("<!", at)) {
-      return false;
     } else if (markup.Has("<?", at)) {
       at = markup.Past("?>", at + 2);
-    } else if (!PassTag(markup, at)) {
-      return false;
+    } else if (markup.Has("<!", at) || !PassTag(markup, at)) {
+      return false;  // a document type, or too many attributes
     }
   }
   return true;
