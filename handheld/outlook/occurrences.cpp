@@ -124,9 +124,9 @@ class Exception final : public ComObject<IException> {
   const ExceptionRow& row_;
 };
 
-class ExceptionList final : public ComObject<IExceptions> {
+class OccurrenceList final : public ComObject<IExceptions> {
  public:
-  explicit ExceptionList(SnapshotPtr snapshot) : snapshot_(std::move(snapshot)) {}
+  explicit OccurrenceList(SnapshotPtr snapshot) : snapshot_(std::move(snapshot)) {}
 
   HRESULT Item(INT index, IException** exception) override {
     if (!exception) return E_POINTER;
@@ -144,7 +144,7 @@ class ExceptionList final : public ComObject<IExceptions> {
   }
 
  private:
-  ~ExceptionList() override = default;
+  ~OccurrenceList() override = default;
 
   const SnapshotPtr snapshot_;
 };
@@ -182,12 +182,12 @@ HRESULT MakeExceptions(const SessionPtr& session, std::uint32_t oid, IExceptions
   if (oid != 0) {
     RETURN_IF_FAILED(ReadExceptions(*store, oid, snapshot->rows, snapshot->timeOfDay));
   }
-  *exceptions = new ExceptionList(std::move(snapshot));
+  *exceptions = new OccurrenceList(std::move(snapshot));
   return S_OK;
 }
 
 IExceptions* MakeNoExceptions() {
-  return new ExceptionList(std::make_shared<Snapshot>());
+  return new OccurrenceList(std::make_shared<Snapshot>());
 }
 
 }  // namespace ce::host
