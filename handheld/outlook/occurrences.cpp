@@ -149,6 +149,10 @@ class OccurrenceList final : public ComObject<IExceptions> {
   const SnapshotPtr snapshot_;
 };
 
+IExceptions* ListOf(SnapshotPtr snapshot) {
+  return new OccurrenceList(std::move(snapshot));
+}
+
 }  // namespace
 
 HRESULT LoadOccurrence(const SessionPtr& session, std::uint32_t oid, DATE date,
@@ -182,12 +186,12 @@ HRESULT MakeExceptions(const SessionPtr& session, std::uint32_t oid, IExceptions
   if (oid != 0) {
     RETURN_IF_FAILED(ReadExceptions(*store, oid, snapshot->rows, snapshot->timeOfDay));
   }
-  *exceptions = new OccurrenceList(std::move(snapshot));
+  *exceptions = ListOf(std::move(snapshot));
   return S_OK;
 }
 
 IExceptions* MakeNoExceptions() {
-  return new OccurrenceList(std::make_shared<Snapshot>());
+  return ListOf(std::make_shared<Snapshot>());
 }
 
 }  // namespace ce::host

@@ -5,10 +5,7 @@ namespace tool {
 namespace {
 
 using ce::host::MessageFolderInfo;
-using formats::Appointment;
 using formats::Call;
-using formats::Contact;
-using formats::Task;
 using formats::TextMessage;
 
 constexpr std::size_t kAtOnce = 500;
@@ -72,9 +69,9 @@ void ForEachRecord(Session& session, const RecordVisitor<Call>& visit) {
   } while (!calls.empty());
 }
 
-template void ForEachRecord(Session&, const RecordVisitor<Contact>&);
-template void ForEachRecord(Session&, const RecordVisitor<Appointment>&);
-template void ForEachRecord(Session&, const RecordVisitor<Task>&);
+template void ForEachRecord(Session&, const RecordVisitor<formats::Contact>&);
+template void ForEachRecord(Session&, const RecordVisitor<formats::Appointment>&);
+template void ForEachRecord(Session&, const RecordVisitor<formats::Task>&);
 
 template <typename Record>
 std::size_t CountRecords(Session& session) {
@@ -101,8 +98,8 @@ std::size_t CountRecords<Call>(Session& session) {
   return static_cast<std::size_t>(count);
 }
 
-template std::size_t CountRecords<Contact>(Session&);
-template std::size_t CountRecords<Appointment>(Session&);
-template std::size_t CountRecords<Task>(Session&);
+template std::size_t CountRecords<formats::Contact>(Session&);
+template std::size_t CountRecords<formats::Appointment>(Session&);
+template std::size_t CountRecords<formats::Task>(Session&);
 
 }  // namespace tool
