@@ -2,6 +2,11 @@
 
 #include <fmt/core.h>
 
+#include <fstream>
+#include <stdexcept>
+
+#include "common/formats/vcard/vcard.h"
+#include "common/text/little_endian.h"
 #include "tests/support/call_filler.h"
 #include "tests/support/message_filler.h"
 
@@ -66,6 +71,39 @@ std::string TaskXml(int i) {
       i, i % 28 + 1, i % 3 + 2);
 }
 
+// The contact of ContactXml.
+formats::Contact PersonOf(int i) {
+  using enum formats::ContactField;
+  const std::string n = std::to_string(i);
+  formats::Contact person;
+  person.uid = "person-" + n;
+  person[kEmail1Address] = "person" + n + "@example.org";
+  person[kFirstName] = "First" + n;
+  person[kLastName] = "Last" + n;
+  person[kCompanyName] = "Example Company";
+  person[kFileAs] = "Last" + n + ", First" + n;
+  person[kDepartment] = "Department";
+  person[kMobileTelephoneNumber] = "+49 170 " + n;
+  person[kBusinessTelephoneNumber] = "+49 30 " + n;
+  person[kJobTitle] = "Engineer";
+  person[kHomeTelephoneNumber] = "+49 89 " + n;
+  person.categories = {"Business"};
+  person[kWebPage] = "https://example.org/";
+  person[kHomeAddressStreet] = "1 Example Street";
+  person[kHomeAddressCity] = "Example City";
+  person[kHomeAddressPostalCode] = "12345";
+  person[kHomeAddressCountry] = "Germany";
+  person[kBody] = "A note that says a few words about this person.";
+  person.birthday = std::chrono::year{1970} / 1 / 1;
+  return person;
+}
+
+std::ofstream OpenToWrite(const std::filesystem::path& path) {
+  std::ofstream file(path, std::ios::binary);
+  file.exceptions(std::ios::badbit | std::ios::failbit);
+  return file;
+}
+
 constexpr int kFolders = 20;
 
 void FillMessages(ce::host::Handheld& handheld, int count) {
@@ -84,9 +122,29 @@ void FillCalls(ce::host::Handheld& handheld, int count) {
 }  // namespace
 
 const Workload kContacts = {"contacts", 1, "CONTACT", &ContactXml};
-const Workload kCalendar = {"calendar", 0, "CALENDAR", &AppointmentXml};
+const Workload kAppointments = {"appointments", 0, "CALENDAR", &AppointmentXml};
 const Workload kTasks = {"tasks", 2, "TASK", &TaskXml};
 const Workload kMessages = {"messages", 5, "SMS", nullptr, &FillMessages};
-const Workload kCalls = {"calls", 4, "Call", nullptr, &FillCalls, false};
+const Workload kCalls = {"calls", 4, "Call", nullptr, &FillCalls};
+
+void WriteChunks(const std::filesystem::path& path, const Workload& workload, int count,
+                 int recordsPerChunk) {
+  std::ofstream file = OpenToWrite(path);
+  for (int written = 0; written < count;) {
+    std::string document = "<root>";
+    for (int i = 0; i < recordsPerChunk && written < count; ++i)
+      document += workload.record(++written);
+    document += "</root>";
+    std::string length;
+    text::PutWord(length, static_cast<std::uint32_t>(document.size()));
+    file << length << document;
+  }
+}
+
+void WriteVCards(const std::filesystem::path& path, int count) {
+  std::ofstream file = OpenToWrite(path);
+  for (int i = 1; i <= count; ++i)
+    file << formats::WriteVCard(PersonOf(i), formats::VCardVersion::k30);
+}
 
 }  // namespace bench

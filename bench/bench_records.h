@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <string>
 
 namespace ce::host {
@@ -12,21 +13,26 @@ namespace bench {
 
 struct Workload {
   const char* name;
-  std::uint32_t kind;   // of the download and delete requests
+  std::uint32_t kind;   // of the download request
   const char* element;  // of a record
   // A record to upload; null for what only the handheld itself makes.
   std::string (*record)(int number);
   void (*fill)(ce::host::Handheld& handheld, int count) = nullptr;
-  bool canBeDeleted = true;
 };
 
 // People with eighteen fields.
 extern const Workload kContacts;
 // Every second one recurs, with one occurrence changed and one deleted.
-extern const Workload kCalendar;
+extern const Workload kAppointments;
 extern const Workload kTasks;
 // In twenty folders.
 extern const Workload kMessages;
 extern const Workload kCalls;
+
+// Records 1 to `count` as an upload's chunks; see chunk_file.h. Both throw std::ios::failure.
+void WriteChunks(const std::filesystem::path& path, const Workload& workload, int count,
+                 int recordsPerChunk);
+// The same people as kContacts makes, as vCards.
+void WriteVCards(const std::filesystem::path& path, int count);
 
 }  // namespace bench

@@ -52,10 +52,9 @@ std::string RawConnection::Receive(std::size_t bytes) {
   std::string result(bytes, '\0');
   std::size_t total = 0;
   while (total < bytes) {
-    const ssize_t got = recv(socket_, result.data() + total, bytes - total, 0);
-    if (got < 0) throw std::runtime_error("no answer");
+    const std::size_t got = ReceiveSome(result.data() + total, bytes - total);
     if (got == 0) break;
-    total += static_cast<std::size_t>(got);
+    total += got;
   }
   result.resize(total);
   return result;
@@ -65,11 +64,16 @@ std::string RawConnection::ReceiveToEnd() {
   std::string result;
   char buffer[65536];
   for (;;) {
-    const ssize_t got = recv(socket_, buffer, sizeof(buffer), 0);
-    if (got < 0) throw std::runtime_error("the connection did not end");
+    const std::size_t got = ReceiveSome(buffer, sizeof(buffer));
     if (got == 0) return result;
-    result.append(buffer, static_cast<std::size_t>(got));
+    result.append(buffer, got);
   }
+}
+
+std::size_t RawConnection::ReceiveSome(char* to, std::size_t room) {
+  const ssize_t got = recv(socket_, to, room, 0);
+  if (got < 0) throw std::runtime_error("no answer");
+  return static_cast<std::size_t>(got);
 }
 
 std::uint32_t RawConnection::ReceiveWord() {

@@ -1,6 +1,7 @@
 // A connection that speaks bytes: knows sockets and nothing of the protocol's meaning.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -21,6 +22,8 @@ class RawConnection {
   // Exactly this many bytes; fewer when the connection ends first.
   std::string Receive(std::size_t bytes);
   std::string ReceiveToEnd();
+  // What has come, at most `room` bytes; waits for the first. 0 when the connection has ended.
+  std::size_t ReceiveSome(char* to, std::size_t room);
   std::uint32_t ReceiveWord();  // little-endian; throws when the connection ends first
 
  private:
