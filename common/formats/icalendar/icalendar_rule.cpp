@@ -23,18 +23,18 @@ constexpr std::string_view kPartNames[] = {
     "FREQ",    "INTERVAL", "COUNT",      "UNTIL",     "BYSECOND", "BYMINUTE", "BYHOUR", "BYDAY",
     "BYMONTH", "BYWEEKNO", "BYMONTHDAY", "BYYEARDAY", "BYSETPOS", "WKST",     "RSCALE", "SKIP"};
 
-struct Frequency {
+struct FrequencyStep {
   std::string_view name;
   long long step;  // seconds that libical looks ahead in one step
 };
-constexpr Frequency kFrequencies[] = {
+constexpr FrequencyStep kFrequencies[] = {
     {"SECONDLY", 1},    {"MINUTELY", 60},    {"HOURLY", 3600},        {"DAILY", 86'400},
     {"WEEKLY", 86'400}, {"MONTHLY", 86'400}, {"YEARLY", 10 * 86'400},
 };
 
-const Frequency* FindFrequency(std::string_view name) {
+const FrequencyStep* FindFrequency(std::string_view name) {
   const auto* found = std::find_if(std::begin(kFrequencies), std::end(kFrequencies),
-                                   [&](const Frequency& f) { return f.name == name; });
+                                   [&](const FrequencyStep& f) { return f.name == name; });
   return found == std::end(kFrequencies) ? nullptr : found;
 }
 
@@ -45,6 +45,15 @@ constexpr local_days kLateStart{std::chrono::year(2200) / 1 / 1};
 std::chrono::days ShiftOf(local_seconds start) {
   return start < kLateStart ? std::chrono::days(0) : ((start - kLateStart) / kCycle + 1) * kCycle;
 }
+
+// A rule as libical reads it: ICAL_NO_RECURRENCE as its frequency when it cannot.
+struct LibicalRule : icalrecurrencetype {
+  explicit LibicalRule(const std::string& text)
+      : icalrecurrencetype(icalrecurrencetype_from_string(text.c_str())) {}
+  ~LibicalRule() { icalmemory_free_buffer(rscale); }
+  LibicalRule(const LibicalRule&) = delete;
+  LibicalRule& operator=(const LibicalRule&) = delete;
+};
 
 struct FreeIterator {
   void operator()(icalrecur_iterator* iterator) const { icalrecur_iterator_free(iterator); }
@@ -104,10 +113,7 @@ std::optional<RecurrenceRule> RecurrenceRule::Parse(std::string_view text) {
   if (rule.Part("COUNT") != nullptr && rule.Count().value_or(0) < 1) return std::nullopt;
   RecurrenceRule endless = rule;
   endless.Drop("UNTIL");  // libical takes no COUNT beside it
-  const std::string checked = endless.Text();
-  if (icalrecurrencetype_from_string(checked.c_str()).freq == ICAL_NO_RECURRENCE) {
-    return std::nullopt;
-  }
+  if (LibicalRule(endless.Text()).freq == ICAL_NO_RECURRENCE) return std::nullopt;
   return rule;
 }
 
@@ -134,7 +140,7 @@ void RecurrenceRule::Drop(std::string_view name) {
 }
 
 bool RecurrenceRule::IsOfDays() const {
-  const Frequency* frequency = FindFrequency(*Part("FREQ"));
+  const FrequencyStep* frequency = FindFrequency(*Part("FREQ"));
   return frequency->step >= 86'400;
 }
 
@@ -157,7 +163,7 @@ void RecurrenceRule::DropTimeOfDay(seconds timeOfDay) {
 RuleTimes TimesOfRule(const RecurrenceRule& rule, local_seconds start,
                       std::optional<local_seconds> until, local_seconds from, local_seconds end,
                       std::size_t most, WorkBudget& budget) {
-  const Frequency& frequency = *FindFrequency(*rule.Part("FREQ"));
+  const FrequencyStep& frequency = *FindFrequency(*rule.Part("FREQ"));
   RuleTimes result;
   if (!rule.IsOfDays()) {
     const std::string* interval = rule.Part("INTERVAL");
@@ -170,8 +176,7 @@ RuleTimes TimesOfRule(const RecurrenceRule& rule, local_seconds start,
 
   RecurrenceRule endless = rule;
   endless.Drop("UNTIL");
-  const std::string text = endless.Text();
-  icalrecurrencetype recurrence = icalrecurrencetype_from_string(text.c_str());
+  LibicalRule recurrence(endless.Text());
   // libical looks for the next time until it finds one, so it is told where to end.
   const std::chrono::days shift = ShiftOf(start);
   recurrence.until = ToIcal((until ? std::min(*until, end) : end) - shift);
