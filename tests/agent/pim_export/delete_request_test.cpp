@@ -44,6 +44,12 @@ TEST_F(DeleteAll, SucceedsOnAnEmptyFolder) {
   EXPECT_EQ(Run(Word(1)), S_OK);
 }
 
+TEST_F(DeleteAll, LogsOffInTheEnd) {
+  const auto plan = FaultPlan::CountOnly("IPOutlookApp::Logoff");
+  EXPECT_EQ(Run(Word(1)), S_OK);
+  EXPECT_EQ(plan.calls(), 1u);
+}
+
 TEST_F(DeleteAll, LeavesContactsAloneForTheFoldersOfOtherKinds) {
   EXPECT_EQ(Run(Word(0)), S_OK);
   EXPECT_EQ(Run(Word(2)), S_OK);
