@@ -1,6 +1,7 @@
 option(CORVANE_TESTS "Build the tests" ON)
 option(CORVANE_BENCH "Build the benchmarks, which share the tests' wire support" OFF)
 option(CORVANE_FUZZ "Build the fuzz targets (Clang only)" OFF)
+option(CORVANE_UNITY "Compile the sources of a folder together" OFF)
 set(CORVANE_SANITIZE "" CACHE STRING "Value for -fsanitize=, empty for none")
 
 set(CMAKE_CXX_STANDARD 20)

@@ -9,6 +9,23 @@ function(corvane_precompile target)
   endif()
 endfunction()
 
+# corvane_unity(TARGET)
+# Compiles up to eight sources of a folder as one, which takes less than half the time. A name in an
+# unnamed namespace is therefore unique within its folder.
+function(corvane_unity target)
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ${CORVANE_UNITY} UNITY_BUILD_MODE GROUP)
+  get_target_property(sources ${target} SOURCES)
+  foreach(source ${sources})
+    cmake_path(GET source PARENT_PATH folder)
+    cmake_path(RELATIVE_PATH folder BASE_DIRECTORY "${CMAKE_SOURCE_DIR}")
+    string(MAKE_C_IDENTIFIER "${folder}" folder)
+    math(EXPR number "${count_${folder}} + 0")
+    math(EXPR group "${number} / 8")
+    math(EXPR count_${folder} "${number} + 1")
+    set_source_files_properties("${source}" PROPERTIES UNITY_GROUP ${folder}_${group})
+  endforeach()
+endfunction()
+
 # corvane_library(NAME FOLDER dirs... [EXCEPT dir] [PUBLIC libs...] [PRIVATE libs...]
 #                 [PRECOMPILE headers...])
 # A static library of every .cpp below the folders, but for a program's main.cpp; includes start at
@@ -25,6 +42,7 @@ function(corvane_library name)
   target_include_directories(${name} PUBLIC "${CMAKE_SOURCE_DIR}")
   target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
   corvane_precompile(${name} ${ARG_PRECOMPILE})
+  corvane_unity(${name})
 endfunction()
 
 # corvane_program(NAME SOURCE file LIBRARIES libs...)
@@ -48,13 +66,19 @@ function(corvane_tests name)
   if(CORVANE_PRECOMPILE)
     target_precompile_headers(${name} REUSE_FROM test_support)
   endif()
+  corvane_unity(${name})
   if(NOT ARG_PARTS)
     set(ARG_PARTS 1)
   endif()
   math(EXPR last "${ARG_PARTS} - 1")
+  # Random cases a property; a sanitizer, which is slower by far, looks at other things.
+  set(rounds 100)
+  if(CORVANE_SANITIZE)
+    set(rounds 20)
+  endif()
   foreach(part RANGE ${last})
     add_test(NAME ${name}_${part} COMMAND ${name} --gtest_brief=1)
-    set_tests_properties(${name}_${part} PROPERTIES TIMEOUT 900
-      ENVIRONMENT "GTEST_TOTAL_SHARDS=${ARG_PARTS};GTEST_SHARD_INDEX=${part}")
+    set_tests_properties(${name}_${part} PROPERTIES TIMEOUT 900 ENVIRONMENT
+      "GTEST_TOTAL_SHARDS=${ARG_PARTS};GTEST_SHARD_INDEX=${part};RC_PARAMS=max_success=${rounds}")
   endforeach()
 endfunction()

@@ -13,10 +13,10 @@ using namespace ce;
 namespace {
 
 // The first call travels alone: the desktop counts on it.
-constexpr DocumentSizes kSizes{1, 40};
+constexpr DocumentSizes kCallSizes{1, 40};
 
 HRESULT SendCalls(const CallLog& log, CorvaneStream* stream) {
-  return SendRecords(stream, kSizes, [&](RecordDocument& document, bool* more) -> HRESULT {
+  return SendRecords(stream, kCallSizes, [&](RecordDocument& document, bool* more) -> HRESULT {
     CallEntry entry;
     const HRESULT read = log.Read(entry.get());
     *more = read != S_FALSE;

@@ -14,7 +14,7 @@ using namespace ce;
 namespace {
 
 // The first message travels alone: the desktop counts on it.
-constexpr DocumentSizes kSizes{1, 40};
+constexpr DocumentSizes kMessageSizes{1, 40};
 
 HRESULT DeleteRow(IMAPIFolder* folder, const SRow& row) {
   SPropValue* const end = row.lpProps + row.cValues;
@@ -31,7 +31,7 @@ HRESULT AddFolderMessagesToXML(IMsgStore* store, IMAPITable* contents, const WCH
                                CorvaneStream* stream) {
   // One for the folder: a message without a text goes out with that of the one before.
   MessageText text{};
-  return SendRecords(stream, kSizes, [&](RecordDocument& document, bool* more) -> HRESULT {
+  return SendRecords(stream, kMessageSizes, [&](RecordDocument& document, bool* more) -> HRESULT {
     SingleRow row;
     RETURN_IF_FAILED(contents->QueryRows(1, 0, row.put()));
     *more = row.get() != nullptr;

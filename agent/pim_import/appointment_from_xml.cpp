@@ -144,7 +144,7 @@ HRESULT AppointmentReader::PutExceptions() {
   return ParseXMLExceptions(recurrence.get(), pattern.get(), start_);
 }
 
-HRESULT FillAndSave(IXMLDOMNode* record, IUnknown* item, bool* saved) {
+HRESULT FillAndSaveAppointment(IXMLDOMNode* record, IUnknown* item, bool* saved) {
   const HRESULT status =
       ParseXMLAppointmentToRecord(record, static_cast<IAppointment*>(item), true);
   *saved = status == S_OK;
@@ -156,7 +156,7 @@ constexpr RecordRules kAppointmentRules{
     .itemInterface = &IAppointment::kIid,
     .needsFolder = false,
     .deletesFailedItem = true,
-    .fillAndSave = FillAndSave,
+    .fillAndSave = FillAndSaveAppointment,
     .deleteItem = DeleteItem<IAppointment>,
     .getOid = GetItemOid<IAppointment>,
     .enteringTrace = u"Entering ParseXMLAppointment",

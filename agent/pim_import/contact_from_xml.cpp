@@ -86,7 +86,7 @@ HRESULT PutFields(IXMLDOMNode* record, IContact* contact) {
   return status;
 }
 
-HRESULT FillAndSave(IXMLDOMNode* record, IUnknown* item, bool* saved) {
+HRESULT FillAndSaveContact(IXMLDOMNode* record, IUnknown* item, bool* saved) {
   IContact* const contact = static_cast<IContact*>(item);
   HRESULT status = PutFields(record, contact);
   LOG(u"Before Save");
@@ -101,7 +101,7 @@ constexpr RecordRules kContactRules{
     .itemInterface = &IContact::kIid,
     .needsFolder = false,
     .deletesFailedItem = false,
-    .fillAndSave = FillAndSave,
+    .fillAndSave = FillAndSaveContact,
     .deleteItem = DeleteItem<IContact>,
     .getOid = GetItemOid<IContact>,
     .enteringTrace = u"Entering ParseXMLContact",

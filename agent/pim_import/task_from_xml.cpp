@@ -78,7 +78,7 @@ HRESULT PutFields(IXMLDOMNode* record, ITask* task) {
   return PutRecurrence(record, task);
 }
 
-HRESULT FillAndSave(IXMLDOMNode* record, IUnknown* item, bool* saved) {
+HRESULT FillAndSaveTask(IXMLDOMNode* record, IUnknown* item, bool* saved) {
   ITask* const task = static_cast<ITask*>(item);
   RETURN_UNLESS_OK(PutFields(record, task));
   const HRESULT status = task->Save();
@@ -91,7 +91,7 @@ constexpr RecordRules kTaskRules{
     .itemInterface = &ITask::kIid,
     .needsFolder = true,
     .deletesFailedItem = false,
-    .fillAndSave = FillAndSave,
+    .fillAndSave = FillAndSaveTask,
     .deleteItem = DeleteItem<ITask>,
     .getOid = GetItemOid<ITask>,
     .enteringTrace = u"Entering ParseXMLTask",

@@ -11,12 +11,12 @@ using std::chrono::seconds;
 
 constexpr seconds kYear = std::chrono::years{1};
 // The calendar repeats after so many days, weekdays included.
-constexpr seconds kCycle = days{146'097};
+constexpr seconds kCycleSpan = days{146'097};
 
 }  // namespace
 
 seconds Clock::OffsetAt(sys_seconds utc) const {
-  if (cycle && utc >= *cycle) utc = *cycle + (utc - *cycle) % kCycle;
+  if (cycle && utc >= *cycle) utc = *cycle + (utc - *cycle) % kCycleSpan;
   if (repeatsFirstYear && utc < changes.front().at) {
     utc += ((changes.front().at - utc - seconds{1}) / kYear + 1) * kYear;
   }

@@ -13,10 +13,10 @@ using std::chrono::days;
 using std::chrono::local_days;
 using std::chrono::year_month_day;
 
-constexpr int kDay = 24 * 3600;
+constexpr int kDaySeconds = 24 * 3600;
 // The calendar repeats after this many years, weekdays included.
 constexpr int kCycleStart = 2000;
-constexpr int kCycle = 400;
+constexpr int kYearsInCycle = 400;
 
 struct WeekForm {
   int month = 1;
@@ -38,7 +38,7 @@ long long DaysOff(const WeekForm& form, const std::vector<local_days>& wanted) {
 WeekForm NearestForm(const PosixDate& date, int shift) {
   std::vector<local_days> wanted;
   std::set<int> months;
-  for (int i = 0; i < kCycle; ++i) {
+  for (int i = 0; i < kYearsInCycle; ++i) {
     wanted.push_back(DayInYear(date, kCycleStart + i) + days{shift});
     months.insert(static_cast<int>(static_cast<unsigned>(year_month_day{wanted.back()}.month())));
   }
@@ -63,13 +63,13 @@ YearlyChange ChangeOf(const WeekForm& form, int millisecond) {
 }
 
 YearlyChange PresentChange(const PosixDate& date) {
-  const int shift = (date.seconds - (date.seconds < 0 ? kDay - 1 : 0)) / kDay;
+  const int shift = (date.seconds - (date.seconds < 0 ? kDaySeconds - 1 : 0)) / kDaySeconds;
   const WeekForm form = NearestForm(date, shift);
-  if (form.daysOff != 0 && date.seconds == kDay) {
+  if (form.daysOff != 0 && date.seconds == kDaySeconds) {
     const WeekForm dayBefore = NearestForm(date, 0);
-    if (dayBefore.daysOff == 0) return ChangeOf(dayBefore, kDay * 1000 - 1);
+    if (dayBefore.daysOff == 0) return ChangeOf(dayBefore, kDaySeconds * 1000 - 1);
   }
-  return ChangeOf(form, (date.seconds - shift * kDay) * 1000);
+  return ChangeOf(form, (date.seconds - shift * kDaySeconds) * 1000);
 }
 
 // On daylight time from the first moment of the year to the last.
@@ -79,7 +79,7 @@ bool IsDaylightAllYear(const PosixZone& zone) {
   const bool fromNewYear = (start.kind == PosixDate::Kind::kDayFromZero && start.day == 0) ||
                            (start.kind == PosixDate::Kind::kDayNoLeap && start.day == 1);
   const bool toNewYear = end.kind == PosixDate::Kind::kDayNoLeap && end.day == 365 &&
-                         end.seconds >= kDay + zone.standardWest - zone.daylightWest;
+                         end.seconds >= kDaySeconds + zone.standardWest - zone.daylightWest;
   return fromNewYear && start.seconds <= 0 && toNewYear;
 }
 

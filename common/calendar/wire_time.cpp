@@ -13,8 +13,8 @@ using std::chrono::seconds;
 using std::chrono::sys_seconds;
 using std::chrono::year_month_day;
 
-constexpr milliseconds kDay = days{1};
-constexpr milliseconds kCorrection = kDay - milliseconds{1};
+constexpr milliseconds kWholeDay = days{1};
+constexpr milliseconds kCorrection = kWholeDay - milliseconds{1};
 
 struct Moment {
   int day;  // of the year, from 0
@@ -47,7 +47,7 @@ Moment EndOfDaylight(const PresentRules& rules, int year) {
   end.time += minutes{rules.daylightBias};
   if (end.time < milliseconds{0}) {
     end.time += kCorrection;
-  } else if (end.time >= kDay) {
+  } else if (end.time >= kWholeDay) {
     end.time -= kCorrection;
   }
   return end;

@@ -41,7 +41,7 @@ constexpr Formats kCalendar = {kIcs, kXml, kJson};
 constexpr Formats kPhone = {kJson, kXml, kSmsBackup};
 
 using enum RecordKind;
-constexpr KindWords kRows[] = {
+constexpr KindWords kKindWords[] = {
     {kContacts, "contacts", kContactKind, "a contact", "contacts", "CONTACT", true, kCards,
      ContactJson},
     {kContacts2, "contacts2", kContactKind, "a contact", "contacts", "Contact2", true, kCards,
@@ -56,8 +56,8 @@ constexpr KindWords kRows[] = {
 
 template <typename Value>
 const KindWords* Find(Value KindWords::*column, const Value& value) {
-  const auto* const row = std::ranges::find(kRows, value, column);
-  return row == std::end(kRows) ? nullptr : row;
+  const auto* const row = std::ranges::find(kKindWords, value, column);
+  return row == std::end(kKindWords) ? nullptr : row;
 }
 
 }  // namespace

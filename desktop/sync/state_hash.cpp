@@ -16,11 +16,11 @@ namespace {
 using calendar::Zone;
 
 std::string Normal(std::string text) {
-  constexpr std::string_view kBlanks = " \t\n";
+  constexpr std::string_view kXmlBlanks = " \t\n";
   text = text::NormalizeLineBreaks(std::move(text));
-  const std::size_t first = text.find_first_not_of(kBlanks);
+  const std::size_t first = text.find_first_not_of(kXmlBlanks);
   if (first == std::string::npos) return {};
-  return text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
+  return text.substr(first, text.find_last_not_of(kXmlBlanks) + 1 - first);
 }
 
 void NormalizeTexts(XmlElement& element) {

@@ -18,7 +18,7 @@ constexpr std::size_t kMostInput = 1024;
 constexpr std::size_t kReplyHeader = 20;
 constexpr std::uint32_t kUnknownRequest = 127;
 
-std::string Record(const std::string& body) {
+std::string WithLength(const std::string& body) {
   std::string record;
   text::PutWord(record, static_cast<std::uint32_t>(body.size()));
   return record + body;
@@ -62,14 +62,14 @@ std::string InvokeRecord(std::string_view function, std::string_view input, Answ
   text::PutWord(body, static_cast<std::uint32_t>(input.size()));
   body += input;
   text::PutWord(body, static_cast<std::uint32_t>(mode));
-  return Record(body);
+  return WithLength(body);
 }
 
 std::string QuitRecord() {
   std::string body;
   text::PutWord(body, kQuitKind);
   body.append(8, '\0');
-  return Record(body);
+  return WithLength(body);
 }
 
 Reply Invoke(const ConnectionOptions& options, std::string_view function, std::string_view input) {

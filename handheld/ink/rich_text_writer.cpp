@@ -6,13 +6,13 @@
 namespace ce::host {
 namespace {
 
-constexpr std::string_view kOpening =
+constexpr std::string_view kPrologue =
     "{\\rtf1\\ansi\\ansicpg1252\\deff0{\\fonttbl{\\f0\\fnil\\fcharset0 Tahoma;}}\r\n"
     "\\uc1\\pard\\plain\\f0\\fs20 ";
 constexpr std::string_view kParagraph = "\\par\r\n";
 constexpr std::string_view kClosing = "}\r\n";
 
-void AddUnit(std::string& document, char16_t unit) {
+void AddRichUnit(std::string& document, char16_t unit) {
   switch (unit) {
     case u'\\':
     case u'{':
@@ -41,14 +41,14 @@ void AddUnit(std::string& document, char16_t unit) {
 }  // namespace
 
 std::optional<std::string> WriteRichText(std::u16string_view text) {
-  std::string document(kOpening);
+  std::string document(kPrologue);
   while (!text.empty()) {
     if (text.starts_with(kParagraphBreak)) {
       document += kParagraph;
       text.remove_prefix(kParagraphBreak.size());
       continue;
     }
-    AddUnit(document, text.front());
+    AddRichUnit(document, text.front());
     text.remove_prefix(1);
   }
   document += kParagraph;

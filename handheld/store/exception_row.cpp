@@ -5,9 +5,6 @@
 namespace ce::host {
 namespace {
 
-constexpr char kRead[] = "sqlite3_step:read";
-constexpr char kWrite[] = "sqlite3_step:write";
-
 // Behind the appointment's identifier and the original day.
 ColumnNames OwnColumns() {
   ColumnNames columns = FieldColumns<AppointmentFields>();
@@ -38,7 +35,7 @@ HRESULT ReadExceptions(Store& store, std::uint32_t oid, std::vector<ExceptionRow
   timeOfDay = {};
   Statement select;
   RETURN_IF_FAILED(store.Prepare(kSql.c_str(), select, oid));
-  return select.ForEachRow(kRead, [&] {
+  return select.ForEachRow(kReadRow, [&] {
     timeOfDay = TimeOfDay(select.Real(0));
     const auto day = DayOfNumber(select.Integer(1));
     if (!day) return;
@@ -53,7 +50,7 @@ HRESULT ReadException(Store& store, std::uint32_t oid, local_days day, Exception
   static const std::string kSql = "SELECT " + ColumnList(ColumnForm::kNames, OwnColumns(), 1) +
                                   " FROM exceptions WHERE oid = ?1 AND OriginalDay = ?2";
   Statement select;
-  RETURN_IF_FAILED(store.Find(kSql.c_str(), kRead, select, found, oid, DayNumber(day)));
+  RETURN_IF_FAILED(store.Find(kSql.c_str(), kReadRow, select, found, oid, DayNumber(day)));
   if (!found) return S_OK;
   row.originalDay = day;
   LoadException(select, 0, row);
@@ -70,12 +67,12 @@ HRESULT WriteException(Store& store, std::uint32_t oid, const ExceptionRow& row)
   RETURN_IF_FAILED(
       store.Prepare(kSql.c_str(), write, oid, DayNumber(row.originalDay), row.deleted));
   BindFields(write, 4, row.fields);
-  return write.Run(kWrite);
+  return write.Run(kWriteRow);
 }
 
 HRESULT DropExceptions(Store& store, std::uint32_t oid) {
   static constexpr char kSql[] = "DELETE FROM exceptions WHERE oid = ?1";
-  return store.Run(kSql, kWrite, oid);
+  return store.Run(kSql, kWriteRow, oid);
 }
 
 HRESULT PruneExceptions(Store& store, std::uint32_t oid, const Series& series, local_days start) {
@@ -85,12 +82,12 @@ HRESULT PruneExceptions(Store& store, std::uint32_t oid, const Series& series, l
   {
     Statement list;
     RETURN_IF_FAILED(store.Prepare(kList, list, oid));
-    RETURN_IF_FAILED(list.ForEachRow(kRead, [&] { days.push_back(list.Integer(0)); }));
+    RETURN_IF_FAILED(list.ForEachRow(kReadRow, [&] { days.push_back(list.Integer(0)); }));
   }
   for (const std::int64_t number : days) {
     const auto day = DayOfNumber(number);
     if (day && HasDay(series, start, *day)) continue;
-    RETURN_IF_FAILED(store.Run(kDrop, kWrite, oid, number));
+    RETURN_IF_FAILED(store.Run(kDrop, kWriteRow, oid, number));
   }
   return S_OK;
 }

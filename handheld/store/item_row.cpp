@@ -8,8 +8,6 @@
 namespace ce::host {
 namespace {
 
-constexpr char kRead[] = "sqlite3_step:read";
-constexpr char kWrite[] = "sqlite3_step:write";
 constexpr std::size_t kOrdinaryText = 20;  // bytes
 
 // Behind the identifier, which is always parameter 1.
@@ -93,7 +91,7 @@ HRESULT ReadItem(Store& store, std::uint32_t oid, ItemRow<Fields>& row, bool& fo
                                   ColumnList(ColumnForm::kNames, ItemColumns<Fields>(), 1) +
                                   Named<Fields>(" FROM ", " WHERE oid = ?1");
   Statement select;
-  RETURN_IF_FAILED(store.Find(kSql.c_str(), kRead, select, found, oid));
+  RETURN_IF_FAILED(store.Find(kSql.c_str(), kReadRow, select, found, oid));
   if (!found) return S_OK;
   const int column = LoadFields(select, 0, row.fields);
   if (ItemTable<Fields>::kRecurs) LoadSeries(select, column, row.series);
@@ -104,7 +102,7 @@ template <typename Fields>
 HRESULT ItemExists(Store& store, std::uint32_t oid, bool& found) {
   static const std::string kSql = Named<Fields>("SELECT 1 FROM ", " WHERE oid = ?1");
   Statement select;
-  return store.Find(kSql.c_str(), kRead, select, found, oid);
+  return store.Find(kSql.c_str(), kReadRow, select, found, oid);
 }
 
 template <typename Fields>
@@ -118,7 +116,7 @@ HRESULT InsertItem(Store& store, const Fields& fields, const std::optional<Serie
   RETURN_IF_FAILED(TakeOid(store, oid));
   Statement insert;
   RETURN_IF_FAILED(PrepareWrite(store, kSql, insert, oid, fields, series));
-  return insert.Run(kWrite);
+  return insert.Run(kWriteRow);
 }
 
 template <typename Fields>
@@ -130,7 +128,7 @@ HRESULT UpdateItem(Store& store, std::uint32_t oid, const Fields& fields,
   found = false;
   Statement update;
   RETURN_IF_FAILED(PrepareWrite(store, kSql, update, oid, fields, series));
-  RETURN_IF_FAILED(update.Run(kWrite));
+  RETURN_IF_FAILED(update.Run(kWriteRow));
   found = store.Changes() > 0;
   return S_OK;
 }
@@ -138,7 +136,7 @@ HRESULT UpdateItem(Store& store, std::uint32_t oid, const Fields& fields,
 template <typename Fields>
 HRESULT DeleteItem(Store& store, std::uint32_t oid) {
   static const std::string kSql = Named<Fields>("DELETE FROM ", " WHERE oid = ?1");
-  return store.Run(kSql.c_str(), kWrite, oid);
+  return store.Run(kSql.c_str(), kWriteRow, oid);
 }
 
 #define CE_ITEM_ROWS(Fields)                                                                      \
@@ -164,10 +162,10 @@ HRESULT TakeOid(Store& store, std::uint32_t& oid) {
   static_assert(kLastOid == 4294967295);
   Statement take;
   bool row = false;
-  RETURN_IF_FAILED(store.Find(kSql, kWrite, take, row));
+  RETURN_IF_FAILED(store.Find(kSql, kWriteRow, take, row));
   if (!row) return kStoreNoMoreOids;
   take.Load(0, oid);
-  return take.Run(kWrite);
+  return take.Run(kWriteRow);
 }
 
 HRESULT StartOidsAt(Store& store, DWORD first) {
@@ -175,7 +173,7 @@ HRESULT StartOidsAt(Store& store, DWORD first) {
   if (first == 0) return E_INVALIDARG;
   return store.Write(nullptr, [&]() -> HRESULT {
     bool changed = false;
-    RETURN_IF_FAILED(store.Change(kSql, kWrite, changed, first));
+    RETURN_IF_FAILED(store.Change(kSql, kWriteRow, changed, first));
     return changed ? S_OK : E_INVALIDARG;
   });
 }

@@ -11,6 +11,10 @@
 
 namespace ce::host {
 
+// What the steps of statements on items are called where calls are counted and failed.
+inline constexpr char kReadRow[] = "sqlite3_step:read";
+inline constexpr char kWriteRow[] = "sqlite3_step:write";
+
 template <typename Fields>
 struct ItemRow {
   Fields fields;

@@ -19,7 +19,7 @@ namespace {
 constexpr std::size_t kMostProblems = 200;
 // What has an identifier, each its own.
 constexpr const char* kItemTables[] = {"appointments", "contacts", "tasks"};
-constexpr char kStep[] = "sqlite3_step:check";
+constexpr char kCheckStep[] = "sqlite3_step:check";
 
 std::string Sentence(const Handheld& handheld, const std::string& problem) {
   return handheld.storePath().string() + ": the store " + problem;
@@ -60,7 +60,7 @@ class Check {
     HRESULT status = store_.Prepare(sql_.back()->c_str(), statement);
     bool row = Succeeded(status);
     while (row) {
-      status = statement.Step(kStep, row);
+      status = statement.Step(kCheckStep, row);
       if (row) visit(statement);
     }
     if (Failed(status)) Add("the store " + StoreStatusText(status));

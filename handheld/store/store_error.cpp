@@ -35,12 +35,12 @@ constexpr CodeRow kCodes[] = {
     {SQLITE_TOOBIG, E_INVALIDARG},
 };
 
-struct TextRow {
+struct StatusText {
   HRESULT status;
   const char* text;
 };
 
-constexpr TextRow kTexts[] = {
+constexpr StatusText kTexts[] = {
     {kStoreMissing, "is missing although this handheld had one"},
     {kStoreCannotOpen, "cannot be opened"},
     {kStoreDiskFull, "cannot grow: the disk is full"},
@@ -64,7 +64,7 @@ HRESULT StoreStatus(int sqliteCode) {
 }
 
 std::string StoreStatusText(HRESULT status) {
-  for (const TextRow& row : kTexts) {
+  for (const StatusText& row : kTexts) {
     if (row.status == status) return row.text;
   }
   char text[32];

@@ -119,7 +119,7 @@ DWORD Generation(DWORD slot) {
   return generation & 1 ? generation : 0;
 }
 
-BOOL Fail(DWORD error) {
+BOOL FailWith(DWORD error) {
   SetLastError(error);
   return FALSE;
 }
@@ -170,17 +170,17 @@ void* TlsGetValue(DWORD slot) {
 }
 
 BOOL TlsSetValue(DWORD slot, void* value) {
-  if (const DWORD error = host::FaultFor("TlsSetValue")) return Fail(error);
+  if (const DWORD error = host::FaultFor("TlsSetValue")) return FailWith(error);
   const DWORD generation = Generation(slot);
-  if (generation == 0) return Fail(ERROR_INVALID_PARAMETER);
+  if (generation == 0) return FailWith(ERROR_INVALID_PARAMETER);
   t_values[slot] = {value, generation};
   return TRUE;
 }
 
 BOOL TlsFree(DWORD slot) {
-  if (const DWORD error = host::FaultFor("TlsFree")) return Fail(error);
+  if (const DWORD error = host::FaultFor("TlsFree")) return FailWith(error);
   const std::lock_guard guard(g_allocation);
-  if (Generation(slot) == 0) return Fail(ERROR_INVALID_PARAMETER);
+  if (Generation(slot) == 0) return FailWith(ERROR_INVALID_PARAMETER);
   ++g_generations[slot];
   return TRUE;
 }

@@ -14,7 +14,7 @@ namespace {
 using formats::Call;
 using formats::TextMessage;
 
-constexpr std::size_t kRecordsPerCommit = 1000;
+constexpr std::size_t kMessagesPerCommit = 1000;
 constexpr std::size_t kBytesPerCommit = 4 << 20;
 
 ce::host::MessageStores& BoxOf(Session& session, const TextMessage&) {
@@ -97,7 +97,7 @@ void MessageImport<Record>::Import(const Record& record, std::size_t line) {
   ++held;
   pendingBytes_ += SizeOf(record);
   pending_.push_back({record, std::move(identity), line});
-  if (pending_.size() >= kRecordsPerCommit || pendingBytes_ >= kBytesPerCommit) StorePending();
+  if (pending_.size() >= kMessagesPerCommit || pendingBytes_ >= kBytesPerCommit) StorePending();
 }
 
 template <typename Record>

@@ -32,12 +32,12 @@ std::u16string DevicePathOf(ce::host::Handheld& handheld, const std::string& nam
   return kDocuments + (u"\\" + *path);
 }
 
-struct Meaning {
+struct FailureMeaning {
   ce::DWORD error;
   bool isWrongUse;
   const char* text;
 };
-constexpr Meaning kMeanings[] = {
+constexpr FailureMeaning kFailureMeanings[] = {
     {ce::ERROR_INVALID_NAME, true, "a handheld has no file of this name"},
     {ce::ERROR_PATH_NOT_FOUND, true, "the handheld has no such directory"},
     {ce::ERROR_FILE_EXISTS, true, "the handheld has a file of this name already"},
@@ -48,7 +48,7 @@ constexpr Meaning kMeanings[] = {
 
 [[noreturn]] void Fail(std::u16string_view path, ce::DWORD error) {
   const std::string name = text::ToUtf8Lossy(path);
-  for (const Meaning& meaning : kMeanings) {
+  for (const FailureMeaning& meaning : kFailureMeanings) {
     if (meaning.error != error) continue;
     const std::string text = fmt::format("{}: {}", name, meaning.text);
     if (meaning.isWrongUse) throw UsageError(text);

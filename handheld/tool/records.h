@@ -111,5 +111,13 @@ template <typename Record>
 void ForEachRecord(Session& session, const RecordVisitor<Record>& visit);
 template <typename Record>
 std::size_t CountRecords(Session& session);
+template <>
+void ForEachRecord(Session& session, const RecordVisitor<formats::TextMessage>& visit);
+template <>
+void ForEachRecord(Session& session, const RecordVisitor<formats::Call>& visit);
+template <>
+std::size_t CountRecords<formats::TextMessage>(Session& session);
+template <>
+std::size_t CountRecords<formats::Call>(Session& session);
 
 }  // namespace tool

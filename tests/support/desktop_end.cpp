@@ -17,7 +17,7 @@ using ce::host::UniqueFd;
 
 DesktopEnd::DesktopEnd(std::vector<std::string> pieces, AfterSending after) {
   // Packets keep the pieces apart.
-  const int type = pieces.size() > 1 ? SOCK_SEQPACKET : SOCK_STREAM;
+  const int type = pieces.size() > 1 ? SOCK_SEQPACKET : ::SOCK_STREAM;
   std::array<int, 2> ends{};
   if (::socketpair(AF_UNIX, type | SOCK_CLOEXEC, 0, ends.data()) != 0) {
     throw std::system_error(errno, std::generic_category(), "socketpair");

@@ -89,7 +89,7 @@ inline constexpr ce::DATE kSampleAnniversary = 39493.0;  // 2008-02-15
 inline constexpr std::string_view kSampleInk{"{\\pwi\x01\x02\x03", 8};
 
 // Every property there is.
-inline void FillFully(ce::IContact& contact) {
+inline void FillContact(ce::IContact& contact) {
   for (const SampleText& text : kFullTexts) SetText(contact, text.put, text.value);
   for (const SampleText& text : kPrivateTexts) SetText(contact, text.put, text.value);
   EXPECT_EQ(contact.put_Birthday(kSampleBirthday), ce::S_OK);

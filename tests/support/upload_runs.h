@@ -25,6 +25,27 @@ inline UploadAnswer Upload(const std::vector<std::string>& documents) {
   return ReadUpload(RunStreamed(UploadPIMRecords, {}, {bytes + Word(0)}));
 }
 
+// A round trip's upload: every record is taken.
+inline void ExpectAllStored(const std::vector<std::string>& documents) {
+  for (const RecordReply& reply : Upload(documents).replies) EXPECT_EQ(reply.result, ce::S_OK);
+}
+
+// Downloaded documents as one text, without what another handheld has otherwise.
+inline std::string WithoutOids(const std::vector<std::string>& documents) {
+  constexpr std::string_view kOid = " Oid=\"";
+  std::string text;
+  for (const std::string& document : documents) {
+    std::size_t from = 0;
+    for (std::size_t at = document.find(kOid); at != document.npos;
+         at = document.find(kOid, from)) {
+      text.append(document, from, at - from);
+      from = document.find('"', at + kOid.size()) + 1;
+    }
+    text.append(document, from);
+  }
+  return text;
+}
+
 inline std::string ContactRecord(const std::string& children, const std::string& attributes = {}) {
   return "<CONTACT " + attributes + ">" + children + "</CONTACT>";
 }

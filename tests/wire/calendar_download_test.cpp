@@ -13,9 +13,6 @@ using ce::IAppointment;
 using ce::IRecurrencePattern;
 using ce::ITask;
 
-constexpr std::uint32_t kAppointments = 0;
-constexpr std::uint32_t kContacts = 1;
-constexpr std::uint32_t kTasks = 2;
 using Counts = std::vector<std::size_t>;
 
 class CalendarWire : public WireTest {

@@ -6,11 +6,7 @@
 namespace corvane::testing {
 namespace {
 
-constexpr std::uint32_t kFail = 0x80004005;
 constexpr std::uint32_t kNoSuchDate = 87;
-constexpr std::uint32_t kAppointments = 0;
-constexpr std::uint32_t kContacts = 1;
-constexpr std::uint32_t kTasks = 2;
 
 std::string Tagged(std::string_view name, std::string_view attributes, std::string_view children) {
   return "<" + std::string(name) + std::string(attributes) + ">" + std::string(children) + "</" +

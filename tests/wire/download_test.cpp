@@ -6,9 +6,7 @@
 namespace corvane::testing {
 namespace {
 
-constexpr std::uint32_t kContacts = 1;
 constexpr std::uint32_t kContacts2 = 3;
-const std::string kDeclaration = R"(<?XML version="1.0" encoding="UTF-8"?>)";
 
 class DownloadWire : public WireTest {
  protected:

@@ -9,7 +9,6 @@ namespace corvane::testing {
 namespace {
 
 constexpr std::uint32_t kTextMessages = 5;
-const std::string kDeclaration = R"(<?XML version="1.0" encoding="UTF-8"?>)";
 
 class MessagesWire : public WireTest {
  protected:

@@ -9,8 +9,6 @@
 namespace corvane::testing {
 namespace {
 
-constexpr std::uint32_t kFail = 0x80004005;
-
 std::string Contact(std::string_view attributes, std::string_view children) {
   return "<root><CONTACT" + std::string(attributes) + ">" + std::string(children) +
          "</CONTACT></root>";

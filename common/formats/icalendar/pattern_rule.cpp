@@ -87,7 +87,7 @@ constexpr int kComparedDays = 800;
 
 // The calendar repeats every 400 years.
 constexpr std::chrono::days kTwoCycles{2 * 146'097};
-constexpr local_days kLateStart{std::chrono::year{2700} / 1 / 1};
+constexpr local_days kStartOfLastCycles{std::chrono::year{2700} / 1 / 1};
 
 bool IsOfYear(PatternType type) {
   return type == PatternType::kYearly || type == PatternType::kYearNth;
@@ -291,7 +291,7 @@ std::optional<Pattern> PatternOfRule(const RecurrenceRule& rule, const RuleEnd& 
   const std::optional<DayRule> days = DayRule::Of(rule);
   if (!days) return std::nullopt;
   // A late start leaves few days to compare: an earlier one has the same series.
-  const std::chrono::days back = start < kLateStart ? std::chrono::days{0} : kTwoCycles;
+  const std::chrono::days back = start < kStartOfLastCycles ? std::chrono::days{0} : kTwoCycles;
   RuleEnd earlier = end;
   if (earlier.until) *earlier.until -= back;
   std::optional<Pattern> pattern = Search(*days, earlier, start - back).Find();

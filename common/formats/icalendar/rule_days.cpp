@@ -69,15 +69,14 @@ int Number(days count) {
 }  // namespace
 
 std::optional<DayRule> DayRule::Of(const RecurrenceRule& rule) {
-  constexpr std::string_view kFrequencies[] = {"DAILY", "WEEKLY", "MONTHLY", "YEARLY"};
-  const auto* frequency =
-      std::find(std::begin(kFrequencies), std::end(kFrequencies), *rule.Part("FREQ"));
-  if (frequency == std::end(kFrequencies)) return std::nullopt;
+  constexpr std::string_view kOfDays[] = {"DAILY", "WEEKLY", "MONTHLY", "YEARLY"};
+  const auto* frequency = std::find(std::begin(kOfDays), std::end(kOfDays), *rule.Part("FREQ"));
+  if (frequency == std::end(kOfDays)) return std::nullopt;
   for (const char* name : {"BYWEEKNO", "BYHOUR", "BYMINUTE", "BYSECOND", "RSCALE", "SKIP"}) {
     if (rule.Part(name) != nullptr) return std::nullopt;
   }
   DayRule result;
-  result.frequency = static_cast<Frequency>(frequency - std::begin(kFrequencies));
+  result.frequency = static_cast<Frequency>(frequency - std::begin(kOfDays));
   if (const std::string* interval = rule.Part("INTERVAL")) {
     result.interval = *ParseNumber(*interval);
   }

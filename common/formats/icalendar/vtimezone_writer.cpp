@@ -24,7 +24,7 @@ constexpr int kRuleYears = 28;
 constexpr int kLastYear = 2150;
 constexpr int kFirstRuleYear = kLastYear - kRuleYears + 1;
 
-struct Change {
+struct WrittenChange {
   sys_seconds at;
   seconds before;
   seconds after;
@@ -56,16 +56,17 @@ int YearOf(local_seconds time) {
   return static_cast<int>(std::chrono::year_month_day(DayOf(time)).year());
 }
 
-unsigned DayOfMonth(local_days day) {
+unsigned MonthDay(local_days day) {
   return static_cast<unsigned>(std::chrono::year_month_day(day).day());
 }
 
-unsigned MonthOf(local_days day) {
+unsigned MonthNumber(local_days day) {
   return static_cast<unsigned>(std::chrono::year_month_day(day).month());
 }
 
-std::vector<Change> ChangesOf(const calendar::Clock& clock, sys_seconds from, sys_seconds to) {
-  std::vector<Change> changes;
+std::vector<WrittenChange> ChangesOf(const calendar::Clock& clock, sys_seconds from,
+                                     sys_seconds to) {
+  std::vector<WrittenChange> changes;
   seconds before = clock.OffsetAt(from);
   for (const calendar::OffsetChange& change : clock.changes) {
     const seconds after = clock.OffsetAt(change.at);
@@ -77,22 +78,22 @@ std::vector<Change> ChangesOf(const calendar::Clock& clock, sys_seconds from, sy
 }
 
 // The rule that gives one change in each of the years, nothing when none does.
-std::optional<YearlyRule> RuleOf(const std::vector<Change>& changes) {
+std::optional<YearlyRule> RuleOf(const std::vector<WrittenChange>& changes) {
   if (changes.size() != kRuleYears) return std::nullopt;
   const local_seconds first = changes.front().onset();
   YearlyRule rule{changes.front().before,
                   changes.front().after,
-                  MonthOf(DayOf(first)),
+                  MonthNumber(DayOf(first)),
                   std::chrono::weekday(DayOf(first)),
                   31,
                   true,
                   first - DayOf(first)};
-  for (const Change& change : changes) {
+  for (const WrittenChange& change : changes) {
     const local_days day = DayOf(change.onset());
-    rule.firstDay = std::min(rule.firstDay, DayOfMonth(day));
-    rule.isLast = rule.isLast && MonthOf(day + days(7)) != MonthOf(day);
+    rule.firstDay = std::min(rule.firstDay, MonthDay(day));
+    rule.isLast = rule.isLast && MonthNumber(day + days(7)) != MonthNumber(day);
   }
-  for (const Change& change : changes) {
+  for (const WrittenChange& change : changes) {
     if (change.onset() != rule.OnsetIn(YearOf(change.onset()))) return std::nullopt;
   }
   return rule;
@@ -101,8 +102,8 @@ std::optional<YearlyRule> RuleOf(const std::vector<Change>& changes) {
 std::vector<YearlyRule> RulesOf(const calendar::Zone& zone) {
   const auto begin = zone.ToUtc(local_days(year(kFirstRuleYear) / 1 / 1));
   const auto end = zone.ToUtc(local_days(year(kLastYear + 1) / 1 / 1));
-  std::map<std::pair<seconds, seconds>, std::vector<Change>> kinds;
-  for (const Change& change : ChangesOf(*zone.clock(), begin, end)) {
+  std::map<std::pair<seconds, seconds>, std::vector<WrittenChange>> kinds;
+  for (const WrittenChange& change : ChangesOf(*zone.clock(), begin, end)) {
     kinds[{change.before, change.after}].push_back(change);
   }
   std::vector<YearlyRule> rules;
@@ -113,10 +114,10 @@ std::vector<YearlyRule> RulesOf(const calendar::Zone& zone) {
 }
 
 // The first year from which on the zone changes as its rules say, and no otherwise.
-int FirstYearOf(const std::vector<YearlyRule>& rules, const std::vector<Change>& changes) {
+int FirstYearOf(const std::vector<YearlyRule>& rules, const std::vector<WrittenChange>& changes) {
   using Onset = std::tuple<local_seconds, seconds, seconds>;
   std::map<int, std::vector<Onset>> byYear;
-  for (const Change& change : changes) {
+  for (const WrittenChange& change : changes) {
     byYear[YearOf(change.onset())].emplace_back(change.onset(), change.before, change.after);
   }
   const auto follows = [&](int inYear) {
@@ -189,7 +190,7 @@ std::string Writer::Write(const calendar::Zone& zone, const UsedTimes& used) {
   const seconds offset = zone.clock()->OffsetAt(begin);
   Observance(offset, offset, local_days(year(firstYear) / 1 / 1), {});
   std::map<std::pair<seconds, seconds>, std::vector<local_seconds>> single;
-  for (const Change& change : changes) {
+  for (const WrittenChange& change : changes) {
     const int inYear = YearOf(change.onset());
     if (inYear > lastYear || inYear >= ruleYear) break;
     single[{change.before, change.after}].push_back(change.onset());

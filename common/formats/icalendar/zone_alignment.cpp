@@ -16,7 +16,7 @@ using std::chrono::seconds;
 constexpr days kLookedAt{7306};
 constexpr long long kUnitsADay = 60;
 
-struct Shown {
+struct ShownDay {
   local_days day;  // on the event's own clock
   Times times;     // on the handheld's
 };
@@ -24,7 +24,7 @@ struct Shown {
 // How an occurrence lies to its day: days later, time of day, length.
 using Place = std::tuple<days, seconds, seconds>;
 
-Place PlaceOf(const Shown& shown) {
+Place PlaceOf(const ShownDay& shown) {
   const local_days day = DayOf(shown.times.start);
   return {day - shown.day, shown.times.start - day, shown.times.end - shown.times.start};
 }
@@ -35,10 +35,10 @@ Times TimesOf(const Place& place, local_days day) {
   return {start, start + length};
 }
 
-std::vector<Shown> Walk(const Event& event, const Pattern& pattern, local_days firstDay,
-                        const ZoneTable& zones, WorkBudget& budget) {
+std::vector<ShownDay> Walk(const Event& event, const Pattern& pattern, local_days firstDay,
+                           const ZoneTable& zones, WorkBudget& budget) {
   const seconds clock = event.start->wall - DayOf(event.start->wall);
-  std::vector<Shown> shown;
+  std::vector<ShownDay> shown;
   const calendar::SeriesDays series(pattern, firstDay);
   const std::int64_t count = series.CountBefore(firstDay + kLookedAt + days(1));
   for (std::int64_t i = 0; i < count; ++i) {
@@ -49,11 +49,11 @@ std::vector<Shown> Walk(const Event& event, const Pattern& pattern, local_days f
 }
 
 // The one that most have, the earliest of them.
-Place UsualPlace(const std::vector<Shown>& shown) {
+Place UsualPlace(const std::vector<ShownDay>& shown) {
   std::map<Place, std::size_t> counts;
-  for (const Shown& each : shown) ++counts[PlaceOf(each)];
+  for (const ShownDay& each : shown) ++counts[PlaceOf(each)];
   Place usual = PlaceOf(shown.front());
-  for (const Shown& each : shown) {
+  for (const ShownDay& each : shown) {
     const Place place = PlaceOf(each);
     if (counts[place] > counts[usual]) usual = place;
   }
@@ -79,7 +79,7 @@ Pattern Shifted(Pattern pattern, days shift) {
   return pattern;
 }
 
-bool HasDays(const Pattern& pattern, const std::vector<Shown>& shown, days shift) {
+bool HasDays(const Pattern& pattern, const std::vector<ShownDay>& shown, days shift) {
   if (!calendar::IsValid(pattern)) return false;
   const local_days first = shown.front().day;
   const calendar::SeriesDays series(pattern, first + shift);
@@ -104,7 +104,7 @@ std::optional<Alignment> Align(const Event& event, const Pattern& pattern, local
     result.first = TimesAt(event, firstDay + clock, zones);
     return result;
   }
-  const std::vector<Shown> shown = Walk(event, pattern, firstDay, zones, budget);
+  const std::vector<ShownDay> shown = Walk(event, pattern, firstDay, zones, budget);
   if (shown.empty()) return std::nullopt;
   const Place usual = UsualPlace(shown);
   result.shift = std::get<days>(usual);
@@ -113,7 +113,7 @@ std::optional<Alignment> Align(const Event& event, const Pattern& pattern, local
     result.pattern = Shifted(pattern, result.shift);
     if (!HasDays(result.pattern, shown, result.shift)) return std::nullopt;
   }
-  for (const Shown& each : shown) {
+  for (const ShownDay& each : shown) {
     if (each.day < from || PlaceOf(each) == usual || isChanged(each.day)) continue;
     if (each.day - from > kFollowedDays || result.differing.size() >= most) {
       result.differsAfter = TimesOf(usual, each.day).start;

@@ -3,11 +3,11 @@
 namespace formats {
 namespace {
 
-struct FlagBit {
+struct CallFlagBit {
   std::uint32_t bit;
   bool Call::*flag;
 };
-constexpr FlagBit kFlagBits[] = {
+constexpr CallFlagBit kCallFlagBits[] = {
     {0x1, &Call::outgoing}, {0x2, &Call::connected}, {0x4, &Call::ended}, {0x8, &Call::roaming}};
 
 }  // namespace
@@ -19,14 +19,14 @@ CallKind KindOf(const Call& call) {
 
 std::uint32_t ToCallFlags(const Call& call) {
   std::uint32_t flags = 0;
-  for (const FlagBit& row : kFlagBits) {
+  for (const CallFlagBit& row : kCallFlagBits) {
     if (call.*row.flag) flags |= row.bit;
   }
   return flags;
 }
 
 void SetCallFlags(Call& call, std::uint32_t flags) {
-  for (const FlagBit& row : kFlagBits) call.*row.flag = (flags & row.bit) != 0;
+  for (const CallFlagBit& row : kCallFlagBits) call.*row.flag = (flags & row.bit) != 0;
 }
 
 }  // namespace formats

@@ -3,11 +3,11 @@
 namespace formats {
 namespace {
 
-struct FlagBit {
+struct MessageFlagBit {
   std::uint32_t bit;
   bool MessageFlags::*flag;
 };
-constexpr FlagBit kFlagBits[] = {
+constexpr MessageFlagBit kMessageFlagBits[] = {
     {0x01, &MessageFlags::read},          {0x02, &MessageFlags::unmodified},
     {0x04, &MessageFlags::submitted},     {0x08, &MessageFlags::unsent},
     {0x10, &MessageFlags::hasAttachment}, {0x20, &MessageFlags::fromMe},
@@ -18,7 +18,7 @@ constexpr std::uint32_t kNamedBits = 0x3F;
 
 std::int32_t ToFlags(const MessageFlags& flags) {
   std::uint32_t number = flags.others & ~kNamedBits;
-  for (const FlagBit& row : kFlagBits) {
+  for (const MessageFlagBit& row : kMessageFlagBits) {
     if (flags.*row.flag) number |= row.bit;
   }
   return static_cast<std::int32_t>(number);
@@ -27,7 +27,7 @@ std::int32_t ToFlags(const MessageFlags& flags) {
 MessageFlags FromFlags(std::int32_t number) {
   const auto bits = static_cast<std::uint32_t>(number);
   MessageFlags flags;
-  for (const FlagBit& row : kFlagBits) flags.*row.flag = (bits & row.bit) != 0;
+  for (const MessageFlagBit& row : kMessageFlagBits) flags.*row.flag = (bits & row.bit) != 0;
   flags.others = bits & ~kNamedBits;
   return flags;
 }

@@ -12,11 +12,9 @@
 namespace formats {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 template <typename Item>
 std::string ItemToJson(const Item& item, std::string_view oid) {
-  Json object = Json::object();
+  nlohmann::ordered_json object = nlohmann::ordered_json::object();
   if (!oid.empty()) object["oid"] = oid;
   object.update(ToJsonObject(item));
   return OnOneLine(object);
@@ -53,14 +51,14 @@ bool LineReader::Next(std::string& line, bool& tooLong) {
   }
 }
 
-bool IsCall(const Json& object) {
+bool IsCall(const nlohmann::ordered_json& object) {
   const auto items = object.items();
   return std::any_of(items.begin(), items.end(),
                      [](const auto& member) { return IsCallFieldAlone(member.key()); });
 }
 
 template <typename Item>
-Item ItemOf(const Json& object, std::size_t line, NoticeList& notices) {
+Item ItemOf(const nlohmann::ordered_json& object, std::size_t line, NoticeList& notices) {
   Item item;
   TakeFields(object, item, [&](const std::string& problem) { notices.Add(line, problem); });
   return item;
@@ -73,7 +71,7 @@ void TakeLine(std::string_view text, std::size_t line, const ItemSink& sink, Not
     repaired = text::RepairUtf8(text);
     text = repaired;
   }
-  const Json object = ParseJson(text);
+  const nlohmann::ordered_json object = ParseJson(text);
   if (!object.is_object()) {
     notices.Add(line, "not a JSON object: " + text::Excerpt(text));
   } else if (IsCall(object)) {

@@ -38,12 +38,12 @@ class ContactToXml : public PimTest {
 
 TEST_F(ContactToXml, WritesEveryFieldInItsPlaceOnAJapaneseSystem) {
   handheld_.SetLanguage(0x0411);
-  const ComPtr<IContact> contact = store_->Get(store_->Add(FillFully));
+  const ComPtr<IContact> contact = store_->Get(store_->Add(FillContact));
   EXPECT_TRUE(EqualsGolden("contact_full.xml", Exported(contact.get())));
 }
 
 TEST_F(ContactToXml, LeavesTheYomiFieldsOutElsewhere) {
-  const ComPtr<IContact> contact = store_->Get(store_->Add(FillFully));
+  const ComPtr<IContact> contact = store_->Get(store_->Add(FillContact));
   const std::string text = Exported(contact.get());
   EXPECT_THAT(text, Not(HasSubstr("FURIGANA")));
   EXPECT_TRUE(EqualsGolden("contact_full_western.xml", text));
@@ -51,7 +51,7 @@ TEST_F(ContactToXml, LeavesTheYomiFieldsOutElsewhere) {
 
 TEST_F(ContactToXml, WritesTheSecondFormUnderItsOwnName) {
   handheld_.SetLanguage(0x0411);
-  const ComPtr<IContact> contact = store_->Get(store_->Add(FillFully));
+  const ComPtr<IContact> contact = store_->Get(store_->Add(FillContact));
   const std::string first = Body(Exported(contact.get(), 1));
   std::string second = Body(Exported(contact.get(), 2));
   second.replace(second.find("<Contact2 "), 10, "<CONTACT ");

@@ -30,14 +30,14 @@ class AppointmentSteps : public FakeCalendarTest {
   }
 };
 
-const std::string kEveryField =
+const std::string kEveryParsedField =
     Element("LOCATION", "l") + Element("CATEGORIES", "<CATEGORY><Name>A</Name></CATEGORY>") +
     Element("ReminderMinutes", "30") + Element("HAS_REMINDER", "TRUE") +
     Element("Private", "TRUE") + TimedEvent() + Element("BusyStatus", "3") + Element("NOTES", "n") +
     Element("SUBJECT", "s");
 
 TEST_F(AppointmentSteps, AreThoseOfTheFieldsInOrder) {
-  EXPECT_THAT(Parsed(kEveryField),
+  EXPECT_THAT(Parsed(kEveryParsedField),
               ElementsAre("put_Subject s", "get_Body", "put_Body n", "put_AllDayEvent FALSE",
                           "put_BusyStatus 3", "put_Start 2008-02-15 10:00:00",
                           "put_End 2008-02-15 11:00:00", "put_Sensitivity 2",
@@ -54,7 +54,7 @@ TEST_F(AppointmentSteps, ClearWhatTheRecordLacks) {
 }
 
 TEST_F(AppointmentSteps, AreFewerForAnOccurrence) {
-  EXPECT_EQ(Parse(kEveryField, false), S_OK);
+  EXPECT_EQ(Parse(kEveryParsedField, false), S_OK);
   EXPECT_THAT(list_.calls,
               ElementsAre("put_Subject s", "get_Body", "put_Body n", "put_AllDayEvent FALSE",
                           "put_BusyStatus 3", "put_Start 2008-02-15 10:00:00",
@@ -95,11 +95,11 @@ TEST_F(AppointmentSteps, StopAtTheFirstThatFails) {
         "put_Sensitivity", "put_ReminderSet", "put_ReminderMinutesBeforeStart",
         "ClearRecurrencePattern", "put_Categories", "put_Location"}) {
     list_.answers = {{call, E_INVALIDARG}};
-    const auto calls = Parsed(kEveryField, E_INVALIDARG);
+    const auto calls = Parsed(kEveryParsedField, E_INVALIDARG);
     EXPECT_TRUE(calls.back().starts_with(call)) << calls.back();
   }
   list_.answers = {{"Save", E_OUTOFMEMORY}};
-  Parsed(kEveryField, E_OUTOFMEMORY);
+  Parsed(kEveryParsedField, E_OUTOFMEMORY);
 }
 
 TEST_F(AppointmentSteps, StopWhenTheOldSeriesCannotBeCleared) {

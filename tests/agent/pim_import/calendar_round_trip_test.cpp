@@ -26,25 +26,6 @@ std::vector<std::string> Download(DWORD kind) {
   return RunDownload(DownloadAllPIMRecords, Word(kind)).documents;
 }
 
-std::string WithoutOids(const std::vector<std::string>& documents) {
-  constexpr std::string_view kOid = " Oid=\"";
-  std::string text;
-  for (const std::string& document : documents) {
-    std::size_t from = 0;
-    for (std::size_t at = document.find(kOid); at != document.npos;
-         at = document.find(kOid, from)) {
-      text.append(document, from, at - from);
-      from = document.find('"', at + kOid.size()) + 1;
-    }
-    text.append(document, from);
-  }
-  return text;
-}
-
-void ExpectAllStored(const std::vector<std::string>& documents) {
-  for (const RecordReply& reply : Upload(documents).replies) EXPECT_EQ(reply.result, S_OK);
-}
-
 // Calls `test` on a handheld that is there, whose days all are the same.
 template <typename Case>
 void OnAHandheld(const Place& place, DWORD firstOid, Case test) {

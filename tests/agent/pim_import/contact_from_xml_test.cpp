@@ -62,7 +62,7 @@ TEST_F(ContactFromXml, ReadsEveryTextIntoItsProperty) {
 
 TEST_F(ContactFromXml, ClearsEveryTextThatTheRecordLacks) {
   handheld_.SetLanguage(0x0411);
-  const LONG oid = store_->Add(FillFully);
+  const LONG oid = store_->Add(FillContact);
   Modify(oid, "<FIRST_NAME>Only</FIRST_NAME>");
   for (const SampleText& text : kFullTexts) {
     const bool first = text.get == &IContact::get_FirstName;
@@ -73,7 +73,7 @@ TEST_F(ContactFromXml, ClearsEveryTextThatTheRecordLacks) {
 }
 
 TEST_F(ContactFromXml, LeavesWhatTheWireNeverCarries) {
-  const LONG oid = store_->Add(FillFully);
+  const LONG oid = store_->Add(FillContact);
   Modify(oid,
          "<FIRST_NAME>Only</FIRST_NAME><BodyInk>FALSE</BodyInk>"
          "<OfficeLocation>x</OfficeLocation>");
@@ -104,7 +104,7 @@ TEST_F(ContactFromXml, IgnoresTheYomiFieldsOutsideJapan) {
 }
 
 TEST_F(ContactFromXml, LeavesPresentYomiTextsAloneOutsideJapan) {
-  const LONG oid = store_->Add(FillFully);
+  const LONG oid = store_->Add(FillContact);
   Modify(oid, "");
   EXPECT_NE(Text(oid, &IContact::get_YomiFirstName), "");
 }
@@ -177,21 +177,21 @@ TEST_F(ContactDates, AreSet) {
 }
 
 TEST_F(ContactDates, AreClearedWhenMissingOrEmpty) {
-  const LONG oid = store_->Add(FillFully);
+  const LONG oid = store_->Add(FillContact);
   Modify(oid, "<BIRTHDAY/>");
   EXPECT_EQ(Birthday(oid), kNoDate);
   EXPECT_EQ(Anniversary(oid), kNoDate);
 }
 
 TEST_F(ContactDates, FailTheRecordWhenTheyDoNotScan) {
-  const LONG oid = store_->Add(FillFully);
+  const LONG oid = store_->Add(FillContact);
   Modify(oid, "<FIRST_NAME>New</FIRST_NAME><BIRTHDAY>soon</BIRTHDAY>", E_INVALIDARG);
   EXPECT_EQ(Birthday(oid), kSampleBirthday);
   EXPECT_NE(Text(oid, &IContact::get_FirstName), "New");
 }
 
 TEST_F(ContactDates, FailTheRecordWhenTheyDoNotExist) {
-  const LONG oid = store_->Add(FillFully);
+  const LONG oid = store_->Add(FillContact);
   for (const char* date : {"20080230", "2008-02-15"}) {
     Modify(oid, "<FIRST_NAME>New</FIRST_NAME><BIRTHDAY>" + std::string(date) + "</BIRTHDAY>",
            ERROR_INVALID_PARAMETER);

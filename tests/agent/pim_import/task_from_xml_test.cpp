@@ -15,7 +15,7 @@ using ::testing::IsEmpty;
 using ::testing::IsSupersetOf;
 using ::testing::Not;
 
-const std::string kEveryField =
+const std::string kEveryTaskField =
     Element("StartDate", "20080220T000000") + Element("PRIORITY", "2") +
     Element("COMPLETED", "TRUE") + Element("ReminderMinutes", "60") +
     Element("HAS_REMINDER", "TRUE") + Element("DUE_DATE", "20080301T000000") +
@@ -41,7 +41,7 @@ class TaskFromXml : public CalendarUpload {
 };
 
 TEST_F(TaskFromXml, StoresEveryField) {
-  const auto stored = AddedTask(kEveryField);
+  const auto stored = AddedTask(kEveryTaskField);
   ITask& task = *stored.get();
   EXPECT_EQ(TextOf(task, &ITask::get_Subject), "s");
   EXPECT_EQ(TextOf(task, &ITask::get_Body), "a\r\nb");
@@ -57,7 +57,7 @@ TEST_F(TaskFromXml, StoresEveryField) {
 }
 
 TEST_F(TaskFromXml, ClearsWhatTheRecordLacks) {
-  const LONG oid = UploadTask(kEveryField + Recurring(Daily())).oid;
+  const LONG oid = UploadTask(kEveryTaskField + Recurring(Daily())).oid;
   EXPECT_EQ(UploadTask(Element("DUE_DATE", ""), OidTag(oid)), (RecordReply{oid, S_OK}));
   const auto stored = tasks().Get(oid);
   ITask& task = *stored.get();
@@ -134,7 +134,7 @@ TEST_F(TaskReminder, ThatIsNoTimeFailsTheRecord) {
 }
 
 TEST_F(TaskReminder, IsLeftAloneWhenItIsNotSet) {
-  const LONG oid = UploadTask(kEveryField).oid;
+  const LONG oid = UploadTask(kEveryTaskField).oid;
   EXPECT_EQ(Calls("ITask::put_ReminderTime", oid,
                   Element("ReminderMinutes", "5") + Element("DUE_DATE", "20080301")),
             0u);
@@ -143,7 +143,7 @@ TEST_F(TaskReminder, IsLeftAloneWhenItIsNotSet) {
 TEST_F(TaskReminder, FailsWhenItsTimeCannotBeConverted) {
   for (const char* call : {"SystemTimeToFileTime", "FileTimeToSystemTime"}) {
     const auto plan = FaultPlan::FailCalls(call, ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(UploadTask(kEveryField), (RecordReply{0, ERROR_INVALID_PARAMETER})) << call;
+    EXPECT_EQ(UploadTask(kEveryTaskField), (RecordReply{0, ERROR_INVALID_PARAMETER})) << call;
   }
 }
 
@@ -155,7 +155,7 @@ TEST_F(TaskReminder, IsCountedFromNoDateWithoutADueDate) {
 
 TEST_F(TaskReminder, IsNoneWhenTheDueDateCannotBeConverted) {
   const auto plan = FaultPlan::FailCalls("VariantTimeToSystemTime", ERROR_INVALID_PARAMETER);
-  const RecordReply reply = UploadTask(kEveryField);
+  const RecordReply reply = UploadTask(kEveryTaskField);
   EXPECT_EQ(reply.result, S_OK);
   EXPECT_EQ(ValueOf(*tasks().Get(reply.oid).get(), &ITask::get_ReminderTime), kNoDate);
 }
@@ -324,7 +324,8 @@ using TaskSteps = TaskFromXml;
 TEST_F(TaskSteps, AreThoseOfTheFieldsInOrder) {
   const LONG oid = tasks().AddNamed(u"old");
   const auto plan = FaultPlan::CountOnly();
-  EXPECT_EQ(UploadTask(kEveryField + Recurring(Daily()), OidTag(oid)), (RecordReply{oid, S_OK}));
+  EXPECT_EQ(UploadTask(kEveryTaskField + Recurring(Daily()), OidTag(oid)),
+            (RecordReply{oid, S_OK}));
   std::vector<std::string> calls = plan.names();
   std::erase_if(calls, [](const std::string& call) {
     return !call.starts_with("ITask::") && !call.starts_with("IRecurrencePattern::");
@@ -345,7 +346,7 @@ TEST_F(TaskSteps, StopAtTheFirstThatFails) {
                            "put_ReminderSet", "put_ReminderTime", "put_Complete", "put_Importance",
                            "put_StartDate", "put_Categories", "Save"}) {
     const auto plan = FaultPlan::FailCalls(std::string("ITask::") + call, 0x8007000E);
-    EXPECT_EQ(UploadTask(kEveryField + Recurring(Daily()), OidTag(oid)),
+    EXPECT_EQ(UploadTask(kEveryTaskField + Recurring(Daily()), OidTag(oid)),
               (RecordReply{0, E_OUTOFMEMORY}));
     EXPECT_EQ(plan.calls(), 1u) << call;
     EXPECT_EQ(Subject(oid), "old") << call;

@@ -14,7 +14,7 @@ namespace {
 using namespace ce;
 
 // What cannot be looked up counts as absent: the record then is a new one, or deletes nothing.
-bool IsOfALookup(std::string_view call) {
+bool IsOfAContactLookup(std::string_view call) {
   constexpr std::array kLookups{
       std::string_view("IXMLDOMNamedNodeMap::getNamedItem"),
       std::string_view("IXMLDOMNode::get_nodeValue"),
@@ -84,7 +84,7 @@ class UploadFaults : public PimTest {
     if (answer.replies.size() < 3) {
       EXPECT_NE(answer.status, S_OK) << "a request that ends early says so";
     }
-    if (IsOfALookup(call)) return;
+    if (IsOfAContactLookup(call)) return;
     if (answer.replies.size() > 0) ExpectHonestChange(answer.replies[0], call);
     if (answer.replies.size() > 1) ExpectHonestAddition(answer.replies[1], call);
     if (answer.replies.size() > 2) ExpectHonestDeletion(answer.replies[2], call);

@@ -56,17 +56,25 @@ class WireTime : public corvane::testing::HandheldTest,
     ASSERT_TRUE(zone_) << name;
   }
 
-  // For every half hour of some years, and the second before.
+  // For every half hour of the days in some years on which the clocks may change, every six hours
+  // of the other days, and the second before each.
   template <typename Check>
   void ForEachTime(Check check) {
+    const auto offset = [&](seconds time) {
+      return time - zone_->ToWireUtc(local_seconds{time}).time_since_epoch();
+    };
     for (const int year : {1900, 1901, 1947, 1970, 1999, 2000, 2023, 2024, 2025, 2026, 2027, 2028,
                            2038, 2099, 2100, 2101, 2400, 2999}) {
       const seconds end = sys_days{std::chrono::year{year} / 12 / 31}.time_since_epoch() + days{1};
-      for (seconds time = sys_days{std::chrono::year{year} / 1 / 1}.time_since_epoch(); time < end;
-           time += minutes{30}) {
-        check(time);
-        check(time - seconds{1});
-        if (HasFatalFailure()) return;
+      for (seconds day = sys_days{std::chrono::year{year} / 1 / 1}.time_since_epoch(); day < end;
+           day += days{1}) {
+        const bool changes = offset(day - days{1}) != offset(day + days{2});
+        for (seconds time = day; time < day + days{1};
+             time += changes ? minutes{30} : minutes{360}) {
+          check(time);
+          check(time - seconds{1});
+          if (HasFatalFailure()) return;
+        }
       }
     }
   }

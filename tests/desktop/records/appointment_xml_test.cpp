@@ -17,7 +17,7 @@ const Zone& Berlin() {
   return zone;
 }
 
-Appointment Parsed(const std::string& children) {
+Appointment ParsedAppointment(const std::string& children) {
   return AppointmentFromXml(ElementOf("<CALENDAR>" + children + "</CALENDAR>"), Berlin());
 }
 
@@ -47,7 +47,7 @@ Appointment FullAppointment() {
   return full;
 }
 
-constexpr char kFullXml[] =
+constexpr char kFullAppointmentXml[] =
     "<CALENDAR>"
     "<SUBJECT>Choir</SUBJECT>"
     "<LOCATION>Hall</LOCATION>"
@@ -70,11 +70,11 @@ constexpr char kFullXml[] =
     "</CALENDAR>";
 
 TEST(AppointmentToXml, WritesEveryFieldInTheWiresOrder) {
-  EXPECT_EQ(AppointmentToXml(FullAppointment(), Berlin()), kFullXml);
+  EXPECT_EQ(AppointmentToXml(FullAppointment(), Berlin()), kFullAppointmentXml);
 }
 
 TEST(AppointmentFromXml, ReadsEveryFieldBack) {
-  EXPECT_EQ(AppointmentFromXml(ElementOf(kFullXml), Berlin()), FullAppointment());
+  EXPECT_EQ(AppointmentFromXml(ElementOf(kFullAppointmentXml), Berlin()), FullAppointment());
 }
 
 TEST(AppointmentToXml, WritesTheBusyStatusAlwaysAndNoEmptyField) {
@@ -96,7 +96,7 @@ TEST(AppointmentToXml, EndsAnAllDayEventOnItsLastDay) {
 
 TEST(AppointmentFromXml, GivesAnAllDayEventADayAtLeast) {
   for (const char* end : {"20080215T000000", "20080214T000000", "", "nonsense"}) {
-    const Appointment appointment = Parsed(
+    const Appointment appointment = ParsedAppointment(
         "<ALL_DAY_EVENT>TRUE</ALL_DAY_EVENT><EVENT_START>20080215T000000</EVENT_START>"
         "<EVENT_END>" +
         std::string(end) + "</EVENT_END>");
@@ -119,42 +119,45 @@ TEST(AppointmentFromXml, TakesWholeDaysAsTheyStandInEveryZone) {
 TEST(AppointmentFromXml, LeavesOutTimesThatDoNotExistOrLieTooFarAway) {
   for (const char* text : {"", "20080215", "20080231T100000", "18991231T100000", "30000102T100000",
                            "20080215T250000"}) {
-    const Appointment appointment = Parsed("<EVENT_START>" + std::string(text) +
-                                           "</EVENT_START><EVENT_END>" + text + "</EVENT_END>");
+    const Appointment appointment = ParsedAppointment(
+        "<EVENT_START>" + std::string(text) + "</EVENT_START><EVENT_END>" + text + "</EVENT_END>");
     EXPECT_EQ(appointment.start, std::nullopt) << text;
     EXPECT_EQ(appointment.end, std::nullopt) << text;
   }
-  EXPECT_EQ(Parsed("<ALL_DAY_EVENT>TRUE</ALL_DAY_EVENT><EVENT_START>18991230T000000</EVENT_START>"
-                   "<EVENT_END>18991230T000000</EVENT_END>")
+  EXPECT_EQ(ParsedAppointment(
+                "<ALL_DAY_EVENT>TRUE</ALL_DAY_EVENT><EVENT_START>18991230T000000</EVENT_START>"
+                "<EVENT_END>18991230T000000</EVENT_END>")
                 .start,
             std::nullopt);
 }
 
 TEST(AppointmentFromXml, EndsNothingBeforeItsStart) {
-  const Appointment appointment =
-      Parsed("<EVENT_START>20080215T100000</EVENT_START><EVENT_END>20080215T090000</EVENT_END>");
+  const Appointment appointment = ParsedAppointment(
+      "<EVENT_START>20080215T100000</EVENT_START><EVENT_END>20080215T090000</EVENT_END>");
   EXPECT_EQ(appointment.end, appointment.start);
 }
 
 TEST(AppointmentFromXml, IsFreeWithoutABusyStatusAndKeepsOddOnes) {
-  EXPECT_EQ(Parsed("").busyStatus, 0);
-  EXPECT_EQ(Parsed("<BusyStatus>17</BusyStatus>").busyStatus, 17);
+  EXPECT_EQ(ParsedAppointment("").busyStatus, 0);
+  EXPECT_EQ(ParsedAppointment("<BusyStatus>17</BusyStatus>").busyStatus, 17);
 }
 
 TEST(AppointmentFromXml, ReadsMinutesOfAReminderThatIsSetAlone) {
-  EXPECT_EQ(Parsed("<ReminderMinutes>5</ReminderMinutes>").reminderMinutes, std::nullopt);
-  EXPECT_EQ(Parsed("<HAS_REMINDER>TRUE</HAS_REMINDER>").reminderMinutes, 0);
-  EXPECT_EQ(Parsed("<HAS_REMINDER>TRUE</HAS_REMINDER><ReminderMinutes>-30</ReminderMinutes>")
-                .reminderMinutes,
-            -30);
+  EXPECT_EQ(ParsedAppointment("<ReminderMinutes>5</ReminderMinutes>").reminderMinutes,
+            std::nullopt);
+  EXPECT_EQ(ParsedAppointment("<HAS_REMINDER>TRUE</HAS_REMINDER>").reminderMinutes, 0);
+  EXPECT_EQ(
+      ParsedAppointment("<HAS_REMINDER>TRUE</HAS_REMINDER><ReminderMinutes>-30</ReminderMinutes>")
+          .reminderMinutes,
+      -30);
 }
 
 TEST(AppointmentFromXml, HasASeriesOnlyWhenItSaysSoAndThePatternIsUnderstood) {
   const std::string recurrence = "<RECURRENCE><TYPE>DAILY</TYPE></RECURRENCE>";
-  EXPECT_FALSE(Parsed(recurrence).series);
-  EXPECT_FALSE(Parsed("<IS_RECURRING>TRUE</IS_RECURRING>").series);
-  EXPECT_FALSE(Parsed("<IS_RECURRING>TRUE</IS_RECURRING><RECURRENCE/>").series);
-  EXPECT_TRUE(Parsed("<IS_RECURRING>TRUE</IS_RECURRING>" + recurrence).series);
+  EXPECT_FALSE(ParsedAppointment(recurrence).series);
+  EXPECT_FALSE(ParsedAppointment("<IS_RECURRING>TRUE</IS_RECURRING>").series);
+  EXPECT_FALSE(ParsedAppointment("<IS_RECURRING>TRUE</IS_RECURRING><RECURRENCE/>").series);
+  EXPECT_TRUE(ParsedAppointment("<IS_RECURRING>TRUE</IS_RECURRING>" + recurrence).series);
 }
 
 TEST(AppointmentFromXml, OrdersExceptionsAndLetsDeletionsGoFirst) {
@@ -162,13 +165,13 @@ TEST(AppointmentFromXml, OrdersExceptionsAndLetsDeletionsGoFirst) {
     return "<ChangedException><SUBJECT>" + day + "</SUBJECT><OriginalDate>" + day +
            "</OriginalDate></ChangedException>";
   };
-  const Appointment appointment =
-      Parsed("<IS_RECURRING>TRUE</IS_RECURRING><RECURRENCE><TYPE>DAILY</TYPE>" +
-             changed("20240503") + changed("20240501") + changed("20240502") +
-             "<DeletedException>20240509T000000</DeletedException><DeletedException>20240502"
-             "</DeletedException><DeletedException>20240509</DeletedException><DeletedException>x"
-             "</DeletedException><ChangedException><SUBJECT>lost</SUBJECT></ChangedException>"
-             "</RECURRENCE>");
+  const Appointment appointment = ParsedAppointment(
+      "<IS_RECURRING>TRUE</IS_RECURRING><RECURRENCE><TYPE>DAILY</TYPE>" + changed("20240503") +
+      changed("20240501") + changed("20240502") +
+      "<DeletedException>20240509T000000</DeletedException><DeletedException>20240502"
+      "</DeletedException><DeletedException>20240509</DeletedException><DeletedException>x"
+      "</DeletedException><ChangedException><SUBJECT>lost</SUBJECT></ChangedException>"
+      "</RECURRENCE>");
   ASSERT_TRUE(appointment.series);
   EXPECT_EQ(appointment.series->deleted,
             (std::vector<formats::local_days>{Day(2024, 5, 2), Day(2024, 5, 9)}));
@@ -189,7 +192,8 @@ TEST(AppointmentToXml, SendsTimesAsTheHandheldConvertsThem) {
 }
 
 TEST(AppointmentFromXml, IgnoresWhatItDoesNotKnow) {
-  EXPECT_EQ(Parsed("<NEW>x</NEW><BodyInk>TRUE</BodyInk><BusyStatus>2</BusyStatus>"), Appointment());
+  EXPECT_EQ(ParsedAppointment("<NEW>x</NEW><BodyInk>TRUE</BodyInk><BusyStatus>2</BusyStatus>"),
+            Appointment());
 }
 
 }  // namespace

@@ -13,7 +13,7 @@ using namespace std::chrono_literals;
 using formats::Contact;
 using formats::ContactField;
 
-Contact Parsed(const std::string& record) {
+Contact ParsedContact(const std::string& record) {
   return ContactFromXml(ParseRecords("<root>" + record + "</root>").at(0).element);
 }
 
@@ -33,7 +33,7 @@ Contact FullContact() {
   return contact;
 }
 
-constexpr std::string_view kFullXml =
+constexpr std::string_view kFullContactXml =
     "<CONTACT>"
     "<EMAIL_ADDRESSES>"
     "<EMAIL_ADDRESS><NAME>Email1Address</NAME><TYPE>email1</TYPE></EMAIL_ADDRESS>"
@@ -88,7 +88,7 @@ constexpr std::string_view kFullXml =
     "</CONTACT>";
 
 TEST(ContactToXml, WritesEveryFieldInTheWiresOrder) {
-  EXPECT_EQ(ContactToXml(FullContact()), kFullXml);
+  EXPECT_EQ(ContactToXml(FullContact()), kFullContactXml);
 }
 
 TEST(ContactFromXml, ReadsEveryFieldBack) {
@@ -96,7 +96,7 @@ TEST(ContactFromXml, ReadsEveryFieldBack) {
   for (std::size_t i = 0; i < formats::kContactFieldCount; ++i) {
     if (!IsOnTheWire(static_cast<ContactField>(i))) expected.fields[i].clear();
   }
-  EXPECT_EQ(Parsed(std::string(kFullXml)), expected);
+  EXPECT_EQ(ParsedContact(std::string(kFullContactXml)), expected);
 }
 
 TEST(ContactToXml, LeavesEmptyFieldsOut) {
@@ -126,11 +126,11 @@ TEST(ContactToXml, LeavesOutCategoriesThatWouldFailTheRecord) {
 TEST(ContactToXml, EscapesAndRoundTripsOddText) {
   Contact contact;
   contact[ContactField::kBody] = "<a> & \"b\"\nÄöü \xF0\x9F\x98\x80";
-  EXPECT_EQ(Parsed(ContactToXml(contact)), contact);
+  EXPECT_EQ(ParsedContact(ContactToXml(contact)), contact);
 }
 
 TEST(ContactFromXml, IgnoresUnknownElementsAndTypes) {
-  const Contact contact = Parsed(
+  const Contact contact = ParsedContact(
       "<CONTACT><NEW_FIELD>x</NEW_FIELD><BodyInk>TRUE</BodyInk><EMAIL_ADDRESSES><EMAIL_ADDRESS>"
       "<NAME>a</NAME><TYPE>Email1</TYPE></EMAIL_ADDRESS></EMAIL_ADDRESSES></CONTACT>");
   EXPECT_EQ(contact, Contact());
@@ -139,10 +139,11 @@ TEST(ContactFromXml, IgnoresUnknownElementsAndTypes) {
 TEST(ContactFromXml, LeavesOutDatesThatDoNotExist) {
   for (const char* text : {"20080231T000000", "2008-02-15", "20081301", "0", "", "-0080215"}) {
     const Contact contact =
-        Parsed("<CONTACT><BIRTHDAY>" + std::string(text) + "</BIRTHDAY></CONTACT>");
+        ParsedContact("<CONTACT><BIRTHDAY>" + std::string(text) + "</BIRTHDAY></CONTACT>");
     EXPECT_EQ(contact.birthday, std::nullopt) << text;
   }
-  EXPECT_EQ(Parsed("<CONTACT><BIRTHDAY>20080229</BIRTHDAY></CONTACT>").birthday, 2008y / 2 / 29);
+  EXPECT_EQ(ParsedContact("<CONTACT><BIRTHDAY>20080229</BIRTHDAY></CONTACT>").birthday,
+            2008y / 2 / 29);
 }
 
 TEST(ContactToXml, ChangesWithEveryFieldOfTheWireAndWithNothingElse) {

@@ -15,7 +15,7 @@ Record Only(const std::string& record) {
   return ParseRecords(Document(record)).at(0);
 }
 
-formats::MessageTime At(const char* text) {
+formats::MessageTime TimeOf(const char* text) {
   return formats::ParseMessageTime(text).value();
 }
 
@@ -28,7 +28,7 @@ TEST(MessageFromXml, TakesEveryField) {
   EXPECT_EQ(record.oidText, "0000000000000005000000010000000000000008");
   TextMessage wanted;
   wanted.folder = "/Inbox/Old";
-  wanted.time = At("2008-02-15T13:45:01Z");
+  wanted.time = TimeOf("2008-02-15T13:45:01Z");
   wanted.flags.read = true;
   wanted.flags.fromMe = true;
   wanted.from.address = "+49 & 1";
@@ -87,8 +87,8 @@ TEST(CallFromXml, TakesEveryField) {
   wanted.outgoing = true;
   wanted.roaming = true;
   wanted.callerId = formats::kCallerIdAvailable;
-  wanted.start = At("2008-02-15T13:45:01Z");
-  wanted.end = At("2008-02-15T13:46:01Z");
+  wanted.start = TimeOf("2008-02-15T13:45:01Z");
+  wanted.end = TimeOf("2008-02-15T13:46:01Z");
   EXPECT_EQ(CallFromXml(record.element), wanted);
 }
 

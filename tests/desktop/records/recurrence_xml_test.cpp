@@ -10,7 +10,7 @@ namespace {
 using calendar::Pattern;
 using calendar::PatternType;
 
-std::optional<Pattern> Parsed(const std::string& children) {
+std::optional<Pattern> ParsedPattern(const std::string& children) {
   return PatternFromXml(ElementOf("<RECURRENCE>" + children + "</RECURRENCE>"));
 }
 
@@ -25,7 +25,7 @@ class EveryType : public ::testing::TestWithParam<Case> {};
 TEST_P(EveryType, IsWrittenAndReadWithoutAnEnd) {
   const std::string xml = GetParam().xml + "<END_DATE>0</END_DATE>";
   EXPECT_EQ(PatternToXml(GetParam().pattern), xml);
-  EXPECT_EQ(Parsed(xml), GetParam().pattern);
+  EXPECT_EQ(ParsedPattern(xml), GetParam().pattern);
 }
 
 TEST_P(EveryType, IsWrittenAndReadWithANumberOfOccurrences) {
@@ -33,7 +33,7 @@ TEST_P(EveryType, IsWrittenAndReadWithANumberOfOccurrences) {
   pattern.occurrences = 10;
   const std::string xml = GetParam().xml + "<Occurrences>10</Occurrences>";
   EXPECT_EQ(PatternToXml(pattern), xml);
-  EXPECT_EQ(Parsed(xml), pattern);
+  EXPECT_EQ(ParsedPattern(xml), pattern);
 }
 
 TEST_P(EveryType, IsWrittenAndReadWithALastDay) {
@@ -41,7 +41,7 @@ TEST_P(EveryType, IsWrittenAndReadWithALastDay) {
   pattern.until = Day(2009, 12, 31);
   const std::string xml = GetParam().xml + "<END_DATE>20091231T000000</END_DATE>";
   EXPECT_EQ(PatternToXml(pattern), xml);
-  EXPECT_EQ(Parsed(xml), pattern);
+  EXPECT_EQ(ParsedPattern(xml), pattern);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -75,8 +75,8 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& each) { return std::string(each.param.name); });
 
 TEST(PatternFromXml, TakesTheNumberOfOccurrencesBeforeTheEndDate) {
-  const auto pattern =
-      Parsed("<TYPE>DAILY</TYPE><END_DATE>20091231T000000</END_DATE><Occurrences>4</Occurrences>");
+  const auto pattern = ParsedPattern(
+      "<TYPE>DAILY</TYPE><END_DATE>20091231T000000</END_DATE><Occurrences>4</Occurrences>");
   ASSERT_TRUE(pattern);
   EXPECT_EQ(pattern->occurrences, 4);
   EXPECT_EQ(pattern->until, std::nullopt);
@@ -86,7 +86,7 @@ TEST(PatternFromXml, HasNoEndWithoutOccurrencesOrWithNone) {
   for (const char* end : {"", "<Occurrences>0</Occurrences>", "<Occurrences>-1</Occurrences>",
                           "<END_DATE>0</END_DATE>", "<END_DATE/>", "<END_DATE>never</END_DATE>",
                           "<Occurrences>0</Occurrences><END_DATE>20091231</END_DATE>"}) {
-    EXPECT_EQ(Parsed(std::string("<TYPE>DAILY</TYPE>") + end), Pattern{}) << end;
+    EXPECT_EQ(ParsedPattern(std::string("<TYPE>DAILY</TYPE>") + end), Pattern{}) << end;
   }
 }
 
@@ -97,8 +97,8 @@ TEST(PatternFromXml, ReadsDaysOfTheWeekAsTheAgentDoes) {
   } cases[] = {{"1, 3, 5", 42}, {"1 3 5", 42}, {"1,3,5", 42}, {"0", 1},   {"6", 64},
                {"1,2 3", 10},   {"1,,2", 7},   {"1, 9", 2},   {"5 5", 64}};
   for (const auto& each : cases) {
-    const auto pattern =
-        Parsed("<TYPE>WEEKLY</TYPE><DAYS_OF_WEEK>" + std::string(each.text) + "</DAYS_OF_WEEK>");
+    const auto pattern = ParsedPattern("<TYPE>WEEKLY</TYPE><DAYS_OF_WEEK>" +
+                                       std::string(each.text) + "</DAYS_OF_WEEK>");
     ASSERT_TRUE(pattern) << each.text;
     EXPECT_EQ(pattern->daysOfWeek, each.mask) << each.text;
   }
@@ -120,13 +120,13 @@ TEST(PatternFromXml, IsNothingForWhatNoHandheldHas) {
         "<TYPE>DAILY</TYPE><FREQUENCY>0</FREQUENCY>",
         "<TYPE>DAILY</TYPE><FREQUENCY>1000</FREQUENCY>",
         "<TYPE>DAILY</TYPE><END_DATE>20090231T000000</END_DATE>"}) {
-    EXPECT_EQ(Parsed(xml), std::nullopt) << xml;
+    EXPECT_EQ(ParsedPattern(xml), std::nullopt) << xml;
   }
 }
 
 TEST(PatternFromXml, PaysNoHeedToAnIntervalOfYears) {
-  const auto pattern =
-      Parsed("<TYPE>YEARLY_BY_DATE</TYPE><DAY>1</DAY><MONTH>1</MONTH><FREQUENCY>2</FREQUENCY>");
+  const auto pattern = ParsedPattern(
+      "<TYPE>YEARLY_BY_DATE</TYPE><DAY>1</DAY><MONTH>1</MONTH><FREQUENCY>2</FREQUENCY>");
   ASSERT_TRUE(pattern);
   EXPECT_EQ(pattern->interval, 1);
 }

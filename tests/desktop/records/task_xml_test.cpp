@@ -11,7 +11,7 @@ using calendar::PatternType;
 using formats::Importance;
 using formats::Task;
 
-Task Parsed(const std::string& children) {
+Task ParsedTask(const std::string& children) {
   return TaskFromXml(ElementOf("<TASK>" + children + "</TASK>"), ZoneNamed("Europe/Berlin"));
 }
 
@@ -30,7 +30,7 @@ Task FullTask() {
   return full;
 }
 
-constexpr char kFullXml[] =
+constexpr char kFullTaskXml[] =
     "<TASK>"
     "<SUBJECT>Tax</SUBJECT>"
     "<CATEGORIES><CATEGORY><Name>Home</Name></CATEGORY></CATEGORIES>"
@@ -48,11 +48,11 @@ constexpr char kFullXml[] =
     "</TASK>";
 
 TEST(TaskToXml, WritesEveryFieldInTheWiresOrder) {
-  EXPECT_EQ(TaskToXml(FullTask()), kFullXml);
+  EXPECT_EQ(TaskToXml(FullTask()), kFullTaskXml);
 }
 
 TEST(TaskFromXml, ReadsEveryFieldBack) {
-  EXPECT_EQ(TaskFromXml(ElementOf(kFullXml), ZoneNamed("Asia/Tokyo")), FullTask());
+  EXPECT_EQ(TaskFromXml(ElementOf(kFullTaskXml), ZoneNamed("Asia/Tokyo")), FullTask());
 }
 
 TEST(TaskToXml, WritesThePriorityAlwaysAndNoEmptyField) {
@@ -69,7 +69,7 @@ TEST(TaskToXml, TurnsTheImportanceIntoAPriorityAndBack) {
     task.importance = each.importance;
     const std::string element = std::string("<PRIORITY>") + each.priority + "</PRIORITY>";
     EXPECT_EQ(TaskToXml(task), "<TASK>" + element + "</TASK>");
-    EXPECT_EQ(Parsed(element).importance, each.importance);
+    EXPECT_EQ(ParsedTask(element).importance, each.importance);
   }
 }
 
@@ -81,7 +81,7 @@ TEST(TaskFromXml, TakesEveryNumberForAPriority) {
                {"5", Importance::kLow},   {"99", Importance::kLow}, {"", Importance::kNormal},
                {"abc", Importance::kHigh}};
   for (const auto& each : cases) {
-    EXPECT_EQ(Parsed(std::string("<PRIORITY>") + each.priority + "</PRIORITY>").importance,
+    EXPECT_EQ(ParsedTask(std::string("<PRIORITY>") + each.priority + "</PRIORITY>").importance,
               each.importance)
         << each.priority;
   }
@@ -89,38 +89,41 @@ TEST(TaskFromXml, TakesEveryNumberForAPriority) {
 
 TEST(TaskFromXml, CountsAReminderFromTheMidnightOfTheDueDate) {
   const std::string set = "<HAS_REMINDER>TRUE</HAS_REMINDER><DUE_DATE>20080301T000000</DUE_DATE>";
-  EXPECT_EQ(Parsed(set + "<ReminderMinutes>60</ReminderMinutes>").reminder,
+  EXPECT_EQ(ParsedTask(set + "<ReminderMinutes>60</ReminderMinutes>").reminder,
             At(Day(2008, 2, 29), 23));
-  EXPECT_EQ(Parsed(set + "<ReminderMinutes>-540</ReminderMinutes>").reminder,
+  EXPECT_EQ(ParsedTask(set + "<ReminderMinutes>-540</ReminderMinutes>").reminder,
             At(Day(2008, 3, 1), 9));
-  EXPECT_EQ(Parsed(set).reminder, At(Day(2008, 3, 1), 0));
+  EXPECT_EQ(ParsedTask(set).reminder, At(Day(2008, 3, 1), 0));
 }
 
 TEST(TaskFromXml, TakesTheMinutesBeforeTheTimeInUtc) {
-  EXPECT_EQ(Parsed("<DUE_DATE>20080301T000000</DUE_DATE><HAS_REMINDER>TRUE</HAS_REMINDER>"
-                   "<ReminderTime>20080229T010101</ReminderTime>"
-                   "<ReminderMinutes>60</ReminderMinutes>")
+  EXPECT_EQ(ParsedTask("<DUE_DATE>20080301T000000</DUE_DATE><HAS_REMINDER>TRUE</HAS_REMINDER>"
+                       "<ReminderTime>20080229T010101</ReminderTime>"
+                       "<ReminderMinutes>60</ReminderMinutes>")
                 .reminder,
             At(Day(2008, 2, 29), 23));
 }
 
 TEST(TaskFromXml, TakesTheTimeInUtcOfATaskThatIsNeverDue) {
-  EXPECT_EQ(Parsed("<HAS_REMINDER>TRUE</HAS_REMINDER><ReminderTime>20080701T070000</ReminderTime>")
-                .reminder,
-            At(Day(2008, 7, 1), 9));
-  EXPECT_EQ(Parsed("<HAS_REMINDER>TRUE</HAS_REMINDER>").reminder, std::nullopt);
-  EXPECT_EQ(Parsed("<HAS_REMINDER>TRUE</HAS_REMINDER><ReminderTime>45010101T000000</ReminderTime>")
-                .reminder,
-            std::nullopt);
+  EXPECT_EQ(
+      ParsedTask("<HAS_REMINDER>TRUE</HAS_REMINDER><ReminderTime>20080701T070000</ReminderTime>")
+          .reminder,
+      At(Day(2008, 7, 1), 9));
+  EXPECT_EQ(ParsedTask("<HAS_REMINDER>TRUE</HAS_REMINDER>").reminder, std::nullopt);
+  EXPECT_EQ(
+      ParsedTask("<HAS_REMINDER>TRUE</HAS_REMINDER><ReminderTime>45010101T000000</ReminderTime>")
+          .reminder,
+      std::nullopt);
 }
 
 TEST(TaskFromXml, HasNoReminderThatIsNotSetOrLiesTooFarAway) {
-  EXPECT_EQ(Parsed("<DUE_DATE>20080301</DUE_DATE><ReminderMinutes>60</ReminderMinutes>").reminder,
-            std::nullopt);
+  EXPECT_EQ(
+      ParsedTask("<DUE_DATE>20080301</DUE_DATE><ReminderMinutes>60</ReminderMinutes>").reminder,
+      std::nullopt);
   for (const char* minutes : {"2147483647", "-2147483648", "99999999999"}) {
-    EXPECT_EQ(Parsed("<DUE_DATE>20080301</DUE_DATE><HAS_REMINDER>TRUE</HAS_REMINDER>"
-                     "<ReminderMinutes>" +
-                     std::string(minutes) + "</ReminderMinutes>")
+    EXPECT_EQ(ParsedTask("<DUE_DATE>20080301</DUE_DATE><HAS_REMINDER>TRUE</HAS_REMINDER>"
+                         "<ReminderMinutes>" +
+                         std::string(minutes) + "</ReminderMinutes>")
                   .reminder,
               std::nullopt)
         << minutes;
@@ -145,11 +148,11 @@ TEST(TaskToXml, RemindsOnTheWholeMinuteBefore) {
 }
 
 TEST(TaskFromXml, ReadsTheDayOfCompletionOfACompleteTaskAlone) {
-  EXPECT_EQ(
-      Parsed("<COMPLETED>TRUE</COMPLETED><DateCompleted>20240530T000000</DateCompleted>").completed,
-      Day(2024, 5, 30));
-  EXPECT_EQ(Parsed("<DateCompleted>20240530T000000</DateCompleted>").completed, std::nullopt);
-  EXPECT_EQ(Parsed("<COMPLETED>TRUE</COMPLETED>").completed, std::nullopt);
+  EXPECT_EQ(ParsedTask("<COMPLETED>TRUE</COMPLETED><DateCompleted>20240530T000000</DateCompleted>")
+                .completed,
+            Day(2024, 5, 30));
+  EXPECT_EQ(ParsedTask("<DateCompleted>20240530T000000</DateCompleted>").completed, std::nullopt);
+  EXPECT_EQ(ParsedTask("<COMPLETED>TRUE</COMPLETED>").completed, std::nullopt);
 }
 
 TEST(TaskToXml, DoesNotSendTheDayOfCompletion) {

@@ -15,10 +15,10 @@ namespace {
 
 using ::testing::HasSubstr;
 
-const std::string kFirst =
+const std::string kFirstMessage =
     "<SMS Oid=\"0A\"><Folder>/Inbox</Folder><Time>20080215T134501</Time><Flags>1</Flags>"
     "<Sender>+491</Sender><NOTES>Hi &amp; bye</NOTES></SMS>";
-const std::string kSecond =
+const std::string kSecondMessage =
     "<SMS Oid=\"0B\"><Folder>/Sent Items</Folder><Flags>37</Flags><NOTES>x</NOTES><Recipients>"
     "<Recipient><Number>+492</Number></Recipient></Recipients></SMS>";
 const std::string kMultimedia = "<SMS Oid=\"0C\"><Folder>/Inbox</Folder></SMS>";
@@ -26,14 +26,14 @@ const std::string kCall =
     "<Call><Number>+491</Number><Outgoing>FALSE</Outgoing><Connected>TRUE</Connected>"
     "<Roam>FALSE</Roam><Ended>TRUE</Ended><CID>2</CID><Start>20080215T134501</Start>"
     "<End>20080215T134601</End></Call>";
-const std::string kTrailer = Word(0) + Word(0);
-const std::string kTwoDocuments =
-    Word(0) + Counted(Document(kFirst)) + Counted(Document(kSecond)) + kTrailer;
+const std::string kNoMore = Word(0) + Word(0);
+const std::string kTwoMessages =
+    Word(0) + Counted(Document(kFirstMessage)) + Counted(Document(kSecondMessage)) + kNoMore;
 constexpr char kFirstLine[] =
     "{\"oid\":\"0A\",\"folder\":\"/Inbox\",\"class\":\"sms\",\"time\":\"2008-02-15T13:45:01Z\","
     "\"flags\":[\"read\"],\"from\":{\"address\":\"+491\"},\"text\":\"Hi & bye\"}\n";
 
-std::string Xml(const std::string& lines) {
+std::string MessagesXml(const std::string& lines) {
   return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<root>\n" + lines + "</root>\n";
 }
 
@@ -60,7 +60,7 @@ TEST_F(PullPhoneTest, AsksForAllOfTheKind) {
     SeenRequest seen;
     FakeAgent agent({[&seen](Peer& peer) {
       seen = ReadRequest(peer.ReceiveCounted());
-      peer.Send(Word(0) + kTrailer);
+      peer.Send(Word(0) + kNoMore);
     }});
     options_.kind = kind;
     EXPECT_EQ(Run(agent.options()), kDone);
@@ -72,7 +72,7 @@ TEST_F(PullPhoneTest, AsksForAllOfTheKind) {
 }
 
 TEST_F(PullPhoneTest, WritesALineOfJsonForEachMessage) {
-  EXPECT_EQ(RunAgainst(kTwoDocuments), kDone);
+  EXPECT_EQ(RunAgainst(kTwoMessages), kDone);
   EXPECT_EQ(out(), std::string(kFirstLine) +
                        "{\"oid\":\"0B\",\"folder\":\"/Sent Items\",\"class\":\"sms\","
                        "\"flags\":[\"read\",\"submitted\",\"from-me\"],"
@@ -82,7 +82,7 @@ TEST_F(PullPhoneTest, WritesALineOfJsonForEachMessage) {
 
 TEST_F(PullPhoneTest, WritesALineOfJsonForEachCall) {
   options_.kind = RecordKind::kCalls;
-  EXPECT_EQ(RunAgainst(Word(0) + Counted(Document(kCall + kCall)) + kTrailer), kDone);
+  EXPECT_EQ(RunAgainst(Word(0) + Counted(Document(kCall + kCall)) + kNoMore), kDone);
   const std::string line =
       "{\"number\":\"+491\",\"start\":\"2008-02-15T13:45:01Z\",\"end\":\"2008-02-15T13:46:01Z\","
       "\"outgoing\":false,\"connected\":true,\"missed\":false,\"roaming\":false,\"ended\":true,"
@@ -92,13 +92,13 @@ TEST_F(PullPhoneTest, WritesALineOfJsonForEachCall) {
 
 TEST_F(PullPhoneTest, MergesTheDocumentsUnderOneRootWithTheirBytes) {
   options_.format = RecordFormat::kXml;
-  EXPECT_EQ(RunAgainst(kTwoDocuments), kDone);
-  EXPECT_EQ(out(), Xml(kFirst + "\n" + kSecond + "\n"));
+  EXPECT_EQ(RunAgainst(kTwoMessages), kDone);
+  EXPECT_EQ(out(), MessagesXml(kFirstMessage + "\n" + kSecondMessage + "\n"));
 }
 
 TEST_F(PullPhoneTest, WritesABackupThatReadsAsTheSameMessages) {
   options_.format = RecordFormat::kSmsBackup;
-  EXPECT_EQ(RunAgainst(kTwoDocuments), kDone);
+  EXPECT_EQ(RunAgainst(kTwoMessages), kDone);
   EXPECT_THAT(out(), HasSubstr("<smses count=\"2\">\n"));
   std::vector<formats::TextMessage> messages;
   formats::ItemSink sink;
@@ -117,7 +117,7 @@ TEST_F(PullPhoneTest, WritesABackupThatReadsAsTheSameCalls) {
   options_.kind = RecordKind::kCalls;
   options_.format = RecordFormat::kSmsBackup;
   ToFile();
-  EXPECT_EQ(RunAgainst(Word(0) + Counted(Document(kCall)) + kTrailer), kDone);
+  EXPECT_EQ(RunAgainst(Word(0) + Counted(Document(kCall)) + kNoMore), kDone);
   const std::string backup = directory_.Read("out");
   EXPECT_THAT(backup, HasSubstr("<calls count=\"1\">\n"));
   std::vector<formats::Call> calls;
@@ -132,7 +132,7 @@ TEST_F(PullPhoneTest, WritesABackupThatReadsAsTheSameCalls) {
 TEST_F(PullPhoneTest, WritesAnEmptyFormForNoMessages) {
   const std::pair<RecordFormat, std::string> cases[] = {
       {RecordFormat::kJson, ""},
-      {RecordFormat::kXml, Xml("")},
+      {RecordFormat::kXml, MessagesXml("")},
       {RecordFormat::kSmsBackup,
        "<?xml version='1.0' encoding='UTF-8' standalone='yes' ?>\n<smses count=\"0\">\n"
        "</smses>\n"}};
@@ -140,7 +140,7 @@ TEST_F(PullPhoneTest, WritesAnEmptyFormForNoMessages) {
   for (const auto& [format, content] : cases) {
     options_.format = format;
     directory_.Write("out", "before");
-    EXPECT_EQ(RunAgainst(Word(0) + kTrailer), kDone);
+    EXPECT_EQ(RunAgainst(Word(0) + kNoMore), kDone);
     EXPECT_EQ(directory_.Read("out"), content);
   }
   EXPECT_THAT(out(), HasSubstr("out: 0 text messages\n"));
@@ -148,20 +148,20 @@ TEST_F(PullPhoneTest, WritesAnEmptyFormForNoMessages) {
 
 TEST_F(PullPhoneTest, SaysHowManyAreInTheFile) {
   ToFile();
-  EXPECT_EQ(RunAgainst(kTwoDocuments), kDone);
+  EXPECT_EQ(RunAgainst(kTwoMessages), kDone);
   EXPECT_EQ(out(), (directory_ / "out").string() + ": 2 text messages\n");
   EXPECT_EQ(Names(directory_), std::vector<std::string>{"out"});
 }
 
 TEST_F(PullPhoneTest, NamesAMultimediaMessageAndKeepsWhatThereIs) {
-  EXPECT_EQ(RunAgainst(Word(0) + Counted(Document(kMultimedia + kFirst)) + kTrailer), kDone);
+  EXPECT_EQ(RunAgainst(Word(0) + Counted(Document(kMultimedia + kFirstMessage)) + kNoMore), kDone);
   EXPECT_EQ(err(), "multimedia message 0C in /Inbox: the handheld sends nothing else of it\n");
   EXPECT_EQ(out(),
             std::string("{\"oid\":\"0C\",\"folder\":\"/Inbox\",\"class\":\"mms\"}\n") + kFirstLine);
 }
 
 TEST_F(PullPhoneTest, LeavesOutWhatIsNoneOfTheKind) {
-  EXPECT_EQ(RunAgainst(Word(0) + Counted(Document(kCall + kFirst)) + kTrailer), kDone);
+  EXPECT_EQ(RunAgainst(Word(0) + Counted(Document(kCall + kFirstMessage)) + kNoMore), kDone);
   EXPECT_EQ(err(), "left out: Call is no text message\n");
   EXPECT_EQ(out(), kFirstLine);
 }
@@ -187,19 +187,19 @@ TEST_F(PullPhoneTest, SaysThatThereIsNoTelephoneOrNoConverter) {
   EXPECT_EQ(RunAgainst(Word(0) + Counted(Document(kCall)) + Word(0) + Word(0x80004001)),
             kPartlyDone);
   EXPECT_THAT(err(), HasSubstr("partial: the handheld cannot convert the note of a call: 0x8000"));
-  EXPECT_EQ(out(), Xml(kCall + "\n"));
+  EXPECT_EQ(out(), MessagesXml(kCall + "\n"));
 }
 
 TEST_F(PullPhoneTest, KeepsCompleteDocumentsWhenCutOffAtEachByte) {
   ToFile();
-  const std::size_t first = 4 + Counted(Document(kFirst)).size();
-  const std::size_t second = first + Counted(Document(kSecond)).size();
+  const std::size_t first = 4 + Counted(Document(kFirstMessage)).size();
+  const std::size_t second = first + Counted(Document(kSecondMessage)).size();
   for (const RecordFormat format :
        {RecordFormat::kJson, RecordFormat::kXml, RecordFormat::kSmsBackup}) {
     options_.format = format;
-    for (std::size_t length = 0; length < kTwoDocuments.size(); ++length) {
+    for (std::size_t length = 0; length < kTwoMessages.size(); ++length) {
       directory_.Write("out", "before");
-      const int code = RunAgainst(kTwoDocuments.substr(0, length));
+      const int code = RunAgainst(kTwoMessages.substr(0, length));
       EXPECT_EQ(code, length < first ? kFailed : kPartlyDone) << length;
       EXPECT_EQ(directory_.Read("out"), "before") << length;
       const std::filesystem::path partial = directory_ / "out.partial";
@@ -216,7 +216,7 @@ TEST_F(PullPhoneTest, KeepsCompleteDocumentsWhenCutOffAtEachByte) {
 TEST_F(PullPhoneTest, WritesTheRecordsAsTheyComeToTheStandardOutput) {
   FakeAgent agent({[](Peer& peer) {
     peer.ReceiveCounted();
-    peer.Send(Word(0) + Counted(Document(kFirst)));
+    peer.Send(Word(0) + Counted(Document(kFirstMessage)));
   }});
   EXPECT_EQ(Run(agent.options()), kPartlyDone);
   EXPECT_EQ(out(), kFirstLine);
@@ -224,13 +224,13 @@ TEST_F(PullPhoneTest, WritesTheRecordsAsTheyComeToTheStandardOutput) {
 }
 
 TEST_F(PullPhoneTest, GivesUpOnADocumentThatIsNone) {
-  EXPECT_EQ(RunAgainst(Word(0) + Counted("<root>") + kTrailer), kFailed);
+  EXPECT_EQ(RunAgainst(Word(0) + Counted("<root>") + kNoMore), kFailed);
   EXPECT_THAT(err(), HasSubstr("the answer makes no sense: document 1: line 1: "));
 }
 
 TEST_F(PullPhoneTest, EndsWhenTheStandardOutputHasGone) {
   console_.out.setstate(std::ios::badbit);
-  EXPECT_EQ(RunAgainst(kTwoDocuments), kFailed);
+  EXPECT_EQ(RunAgainst(kTwoMessages), kFailed);
   EXPECT_THAT(err(), HasSubstr("cannot write to the standard output"));
 }
 

@@ -9,7 +9,7 @@
 namespace desktop::testing {
 namespace {
 
-std::string WhyNot(std::string_view document) {
+std::string WhyNoRecords(std::string_view document) {
   try {
     ParseRecords(document);
   } catch (const Error& error) {
@@ -85,15 +85,15 @@ TEST(ParseRecords, GivesTextWithLineFeedsAlone) {
 }
 
 TEST(ParseRecords, NamesTheLineOfWhatIsMalformed) {
-  EXPECT_EQ(WhyNot("<root>\n<CONTACT>\n</root>").substr(0, 7), "line 3:");
-  EXPECT_NE(WhyNot(""), "");
-  EXPECT_NE(WhyNot("BEGIN:VCARD"), "");
-  EXPECT_NE(WhyNot("<root/><root/>"), "");
+  EXPECT_EQ(WhyNoRecords("<root>\n<CONTACT>\n</root>").substr(0, 7), "line 3:");
+  EXPECT_NE(WhyNoRecords(""), "");
+  EXPECT_NE(WhyNoRecords("BEGIN:VCARD"), "");
+  EXPECT_NE(WhyNoRecords("<root/><root/>"), "");
 }
 
 TEST(ParseRecords, RefusesADocumentTypeAndReadsNothingOutside) {
-  EXPECT_EQ(WhyNot("<!DOCTYPE root [<!ENTITY e SYSTEM \"/etc/hostname\">]>"
-                   "<root><CONTACT><NOTES>&e;</NOTES></CONTACT></root>"),
+  EXPECT_EQ(WhyNoRecords("<!DOCTYPE root [<!ENTITY e SYSTEM \"/etc/hostname\">]>"
+                         "<root><CONTACT><NOTES>&e;</NOTES></CONTACT></root>"),
             "a document type declaration is not accepted");
 }
 
@@ -101,7 +101,7 @@ TEST(ParseRecords, RefusesADepthThatNoRecordHas) {
   std::string deep;
   for (int i = 0; i < 5000; ++i) deep += "<a>";
   for (int i = 0; i < 5000; ++i) deep += "</a>";
-  EXPECT_NE(WhyNot(deep), "");
+  EXPECT_NE(WhyNoRecords(deep), "");
 }
 
 TEST(WithOid, PutsItBehindTheName) {

@@ -23,7 +23,7 @@ class TextSerialization : public DomTest, public ::testing::WithParamInterface<T
 class AttributeSerialization : public DomTest, public ::testing::WithParamInterface<TextCase> {};
 class InstructionSerialization : public DomTest, public ::testing::WithParamInterface<TextCase> {};
 
-const auto kCaseName = [](const auto& test) { return std::string(test.param.name); };
+const auto kTestName = [](const auto& test) { return std::string(test.param.name); };
 
 INSTANTIATE_TEST_SUITE_P(
     All, TextSerialization,
@@ -48,7 +48,7 @@ INSTANTIATE_TEST_SUITE_P(
                  "abcd"sv},
         TextCase{"LeadBeforeAPairIsLeftOut", u"\xD83D\xD83D\xDE00"sv, "\xF0\x9F\x98\x80"sv},
         TextCase{"NoncharactersAreLeftOut", u"a\uFFFE\uFFFFb"sv, "ab"sv}),
-    kCaseName);
+    kTestName);
 
 TEST_P(TextSerialization, IsByteExact) {
   const Document document = MakeDocument();
@@ -67,7 +67,7 @@ INSTANTIATE_TEST_SUITE_P(
         // As characters they would be read as blanks.
         TextCase{"LineBreaksAndTabsAreReferences", u"a\r\nb\tc"sv, "a&#13;&#10;b&#9;c"sv},
         TextCase{"ForbiddenIsLeftOut", u"a\x01\xD800\uFFFEb"sv, "ab"sv}),
-    kCaseName);
+    kTestName);
 
 TEST_P(AttributeSerialization, IsByteExact) {
   const Document document = MakeDocument();
@@ -86,7 +86,7 @@ INSTANTIATE_TEST_SUITE_P(All, InstructionSerialization,
                                            TextCase{"AnEndAroundWhatIsLeftOutIsBroken",
                                                     u"a?\x01\xD800\uFFFE>b"sv, " a? >b"sv},
                                            TextCase{"AMarkAtTheEndStands", u"a?"sv, " a?"sv}),
-                         kCaseName);
+                         kTestName);
 
 TEST_P(InstructionSerialization, IsByteExact) {
   const Document document = MakeDocument();

@@ -5,67 +5,45 @@
 #include "handheld/store/store_check.h"
 #include "handheld/store/store_error.h"
 #include "tests/handheld/outlook/calendar_support.h"
-#include "tests/support/fault_runs.h"
+#include "tests/handheld/outlook/fault_walks.h"
 
 namespace ce::host::testing {
 namespace {
 
 using corvane::testing::FailEachCall;
 
-#define TRY(expression) \
-  if (const HRESULT tried = (expression); Failed(tried)) return tried
-
-// What a walk answered, and how many of its writes were accepted.
-struct Outcome {
-  HRESULT status = S_OK;
-  int accepted = 0;
-};
-
-// With which status a walk ends when this call says that the disk is full.
-HRESULT StatusOf(const std::string& call) {
-  if (call.empty()) return S_OK;
-  if (call == "GetLocalTime") return E_FAIL;
-  return call.starts_with("SysAlloc") ? E_OUTOFMEMORY : kStoreDiskFull;
-}
-
-HRESULT Open(ComPtr<IPOutlookApp>& app) {
-  TRY(CoCreateInstance(CLSID_Application, nullptr, CLSCTX_INPROC_SERVER, IPOutlookApp::kIid,
-                       app.put_void()));
-  return app->Logon(0);
-}
-
 HRESULT Create(ComPtr<IPOutlookApp>& app, INT kind, ComPtr<IDispatch>& created) {
-  TRY(Open(app));
+  RETURN_IF_FAILED(Open(app));
   ComPtr<IFolder> folder;
-  TRY(app->GetDefaultFolder(kind, folder.put()));
+  RETURN_IF_FAILED(app->GetDefaultFolder(kind, folder.put()));
   ComPtr<IPOutlookItemCollection> items;
-  TRY(folder->get_Items(items.put()));
+  RETURN_IF_FAILED(folder->get_Items(items.put()));
   return items->Add(created.put());
 }
 
 HRESULT AddSeries(int& accepted) {
   ComPtr<IPOutlookApp> app;
   ComPtr<IDispatch> created;
-  TRY(Create(app, olFolderCalendar, created));
+  RETURN_IF_FAILED(Create(app, olFolderCalendar, created));
   ComPtr<IAppointment> item;
-  TRY(created->QueryInterface(IAppointment::kIid, item.put_void()));
-  TRY(item->put_Subject(nullptr));
-  TRY(item->put_AllDayEvent(VARIANT_FALSE));
-  TRY(item->put_BusyStatus(olFree));
-  TRY(item->put_Start(At(2026, 3, 2, 10)));
-  TRY(item->put_End(At(2026, 3, 2, 11)));
-  TRY(item->put_Sensitivity(olPrivate));
-  TRY(item->put_ReminderSet(VARIANT_TRUE));
-  TRY(item->put_ReminderMinutesBeforeStart(5));
+  RETURN_IF_FAILED(created->QueryInterface(IAppointment::kIid, item.put_void()));
+  RETURN_IF_FAILED(item->put_Subject(nullptr));
+  RETURN_IF_FAILED(item->put_AllDayEvent(VARIANT_FALSE));
+  RETURN_IF_FAILED(item->put_BusyStatus(olFree));
+  RETURN_IF_FAILED(item->put_Start(At(2026, 3, 2, 10)));
+  RETURN_IF_FAILED(item->put_End(At(2026, 3, 2, 11)));
+  RETURN_IF_FAILED(item->put_Sensitivity(olPrivate));
+  RETURN_IF_FAILED(item->put_ReminderSet(VARIANT_TRUE));
+  RETURN_IF_FAILED(item->put_ReminderMinutesBeforeStart(5));
   ComPtr<IRecurrencePattern> pattern;
-  TRY(item->GetRecurrencePattern(pattern.put()));
-  TRY(pattern->put_RecurrenceType(olRecursMonthNth));
-  TRY(pattern->put_Instance(2));
-  TRY(pattern->put_DayOfWeekMask(2));
-  TRY(pattern->put_Interval(1));
-  TRY(pattern->put_NoEndDate(VARIANT_FALSE));
-  TRY(pattern->put_Occurrences(5));
-  TRY(item->Save());
+  RETURN_IF_FAILED(item->GetRecurrencePattern(pattern.put()));
+  RETURN_IF_FAILED(pattern->put_RecurrenceType(olRecursMonthNth));
+  RETURN_IF_FAILED(pattern->put_Instance(2));
+  RETURN_IF_FAILED(pattern->put_DayOfWeekMask(2));
+  RETURN_IF_FAILED(pattern->put_Interval(1));
+  RETURN_IF_FAILED(pattern->put_NoEndDate(VARIANT_FALSE));
+  RETURN_IF_FAILED(pattern->put_Occurrences(5));
+  RETURN_IF_FAILED(item->Save());
   ++accepted;
   return app->Logoff();
 }
@@ -73,21 +51,21 @@ HRESULT AddSeries(int& accepted) {
 HRESULT AddTask(int& accepted) {
   ComPtr<IPOutlookApp> app;
   ComPtr<IDispatch> created;
-  TRY(Create(app, olFolderTasks, created));
+  RETURN_IF_FAILED(Create(app, olFolderTasks, created));
   ComPtr<ITask> task;
-  TRY(created->QueryInterface(ITask::kIid, task.put_void()));
-  TRY(task->put_Subject(nullptr));
-  TRY(task->put_DueDate(Day(2026, 3, 2)));
-  TRY(task->put_ReminderTime(Day(2026, 3, 2)));
-  TRY(task->put_Importance(olImportanceHigh));
-  TRY(task->put_Complete(VARIANT_TRUE));
+  RETURN_IF_FAILED(created->QueryInterface(ITask::kIid, task.put_void()));
+  RETURN_IF_FAILED(task->put_Subject(nullptr));
+  RETURN_IF_FAILED(task->put_DueDate(Day(2026, 3, 2)));
+  RETURN_IF_FAILED(task->put_ReminderTime(Day(2026, 3, 2)));
+  RETURN_IF_FAILED(task->put_Importance(olImportanceHigh));
+  RETURN_IF_FAILED(task->put_Complete(VARIANT_TRUE));
   ComPtr<IRecurrencePattern> pattern;
-  TRY(task->GetRecurrencePattern(pattern.put()));
-  TRY(pattern->put_PatternEndDate(Day(2026, 5, 2)));
-  TRY(task->Save());
+  RETURN_IF_FAILED(task->GetRecurrencePattern(pattern.put()));
+  RETURN_IF_FAILED(pattern->put_PatternEndDate(Day(2026, 5, 2)));
+  RETURN_IF_FAILED(task->Save());
   ++accepted;
   LONG oid = 0;
-  TRY(task->get_Oid(&oid));
+  RETURN_IF_FAILED(task->get_Oid(&oid));
   return app->Logoff();
 }
 
@@ -95,76 +73,76 @@ HRESULT AddTask(int& accepted) {
 // deleted, one changed.
 HRESULT ReplaceSeries(LONG oid, int& accepted) {
   ComPtr<IPOutlookApp> app;
-  TRY(Open(app));
+  RETURN_IF_FAILED(Open(app));
   ComPtr<IDispatch> found;
-  TRY(app->GetItemFromOid(oid, found.put()));
+  RETURN_IF_FAILED(app->GetItemFromOid(oid, found.put()));
   ComPtr<IAppointment> item;
-  TRY(found->QueryInterface(IAppointment::kIid, item.put_void()));
+  RETURN_IF_FAILED(found->QueryInterface(IAppointment::kIid, item.put_void()));
   ComPtr<IRecurrencePattern> pattern;
-  TRY(item->GetRecurrencePattern(pattern.put()));
+  RETURN_IF_FAILED(item->GetRecurrencePattern(pattern.put()));
   ComPtr<IExceptions> exceptions;
-  TRY(pattern->get_Exceptions(exceptions.put()));
+  RETURN_IF_FAILED(pattern->get_Exceptions(exceptions.put()));
   INT count = 0;
-  TRY(exceptions->get_Count(&count));
-  TRY(item->ClearRecurrencePattern());
-  TRY(item->Save());
+  RETURN_IF_FAILED(exceptions->get_Count(&count));
+  RETURN_IF_FAILED(item->ClearRecurrencePattern());
+  RETURN_IF_FAILED(item->Save());
   ++accepted;
-  TRY(item->GetRecurrencePattern(pattern.put()));
-  TRY(pattern->put_RecurrenceType(olRecursDaily));
-  TRY(pattern->put_Occurrences(5));
-  TRY(item->Save());
+  RETURN_IF_FAILED(item->GetRecurrencePattern(pattern.put()));
+  RETURN_IF_FAILED(pattern->put_RecurrenceType(olRecursDaily));
+  RETURN_IF_FAILED(pattern->put_Occurrences(5));
+  RETURN_IF_FAILED(item->Save());
   ++accepted;
-  TRY(item->GetRecurrencePattern(pattern.put()));
+  RETURN_IF_FAILED(item->GetRecurrencePattern(pattern.put()));
   ComPtr<IAppointment> occurrence;
-  TRY(pattern->GetOccurrence(At(2026, 3, 3, 10), occurrence.put()));
-  TRY(occurrence->Delete());
+  RETURN_IF_FAILED(pattern->GetOccurrence(At(2026, 3, 3, 10), occurrence.put()));
+  RETURN_IF_FAILED(occurrence->Delete());
   ++accepted;
-  TRY(pattern->GetOccurrence(At(2026, 3, 4, 10), occurrence.put()));
-  TRY(occurrence->put_Start(At(2026, 3, 4, 12)));
-  TRY(occurrence->Save());
+  RETURN_IF_FAILED(pattern->GetOccurrence(At(2026, 3, 4, 10), occurrence.put()));
+  RETURN_IF_FAILED(occurrence->put_Start(At(2026, 3, 4, 12)));
+  RETURN_IF_FAILED(occurrence->Save());
   ++accepted;
   return app->Logoff();
 }
 
 HRESULT ReadException(const ComPtr<IExceptions>& exceptions, INT index) {
   ComPtr<IException> exception;
-  TRY(exceptions->Item(index, exception.put()));
+  RETURN_IF_FAILED(exceptions->Item(index, exception.put()));
   DATE date = 0;
-  TRY(exception->get_OriginalDate(&date));
+  RETURN_IF_FAILED(exception->get_OriginalDate(&date));
   VARIANT_BOOL deleted = VARIANT_FALSE;
-  TRY(exception->get_Deleted(&deleted));
+  RETURN_IF_FAILED(exception->get_Deleted(&deleted));
   ComPtr<IAppointment> item;
-  TRY(exception->get_AppointmentItem(item.put()));
+  RETURN_IF_FAILED(exception->get_AppointmentItem(item.put()));
   if (!item) return S_OK;
   Bstr subject;
   return item->get_Subject(subject.put());
 }
 
 // Accepted: exceptions that were read.
-HRESULT Download(int& accepted) {
+HRESULT DownloadSeries(int& accepted) {
   ComPtr<IPOutlookApp> app;
-  TRY(Open(app));
+  RETURN_IF_FAILED(Open(app));
   ComPtr<IFolder> folder;
-  TRY(app->GetDefaultFolder(olFolderCalendar, folder.put()));
+  RETURN_IF_FAILED(app->GetDefaultFolder(olFolderCalendar, folder.put()));
   ComPtr<IPOutlookItemCollection> items;
-  TRY(folder->get_Items(items.put()));
+  RETURN_IF_FAILED(folder->get_Items(items.put()));
   INT count = 0;
-  TRY(items->get_Count(&count));
+  RETURN_IF_FAILED(items->get_Count(&count));
   for (INT i = 1; i <= count; ++i) {
     ComPtr<IDispatch> found;
-    TRY(items->Item(i, found.put()));
+    RETURN_IF_FAILED(items->Item(i, found.put()));
     ComPtr<IAppointment> item;
-    TRY(found->QueryInterface(IAppointment::kIid, item.put_void()));
+    RETURN_IF_FAILED(found->QueryInterface(IAppointment::kIid, item.put_void()));
     ComPtr<IRecurrencePattern> pattern;
-    TRY(item->GetRecurrencePattern(pattern.put()));
+    RETURN_IF_FAILED(item->GetRecurrencePattern(pattern.put()));
     LONG type = 0;
-    TRY(pattern->get_RecurrenceType(&type));
+    RETURN_IF_FAILED(pattern->get_RecurrenceType(&type));
     ComPtr<IExceptions> exceptions;
-    TRY(pattern->get_Exceptions(exceptions.put()));
+    RETURN_IF_FAILED(pattern->get_Exceptions(exceptions.put()));
     INT exceptionCount = 0;
-    TRY(exceptions->get_Count(&exceptionCount));
+    RETURN_IF_FAILED(exceptions->get_Count(&exceptionCount));
     for (INT k = 1; k <= exceptionCount; ++k) {
-      TRY(ReadException(exceptions, k));
+      RETURN_IF_FAILED(ReadException(exceptions, k));
       ++accepted;
     }
   }
@@ -173,17 +151,15 @@ HRESULT Download(int& accepted) {
 
 HRESULT DeleteSeries(LONG oid, int& accepted) {
   ComPtr<IPOutlookApp> app;
-  TRY(Open(app));
+  RETURN_IF_FAILED(Open(app));
   ComPtr<IDispatch> found;
-  TRY(app->GetItemFromOid(oid, found.put()));
+  RETURN_IF_FAILED(app->GetItemFromOid(oid, found.put()));
   ComPtr<IAppointment> item;
-  TRY(found->QueryInterface(IAppointment::kIid, item.put_void()));
-  TRY(item->Delete());
+  RETURN_IF_FAILED(found->QueryInterface(IAppointment::kIid, item.put_void()));
+  RETURN_IF_FAILED(item->Delete());
   ++accepted;
   return app->Logoff();
 }
-
-#undef TRY
 
 class CalendarFaults : public HandheldTest {
  protected:
@@ -258,7 +234,7 @@ TEST_F(CalendarFaults, AReplacedSeriesHasExactlyTheExceptionsThatWereAccepted) {
 TEST_F(CalendarFaults, ADownloadEndsWithTheFailureOrIsWhole) {
   AddWithExceptions();
   AddWithExceptions();
-  Run(Download, [](const Outcome& outcome, const std::string& call) {
+  Run(DownloadSeries, [](const Outcome& outcome, const std::string& call) {
     if (call.empty()) {
       EXPECT_EQ(outcome.accepted, 4);
     }

@@ -8,13 +8,13 @@ namespace {
 using calendar::Pattern;
 using calendar::PatternType;
 
-struct Case {
+struct WordsCase {
   Pattern pattern;
   const char* words;
 };
 
 TEST(PatternWords, SaysEachType) {
-  const Case cases[] = {
+  const WordsCase cases[] = {
       {{PatternType::kDaily, 1, 0, 0, 0, 0, {}, {}}, "daily"},
       {{PatternType::kDaily, 3, 0, 0, 0, 0, {}, {}}, "every 3 days"},
       {{PatternType::kWeekly, 1, 10, 0, 0, 0, {}, {}}, "weekly on Mon, Wed"},
@@ -28,7 +28,7 @@ TEST(PatternWords, SaysEachType) {
       {{PatternType::kYearly, 1, 0, 25, 0, 12, {}, {}}, "yearly on 25 Dec"},
       {{PatternType::kYearNth, 1, 1, 0, 5, 3, {}, {}}, "yearly on the last Sun of Mar"},
   };
-  for (const Case& each : cases) EXPECT_EQ(PatternWords(each.pattern), each.words);
+  for (const WordsCase& each : cases) EXPECT_EQ(PatternWords(each.pattern), each.words);
 }
 
 TEST(PatternWords, SaysWhenItEnds) {

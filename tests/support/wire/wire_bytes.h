@@ -14,8 +14,17 @@ namespace corvane::testing {
 inline constexpr std::uint32_t kInvoke = 69;
 inline constexpr std::uint32_t kQuit = 0xDEADBEEF;
 
+inline constexpr std::uint32_t kFail = 0x80004005;
 inline constexpr std::uint32_t kInvalidArgument = 0x80070057;
 inline constexpr std::uint32_t kNotImplemented = 0x80004001;
+
+// The kinds of item.
+inline constexpr std::uint32_t kAppointments = 0;
+inline constexpr std::uint32_t kContacts = 1;
+inline constexpr std::uint32_t kTasks = 2;
+
+// What a document that the agent sends begins with.
+inline const std::string kDeclaration = R"(<?XML version="1.0" encoding="UTF-8"?>)";
 
 std::string Utf16(std::string_view text);  // ASCII widened, no terminator
 
