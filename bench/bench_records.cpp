@@ -2,6 +2,7 @@
 
 #include <fmt/core.h>
 
+#include <chrono>
 #include <fstream>
 #include <stdexcept>
 
@@ -59,6 +60,33 @@ std::string AppointmentXml(int i) {
       "<EVENT_START>202601{:02}T090000</EVENT_START><EVENT_END>202601{:02}T100000</EVENT_END>"
       "<BusyStatus>2</BusyStatus><NOTES>A note that says a few words about it.</NOTES></CALENDAR>",
       i, i % 40, i % 2 == 0 ? SeriesXml(i, day) : "", day, day);
+}
+
+constexpr int kManyExceptions = 3000;
+
+std::string LongSeriesXml(int i) {
+  constexpr std::chrono::sys_days kStart = std::chrono::year{2020} / 1 / 1;
+  std::string exceptions;
+  for (int day = 1; day <= kManyExceptions; ++day) {
+    const std::chrono::year_month_day date(kStart + std::chrono::days(day));
+    const std::string text =
+        fmt::format("{:04}{:02}{:02}", static_cast<int>(date.year()),
+                    static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()));
+    exceptions += day % 2 == 0 ? fmt::format("<DeletedException>{}T000000</DeletedException>", text)
+                               : fmt::format(
+                                     "<ChangedException><SUBJECT>Moved</SUBJECT>"
+                                     "<EVENT_START>{0}T150000</EVENT_START>"
+                                     "<EVENT_END>{0}T160000</EVENT_END><BusyStatus>2</BusyStatus>"
+                                     "<OriginalDate>{0}T000000</OriginalDate></ChangedException>",
+                                     text);
+  }
+  return fmt::format(
+      "<CALENDAR><SUBJECT>Daily {}</SUBJECT><IS_RECURRING>TRUE</IS_RECURRING>"
+      "<RECURRENCE><TYPE>DAILY</TYPE><Occurrences>{}</Occurrences>{}</RECURRENCE>"
+      "<HAS_REMINDER>TRUE</HAS_REMINDER><ReminderMinutes>15</ReminderMinutes>"
+      "<EVENT_START>20200101T090000</EVENT_START><EVENT_END>20200101T100000</EVENT_END>"
+      "<BusyStatus>2</BusyStatus></CALENDAR>",
+      i, kManyExceptions + 100, exceptions);
 }
 
 std::string TaskXml(int i) {
@@ -123,6 +151,7 @@ void FillCalls(ce::host::Handheld& handheld, int count) {
 
 const Workload kContacts = {"contacts", 1, "CONTACT", &ContactXml};
 const Workload kAppointments = {"appointments", 0, "CALENDAR", &AppointmentXml};
+const Workload kLongSeries = {"appointments", 0, "CALENDAR", &LongSeriesXml};
 const Workload kTasks = {"tasks", 2, "TASK", &TaskXml};
 const Workload kMessages = {"messages", 5, "SMS", nullptr, &FillMessages};
 const Workload kCalls = {"calls", 4, "Call", nullptr, &FillCalls};

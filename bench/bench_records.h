@@ -11,6 +11,9 @@ class Handheld;
 
 namespace bench {
 
+// Of an upload's chunk, unless it is about something else.
+inline constexpr int kRecordsPerChunk = 50;
+
 struct Workload {
   const char* name;
   std::uint32_t kind;   // of the download request
@@ -24,6 +27,8 @@ struct Workload {
 extern const Workload kContacts;
 // Every second one recurs, with one occurrence changed and one deleted.
 extern const Workload kAppointments;
+// A daily series with 3,000 exceptions each, every second one a deletion.
+extern const Workload kLongSeries;
 extern const Workload kTasks;
 // In twenty folders.
 extern const Workload kMessages;

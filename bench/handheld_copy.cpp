@@ -16,8 +16,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int kRecordsPerChunk = 50;
-
 }  // namespace
 
 WorkDirectory::WorkDirectory(const fs::path& parent) {
@@ -58,7 +56,7 @@ PreparedHandheld::PreparedHandheld(const fs::path& parent, const Workload& workl
 }
 
 void ExpectSameRows(const HandheldCopy& ours, const HandheldCopy& floor,
-                    std::initializer_list<std::string> tables) {
+                    const std::vector<std::string>& tables) {
   floors::Database store(ours.store().string());
   store.Run(("ATTACH '" + floor.store().string() + "' AS floor").c_str());
   for (const std::string& table : tables) {

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "bench/bench_records.h"
 
@@ -47,6 +48,6 @@ class PreparedHandheld {
 
 // Throws std::runtime_error unless the tables of both stores hold the same rows.
 void ExpectSameRows(const HandheldCopy& ours, const HandheldCopy& floor,
-                    std::initializer_list<std::string> tables);
+                    const std::vector<std::string>& tables);
 
 }  // namespace bench

@@ -13,6 +13,7 @@ namespace bench {
 
 // How little the memory and the cost of many records are held against.
 inline constexpr int kFewRecords = 1000;
+inline constexpr int kRunsOfFew = 25;  // which are soon over
 inline constexpr int kManyRecords = 1'000'000;
 inline constexpr double kMicros = 1e6;
 
@@ -56,6 +57,7 @@ Result DownloadsAtOnce(const Row& row, const Options& options);
 Result UploadContacts(const Row& row, const Options& options);
 Result UploadOneByOne(const Row& row, const Options& options);
 Result UploadAppointments(const Row& row, const Options& options);
+Result UploadSeries(const Row& row, const Options& options);
 Result Push(const Row& row, const Options& options);
 Result PushAgain(const Row& row, const Options& options);
 Result Requests(const Row& row, const Options& options);

@@ -12,7 +12,6 @@ namespace {
 
 constexpr int kManyDownloads = 16;
 constexpr int kRecordsOfMany = 20'000;
-constexpr int kRunsOfFew = 25;
 
 Server StartFloorOn(const HandheldCopy& handheld, const Workload& workload) {
   return StartFloor({"down", workload.name, handheld.store().string()});
@@ -58,7 +57,7 @@ std::uint64_t CompareBytes(const PreparedHandheld& handheld, const Workload& wor
   return ours.size();
 }
 
-long PeakOfFew(const Options& options, const Workload& workload) {
+long PeakOfFewDownloaded(const Options& options, const Workload& workload) {
   const PreparedHandheld handheld(options.directory, workload, kFewRecords);
   const std::uint64_t bytes = DownloadOnce(handheld, workload).size();
   std::vector<Run> runs;
@@ -66,8 +65,8 @@ long PeakOfFew(const Options& options, const Workload& workload) {
   return MedianPeak(runs);
 }
 
-Result Compare(const Row& row, const Options& options, const Workload& workload, int fullCount,
-               double target) {
+Result CompareDownloads(const Row& row, const Options& options, const Workload& workload,
+                        int fullCount, double target) {
   const int count = options.Count(fullCount);
   Tell(row, "preparing the store");
   const PreparedHandheld handheld(options.directory, workload, count);
@@ -79,7 +78,7 @@ Result Compare(const Row& row, const Options& options, const Workload& workload,
     result.ours.push_back(MeasureOurs(handheld, workload, bytes));
     result.floor.push_back(MeasureFloor(handheld, workload, bytes));
   }
-  result.peakKiBOf1000 = PeakOfFew(options, workload);
+  result.peakKiBOf1000 = PeakOfFewDownloaded(options, workload);
   return result;
 }
 
@@ -115,23 +114,23 @@ Run MeasureCostOfFew(const PreparedHandheld& handheld, std::uint64_t expectedByt
 }  // namespace
 
 Result DownloadContacts(const Row& row, const Options& options) {
-  return Compare(row, options, kContacts, 100'000, 0.5);
+  return CompareDownloads(row, options, kContacts, 100'000, 0.5);
 }
 
 Result DownloadTasks(const Row& row, const Options& options) {
-  return Compare(row, options, kTasks, 100'000, 0.4);
+  return CompareDownloads(row, options, kTasks, 100'000, 0.4);
 }
 
 Result DownloadAppointments(const Row& row, const Options& options) {
-  return Compare(row, options, kAppointments, 20'000, 0.4);
+  return CompareDownloads(row, options, kAppointments, 20'000, 0.4);
 }
 
 Result DownloadMessages(const Row& row, const Options& options) {
-  return Compare(row, options, kMessages, 50'000, 0.4);
+  return CompareDownloads(row, options, kMessages, 50'000, 0.4);
 }
 
 Result DownloadCalls(const Row& row, const Options& options) {
-  return Compare(row, options, kCalls, 50'000, 0.4);
+  return CompareDownloads(row, options, kCalls, 50'000, 0.4);
 }
 
 Result DownloadsAtOnce(const Row& row, const Options& options) {

@@ -15,7 +15,6 @@ using corvane::testing::Process;
 using corvane::testing::ProgramPath;
 
 constexpr int kFullCount = 50'000;
-constexpr int kRecordsPerChunk = 50;
 
 double SecondsOf(const timeval& time) {
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <sstream>
 #include <stdexcept>
 
@@ -12,9 +11,6 @@ namespace bench {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr int kRunsOfFew = 25;
-constexpr int kRecordsPerChunk = 50;
 
 // A workload's records as chunks, and an empty handheld to take them in.
 class Upload {
@@ -64,7 +60,7 @@ class Upload {
   const PreparedHandheld empty_;
 };
 
-long PeakOfFew(const Options& options, const Workload& workload, int recordsPerChunk) {
+long PeakOfFewUploaded(const Options& options, const Workload& workload, int recordsPerChunk) {
   const Upload upload(options.directory, workload, kFewRecords, recordsPerChunk);
   std::vector<Run> runs;
   for (int i = 0; i < options.pairs; ++i) runs.push_back(upload.MeasureOurs(upload.Handheld()));
@@ -75,15 +71,12 @@ struct UploadCase {
   const Workload& workload;
   int count;
   int recordsPerChunk;
-  std::initializer_list<std::string> tables;
-  double target;
+  std::vector<std::string> tables;
 };
 
-Result Compare(const Row& row, const Options& options, const UploadCase& what) {
-  const int count = options.Count(what.count);
-  const Upload upload(options.directory, what.workload, count, what.recordsPerChunk);
-  Result result{row.name, row.what, count, "/s"};
-  result.target = what.target;
+Result CompareUploadRuns(const Row& row, const Options& options, const UploadCase& what) {
+  const Upload upload(options.directory, what.workload, what.count, what.recordsPerChunk);
+  Result result{row.name, row.what, what.count, "/s"};
   for (int i = 0; i < options.pairs; ++i) {
     const HandheldCopy ours = upload.Handheld();
     result.ours.push_back(upload.MeasureOurs(ours));
@@ -93,28 +86,40 @@ Result Compare(const Row& row, const Options& options, const UploadCase& what) {
     ExpectSameRows(ours, floor, what.tables);
     Tell(row, "the floor's rows are the agent's");
   }
-  result.peakKiBOf1000 = PeakOfFew(options, what.workload, what.recordsPerChunk);
+  return result;
+}
+
+Result CompareUploads(const Row& row, const Options& options, const UploadCase& what,
+                      double target) {
+  Result result = CompareUploadRuns(row, options, what);
+  result.target = target;
+  result.peakKiBOf1000 = PeakOfFewUploaded(options, what.workload, what.recordsPerChunk);
   return result;
 }
 
 }  // namespace
 
 Result UploadContacts(const Row& row, const Options& options) {
-  return Compare(row, options,
-                 {kContacts, 100'000, kRecordsPerChunk, {"contacts", "oid_counter"}, 0.5});
+  const int count = options.Count(100'000);
+  return CompareUploads(row, options,
+                        {kContacts, count, kRecordsPerChunk, {"contacts", "oid_counter"}}, 0.5);
 }
 
 Result UploadOneByOne(const Row& row, const Options& options) {
-  return Compare(row, options, {kContacts, 20'000, 1, {"contacts", "oid_counter"}, 0.7});
+  const int count = options.Count(20'000);
+  return CompareUploads(row, options, {kContacts, count, 1, {"contacts", "oid_counter"}}, 0.7);
 }
 
 Result UploadAppointments(const Row& row, const Options& options) {
-  return Compare(row, options,
-                 {kAppointments,
-                  20'000,
-                  kRecordsPerChunk,
-                  {"appointments", "exceptions", "oid_counter"},
-                  0.4});
+  const int count = options.Count(20'000);
+  return CompareUploads(
+      row, options,
+      {kAppointments, count, kRecordsPerChunk, {"appointments", "exceptions", "oid_counter"}}, 0.4);
+}
+
+Result UploadSeries(const Row& row, const Options& options) {
+  return CompareUploadRuns(row, options,
+                           {kLongSeries, 1, 1, {"appointments", "exceptions", "oid_counter"}});
 }
 
 Result CostOfUpload(const Row& row, const Options& options) {

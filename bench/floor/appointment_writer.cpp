@@ -1,12 +1,12 @@
 #include <cmath>
 
 #include "bench/floor/record_writer.h"
+#include "bench/floor/store_values.h"
 
 namespace floors {
 namespace {
 
 constexpr int kAppointmentColumns = 22;
-constexpr std::int64_t kWeekly = 1;
 
 constexpr char kInsertAppointment[] =
     "INSERT INTO appointments (oid, Start, \"End\", Duration, AllDayEvent, BusyStatus, Sensitivity,"
@@ -45,7 +45,7 @@ struct Fields {
     if (name == "ALL_DAY_EVENT") return allDay = text == "TRUE", true;
     if (name == "HAS_REMINDER") return reminder = text == "TRUE", true;
     if (name == "ReminderMinutes") return reminderMinutes = NumberOf(text), true;
-    if (name == "Private") return sensitivity = text == "TRUE" ? 2 : 0, true;
+    if (name == "Private") return sensitivity = text == "TRUE" ? kPrivate : 0, true;
     return false;
   }
 
@@ -93,13 +93,15 @@ class AppointmentWriter final : public RecordWriter {
       while (parameter <= kAppointmentColumns) insert_.BindNull(parameter++);
       return;
     }
-    const std::int64_t mask = std::int64_t{1}
-                              << NumberOf(TextOf(Child(recurrence, "DAYS_OF_WEEK")));
+    const xmlNode* weekday = Child(recurrence, "DAYS_OF_WEEK");
+    const std::int64_t type = weekday ? kWeekly : kDaily;
+    const std::int64_t mask = weekday ? std::int64_t{1} << NumberOf(TextOf(weekday)) : 0;
     const std::int64_t occurrences = NumberOf(TextOf(Child(recurrence, "Occurrences")));
-    for (const std::int64_t number : {kWeekly, std::int64_t{1}, mask, std::int64_t{0},
-                                      std::int64_t{0}, std::int64_t{0}, occurrences})
+    for (const std::int64_t number : {type, std::int64_t{1}, mask, std::int64_t{0}, std::int64_t{0},
+                                      std::int64_t{0}, occurrences})
       insert_.Bind(parameter++, number);
-    insert_.Bind(parameter++, firstDay + 7 * static_cast<double>(occurrences - 1));
+    const double daysBetween = weekday ? 7 : 1;
+    insert_.Bind(parameter++, firstDay + daysBetween * static_cast<double>(occurrences - 1));
     insert_.Bind(parameter, firstDay);
   }
 

@@ -4,13 +4,12 @@
 #include <stdexcept>
 
 #include "bench/floor/contact_table.h"
+#include "bench/floor/store_values.h"
 
 namespace floors {
 namespace {
 
 constexpr int kRecordsPerDocument = 5;
-constexpr std::int64_t kPrivate = 2;
-constexpr std::int64_t kWeekly = 1;
 
 std::string ContactSelect() {
   std::string sql = "SELECT oid";

@@ -9,15 +9,15 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "bench/floor/store_values.h"
+
 namespace floors {
 namespace {
 
 using std::chrono::days;
 
-constexpr double kNoDate = 949998.0;
 constexpr std::int64_t kSecondsPerDay = 86400;
 constexpr std::int64_t kTicksPerSecond = 10'000'000;
-constexpr std::chrono::sys_days kOleEpoch = std::chrono::year{1899} / 12 / 30;
 constexpr std::chrono::sys_days kFileTimeEpoch = std::chrono::year{1601} / 1 / 1;
 constexpr std::string_view kLengthPlace("\0\0\0\0", 4);
 constexpr std::string_view kBegin = "<?XML version=\"1.0\" encoding=\"UTF-8\"?><root>";

@@ -19,7 +19,6 @@ class RecordWriter {
 std::unique_ptr<RecordWriter> MakeContactWriter(const Database& store);
 std::unique_ptr<RecordWriter> MakeAppointmentWriter(const Database& store);
 
-inline constexpr double kNoDate = 949998.0;
 // The OLE date of "yyyyMMddTHHmmss" in UTC, which is the handheld's zone.
 double DateOf(std::string_view text);
 // The number of a text in decimal.

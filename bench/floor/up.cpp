@@ -4,6 +4,7 @@
 #include <chrono>
 
 #include "bench/floor/record_writer.h"
+#include "bench/floor/store_values.h"
 
 namespace floors {
 namespace {
@@ -20,7 +21,6 @@ std::int64_t ReadNextOid(const Database& store) {
 }  // namespace
 
 double DateOf(std::string_view text) {
-  constexpr std::chrono::sys_days kOleEpoch = std::chrono::year{1899} / 12 / 30;
   if (text.size() != 15) return kNoDate;
   const std::chrono::sys_days day =
       std::chrono::year{TwoDigits(text, 0) * 100 + TwoDigits(text, 2)} / TwoDigits(text, 4) /

@@ -9,8 +9,8 @@
 
 namespace floors {
 
-// Of an empty store. `kind` is "contacts" or "appointments", whose every series is weekly, on one
-// day and with a number of occurrences, as the workload's are.
+// Of an empty store. `kind` is "contacts" or "appointments", whose every series has a number of
+// occurrences and is daily, or weekly on one day, as the workloads' are.
 void InsertAll(Database& store, std::string_view kind, const bench::ChunkFile& chunks);
 
 }  // namespace floors
