@@ -2,8 +2,8 @@
 //
 // Text out-parameters are owned by the caller (SysFreeString); text in-parameters are borrowed.
 // Dates are local; kNoDate stands for "none". An item read from the store is a copy: setters change
-// the copy, Save writes it in one durable step, Delete removes the stored item. Objects belong to
-// the thread that made them.
+// the copy, Save writes it in one durable step, Delete removes the stored item, unless they are
+// part of a transaction. Objects belong to the thread that made them.
 #pragma once
 
 #include "platform/automation.h"
@@ -148,6 +148,22 @@ struct IPOutlookApp : IDispatch {
 
  protected:
   ~IPOutlookApp() = default;
+};
+
+// The same application, whose changes can be stored together. In a transaction Save and Delete are
+// steps of one change: it is seen, and kept, as a whole or not at all. A step that fails has
+// changed nothing. From its first step on, others wait to write. Logoff undoes one that was not
+// committed.
+struct IPOutlookTransactions : IPOutlookApp {
+  static constexpr GUID kIid{
+      0x05F6F1E9, 0x6C4D, 0x4C1B, {0x9A, 0x2D, 0x1E, 0x1F, 0x6B, 0x84, 0x53, 0x11}};
+  // E_FAIL while there is one.
+  virtual HRESULT BeginTransaction() = 0;
+  // Success: all of it is on the disk. Otherwise none of it is stored. It is over either way.
+  virtual HRESULT CommitTransaction() = 0;
+
+ protected:
+  ~IPOutlookTransactions() = default;
 };
 
 }  // namespace ce

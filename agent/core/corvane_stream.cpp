@@ -1,5 +1,8 @@
 #include "agent/core/corvane_stream.h"
 
+#include <cstring>
+#include <utility>
+
 #include "agent/log/log.h"
 #include "platform/status.h"
 
@@ -31,6 +34,17 @@ ce::HRESULT CorvaneStream::Read(void* buffer, ce::DWORD count, ce::DWORD* countR
 
 ce::HRESULT CorvaneStream::Write(const void* buffer, ce::DWORD count, ce::DWORD* countWritten) {
   LOG(u"CorvaneStream::Write for %ld bytes", count);
+  if (!holding_) return Send(buffer, count, countWritten);
+  const bool fits = count <= kMostHeld - heldCount_;
+  if (fits) {
+    std::memcpy(held_.data() + heldCount_, buffer, count);
+    heldCount_ += count;
+  }
+  if (countWritten) *countWritten = fits ? count : 0;
+  return fits ? ce::S_OK : ce::E_OUTOFMEMORY;
+}
+
+ce::HRESULT CorvaneStream::Send(const void* buffer, ce::DWORD count, ce::DWORD* countSent) {
   ce::HRESULT status = ce::S_OK;
   ce::INT sent = ce::send(socket_, buffer, static_cast<ce::INT>(count), 0);
   if (sent == ce::SOCKET_ERROR) {
@@ -38,12 +52,36 @@ ce::HRESULT CorvaneStream::Write(const void* buffer, ce::DWORD count, ce::DWORD*
     sent = 0;
     ended_ = true;
   }
-  if (countWritten) *countWritten = static_cast<ce::DWORD>(sent);
+  if (countSent) *countSent = static_cast<ce::DWORD>(sent);
   return status;
+}
+
+void CorvaneStream::Hold() {
+  holding_ = true;
+}
+
+ce::HRESULT CorvaneStream::SendHeld() {
+  holding_ = false;
+  const ce::DWORD count = std::exchange(heldCount_, 0);
+  ce::HRESULT status = ce::S_OK;
+  ce::DWORD sent = 0;
+  while (sent < count) {
+    ce::DWORD more = 0;
+    status = Send(held_.data() + sent, count - sent, &more);
+    if (status != ce::S_OK || more == 0) break;
+    sent += more;
+  }
+  return status;
+}
+
+void CorvaneStream::DropHeld() {
+  holding_ = false;
+  heldCount_ = 0;
 }
 
 void CorvaneStream::Release() {
   LOG(u"CorvaneStream::Release");
+  DropHeld();
   if (socket_ == 0) return;
   ce::closesocket(socket_);
   socket_ = 0;

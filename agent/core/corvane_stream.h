@@ -1,6 +1,8 @@
 // The socket of a streamed request, as its handler sees it.
 #pragma once
 
+#include <array>
+
 #include "platform/sockets.h"
 #include "platform/types.h"
 
@@ -23,15 +25,28 @@ class CorvaneStream {
   ce::HRESULT Read(void* buffer, ce::DWORD count, ce::DWORD* countRead);
   // One send: a short one is not completed.
   ce::HRESULT Write(const void* buffer, ce::DWORD count, ce::DWORD* countWritten);
-  // Closes the socket; nothing when none is attached.
+  // Closes the socket; nothing when none is attached. What is held back is forgotten.
   void Release();
+
+  // What is written from here on is held back, up to kMostHeld bytes; a write beyond that fails.
+  // SendHeld lets it go in the order in which it was written, DropHeld forgets it; both end the
+  // holding. The status of SendHeld is that of the last send.
+  static constexpr ce::DWORD kMostHeld = 1024;
+  void Hold();
+  ce::HRESULT SendHeld();
+  void DropHeld();
 
   // The connection has come to its end or has failed: no more bytes will come or go.
   bool Ended() const { return ended_; }
 
  private:
+  ce::HRESULT Send(const void* buffer, ce::DWORD count, ce::DWORD* countSent);
+
   ce::SOCKET socket_ = 0;
   bool ended_ = false;
+  bool holding_ = false;
+  ce::DWORD heldCount_ = 0;
+  std::array<ce::BYTE, kMostHeld> held_{};
 };
 
 // Writes all of it unless the stream reports an error or takes nothing more; the status of the last

@@ -113,4 +113,11 @@ HRESULT ApplyRecord(const RecordRules& rules, IXMLDOMNode* record, IPOutlookApp*
   return status;
 }
 
+void AnswerUnstored(IXMLDOMNode* record, CorvaneStream* stream, HRESULT result) {
+  LONG oid = 0;
+  LONG deleteFlag = 0;
+  if (Failed(ReadRecordTags(record, &oid, &deleteFlag)) || !deleteFlag) oid = 0;
+  WriteRecordReply(stream, oid, result);
+}
+
 }  // namespace corvane

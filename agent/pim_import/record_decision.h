@@ -1,6 +1,8 @@
 // What becomes of an uploaded record: added, modified or deleted. The same for every kind.
 #pragma once
 
+#include <cstddef>
+
 #include "agent/vocabulary/outlook_session.h"
 #include "platform/pocket_outlook.h"
 #include "platform/xml_dom.h"
@@ -29,5 +31,10 @@ struct RecordRules {
 // 0 for a failure, otherwise of the saved item) and the result, which is also the answer.
 ce::HRESULT ApplyRecord(const RecordRules& rules, ce::IXMLDOMNode* record, ce::IPOutlookApp* app,
                         CorvaneStream* stream);
+
+inline constexpr std::size_t kRecordReplyBytes = 8;
+
+// Writes the reply to a record of which nothing could be stored.
+void AnswerUnstored(ce::IXMLDOMNode* record, CorvaneStream* stream, ce::HRESULT result);
 
 }  // namespace corvane

@@ -8,6 +8,7 @@
 #include "agent/log/log.h"
 #include "agent/pim_import/appointment_from_xml.h"
 #include "agent/pim_import/contact_from_xml.h"
+#include "agent/pim_import/record_group.h"
 #include "agent/pim_import/task_from_xml.h"
 #include "agent/pim_import/upload_chunk.h"
 #include "agent/pim_import/upload_document.h"
@@ -22,8 +23,6 @@ namespace corvane {
 using namespace ce;
 
 namespace {
-
-using RecordReader = HRESULT (*)(IXMLDOMNode* record, IPOutlookApp* app, CorvaneStream* stream);
 
 template <LONG tagForm>
 HRESULT ReadContact(IXMLDOMNode* record, IPOutlookApp* app, CorvaneStream* stream) {
@@ -43,19 +42,18 @@ constexpr RecordRoute kRoutes[] = {
 };
 
 // The reader's own failure is in its reply and ends nothing.
-void RouteRecord(std::u16string_view name, IXMLDOMNode* record, IPOutlookApp* app,
-                 CorvaneStream* stream) {
+void RouteRecord(std::u16string_view name, IXMLDOMNode* record, RecordGroup* group) {
   const auto* route = std::ranges::find(kRoutes, name, &RecordRoute::element);
-  if (route != std::end(kRoutes)) static_cast<void>(route->read(record, app, stream));
+  if (route != std::end(kRoutes)) group->Apply(record, route->read);
 }
 
-HRESULT ApplyRecords(UploadDocument* document, IPOutlookApp* app, CorvaneStream* stream) {
+HRESULT ApplyRecords(UploadDocument* document, RecordGroup* group) {
   ComPtr<IXMLDOMNode> record;
   HRESULT status = document->FirstRecord(&record);
   while (Succeeded(status) && record) {
     Bstr name;
     RETURN_IF_FAILED(record->get_nodeName(name.put()));
-    RouteRecord(name.view(), record.get(), app, stream);
+    RouteRecord(name.view(), record.get(), group);
     ComPtr<IXMLDOMNode> next;
     status = record->get_nextSibling(next.put());
     record = std::move(next);
@@ -64,8 +62,8 @@ HRESULT ApplyRecords(UploadDocument* document, IPOutlookApp* app, CorvaneStream*
 }
 
 // False ends the request.
-bool ApplyChunk(DWORD count, UploadDocument* document, IPOutlookApp* app, CorvaneStream* stream,
-                HRESULT* status) {
+bool ApplyChunk(DWORD count, UploadDocument* document, IPOutlookTransactions* app,
+                CorvaneStream* stream, HRESULT* status) {
   {
     UploadChunk chunk;
     LOG(u"There are %ld bytes available", count);
@@ -73,7 +71,11 @@ bool ApplyChunk(DWORD count, UploadDocument* document, IPOutlookApp* app, Corvan
     if (LoggingIsOn()) LogBinary(chunk.data(), chunk.size());
     *status = document->Load(chunk.data(), chunk.size());
   }
-  if (Succeeded(*status)) *status = ApplyRecords(document, app, stream);
+  if (Succeeded(*status)) {
+    RecordGroup group(app, stream);
+    *status = ApplyRecords(document, &group);
+    group.Finish();
+  }
   return Succeeded(*status);
 }
 

@@ -36,13 +36,13 @@ class OutlookSession {
   // Create must have succeeded before anything else is asked.
   [[nodiscard]] ce::HRESULT Create() {
     return ce::CoCreateInstance(ce::CLSID_Application, nullptr, ce::CLSCTX_INPROC_SERVER,
-                                ce::IPOutlookApp::kIid, app_.put_void());
+                                ce::IPOutlookTransactions::kIid, app_.put_void());
   }
   [[nodiscard]] ce::HRESULT Logon() { return app_->Logon(0); }
-  ce::IPOutlookApp* app() const { return app_.get(); }
+  ce::IPOutlookTransactions* app() const { return app_.get(); }
 
  private:
-  ce::ComPtr<ce::IPOutlookApp> app_;
+  ce::ComPtr<ce::IPOutlookTransactions> app_;
 };
 
 }  // namespace corvane

@@ -16,7 +16,7 @@ namespace {
 
 const ItemKind* const kKinds[] = {&kAppointments, &kContacts, &kTasks};
 
-class OutlookApp final : public ComObject<IHostOutlookApp, IPOutlookApp> {
+class OutlookApp final : public ComObject<IHostOutlookApp, IPOutlookTransactions, IPOutlookApp> {
  public:
   HRESULT Logon(LONG) override {
     const HRESULT status = Guarded("IPOutlookApp::Logon", [&] { return OpenSession(); });
@@ -62,12 +62,26 @@ class OutlookApp final : public ComObject<IHostOutlookApp, IPOutlookApp> {
     });
   }
 
+  HRESULT BeginTransaction() override {
+    return Guarded("IPOutlookApp::BeginTransaction",
+                   [&] { return session_ ? session_->BeginTransaction() : E_FAIL; });
+  }
+  HRESULT CommitTransaction() override {
+    const HRESULT status = Guarded("IPOutlookApp::CommitTransaction", [&] {
+      return session_ ? session_->CommitTransaction() : E_FAIL;
+    });
+    if (Failed(status) && session_) session_->UndoTransaction();
+    return status;
+  }
+
   SessionPtr HostSession() override { return session_; }
 
  private:
   // Items and collections may outlive the application; what they have pending does not wait.
   ~OutlookApp() override {
-    if (session_ && session_->store()) static_cast<void>(session_->store()->CommitPending());
+    if (!session_ || !session_->store()) return;
+    session_->UndoTransaction();
+    static_cast<void>(session_->store()->CommitPending());
   }
 
   HRESULT OpenSession() {

@@ -6,7 +6,7 @@
 
 namespace ce::host {
 
-struct IHostOutlookApp : IPOutlookApp {
+struct IHostOutlookApp : IPOutlookTransactions {
   static constexpr GUID kIid{
       0x05F6F1F0, 0x6C4D, 0x4C1B, {0x9A, 0x2D, 0x1E, 0x1F, 0x6B, 0x84, 0x53, 0x11}};
   // Null when not logged on.

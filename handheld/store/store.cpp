@@ -11,6 +11,8 @@ namespace {
 constexpr char kBegin[] = "BEGIN";
 constexpr char kBeginWrite[] = "BEGIN IMMEDIATE";
 constexpr char kCommit[] = "COMMIT";
+constexpr char kSavepoint[] = "SAVEPOINT write";
+constexpr char kRelease[] = "RELEASE write";
 
 }  // namespace
 
@@ -40,7 +42,7 @@ HRESULT Store::Prepare(const char* sql, Statement& statement) {
 }
 
 HRESULT Store::PrepareTransactions() {
-  for (const char* sql : {kBegin, kBeginWrite, kCommit}) {
+  for (const char* sql : {kBegin, kBeginWrite, kCommit, kSavepoint, kRelease}) {
     Statement statement;
     RETURN_IF_FAILED(Prepare(sql, statement));
   }
@@ -75,7 +77,14 @@ void Store::EndSnapshot() {
 }
 
 HRESULT Store::BeginWrite(WriteGroup* group) {
-  if (group_ && group_ == group) return S_OK;
+  if (!group_ || group_ != group) RETURN_IF_FAILED(BeginTransaction(group));
+  if (!group) return S_OK;
+  const HRESULT status = Run(kSavepoint, "sqlite3_step:savepoint");
+  if (Failed(status)) KeepPending(*group, status, true);
+  return status;
+}
+
+HRESULT Store::BeginTransaction(WriteGroup* group) {
   RETURN_IF_FAILED(CommitPending());
   // A snapshot that another connection has written past could not be turned into a write.
   if (snapshotOpen_) {
@@ -88,18 +97,32 @@ HRESULT Store::BeginWrite(WriteGroup* group) {
 }
 
 HRESULT Store::EndWrite(WriteGroup* group, HRESULT status) {
-  if (!group) {
-    if (Succeeded(status)) status = Run(kCommit, "sqlite3_step:commit");
-    if (Failed(status)) Rollback();
-    return status;
-  }
+  if (group) return EndGroupedWrite(*group, status);
+  if (Succeeded(status)) status = Run(kCommit, "sqlite3_step:commit");
+  if (Failed(status)) Rollback();
+  return status;
+}
+
+HRESULT Store::EndGroupedWrite(WriteGroup& group, HRESULT status) {
+  if (Succeeded(status)) status = Run(kRelease, "sqlite3_step:release");
   if (Failed(status)) {
-    // Some errors (a full disk, say) undo the whole transaction on their own. One in which nothing
-    // is pending must not go on keeping others from writing.
-    if (!InTransaction() || group->pending_ == 0) AbandonPending();
+    UndoWrite(group, status);
     return status;
   }
-  return ++group->pending_ >= group->limit_ ? CommitPending() : status;
+  return ++group.pending_ >= group.limit_ ? CommitPending() : status;
+}
+
+void Store::UndoWrite(WriteGroup& group, HRESULT status) {
+  static constexpr char kUndo[] = "ROLLBACK TO write; RELEASE write";
+  const int result = sqlite3_exec(database_, kUndo, nullptr, nullptr, nullptr);
+  KeepPending(group, status, result == SQLITE_OK);
+}
+
+void Store::KeepPending(WriteGroup& group, HRESULT status, bool sound) {
+  // A transaction in which nothing is pending must not go on keeping others from writing.
+  if (sound && InTransaction() && group.pending_ > 0) return;
+  if (&group == bulk_ && group.pending_ > 0) bulkStatus_ = status;
+  AbandonPending();
 }
 
 void Store::AbandonPending() {
@@ -111,6 +134,7 @@ void Store::AbandonPending() {
 }
 
 HRESULT Store::CommitPending() {
+  if (Failed(bulkStatus_)) return std::exchange(bulkStatus_, S_OK);
   if (!group_) return S_OK;
   WriteGroup* group = std::exchange(group_, nullptr);
   group->pending_ = 0;

@@ -99,7 +99,7 @@ class Statement {
 };
 
 // Writes that share a transaction: it is committed when `limit` of them are pending, when another
-// group's or a single write comes, and by CommitPending.
+// group's or a single write comes, and by CommitPending. A write that fails undoes itself alone.
 class WriteGroup {
  public:
   explicit WriteGroup(int limit) : limit_(limit) {}
@@ -110,7 +110,7 @@ class WriteGroup {
  private:
   friend class Store;
   virtual void Committed() {}
-  // Nothing of what was pending has been stored.
+  // What was pending has not been stored.
   virtual void RolledBack() {}
 
   const int limit_;
@@ -180,7 +180,10 @@ class Store {
   // that it sets off is its own.
   template <typename Work>
   [[nodiscard]] HRESULT Write(WriteGroup* group, Work&& work) {
-    if (bulk_) group = bulk_;
+    if (bulk_) {
+      RETURN_IF_FAILED(bulkStatus_);
+      group = bulk_;
+    }
     RETURN_IF_FAILED(BeginWrite(group));
     try {
       return EndWrite(group, std::forward<Work>(work)());
@@ -189,13 +192,18 @@ class Store {
       throw;
     }
   }
-  // Commits what is pending in the open group.
+  // Commits what is pending in the open group. Some failures (a full disk, say) make the database
+  // undo the whole transaction; of the group that is set below, that failure is then the status of
+  // each further write and of the commit.
   [[nodiscard]] HRESULT CommitPending();
   // Undoes it instead.
   void AbandonPending();
   bool IsOpen(const WriteGroup& group) const { return group_ == &group; }
   // While set, every write joins this group. Null ends that; commit what is pending before.
-  void SetBulk(WriteGroup* group) { bulk_ = group; }
+  void SetBulk(WriteGroup* group) {
+    bulk_ = group;
+    bulkStatus_ = S_OK;
+  }
   const WriteGroup* bulk() const { return bulk_; }
 
  private:
@@ -205,7 +213,12 @@ class Store {
   // Ahead of the need, so that a commit cannot fail for want of its statement.
   [[nodiscard]] HRESULT PrepareTransactions();
   [[nodiscard]] HRESULT BeginWrite(WriteGroup* group);
+  [[nodiscard]] HRESULT BeginTransaction(WriteGroup* group);
   [[nodiscard]] HRESULT EndWrite(WriteGroup* group, HRESULT status);
+  [[nodiscard]] HRESULT EndGroupedWrite(WriteGroup& group, HRESULT status);
+  void UndoWrite(WriteGroup& group, HRESULT status);
+  // Behind a write of the open group that failed. `sound` tells whether that one is undone.
+  void KeepPending(WriteGroup& group, HRESULT status, bool sound);
   void Rollback();
   bool InTransaction() const;
 
@@ -218,6 +231,7 @@ class Store {
   std::vector<Cached> statements_;
   WriteGroup* group_ = nullptr;  // whose transaction is open
   WriteGroup* bulk_ = nullptr;
+  HRESULT bulkStatus_ = S_OK;  // why what was pending in it is lost
   int snapshots_ = 0;
   bool snapshotOpen_ = false;
 };

@@ -69,8 +69,8 @@ class StoreWriter {
     if (Failed(batchStatus_)) return batchStatus_;
     const HRESULT status =
         Guarded(call, [&] { return store_->Write(nullptr, std::forward<Work>(work)); });
-    // What a call has done so far cannot be told from the rest of its batch. A refusal comes before
-    // anything is done.
+    // Where the disk or the memory has failed a change, its batch would hardly be committed. A
+    // refusal says nothing about those.
     if (Failed(status) && status != E_INVALIDARG && store_->bulk()) {
       store_->AbandonPending();
       batchStatus_ = status;

@@ -71,6 +71,48 @@ TEST_F(CorvaneStreams, FailedWriteAnswersTheLastErrorAndNoBytes) {
   EXPECT_TRUE(stream_.Ended());
 }
 
+TEST_F(CorvaneStreams, HoldsBackWhatIsWrittenUntilItIsSent) {
+  const auto sends = ce::host::FaultPlan::CountOnly("send");
+  stream_.Hold();
+  EXPECT_EQ(stream_.Write("ans", 3, &count_), ce::S_OK);
+  EXPECT_EQ(count_, 3u);
+  EXPECT_EQ(stream_.Write("wer", 3, nullptr), ce::S_OK);
+  EXPECT_EQ(sends.calls(), 0u);
+  EXPECT_EQ(stream_.SendHeld(), ce::S_OK);
+  EXPECT_EQ(sends.calls(), 1u);
+  EXPECT_EQ(stream_.Write("!", 1, nullptr), ce::S_OK);
+  EXPECT_EQ(connection_.client().Receive(7), "answer!");
+}
+
+TEST_F(CorvaneStreams, ForgetsWhatIsDropped) {
+  stream_.Hold();
+  EXPECT_EQ(stream_.Write("no", 2, nullptr), ce::S_OK);
+  stream_.DropHeld();
+  stream_.Hold();
+  EXPECT_EQ(stream_.Write("never", 5, nullptr), ce::S_OK);
+  stream_.Release();
+  EXPECT_EQ(connection_.client().ReceiveToEnd(), "");
+}
+
+TEST_F(CorvaneStreams, HoldsNoMoreThanItsRoom) {
+  const std::string most(CorvaneStream::kMostHeld, 'x');
+  stream_.Hold();
+  EXPECT_EQ(stream_.Write(most.data(), CorvaneStream::kMostHeld, nullptr), ce::S_OK);
+  EXPECT_EQ(stream_.Write("y", 1, &count_), ce::E_OUTOFMEMORY);
+  EXPECT_EQ(count_, 0u);
+  EXPECT_EQ(stream_.SendHeld(), ce::S_OK);
+  stream_.Release();
+  EXPECT_EQ(connection_.client().ReceiveToEnd(), most);
+}
+
+TEST_F(CorvaneStreams, KnowsThatWhatItHeldCouldNotBeSent) {
+  stream_.Hold();
+  EXPECT_EQ(stream_.Write("x", 1, nullptr), ce::S_OK);
+  const auto plan = ce::host::FaultPlan::FailCalls("send", ce::WSAECONNRESET);
+  EXPECT_EQ(stream_.SendHeld(), static_cast<ce::HRESULT>(ce::WSAECONNRESET));
+  EXPECT_TRUE(stream_.Ended());
+}
+
 TEST_F(CorvaneStreams, ReleaseClosesTheSocketOnce) {
   const auto closings = ce::host::FaultPlan::FailNthCall("closesocket", 99, 1);
   stream_.Release();

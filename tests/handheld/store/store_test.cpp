@@ -1,6 +1,5 @@
 #include "handheld/store/store.h"
 
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -12,11 +11,13 @@
 #include "handheld/store/store_error.h"
 #include "handheld/store/store_schema.h"
 #include "tests/handheld/outlook/outlook_support.h"
+#include "tests/support/file_size_limit.h"
 
 namespace ce::host::testing {
 namespace {
 
 namespace fs = std::filesystem;
+using corvane::testing::FileSizeLimit;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
@@ -219,16 +220,10 @@ TEST_F(StoreFile, FailsASaveThatTheDiskHasNoRoomForAndGoesOnAfterwards) {
   const ComPtr<IContact> contact = NewContact(app);
   ASSERT_EQ(Put(contact, &IContact::put_Body, std::u16string(30000, u'x')), S_OK);
 
-  const auto before = std::signal(SIGXFSZ, SIG_IGN);
-  rlimit limit{};
-  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
-  rlimit tight = limit;
-  tight.rlim_cur = fs::file_size(path().string() + "-wal") + 8192;
-  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &tight), 0);
-  const HRESULT full = contact->Save();
-  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
-  std::signal(SIGXFSZ, before);
-
+  const HRESULT full = [&] {
+    const FileSizeLimit limit(fs::file_size(path().string() + "-wal") + 8192);
+    return contact->Save();
+  }();
   EXPECT_TRUE(full == kStoreWriteFault || full == kStoreDiskFull) << std::hex << full;
   EXPECT_EQ(OidOf(contact), 0);
   EXPECT_EQ(StoredCount(), 1);

@@ -37,6 +37,8 @@ class WireTest : public ::testing::Test {
   // Ends an agent that has been asked to quit, if it has not seen that by itself.
   std::optional<RawConnection> Wake();
   void StopAgent(int signal);
+  // From any thread, while nobody stops or waits for the agent.
+  void SignalAgent(int signal) { agent_->Kill(signal); }
   int WaitForAgent();  // its exit code
   HandheldDirectory& handheld();
   // Settings of the handheld; before its first use.

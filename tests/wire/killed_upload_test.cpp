@@ -1,0 +1,219 @@
+// Uploads of an agent that is killed in the middle of them, and beside downloads: what was answered
+// is there once, and nothing is ever half there.
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <atomic>
+#include <chrono>
+#include <map>
+#include <random>
+#include <set>
+#include <thread>
+
+#include "tests/support/wire/agent_process.h"
+
+namespace corvane::testing {
+namespace {
+
+constexpr int kKills = 40;
+
+std::string OidTag(std::uint32_t oid) {
+  return " Oid=\"" + std::to_string(static_cast<std::int32_t>(oid)) + "\"";
+}
+
+// A daily series of twenty days. All of them but the first are changed, or deleted, and the changed
+// ones have its name.
+std::string SeriesRecord(const std::string& attributes, const std::string& name) {
+  std::string record = "<CALENDAR" + attributes + "><SUBJECT>" + name +
+                       "</SUBJECT><EVENT_START>20080201T100000</EVENT_START>"
+                       "<EVENT_END>20080201T110000</EVENT_END><IS_RECURRING>TRUE</IS_RECURRING>"
+                       "<RECURRENCE><TYPE>DAILY</TYPE><Occurrences>20</Occurrences>";
+  for (int day = 2; day <= 20; ++day) {
+    const std::string date = "200802" + std::to_string(100 + day).substr(1);
+    record += day % 3 == 0 ? "<DeletedException>" + date + "</DeletedException>"
+                           : "<ChangedException><SUBJECT>" + name + "</SUBJECT><EVENT_START>" +
+                                 date + "T120000</EVENT_START><EVENT_END>" + date +
+                                 "T130000</EVENT_END><OriginalDate>" + date +
+                                 "</OriginalDate></ChangedException>";
+  }
+  return record + "</RECURRENCE></CALENDAR>";
+}
+
+std::string ContactRecord(const std::string& name) {
+  return "<CONTACT><FIRST_NAME>" + name + "</FIRST_NAME><NOTES>" + name + "</NOTES></CONTACT>";
+}
+
+std::string NameIn(const std::string& body) {
+  const std::size_t begin = body.find('>') + 1;
+  return body.substr(begin, body.find('<', begin) - begin);
+}
+
+// What the record of a download holds with each `name` in it written as "@".
+std::string FormOf(std::string body, const std::string& name) {
+  for (std::size_t at = 0; (at = body.find('>' + name + '<', at)) != std::string::npos; ++at) {
+    body.replace(at + 1, name.size(), "@");
+  }
+  return body;
+}
+
+// What was sent and not yet checked.
+struct SentRecord {
+  std::string name;
+  std::uint32_t changed = 0;  // 0 for a new one
+};
+
+class KilledUpload : public WireTest {
+ protected:
+  RawConnection Begin() {
+    RawConnection connection = Connect();
+    connection.Send(Record(Invoke{.function = "UploadPIMRecords", .streamFlag = 1}.Body()));
+    EXPECT_EQ(connection.ReceiveWord(), 0u);
+    return connection;
+  }
+
+  // The content of each record of a kind, by its identifier.
+  std::map<std::uint32_t, std::string> Stored(std::uint32_t kind, const std::string& element) {
+    std::map<std::uint32_t, std::string> records;
+    for (const auto& document : CallDownload("DownloadAllPIMRecords", Word(kind)).documents) {
+      const std::string open = "<" + element + " ";
+      const std::string close = "</" + element + ">";
+      for (std::size_t at = 0; (at = document.find(open, at)) != std::string::npos;) {
+        const std::size_t begin = document.find('>', at) + 1;
+        const std::size_t end = document.find(close, begin);
+        const std::uint32_t oid = OidsOf(document.substr(at, begin - at)).at(0);
+        EXPECT_TRUE(records.emplace(oid, document.substr(begin, end - begin)).second);
+        at = end;
+      }
+    }
+    return records;
+  }
+
+  std::string NewName() { return "n" + std::to_string(++names_); }
+
+  // Records of a chunk: contacts, new series, and changes of those that are there.
+  std::string NextDocument(std::size_t records) {
+    std::string document = "<root>";
+    sent_.clear();
+    for (std::size_t i = 0; i < records; ++i) {
+      sent_.push_back({NewName()});
+      SentRecord& sent = sent_.back();
+      if (i % 3 == 0) {
+        document += ContactRecord(sent.name);
+      } else if (i % 3 == 1 && !series_.empty()) {
+        sent.changed = std::next(series_.begin(), random_() % series_.size())->first;
+        document += SeriesRecord(OidTag(sent.changed), sent.name);
+      } else {
+        document += SeriesRecord("", sent.name);
+      }
+    }
+    return document + "</root>";
+  }
+
+  // What the replies that came say of what was sent.
+  void TakeReplies(const std::string& replies) {
+    const std::size_t answered = replies.size() / 8;
+    for (std::size_t i = 0; i < sent_.size(); ++i) {
+      const SentRecord& sent = sent_[i];
+      if (i >= answered) {
+        (sent.changed ? unansweredChanges_[sent.changed] : unanswered_).insert(sent.name);
+        continue;
+      }
+      const std::uint32_t oid = WordAt(replies, 8 * i);
+      EXPECT_EQ(WordAt(replies, 8 * i + 4), 0u);
+      if (sent.changed) EXPECT_EQ(oid, sent.changed);
+      (i % 3 == 0 ? contacts_ : series_)[oid] = sent.name;
+    }
+  }
+
+  // Uploads until the agent has gone.
+  void UploadToTheEnd(RawConnection& connection) {
+    for (;;) {
+      const std::size_t records = std::array{1, 5, 150}[random_() % 3];
+      connection.Send(Chunk(NextDocument(records)));
+      std::string replies;
+      try {
+        for (std::string more = "x"; !more.empty() && replies.size() < 8 * records;) {
+          replies += more = connection.Receive(1);
+        }
+      } catch (const std::runtime_error&) {
+        // The connection was reset.
+      }
+      TakeReplies(replies);
+      if (replies.size() < 8 * records) return;
+    }
+  }
+
+  // Each record that was answered is there as it was answered, each other one that is there is
+  // whole, and none is there twice. Takes what is there for answered from now on.
+  void ExpectWhole(std::map<std::uint32_t, std::string>& answered,
+                   const std::map<std::uint32_t, std::string>& stored, const std::string& form) {
+    std::set<std::string> names;
+    for (const auto& [oid, body] : stored) {
+      const std::string name = NameIn(body);
+      EXPECT_EQ(FormOf(body, name), form);
+      EXPECT_TRUE(names.insert(name).second) << name << " is there twice";
+      const auto known = answered.find(oid);
+      if (known == answered.end()) {
+        EXPECT_TRUE(unanswered_.contains(name)) << name;
+      } else if (known->second != name) {
+        EXPECT_TRUE(unansweredChanges_[oid].contains(name)) << name;
+      }
+      answered[oid] = name;
+    }
+    EXPECT_EQ(answered.size(), stored.size()) << "a record that was answered is gone";
+  }
+
+  std::mt19937 random_{20080215};
+  int names_ = 0;
+  std::vector<SentRecord> sent_;
+  std::map<std::uint32_t, std::string> contacts_;  // the names that were answered last
+  std::map<std::uint32_t, std::string> series_;
+  std::set<std::string> unanswered_;
+  std::map<std::uint32_t, std::set<std::string>> unansweredChanges_;
+};
+
+TEST_F(KilledUpload, LosesNothingThatWasAnsweredAndLeavesNothingHalf) {
+  Upload({"<root>" + ContactRecord("@") + SeriesRecord("", "@") + "</root>"}, 2);
+  const std::string contact = Stored(kContacts, "CONTACT").begin()->second;
+  const std::string series = Stored(kAppointments, "CALENDAR").begin()->second;
+  unanswered_ = {"@"};
+  std::uniform_int_distribution<int> moment(0, 30'000);
+  for (int kill = 0; kill < kKills && !HasFailure(); ++kill) {
+    const std::chrono::microseconds wait(moment(random_));
+    RawConnection connection = Begin();
+    std::jthread killer([&] {
+      std::this_thread::sleep_for(wait);
+      SignalAgent(SIGKILL);
+    });
+    UploadToTheEnd(connection);
+    killer.join();
+    StopAgent(SIGKILL);
+    ExpectWhole(contacts_, Stored(kContacts, "CONTACT"), contact);
+    ExpectWhole(series_, Stored(kAppointments, "CALENDAR"), series);
+  }
+  EXPECT_GT(contacts_.size() + series_.size(), static_cast<std::size_t>(kKills));
+}
+
+TEST_F(KilledUpload, ShowsNothingHalfToADownload) {
+  const std::uint32_t oid = Upload({"<root>" + SeriesRecord("", "@") + "</root>"}, 1).at(0).oid;
+  const std::string form = Stored(kAppointments, "CALENDAR").at(oid);
+  std::atomic<bool> done = false;
+  std::jthread uploader([&] {
+    for (int i = 0; i < 40; ++i) {
+      const auto name = [&](int j) { return "n" + std::to_string(5 * i + j); };
+      std::string document = "<root>" + SeriesRecord(OidTag(oid), name(0));
+      for (int j = 1; j < 5; ++j) document += SeriesRecord("", name(j));
+      Upload({document + "</root>"}, 5);
+    }
+    done = true;
+  });
+  for (bool last = false; !last && !HasFailure();) {
+    last = done;
+    for (const auto& [stored, body] : Stored(kAppointments, "CALENDAR")) {
+      EXPECT_EQ(FormOf(body, NameIn(body)), form);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace corvane::testing
