@@ -13,6 +13,7 @@
 #include "handheld/network/listen_options.h"
 #include "handheld/network/socket_watcher.h"
 #include "handheld/store/store_check.h"
+#include "handheld/system/memory.h"
 #include "handheld/system/threads.h"
 
 namespace {
@@ -53,6 +54,7 @@ ce::host::ListenOptions ListenOptionsOf(const Options& options) {
 }
 
 int RunAgent(const Options& options) {
+  ce::host::KeepFreedMemory();
   ce::host::SetListenOptions(ListenOptionsOf(options));
   ce::host::EndSelectsOnSignals([] { corvane::QuitRequested = 1; });
   const auto handheld = ce::host::Handheld::Open(options.handheld, "corvane");

@@ -45,7 +45,7 @@ HRESULT GetCleanPattern(IAppointment* appointment, ComPtr<IRecurrencePattern>* p
 class AppointmentReader {
  public:
   AppointmentReader(IXMLDOMNode* node, IAppointment* appointment)
-      : node_(node), appointment_(appointment) {}
+      : fields_(node), appointment_(appointment) {}
 
   HRESULT PutFields(bool fullRecord);
   HRESULT PutExceptions();
@@ -58,7 +58,7 @@ class AppointmentReader {
   HRESULT PutSeriesFields();
   HRESULT PutRecurrence();
 
-  IXMLDOMNode* const node_;
+  ChildElements fields_;
   IAppointment* const appointment_;
   VARIANT_BOOL allDay_ = VARIANT_FALSE;
   VARIANT_BOOL recurring_ = VARIANT_FALSE;
@@ -66,56 +66,57 @@ class AppointmentReader {
 };
 
 HRESULT AppointmentReader::PutFields(bool fullRecord) {
-  RETURN_UNLESS_OK(PutText(node_, kSubjectElement, appointment_, &IAppointment::put_Subject));
-  RETURN_UNLESS_OK(PutNotes(node_, kNotesElement, appointment_, &IAppointment::get_Body,
+  RETURN_UNLESS_OK(fields_.Index());
+  RETURN_UNLESS_OK(PutText(fields_, kSubjectElement, appointment_, &IAppointment::put_Subject));
+  RETURN_UNLESS_OK(PutNotes(fields_, kNotesElement, appointment_, &IAppointment::get_Body,
                             &IAppointment::put_Body, UnreadableNotes::kNone));
-  RETURN_UNLESS_OK(
-      PutFlag(node_, kAllDayEventElement, appointment_, &IAppointment::put_AllDayEvent, &allDay_));
+  RETURN_UNLESS_OK(PutFlag(fields_, kAllDayEventElement, appointment_,
+                           &IAppointment::put_AllDayEvent, &allDay_));
   RETURN_UNLESS_OK(PutLong(kBusyStatusElement, &IAppointment::put_BusyStatus));
   RETURN_UNLESS_OK(PutStart());
   // Of an occurrence it counts for the length alone.
-  RETURN_UNLESS_OK(ReadFlag(node_, kIsRecurringElement, &recurring_));
+  RETURN_UNLESS_OK(ReadFlag(fields_, kIsRecurringElement, &recurring_));
   RETURN_UNLESS_OK(allDay_ ? PutWholeDays() : PutEnd());
   if (fullRecord) RETURN_UNLESS_OK(PutSeriesFields());
-  return PutText(node_, kLocationElement, appointment_, &IAppointment::put_Location);
+  return PutText(fields_, kLocationElement, appointment_, &IAppointment::put_Location);
 }
 
 // What a changed occurrence has from its series.
 HRESULT AppointmentReader::PutSeriesFields() {
-  RETURN_UNLESS_OK(PutPrivacy(node_, appointment_));
+  RETURN_UNLESS_OK(PutPrivacy(fields_, appointment_));
   VARIANT_BOOL reminder = VARIANT_FALSE;
-  RETURN_UNLESS_OK(
-      PutFlag(node_, kHasReminderElement, appointment_, &IAppointment::put_ReminderSet, &reminder));
+  RETURN_UNLESS_OK(PutFlag(fields_, kHasReminderElement, appointment_,
+                           &IAppointment::put_ReminderSet, &reminder));
   if (reminder) {
     RETURN_UNLESS_OK(
         PutLong(kReminderMinutesElement, &IAppointment::put_ReminderMinutesBeforeStart));
   }
   RETURN_UNLESS_OK(PutRecurrence());
-  return PutCategories(node_, kCategoriesElement, appointment_, &IAppointment::put_Categories);
+  return PutCategories(fields_, kCategoriesElement, appointment_, &IAppointment::put_Categories);
 }
 
 HRESULT AppointmentReader::PutLong(const WCHAR* element, HRESULT (IAppointment::*put)(LONG)) {
   LONG number = 0;
-  RETURN_UNLESS_OK(GetChildLongDefault(node_, element, &number, 0));
+  RETURN_UNLESS_OK(GetChildLongDefault(fields_, element, &number, 0));
   return (appointment_->*put)(number);
 }
 
 HRESULT AppointmentReader::PutStart() {
   const auto read = allDay_ ? ReadDate : ReadDateTime;
-  RETURN_UNLESS_OK(read(node_, kEventStartElement, &start_));
+  RETURN_UNLESS_OK(read(fields_, kEventStartElement, &start_));
   return appointment_->put_Start(start_);
 }
 
 HRESULT AppointmentReader::PutEnd() {
   DATE end = kNoDate;
-  RETURN_UNLESS_OK(ReadDateTime(node_, kEventEndElement, &end));
+  RETURN_UNLESS_OK(ReadDateTime(fields_, kEventEndElement, &end));
   return appointment_->put_End(end);
 }
 
 // An all-day event has no end but a number of days, so its last one must be there.
 HRESULT AppointmentReader::PutWholeDays() {
   DATE last = kNoDate;
-  RETURN_UNLESS_OK(GetChildDate(node_, kEventEndElement, &last));
+  RETURN_UNLESS_OK(GetChildDate(fields_, kEventEndElement, &last));
   LONGLONG days = static_cast<LONGLONG>(last - start_);
   DWORD major = 0;
   RETURN_UNLESS_OK(ReadMajorVersion(&major));
@@ -130,7 +131,7 @@ HRESULT AppointmentReader::PutRecurrence() {
   ComPtr<IRecurrencePattern> pattern;
   RETURN_UNLESS_OK(GetCleanPattern(appointment_, &pattern));
   ComPtr<IXMLDOMNode> recurrence;
-  RETURN_UNLESS_OK(FindChildElement(node_, kRecurrenceElement, recurrence.put()));
+  RETURN_UNLESS_OK(FindChildElement(fields_, kRecurrenceElement, recurrence.put()));
   return ParseXMLRecurrence(recurrence.get(), pattern.get());
 }
 
@@ -140,7 +141,7 @@ HRESULT AppointmentReader::PutExceptions() {
   ComPtr<IRecurrencePattern> pattern;
   RETURN_UNLESS_OK(appointment_->GetRecurrencePattern(pattern.put()));
   ComPtr<IXMLDOMNode> recurrence;
-  RETURN_UNLESS_OK(FindChildElement(node_, kRecurrenceElement, recurrence.put()));
+  RETURN_UNLESS_OK(FindChildElement(fields_, kRecurrenceElement, recurrence.put()));
   return ParseXMLExceptions(recurrence.get(), pattern.get(), start_);
 }
 

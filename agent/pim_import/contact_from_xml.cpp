@@ -16,18 +16,18 @@ using namespace ce;
 
 namespace {
 
-HRESULT PutStreet(IXMLDOMNode* record, IContact* contact, const ContactField& field) {
+HRESULT PutStreet(const ChildElements& record, IContact* contact, const ContactField& field) {
   Bstr text;
   RETURN_UNLESS_OK(ReadMultilineText(record, field.element, &text));
   return (contact->*field.putText)(text.get());
 }
 
-HRESULT PutYomiText(IXMLDOMNode* record, IContact* contact, const ContactField& field) {
+HRESULT PutYomiText(const ChildElements& record, IContact* contact, const ContactField& field) {
   const HRESULT status = PutText(record, field.element, contact, field.putText);
   return status == E_NOTIMPL ? S_OK : status;
 }
 
-HRESULT PutEmailList(IXMLDOMNode* record, IContact* contact, const ContactField& field) {
+HRESULT PutEmailList(const ChildElements& record, IContact* contact, const ContactField& field) {
   const Bstr none(u"");
   for (const ContactEmailSlot& slot : ContactEmailSlots()) {
     RETURN_UNLESS_OK((contact->*slot.put)(none.get()));
@@ -40,13 +40,13 @@ HRESULT PutEmailList(IXMLDOMNode* record, IContact* contact, const ContactField&
   return S_OK;
 }
 
-HRESULT PutDate(IXMLDOMNode* record, IContact* contact, const ContactField& field) {
+HRESULT PutDate(const ChildElements& record, IContact* contact, const ContactField& field) {
   DATE date = kNoDate;
   RETURN_UNLESS_OK(ReadDate(record, field.element, &date));
   return (contact->*field.putDate)(date);
 }
 
-HRESULT PutField(IXMLDOMNode* record, IContact* contact, const ContactField& field) {
+HRESULT PutField(const ChildElements& record, IContact* contact, const ContactField& field) {
   switch (field.kind) {
     case ContactFieldKind::kEmailList:
       return PutEmailList(record, contact, field);
@@ -68,7 +68,7 @@ HRESULT PutField(IXMLDOMNode* record, IContact* contact, const ContactField& fie
   }
 }
 
-HRESULT PutFields(IXMLDOMNode* record, IContact* contact) {
+HRESULT PutFields(const ChildElements& record, IContact* contact) {
   HRESULT status = S_OK;
   bool yomiAsked = false;
   bool yomi = false;
@@ -88,7 +88,9 @@ HRESULT PutFields(IXMLDOMNode* record, IContact* contact) {
 
 HRESULT FillAndSaveContact(IXMLDOMNode* record, IUnknown* item, bool* saved) {
   IContact* const contact = static_cast<IContact*>(item);
-  HRESULT status = PutFields(record, contact);
+  ChildElements fields(record);
+  HRESULT status = fields.Index();
+  if (status == S_OK) status = PutFields(fields, contact);
   LOG(u"Before Save");
   if (status != S_OK) return status;
   status = contact->Save();

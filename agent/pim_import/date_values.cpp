@@ -72,15 +72,15 @@ HRESULT GetDateFromString(const WCHAR* text, DATE* date) {
   return ToDate(time, date);
 }
 
-HRESULT GetChildDate(IXMLDOMNode* node, const WCHAR* name, DATE* date) {
+HRESULT GetChildDate(const ChildElements& parent, const WCHAR* name, DATE* date) {
   Variant text;
-  RETURN_IF_FAILED(GetChildValue(node, name, text.put()));
+  RETURN_IF_FAILED(GetChildValue(parent, name, text.put()));
   return GetDateFromString(text.get().bstrVal, date);
 }
 
-HRESULT GetChildDateTime(IXMLDOMNode* node, const WCHAR* name, DATE* date) {
+HRESULT GetChildDateTime(const ChildElements& parent, const WCHAR* name, DATE* date) {
   Variant text;
-  RETURN_IF_FAILED(GetChildValue(node, name, text.put()));
+  RETURN_IF_FAILED(GetChildValue(parent, name, text.put()));
   SYSTEMTIME utc{};
   RETURN_IF_FAILED(ScanAll(text.text(), kDateTimeFields, &utc));
   // The conversion to local time would turn an impossible time into a possible one.

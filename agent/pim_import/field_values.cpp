@@ -29,15 +29,8 @@ std::size_t BareLineFeeds(std::u16string_view text) {
 
 }  // namespace
 
-HRESULT FindChildElement(IXMLDOMNode* node, const WCHAR* name, IXMLDOMNode** child) {
-  *child = nullptr;
-  const Bstr query(name);
-  if (!query) return E_OUTOFMEMORY;
-  ComPtr<IXMLDOMNode> found;
-  RETURN_IF_FAILED(node->selectSingleNode(query.get(), found.put()));
-  if (!found) return E_FAIL;
-  *child = found.detach();
-  return S_OK;
+HRESULT FindChildElement(const ChildElements& parent, const WCHAR* name, IXMLDOMNode** child) {
+  return parent.Find(name, child);
 }
 
 HRESULT GetNodeText(IXMLDOMNode* node, VARIANT* value) {
@@ -51,15 +44,15 @@ HRESULT GetNodeText(IXMLDOMNode* node, VARIANT* value) {
   return E_FAIL;
 }
 
-HRESULT GetChildValue(IXMLDOMNode* node, const WCHAR* name, VARIANT* value) {
+HRESULT GetChildValue(const ChildElements& parent, const WCHAR* name, VARIANT* value) {
   ComPtr<IXMLDOMNode> child;
-  RETURN_IF_FAILED(FindChildElement(node, name, child.put()));
+  RETURN_IF_FAILED(FindChildElement(parent, name, child.put()));
   return GetNodeText(child.get(), value);
 }
 
-HRESULT GetChildMultilineText(IXMLDOMNode* node, const WCHAR* name, BSTR* text) {
+HRESULT GetChildMultilineText(const ChildElements& parent, const WCHAR* name, BSTR* text) {
   Variant value;
-  RETURN_IF_FAILED(GetChildValue(node, name, value.put()));
+  RETURN_IF_FAILED(GetChildValue(parent, name, value.put()));
   const std::u16string_view source = value.text();
   const std::size_t length = source.size() + BareLineFeeds(source);
   const BSTR result = SysAllocStringLen(nullptr, static_cast<UINT>(length));
@@ -74,24 +67,26 @@ HRESULT GetChildMultilineText(IXMLDOMNode* node, const WCHAR* name, BSTR* text) 
   return S_OK;
 }
 
-HRESULT GetChildBool(IXMLDOMNode* node, const WCHAR* name, LONG* value, LONG defaultValue) {
+HRESULT GetChildBool(const ChildElements& parent, const WCHAR* name, LONG* value,
+                     LONG defaultValue) {
   Variant text;
   *value = defaultValue;
-  if (Failed(GetChildValue(node, name, text.put()))) return S_OK;
+  if (Failed(GetChildValue(parent, name, text.put()))) return S_OK;
   if (text.text() == u"TRUE") *value = 1;
   if (text.text() == u"FALSE") *value = 0;
   return S_OK;
 }
 
-HRESULT GetChildLongDefault(IXMLDOMNode* node, const WCHAR* name, LONG* value, LONG defaultValue) {
+HRESULT GetChildLongDefault(const ChildElements& parent, const WCHAR* name, LONG* value,
+                            LONG defaultValue) {
   *value = defaultValue;
-  static_cast<void>(GetChildLong(node, name, value));
+  static_cast<void>(GetChildLong(parent, name, value));
   return S_OK;
 }
 
-HRESULT GetChildLong(IXMLDOMNode* node, const WCHAR* name, LONG* value) {
+HRESULT GetChildLong(const ChildElements& parent, const WCHAR* name, LONG* value) {
   Variant text;
-  RETURN_IF_FAILED(GetChildValue(node, name, text.put()));
+  RETURN_IF_FAILED(GetChildValue(parent, name, text.put()));
   *value = TextToLong(text.text());
   return S_OK;
 }

@@ -1,5 +1,5 @@
 // Values of a record's fields. A field is the child element of its name, its value the text of that
-// element's first child node.
+// element's first child node. A node converts to its ChildElements.
 //
 // The convention of all readers: S_OK, the value was read; E_FAIL, the field is missing or has no
 // text, so the reader of the record clears the property; E_INVALIDARG, the text is no date; any
@@ -8,6 +8,7 @@
 
 #include <utility>
 
+#include "agent/pim_import/child_elements.h"
 #include "platform/com_ptr.h"
 #include "platform/status.h"
 #include "platform/xml_dom.h"
@@ -38,33 +39,35 @@ ce::HRESULT ForEachChild(ce::IXMLDOMNode* node, Visitor visit) {
   return status;
 }
 
-// The first child element of this name. The caller owns the reference.
-ce::HRESULT FindChildElement(ce::IXMLDOMNode* node, const ce::WCHAR* name, ce::IXMLDOMNode** child);
+// As ChildElements::Find.
+ce::HRESULT FindChildElement(const ChildElements& parent, const ce::WCHAR* name,
+                             ce::IXMLDOMNode** child);
 
 // `value`, an empty variant, receives a VT_BSTR that the caller clears.
-ce::HRESULT GetChildValue(ce::IXMLDOMNode* node, const ce::WCHAR* name, ce::VARIANT* value);
+ce::HRESULT GetChildValue(const ChildElements& parent, const ce::WCHAR* name, ce::VARIANT* value);
 
 // The same for a node itself instead of its child of a name.
 ce::HRESULT GetNodeText(ce::IXMLDOMNode* node, ce::VARIANT* value);
 
 // With every bare line feed turned into carriage return and line feed. The caller owns the text.
-ce::HRESULT GetChildMultilineText(ce::IXMLDOMNode* node, const ce::WCHAR* name, ce::BSTR* text);
+ce::HRESULT GetChildMultilineText(const ChildElements& parent, const ce::WCHAR* name,
+                                  ce::BSTR* text);
 
 // "20080215", whatever follows it, as the date stands. A date that does not exist gives the last
 // error, which is positive, and no date.
-ce::HRESULT GetChildDate(ce::IXMLDOMNode* node, const ce::WCHAR* name, ce::DATE* date);
+ce::HRESULT GetChildDate(const ChildElements& parent, const ce::WCHAR* name, ce::DATE* date);
 ce::HRESULT GetDateFromString(const ce::WCHAR* text, ce::DATE* date);
 
 // "20080215T134501" in UTC, as a date of the handheld's zone.
-ce::HRESULT GetChildDateTime(ce::IXMLDOMNode* node, const ce::WCHAR* name, ce::DATE* date);
+ce::HRESULT GetChildDateTime(const ChildElements& parent, const ce::WCHAR* name, ce::DATE* date);
 
 // 1 for exactly "TRUE", 0 for exactly "FALSE", otherwise the default. Always S_OK.
-ce::HRESULT GetChildBool(ce::IXMLDOMNode* node, const ce::WCHAR* name, ce::LONG* value,
+ce::HRESULT GetChildBool(const ChildElements& parent, const ce::WCHAR* name, ce::LONG* value,
                          ce::LONG defaultValue);
 
 // Always S_OK.
-ce::HRESULT GetChildLongDefault(ce::IXMLDOMNode* node, const ce::WCHAR* name, ce::LONG* value,
+ce::HRESULT GetChildLongDefault(const ChildElements& parent, const ce::WCHAR* name, ce::LONG* value,
                                 ce::LONG defaultValue);
-ce::HRESULT GetChildLong(ce::IXMLDOMNode* node, const ce::WCHAR* name, ce::LONG* value);
+ce::HRESULT GetChildLong(const ChildElements& parent, const ce::WCHAR* name, ce::LONG* value);
 
 }  // namespace corvane

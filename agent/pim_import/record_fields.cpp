@@ -24,18 +24,18 @@ HRESULT NoDateWhenMissing(HRESULT status, DATE* date) {
 
 }  // namespace
 
-HRESULT ReadText(IXMLDOMNode* record, const WCHAR* element, Bstr* text) {
+HRESULT ReadText(const ChildElements& record, const WCHAR* element, Bstr* text) {
   VARIANT value;
   const HRESULT status = GetChildValue(record, element, &value);
   if (status == S_OK) text->attach(value.bstrVal);
   return EmptyWhenMissing(status, text);
 }
 
-HRESULT ReadMultilineText(IXMLDOMNode* record, const WCHAR* element, Bstr* text) {
+HRESULT ReadMultilineText(const ChildElements& record, const WCHAR* element, Bstr* text) {
   return EmptyWhenMissing(GetChildMultilineText(record, element, text->put()), text);
 }
 
-HRESULT ReadCategories(IXMLDOMNode* record, const WCHAR* element, Bstr* names) {
+HRESULT ReadCategories(const ChildElements& record, const WCHAR* element, Bstr* names) {
   ComPtr<IXMLDOMNode> list;
   const HRESULT status = FindChildElement(record, element, list.put());
   if (status != S_OK) return EmptyWhenMissing(status, names);
@@ -45,15 +45,15 @@ HRESULT ReadCategories(IXMLDOMNode* record, const WCHAR* element, Bstr* names) {
   return S_OK;
 }
 
-HRESULT ReadDate(IXMLDOMNode* record, const WCHAR* element, DATE* date) {
+HRESULT ReadDate(const ChildElements& record, const WCHAR* element, DATE* date) {
   return NoDateWhenMissing(GetChildDate(record, element, date), date);
 }
 
-HRESULT ReadDateTime(IXMLDOMNode* record, const WCHAR* element, DATE* date) {
+HRESULT ReadDateTime(const ChildElements& record, const WCHAR* element, DATE* date) {
   return NoDateWhenMissing(GetChildDateTime(record, element, date), date);
 }
 
-HRESULT ReadFlag(IXMLDOMNode* record, const WCHAR* element, VARIANT_BOOL* flag) {
+HRESULT ReadFlag(const ChildElements& record, const WCHAR* element, VARIANT_BOOL* flag) {
   LONG value = 0;
   const HRESULT status = GetChildBool(record, element, &value, 0);
   *flag = value ? VARIANT_TRUE : VARIANT_FALSE;

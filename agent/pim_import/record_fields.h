@@ -12,20 +12,21 @@
 namespace corvane {
 
 // Otherwise the empty text.
-ce::HRESULT ReadText(ce::IXMLDOMNode* record, const ce::WCHAR* element, ce::Bstr* text);
+ce::HRESULT ReadText(const ChildElements& record, const ce::WCHAR* element, ce::Bstr* text);
 // The same with every bare line feed turned into carriage return and line feed.
-ce::HRESULT ReadMultilineText(ce::IXMLDOMNode* record, const ce::WCHAR* element, ce::Bstr* text);
+ce::HRESULT ReadMultilineText(const ChildElements& record, const ce::WCHAR* element,
+                              ce::Bstr* text);
 // The names of the container, joined; otherwise the empty text.
-ce::HRESULT ReadCategories(ce::IXMLDOMNode* record, const ce::WCHAR* element, ce::Bstr* names);
+ce::HRESULT ReadCategories(const ChildElements& record, const ce::WCHAR* element, ce::Bstr* names);
 // As the date stands; otherwise kNoDate.
-ce::HRESULT ReadDate(ce::IXMLDOMNode* record, const ce::WCHAR* element, ce::DATE* date);
+ce::HRESULT ReadDate(const ChildElements& record, const ce::WCHAR* element, ce::DATE* date);
 // From UTC to a date of the handheld's zone; otherwise kNoDate.
-ce::HRESULT ReadDateTime(ce::IXMLDOMNode* record, const ce::WCHAR* element, ce::DATE* date);
+ce::HRESULT ReadDateTime(const ChildElements& record, const ce::WCHAR* element, ce::DATE* date);
 // VARIANT_TRUE for exactly "TRUE". Always S_OK.
-ce::HRESULT ReadFlag(ce::IXMLDOMNode* record, const ce::WCHAR* element, ce::VARIANT_BOOL* flag);
+ce::HRESULT ReadFlag(const ChildElements& record, const ce::WCHAR* element, ce::VARIANT_BOOL* flag);
 
 template <typename Item>
-ce::HRESULT PutText(ce::IXMLDOMNode* record, const ce::WCHAR* element, Item* item,
+ce::HRESULT PutText(const ChildElements& record, const ce::WCHAR* element, Item* item,
                     ce::HRESULT (Item::*put)(ce::BSTR)) {
   ce::Bstr text;
   RETURN_UNLESS_OK(ReadText(record, element, &text));
@@ -33,7 +34,7 @@ ce::HRESULT PutText(ce::IXMLDOMNode* record, const ce::WCHAR* element, Item* ite
 }
 
 template <typename Item>
-ce::HRESULT PutCategories(ce::IXMLDOMNode* record, const ce::WCHAR* element, Item* item,
+ce::HRESULT PutCategories(const ChildElements& record, const ce::WCHAR* element, Item* item,
                           ce::HRESULT (Item::*put)(ce::BSTR)) {
   ce::Bstr names;
   RETURN_UNLESS_OK(ReadCategories(record, element, &names));
@@ -42,14 +43,14 @@ ce::HRESULT PutCategories(ce::IXMLDOMNode* record, const ce::WCHAR* element, Ite
 
 // `*flag` receives what is put.
 template <typename Item>
-ce::HRESULT PutFlag(ce::IXMLDOMNode* record, const ce::WCHAR* element, Item* item,
+ce::HRESULT PutFlag(const ChildElements& record, const ce::WCHAR* element, Item* item,
                     ce::HRESULT (Item::*put)(ce::VARIANT_BOOL), ce::VARIANT_BOOL* flag) {
   RETURN_UNLESS_OK(ReadFlag(record, element, flag));
   return (item->*put)(*flag);
 }
 
 template <typename Item>
-ce::HRESULT PutPrivacy(ce::IXMLDOMNode* record, Item* item) {
+ce::HRESULT PutPrivacy(const ChildElements& record, Item* item) {
   ce::VARIANT_BOOL isPrivate = ce::VARIANT_FALSE;
   RETURN_UNLESS_OK(ReadFlag(record, kPrivateElement, &isPrivate));
   return item->put_Sensitivity(isPrivate ? ce::olPrivate : ce::olNormal);
@@ -60,7 +61,7 @@ enum class UnreadableNotes { kFail, kNone };
 
 // An unchanged note is not written back: the device may hold it in a form of its own.
 template <typename Item>
-ce::HRESULT PutNotes(ce::IXMLDOMNode* record, const ce::WCHAR* element, Item* item,
+ce::HRESULT PutNotes(const ChildElements& record, const ce::WCHAR* element, Item* item,
                      ce::HRESULT (Item::*get)(ce::BSTR*), ce::HRESULT (Item::*put)(ce::BSTR),
                      UnreadableNotes unreadable) {
   ce::Bstr text;

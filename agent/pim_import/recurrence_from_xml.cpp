@@ -36,7 +36,7 @@ LONG SumOfDays(std::u16string_view text) {
   return static_cast<LONG>(std::min<ULONGLONG>(sum, std::numeric_limits<LONG>::max()));
 }
 
-HRESULT PutChild(IXMLDOMNode* recurrence, IRecurrencePattern* pattern,
+HRESULT PutChild(const ChildElements& recurrence, IRecurrencePattern* pattern,
                  const RecurrenceChild& child) {
   if (child.isDayList) {
     Variant days;
@@ -50,7 +50,8 @@ HRESULT PutChild(IXMLDOMNode* recurrence, IRecurrencePattern* pattern,
   return (pattern->*child.put)(static_cast<LONG>(value));
 }
 
-HRESULT PutType(IXMLDOMNode* recurrence, std::u16string_view text, IRecurrencePattern* pattern) {
+HRESULT PutType(const ChildElements& recurrence, std::u16string_view text,
+                IRecurrencePattern* pattern) {
   const auto types = RecurrenceTypes();
   const auto type =
       std::ranges::find_if(types, [&](const RecurrenceType& row) { return text == row.text; });
@@ -75,7 +76,7 @@ HRESULT PutOccurrences(IRecurrencePattern* pattern, LONG occurrences) {
   return pattern->put_Occurrences(occurrences);
 }
 
-HRESULT PutEndDate(IXMLDOMNode* recurrence, IRecurrencePattern* pattern) {
+HRESULT PutEndDate(const ChildElements& recurrence, IRecurrencePattern* pattern) {
   LONG presence = 0;
   RETURN_UNLESS_OK(GetChildLongDefault(recurrence, kEndDateElement, &presence, 0));
   if (presence == 0) return pattern->put_NoEndDate(VARIANT_TRUE);
@@ -86,7 +87,7 @@ HRESULT PutEndDate(IXMLDOMNode* recurrence, IRecurrencePattern* pattern) {
 }
 
 // A number of occurrences goes before an end date.
-HRESULT PutEnd(IXMLDOMNode* recurrence, IRecurrencePattern* pattern) {
+HRESULT PutEnd(const ChildElements& recurrence, IRecurrencePattern* pattern) {
   LONG occurrences = 0;
   const HRESULT status = GetChildLong(recurrence, kOccurrencesElement, &occurrences);
   if (status == E_FAIL) return PutEndDate(recurrence, pattern);
@@ -95,7 +96,8 @@ HRESULT PutEnd(IXMLDOMNode* recurrence, IRecurrencePattern* pattern) {
 
 }  // namespace
 
-HRESULT ParseXMLRecurrence(IXMLDOMNode* recurrence, IRecurrencePattern* pattern) {
+HRESULT ParseXMLRecurrence(IXMLDOMNode* node, IRecurrencePattern* pattern) {
+  const ChildElements recurrence(node);
   Variant type;
   RETURN_UNLESS_OK(GetChildValue(recurrence, kTypeElement, type.put()));
   HRESULT status = PutType(recurrence, type.text(), pattern);

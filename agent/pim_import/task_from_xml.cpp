@@ -18,7 +18,7 @@ namespace {
 
 // The present pattern stays when there is none to be set, or it cannot be had. The element comes
 // first: a task that is asked for its pattern has become a series.
-HRESULT SetPattern(IXMLDOMNode* record, ITask* task) {
+HRESULT SetPattern(const ChildElements& record, ITask* task) {
   ComPtr<IXMLDOMNode> recurrence;
   if (FindChildElement(record, kRecurrenceElement, recurrence.put()) != S_OK) return S_OK;
   ComPtr<IRecurrencePattern> pattern;
@@ -26,14 +26,14 @@ HRESULT SetPattern(IXMLDOMNode* record, ITask* task) {
   return ParseXMLRecurrence(recurrence.get(), pattern.get());
 }
 
-HRESULT PutDate(IXMLDOMNode* record, const WCHAR* element, ITask* task, HRESULT (ITask::*put)(DATE),
-                DATE* date) {
+HRESULT PutDate(const ChildElements& record, const WCHAR* element, ITask* task,
+                HRESULT (ITask::*put)(DATE), DATE* date) {
   RETURN_UNLESS_OK(ReadDate(record, element, date));
   return (task->*put)(*date);
 }
 
 // The minutes count from the first moment of the due date, in local time throughout.
-HRESULT PutReminderTime(IXMLDOMNode* record, ITask* task, DATE due) {
+HRESULT PutReminderTime(const ChildElements& record, ITask* task, DATE due) {
   LONG minutes = 0;
   RETURN_UNLESS_OK(GetChildLongDefault(record, kReminderMinutesElement, &minutes, 0));
   SYSTEMTIME time{};
@@ -47,19 +47,19 @@ HRESULT PutReminderTime(IXMLDOMNode* record, ITask* task, DATE due) {
   return task->put_ReminderTime(reminder);
 }
 
-HRESULT PutPriority(IXMLDOMNode* record, ITask* task) {
+HRESULT PutPriority(const ChildElements& record, ITask* task) {
   LONG priority = kPriorityNormal;
   RETURN_UNLESS_OK(GetChildLongDefault(record, kPriorityElement, &priority, kPriorityNormal));
   return task->put_Importance(ImportanceOfPriority(priority));
 }
 
-HRESULT PutRecurrence(IXMLDOMNode* record, ITask* task) {
+HRESULT PutRecurrence(const ChildElements& record, ITask* task) {
   VARIANT_BOOL recurring = VARIANT_FALSE;
   RETURN_UNLESS_OK(ReadFlag(record, kIsRecurringElement, &recurring));
   return recurring ? SetPattern(record, task) : task->ClearRecurrencePattern();
 }
 
-HRESULT PutFields(IXMLDOMNode* record, ITask* task) {
+HRESULT PutFields(const ChildElements& record, ITask* task) {
   RETURN_UNLESS_OK(PutText(record, kSubjectElement, task, &ITask::put_Subject));
   RETURN_UNLESS_OK(PutNotes(record, kNotesElement, task, &ITask::get_Body, &ITask::put_Body,
                             UnreadableNotes::kNone));
@@ -80,7 +80,9 @@ HRESULT PutFields(IXMLDOMNode* record, ITask* task) {
 
 HRESULT FillAndSaveTask(IXMLDOMNode* record, IUnknown* item, bool* saved) {
   ITask* const task = static_cast<ITask*>(item);
-  RETURN_UNLESS_OK(PutFields(record, task));
+  ChildElements fields(record);
+  RETURN_UNLESS_OK(fields.Index());
+  RETURN_UNLESS_OK(PutFields(fields, task));
   const HRESULT status = task->Save();
   *saved = status == S_OK;
   return status;

@@ -28,6 +28,12 @@ std::mutex& OpenLock() {
   return lock;
 }
 
+// Before the first connection. What a savepoint keeps of a write lies in small blocks of memory.
+void ConfigureSqlite() {
+  static std::once_flag once;
+  std::call_once(once, [] { sqlite3_config(SQLITE_CONFIG_STMTJRNL_SPILL, -1); });
+}
+
 HRESULT UseWriteAheadLog(sqlite3* database) {
   sqlite3_stmt* statement = nullptr;
   int result = sqlite3_prepare_v2(database, "PRAGMA journal_mode = WAL", -1, &statement, nullptr);
@@ -72,6 +78,7 @@ bool Store::Exists(const Handheld& handheld) {
 
 HRESULT Store::Connect(const std::string& path, bool create, std::string& problem) {
   RETURN_IF_FAILED(Worded(FaultStatus("sqlite3_open"), problem));
+  ConfigureSqlite();
   const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE |
                     (create ? SQLITE_OPEN_CREATE : 0);
   RETURN_IF_FAILED(

@@ -1,5 +1,7 @@
 #include "handheld/system/memory.h"
 
+#include <malloc.h>
+
 #include <atomic>
 #include <cstddef>
 #include <cstdlib>
@@ -76,6 +78,12 @@ void* LocalFree(void* block) {
   g_blocks.fetch_sub(1, std::memory_order_relaxed);
   std::free(HeaderOf(block));
   return nullptr;
+}
+
+void host::KeepFreedMemory() {
+  constexpr int kKept = 1 << 20;  // bytes
+  mallopt(M_TRIM_THRESHOLD, kKept);
+  mallopt(M_MMAP_THRESHOLD, kKept);
 }
 
 std::int64_t host::LiveLocalBlocks() {
