@@ -44,6 +44,11 @@ std::string Peak(const Result& result) {
                             static_cast<double>(peak) / static_cast<double>(*result.peakKiBOf1000));
 }
 
+std::string Value(const Result& result) {
+  const double value = result.Value();
+  return fmt::format("{:.{}f}", value, value < 0.1 ? 3 : 2);
+}
+
 std::string Target(const Result& result) {
   if (!result.target) return "";
   return fmt::format("{} {:g}", result.atLeast ? ">=" : "<=", *result.target);
@@ -54,7 +59,7 @@ std::string Met(const Result& result) {
   return !met ? "" : *met ? "yes" : "no";
 }
 
-constexpr const char* kLine = "{:<16} {:>9} {:>13} {:>13} {:>7} {:>8} {:<4} {:>8} {:>8} {:>14}\n";
+constexpr const char* kLine = "{:<17} {:>9} {:>13} {:>13} {:>7} {:>8} {:<4} {:>8} {:>8} {:>14}\n";
 
 ordered_json RunsToJson(const std::vector<Run>& runs) {
   ordered_json list = ordered_json::array();
@@ -122,8 +127,8 @@ std::string TableHead() {
 std::string TableLine(const Result& result) {
   return fmt::format(kLine, result.row, result.records > 0 ? Grouped(result.records) : "",
                      Figure(result.ours, result.unit), Figure(result.floor, result.unit),
-                     fmt::format("{:.2f}", result.Value()), Target(result), Met(result),
-                     Cpu(result.ours), Cpu(result.floor), Peak(result));
+                     Value(result), Target(result), Met(result), Cpu(result.ours),
+                     Cpu(result.floor), Peak(result));
 }
 
 std::string ToJson(const std::vector<Result>& results) {
