@@ -175,8 +175,7 @@ Outcome ImportFiles(Session& session, const std::vector<fs::path>& files,
       imports.items.Commit();
     } catch (const StatusError& failure) {
       fmt::print(report.err,
-                 "corvane-device: {}: {}; some items named above may not be stored: import the "
-                 "file again\n",
+                 "corvane-device: {}: {}; not all of it is stored: import the file again\n",
                  file.string(), failure.what());
       return done > 0 ? Outcome::kPartlyDone : Outcome::kFailed;
     }

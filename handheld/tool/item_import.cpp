@@ -4,6 +4,7 @@
 
 #include <limits>
 #include <string>
+#include <utility>
 
 #include "handheld/tool/records.h"
 
@@ -34,6 +35,15 @@ ItemImport::ItemImport(Session& session, const ImportOptions& options, const Rep
 void ItemImport::Commit() {
   Check(batch_.Commit(), "storing");
   uncommitted_ = 0;
+  fmt::print(report_.out, "{}", std::exchange(unsaid_, {}));
+}
+
+void ItemImport::CommitGroup() {
+  try {
+    Commit();
+  } catch (const StatusError& failure) {
+    throw StoreFailure(failure);
+  }
 }
 
 void ItemImport::Notice(const Place& place, std::string_view text, ImportTally& tally) {
@@ -45,7 +55,7 @@ void ItemImport::Say(const char* verb, std::uint32_t oid, const std::string& nam
   if (oid == 0)
     fmt::print(report_.out, "would be {:<8} {}\n", verb, name);
   else
-    fmt::print(report_.out, "{:<8} {:>10}  {}\n", verb, oid, name);
+    unsaid_ += fmt::format("{:<8} {:>10}  {}\n", verb, oid, name);
 }
 
 ImportedItems& ItemImport::Imported(ce::INT itemType) {
@@ -66,7 +76,7 @@ ce::ComPtr<ItemOf<Record>> ItemImport::Find(std::uint32_t oid) {
 void ItemImport::Remember(ce::INT itemType, const RecordIdentity& identity, std::uint32_t oid) {
   try {
     Imported(itemType).Remember(identity, oid);
-    if (++uncommitted_ >= kRecordsPerCommit) Commit();
+    ++uncommitted_;
   } catch (const StatusError& failure) {
     throw StoreFailure(failure);
   }
@@ -117,6 +127,7 @@ void ItemImport::AddOrChange(const Place& place, const Record& record, ImportTal
 template <typename Record>
 void ItemImport::Import(const Place& place, const Record& record, ImportTally& tally) {
   try {
+    if (uncommitted_ >= kRecordsPerCommit) CommitGroup();
     AddOrChange(place, record, tally);
   } catch (const StoreFailure&) {
     throw;

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <map>
+#include <string>
 #include <string_view>
 
 #include "handheld/outlook/outlook_app.h"
@@ -51,7 +52,8 @@ class ItemImport {
   void Import(const Place& place, const Record& record, ImportTally& tally);
   void Notice(const Place& place, std::string_view text, ImportTally& tally);
 
-  // Makes what was imported last. Throws StatusError when it cannot be.
+  // Makes what was imported last, and only then says what was added and changed. Throws StatusError
+  // when it cannot be.
   void Commit();
 
  private:
@@ -63,6 +65,7 @@ class ItemImport {
   template <typename Record>
   ce::ComPtr<ItemOf<Record>> Find(std::uint32_t oid);
   ImportedItems& Imported(ce::INT itemType);
+  void CommitGroup();
   void Say(const char* verb, std::uint32_t oid, const std::string& name);
 
   Session& session_;
@@ -71,6 +74,7 @@ class ItemImport {
   std::map<ce::INT, ImportedItems> imported_;  // by item type
   ce::host::StoreBatch batch_;
   std::size_t uncommitted_ = 0;  // records
+  std::string unsaid_;           // lines about them
 };
 
 }  // namespace tool

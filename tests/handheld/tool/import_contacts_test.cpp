@@ -150,6 +150,31 @@ TEST_F(ImportContacts, StoresNoTextAsEmptyForWantOfMemory) {
   EXPECT_NE(capture.Err().find("a.vcf:1: Doe, John: "), std::string::npos) << capture.Err();
 }
 
+TEST_F(ImportContacts, SaysThatItAddedACardOnlyOnceItIsStored) {
+  const auto file = WriteFile("two.vcf", Card("N:Doe;John;;;\r\n") + Card("N:Roe;Jane;;;\r\n"));
+  {
+    const auto plan = FaultPlan::FailCalls("sqlite3_step:commit", ce::ERROR_DISK_FULL);
+    EXPECT_EQ(Import({file}), Outcome::kFailed);
+  }
+  EXPECT_EQ(out_, "");
+  EXPECT_NE(err_.find("not all of it is stored: import the file again"), std::string::npos) << err_;
+  EXPECT_EQ(Stored<formats::Contact>(), 0u);
+}
+
+TEST_F(ImportContacts, SaysOfNoneThatWasStoredThatItWasNot) {
+  std::string cards;
+  for (int i = 0; i < 600; ++i) cards += Card("N:Doe;" + std::to_string(i) + ";;;\r\n");
+  const auto file = WriteFile("many.vcf", cards);
+  Session session(HandheldPath());
+  session.Outlook();
+  const auto plan = FaultPlan::FailNthCall("sqlite3_step:commit", 2, ce::ERROR_DISK_FULL);
+  EXPECT_EQ(
+      RunIn(session,
+            [&](Session& in, const Report& report) { return ImportFiles(in, {file}, {}, report); }),
+      Outcome::kFailed);
+  EXPECT_EQ(Count(out_, "added "), 500u);
+}
+
 TEST_F(ImportContacts, IsHonestWhenAnyPlatformCallFails) {
   const auto file = WriteFile("a.vcf", Card("UID:1\r\nN:Doe;John;;;\r\n") + Card("N:Roe;;;;\r\n"));
   const auto calls = ImportFailingEachCall(file, {}, [&](Outcome outcome) {

@@ -195,7 +195,7 @@ TEST_F(ImportMessages, LeavesWhatWasStoredBeforeTheDiskWasFull) {
     const auto plan = FaultPlan::FailCalls("StoreWriter::Commit", ce::ERROR_DISK_FULL);
     EXPECT_EQ(Import({file}), Outcome::kFailed);
   }
-  EXPECT_NE(err_.find("the disk is full; some items named above may not be stored"),
+  EXPECT_NE(err_.find("the disk is full; not all of it is stored: import the file again"),
             std::string::npos)
       << err_;
   EXPECT_EQ(Messages(), "[]\n");
