@@ -16,6 +16,7 @@ namespace files {
 namespace {
 
 constexpr std::size_t kBuffer = 256 * 1024;
+constexpr char kOpenFiles[] = "/proc/self/fd";
 
 std::filesystem::path DirectoryOf(const std::filesystem::path& path) {
   return path.has_parent_path() ? path.parent_path() : std::filesystem::path(".");
@@ -23,10 +24,11 @@ std::filesystem::path DirectoryOf(const std::filesystem::path& path) {
 
 }  // namespace
 
-AtomicFile::AtomicFile(const std::filesystem::path& path) : path_(path) {
+AtomicFile::AtomicFile(const std::filesystem::path& path, Access access) : path_(path) {
   struct stat status {};
   const bool exists = stat(path.c_str(), &status) == 0;
   if (exists && !S_ISREG(status.st_mode)) {
+    direct_ = true;
     file_ = open(path.c_str(), O_WRONLY | O_CLOEXEC);
     if (file_ < 0) Fail("open");
     return;
@@ -34,23 +36,34 @@ AtomicFile::AtomicFile(const std::filesystem::path& path) : path_(path) {
   std::error_code error;
   if (exists) path_ = std::filesystem::canonical(path, error);
   if (error) path_ = path;
+  OpenTemporary(access == Access::kPrivate ? 0600 : 0666);
+  if (exists && access == Access::kByUmask) fchmod(file_, status.st_mode & 07777);
+}
 
-  std::random_device random;
+void AtomicFile::OpenTemporary(mode_t mode) {
+  // It can be given a name through there alone.
+  if (::access(kOpenFiles, X_OK) == 0) {
+    file_ = open(DirectoryOf(path_).c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, mode);
+  }
+  if (file_ >= 0) return;
   do {
-    temporary_ =
-        DirectoryOf(path_) / fmt::format(".{}.{:08x}.tmp", path_.filename().string(), random());
-    file_ = open(temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    temporary_ = NameBeside();
+    file_ = open(temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
   } while (file_ < 0 && errno == EEXIST);
   if (file_ < 0) {
     temporary_.clear();
     Fail("write");
   }
-  if (exists) fchmod(file_, status.st_mode & 07777);
 }
 
 AtomicFile::~AtomicFile() {
   if (file_ >= 0) close(file_);
   if (!temporary_.empty()) unlink(temporary_.c_str());
+}
+
+std::filesystem::path AtomicFile::NameBeside() const {
+  std::random_device random;
+  return DirectoryOf(path_) / fmt::format(".{}.{:08x}.tmp", path_.filename().string(), random());
 }
 
 void AtomicFile::Fail(std::string_view what) const {
@@ -75,19 +88,42 @@ void AtomicFile::Flush() {
   buffer_.clear();
 }
 
+// Gives the file without a name that of the target, or, where there is one, a name to replace it
+// by.
+void AtomicFile::Link(const std::filesystem::path& target) {
+  const std::string self = fmt::format("{}/{}", kOpenFiles, file_);
+  const auto link = [&](const std::filesystem::path& name) {
+    return linkat(AT_FDCWD, self.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0;
+  };
+  if (link(target)) return;
+  std::filesystem::path name;
+  do {
+    if (errno != EEXIST) Fail("write");
+    name = NameBeside();
+  } while (!link(name));
+  temporary_ = name;
+}
+
 void AtomicFile::Commit(std::string_view suffix) {
   Flush();
-  const bool direct = temporary_.empty();
-  if (!direct && fsync(file_) != 0) Fail("write");
+  if (!direct_ && fsync(file_) != 0) Fail("write");
+  std::filesystem::path target = path_;
+  target += suffix;
+  if (!direct_ && temporary_.empty()) Link(target);
   const int file = file_;
   file_ = -1;
   if (close(file) != 0) Fail("write");
-  if (direct) return;
-  std::filesystem::path target = path_;
-  target += suffix;
-  if (rename(temporary_.c_str(), target.c_str()) != 0) Fail("write");
+  if (direct_) return;
+  if (!temporary_.empty() && rename(temporary_.c_str(), target.c_str()) != 0) Fail("write");
   temporary_.clear();
   SyncDirectoryOf(path_);
+}
+
+void MakePrivateDirectories(const std::filesystem::path& path) {
+  std::error_code error;
+  if (path.empty() || std::filesystem::exists(path, error)) return;
+  MakePrivateDirectories(path.parent_path());
+  mkdir(path.c_str(), 0700);
 }
 
 void SyncDirectoryOf(const std::filesystem::path& path) {

@@ -1,18 +1,26 @@
 // A file that appears whole or not at all.
 #pragma once
 
+#include <sys/types.h>
+
 #include <filesystem>
 #include <string>
 #include <string_view>
 
 namespace files {
 
-// Writes beside the file and takes its place on Commit; without one, nothing is left behind. What
-// is no plain file (a device, a pipe) is written to directly. A symbolic link keeps pointing to the
-// file. A file that existed keeps its permissions. Every failure throws Error.
+// Whom a file is for. A private one is the owner's alone, even if it was not before; any other that
+// existed keeps its permissions.
+enum class Access { kByUmask, kPrivate };
+
+// Writes to a file without a name, which takes the place of the file on Commit; without one,
+// nothing is left behind, not even by a process that is killed. (On a file system that has no files
+// without a name, one beside the file is used, and left behind by that alone.) What is no plain
+// file (a device, a pipe) is written to directly. A symbolic link keeps pointing to the file. Every
+// failure throws Error.
 class AtomicFile {
  public:
-  explicit AtomicFile(const std::filesystem::path& path);
+  explicit AtomicFile(const std::filesystem::path& path, Access access = Access::kByUmask);
   ~AtomicFile();
   AtomicFile(const AtomicFile&) = delete;
   AtomicFile& operator=(const AtomicFile&) = delete;
@@ -23,11 +31,15 @@ class AtomicFile {
   void Commit(std::string_view suffix = {});
 
  private:
+  void OpenTemporary(mode_t mode);
   void Flush();
+  void Link(const std::filesystem::path& target);
+  [[nodiscard]] std::filesystem::path NameBeside() const;
   [[noreturn]] void Fail(std::string_view what) const;
 
   std::filesystem::path path_;
-  std::filesystem::path temporary_;  // empty when written to directly
+  bool direct_ = false;
+  std::filesystem::path temporary_;  // empty for a file without a name
   std::string buffer_;
   int file_ = -1;
 };
@@ -35,6 +47,10 @@ class AtomicFile {
 // A file's appearing in or leaving its directory lasts once this has put the directory on the disk.
 // Some file systems cannot be asked for that; the file's content is safe with them all the same.
 void SyncDirectoryOf(const std::filesystem::path& path);
+
+// Makes the directory and those above it that are missing, for the owner alone. Tells of no
+// failure: nothing can be opened in one that is not there.
+void MakePrivateDirectories(const std::filesystem::path& path);
 
 // The whole file. Throws Error.
 std::string ReadWholeFile(const std::filesystem::path& path);

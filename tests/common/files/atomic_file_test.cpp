@@ -57,6 +57,36 @@ TEST(AtomicFile, LeavesNothingBehindWithoutACommit) {
   EXPECT_EQ(directory.names(), Names{});
 }
 
+TEST(AtomicFile, HasNoNameThatAProcessCouldLeaveBehind) {
+  const TempDirectory directory;
+  AtomicFile file(directory / "out");
+  file.Write(std::string(1 << 20, 'x'));
+  EXPECT_EQ(directory.names(), Names{});
+  file.Commit();
+  EXPECT_EQ(directory.names(), Names{"out"});
+}
+
+TEST(AtomicFile, IsTheOwnersAloneWhenItIsPrivate) {
+  const TempDirectory directory;
+  const auto modeOf = [](const std::filesystem::path& path) {
+    struct stat status {};
+    EXPECT_EQ(stat(path.c_str(), &status), 0);
+    return status.st_mode & 0777;
+  };
+  WriteFile(directory / "open", "before");
+  chmod((directory / "open").c_str(), 0644);
+  const mode_t before = umask(0);
+  for (const char* name : {"open", "new"}) {
+    AtomicFile file(directory / name, Access::kPrivate);
+    file.Commit();
+    EXPECT_EQ(modeOf(directory / name), 0600U) << name;
+  }
+  MakePrivateDirectories(directory / "a/b");
+  umask(before);
+  EXPECT_EQ(modeOf(directory / "a"), 0700U);
+  EXPECT_EQ(modeOf(directory / "a/b"), 0700U);
+}
+
 TEST(AtomicFile, WithASuffixLeavesTheNamedFileAlone) {
   const TempDirectory directory;
   WriteFile(directory / "out", "before");
