@@ -19,8 +19,8 @@ struct DeleteOptions {
 };
 
 // Deleting all asks on a terminal; elsewhere it is kUsage without yes. What is deleted leaves the
-// mapping too. The agent does not tell a deleted item from one that was not there, and passes over
-// text messages that are drafts or deleted.
+// mapping too. Of items that are named and not there it says so, and they make it kPartlyDone. The
+// agent passes over text messages that are drafts or deleted.
 int Delete(const ConnectionOptions& connection, const DeleteOptions& options,
            const Console& console);
 

@@ -2,11 +2,8 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <charconv>
 #include <memory>
 #include <set>
-#include <span>
 #include <string>
 
 #include "common/files/atomic_file.h"
@@ -16,20 +13,13 @@
 #include "desktop/sync/record_writers.h"
 #include "desktop/wire/download.h"
 #include "desktop/wire/error.h"
+#include "desktop/wire/oid_set.h"
 #include "desktop/wire/status_text.h"
 
 namespace desktop {
 namespace {
 
 constexpr std::string_view kPartialSuffix = ".partial";
-constexpr std::string_view kErrorElement = "Error";
-
-std::int32_t ErrorValue(const Record& error) {
-  const std::string_view text = error.element.ChildText("Value");
-  std::int32_t value = 0;
-  std::from_chars(text.data(), text.data() + text.size(), value);
-  return value;
-}
 
 class Output {
  public:
@@ -146,14 +136,12 @@ class PullRun {
   std::int32_t DownloadWanted() {
     const auto onDocument = [this](const std::string& document) { TakeDocument(document); };
     if (options_.oids.empty()) return DownloadAll(connection_, options_.kind, onDocument);
-    std::span<const Oid> left = options_.oids;
-    std::int32_t status = 0;
-    while (!left.empty() && status == 0) {
-      const auto batch = left.first(std::min(left.size(), OidsPerRequest()));
-      status = DownloadSpecific(connection_, options_.kind, batch, onDocument);
-      left = left.subspan(batch.size());
+    OidSet named;
+    std::vector<Oid> once;
+    for (const Oid oid : options_.oids) {
+      if (named.Insert(oid)) once.push_back(oid);
     }
-    return status;
+    return DownloadSpecific(connection_, options_.kind, once, onDocument);
   }
 
   std::vector<Record> Parse(const std::string& document) {
@@ -197,9 +185,12 @@ class PullRun {
   }
 
   void Take(const Record& record) {
+    if (words_.isItem && !seen_.Insert(*record.oid)) {
+      throw Error(fmt::format("the answer makes no sense: document {}: OID {} once more",
+                              documents_, *record.oid));
+    }
     BeginOnce();
     writer_->Write(record);
-    if (mapping_ != nullptr) seen_.insert(*record.oid);
     ++written_;
     if (options_.kind == RecordKind::kMessages) Say(MissingOf(record));
   }
@@ -230,7 +221,7 @@ class PullRun {
     if (mapping_ == nullptr) return;
     std::vector<Oid> vanished;
     for (const auto& [oid, item] : mapping_->items()) {
-      if (item.kind == words_.name && !seen_.contains(oid)) vanished.push_back(oid);
+      if (item.kind == words_.name && !seen_.Contains(oid)) vanished.push_back(oid);
     }
     for (const Oid oid : vanished) mapping_->Remove(oid);
   }
@@ -244,7 +235,7 @@ class PullRun {
   std::unique_ptr<Mapping> mapping_;
   std::unique_ptr<RecordWriter> writer_;
   bool begun_ = false;
-  std::set<Oid> seen_;
+  OidSet seen_;
   std::uint64_t documents_ = 0;
   std::uint64_t written_ = 0;
   std::uint64_t errors_ = 0;

@@ -29,9 +29,8 @@ Progress::~Progress() {
   Hide();
 }
 
-void Progress::Update(std::uint64_t done) {
+void Progress::Update(std::uint64_t done, std::chrono::steady_clock::time_point now) {
   if (!shown_) return;
-  const auto now = std::chrono::steady_clock::now();
   if (last_ && now - *last_ < kBetweenDrawings) return;
   last_ = now;
   drawn_ = true;
@@ -42,7 +41,6 @@ void Progress::Hide() {
   if (!drawn_) return;
   terminal_ << "\r\x1B[K" << std::flush;
   drawn_ = false;
-  last_.reset();
 }
 
 }  // namespace desktop

@@ -19,8 +19,9 @@ class Progress {
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
-  // Redraws at most ten times a second.
-  void Update(std::uint64_t done);
+  // Draws at most ten times a second, however often the line is cleared in between.
+  void Update(std::uint64_t done,
+              std::chrono::steady_clock::time_point now = std::chrono::steady_clock::now());
   // Clears the line, before something else is written to the terminal.
   void Hide();
 

@@ -27,6 +27,7 @@ constexpr std::array kRows = {
     Row{PushOutcome::kAddedAnew, "added anew", "was gone, added anew with OID {}", false, true},
     Row{PushOutcome::kChanged, "changed", "changed (OID {})", false, true},
     Row{PushOutcome::kDeleted, "deleted", "is not there any more (OID {})", false},
+    Row{PushOutcome::kNotFound, "not found", "not found (OID {})", true},
     Row{PushOutcome::kNothingToDelete, "nothing to delete", "names no item to delete", false},
     Row{PushOutcome::kUnchanged, "unchanged", "unchanged (OID {})", false},
     Row{PushOutcome::kConflict, "conflict",
@@ -35,6 +36,10 @@ constexpr std::array kRows = {
         "with --force",
         true},
     Row{PushOutcome::kFailed, "failed", "failed (OID {})", true},
+    Row{PushOutcome::kWrongAnswer, "wrongly answered",
+        "sent, but the handheld answered with the OID of another item, it may have been done "
+        "(OID {})",
+        true, true},
     Row{PushOutcome::kUnanswered, "unanswered",
         "sent, but not answered, it may have been done (OID {})", true, true},
     Row{PushOutcome::kNotSent, "not sent", "not sent (OID {})", true},
@@ -81,11 +86,12 @@ std::string ResultsToJson(std::span<const PushResult> results) {
 
 void PushSummary::Count(PushOutcome outcome) {
   ++(RowOf(outcome).failure ? failed : done);
+  notFound = notFound || outcome == PushOutcome::kNotFound;
 }
 
 int PushSummary::exitCode() const {
   if (failed == 0) return kDone;
-  return done == 0 ? kFailed : kPartlyDone;
+  return done == 0 && !notFound ? kFailed : kPartlyDone;
 }
 
 std::string SummaryText(std::span<const PushResult> results) {

@@ -23,6 +23,7 @@ std::string ResultsToJson(std::span<const PushResult> results);
 struct PushSummary {
   std::size_t done = 0;
   std::size_t failed = 0;
+  bool notFound = false;  // a deletion came too late: that is no failure of the push
   void Count(PushOutcome outcome);
   [[nodiscard]] int exitCode() const;
 };

@@ -40,7 +40,7 @@ std::vector<std::string> Journal::Lines() const {
 }
 
 void Journal::Open() {
-  file_ = open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC, 0666);
+  file_ = open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC, 0600);
   if (file_ < 0) Fail(errno);
   files::SyncDirectoryOf(path_);
 }
@@ -54,7 +54,7 @@ bool Journal::Add(std::string_view lines) const {
       return false;
     }
   }
-  return fdatasync(file_) == 0;
+  return true;
 }
 
 void Journal::Append(std::string_view lines) {
@@ -62,6 +62,7 @@ void Journal::Append(std::string_view lines) {
   if (damaged_) Fail(EIO);
   if (Add(lines)) {
     size_ += static_cast<off_t>(lines.size());
+    synced_ = false;
     return;
   }
   const int error = errno;
@@ -69,10 +70,19 @@ void Journal::Append(std::string_view lines) {
   Fail(error);
 }
 
+void Journal::Sync() {
+  if (synced_) return;
+  // What the system could not write it does not try again: a second call would tell of success.
+  damaged_ = damaged_ || fdatasync(file_) != 0;
+  if (damaged_) Fail(EIO);
+  synced_ = true;
+}
+
 void Journal::Discard() {
   if (file_ >= 0) close(file_);
   file_ = -1;
   size_ = 0;
+  synced_ = true;
   damaged_ = false;
   if (unlink(path_.c_str()) != 0 && errno != ENOENT) {
     throw Error(fmt::format("cannot delete {}: {}", path_.string(), std::strerror(errno)));

@@ -1,4 +1,4 @@
-// Lines that a file gains one after the other, each lot on the disk before the next.
+// Lines that a file gains one after the other.
 #pragma once
 
 #include <sys/types.h>
@@ -23,9 +23,12 @@ class Journal {
   // writing was cut off, and left out.
   [[nodiscard]] std::vector<std::string> Lines() const;
 
-  // Adds lines, each with its end. On the disk when it returns; when it fails the file has none of
-  // them, or takes no further ones. A file from before must have been discarded.
+  // Adds lines, each with its end. They outlive this process, but not yet the computer's. When it
+  // fails the file has none of them, or takes no further ones. A file from before must have been
+  // discarded.
   void Append(std::string_view lines);
+  // All lines are on the disk when it returns. When it fails the file takes no further ones.
+  void Sync();
 
   // Deletes the file if there is one.
   void Discard();
@@ -43,7 +46,8 @@ class Journal {
   std::filesystem::path path_;
   int file_ = -1;
   off_t size_ = 0;        // of what is known to be whole
-  bool damaged_ = false;  // has a part of a line that could not be taken back
+  bool synced_ = true;    // nothing added since Sync
+  bool damaged_ = false;  // may lack lines, or have a part of one
 };
 
 }  // namespace desktop

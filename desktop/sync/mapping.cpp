@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -105,10 +106,9 @@ Mapping::~Mapping() {
 }
 
 void Mapping::Lock() {
-  std::error_code error;
-  if (path_.has_parent_path()) std::filesystem::create_directories(path_.parent_path(), error);
+  files::MakePrivateDirectories(path_.parent_path());
   const std::string name = path_.string() + ".lock";
-  lock_ = open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+  lock_ = open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
   if (lock_ < 0) {
     throw Error(fmt::format("cannot use the mapping file {}: {}: {}", path_.string(), name,
                             std::strerror(errno)));
@@ -141,6 +141,7 @@ void Mapping::Refuse(const std::filesystem::path& path, const std::string& why) 
 void Mapping::LoadFile() {
   std::error_code error;
   if (!std::filesystem::exists(path_, error) && !error) return;
+  if (std::filesystem::is_regular_file(path_, error)) chmod(path_.c_str(), 0600);
   const std::string bytes = files::ReadWholeFile(path_);
   try {
     const json file = json::parse(bytes);
@@ -268,7 +269,7 @@ void Mapping::Settle(const MappedItem& item) {
   }
 }
 
-void Mapping::SaveChanges() {
+void Mapping::NoteChanges() {
   if (unsaved_.empty() && unsavedExpected_.empty()) return;
   std::string lines;
   if (journal_.empty()) lines = Dump({{"version", kVersion}}, -1);
@@ -280,13 +281,18 @@ void Mapping::SaveChanges() {
   unsavedExpected_.clear();
 }
 
+void Mapping::SaveChanges() {
+  NoteChanges();
+  journal_.Sync();
+}
+
 void Mapping::Save() {
   if (changed_) {
     json items = json::array();
     for (const auto& [oid, item] : items_) items.push_back(ToJson(item));
     json file = {{"version", kVersion}, {"items", std::move(items)}};
     for (const auto& [key, item] : expected_) file["expected"].push_back(ToJson(item));
-    files::AtomicFile output(path_);
+    files::AtomicFile output(path_, files::Access::kPrivate);
     output.Write(Dump(file, 1));
     output.Commit();
     changed_ = false;

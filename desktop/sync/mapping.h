@@ -24,9 +24,10 @@ struct MappedItem {
   std::string state = {};  // StateHash of that; empty when it is not known
 };
 
-// Held by one process at a time: a lock file beside it says so. Throws Error where it cannot go on;
-// a file that cannot be understood is never written over. While a command is under way its changes
-// are in a journal beside the file; the journal of one that did not come to its end is taken in.
+// For its owner alone: it holds what people are called. Held by one process at a time: a lock file
+// beside it says so. Throws Error where it cannot go on; a file that cannot be understood is never
+// written over. While a command is under way its changes are in a journal beside the file; the
+// journal of one that did not come to its end is taken in.
 class Mapping {
  public:
   // A file that does not exist is an empty mapping; its directory is made.
@@ -56,10 +57,12 @@ class Mapping {
   void Settle(const MappedItem& item);
   [[nodiscard]] const std::map<std::string, MappedItem>& expected() const { return expected_; }
 
-  // Remembers what has changed since the last time, at the cost of the changes alone.
+  // Remembers what has changed since the last time, at the cost of the changes alone. A process
+  // that ends any moment later leaves it behind, a computer only once SaveChanges has returned.
+  void NoteChanges();
   void SaveChanges();
   // Writes the file if anything has changed, whole or not at all, and ends the journal. When it
-  // fails, what SaveChanges has remembered is not lost.
+  // fails, what has been remembered is not lost.
   void Save();
 
  private:

@@ -2,9 +2,10 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <set>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -18,15 +19,21 @@
 namespace desktop {
 namespace {
 
+constexpr auto kNoSuchItem = static_cast<std::int32_t>(0x80070057);
+constexpr auto kNotFound = static_cast<std::int32_t>(0x80070002);
+
 struct Found {
-  std::map<Oid, std::string> states;  // by StateHash
-  std::set<Oid> failed;
+  std::map<Oid, std::string> states;   // by StateHash
+  std::map<Oid, std::int32_t> failed;  // with their status
 
   void Take(const std::string& document) {
     for (const Record& record : ParseRecords(document)) {
       if (!record.oid) continue;
-      if (record.element.name == "Error") failed.insert(*record.oid);
-      if (IsTakenByAgent(record.element.name)) states[*record.oid] = StateHash(record.element);
+      if (record.element.name == kErrorElement) failed.emplace(*record.oid, ErrorValue(record));
+      if (!IsTakenByAgent(record.element.name)) continue;
+      if (!states.emplace(*record.oid, StateHash(record.element)).second) {
+        throw Error(fmt::format("the answer makes no sense: OID {} twice", *record.oid));
+      }
     }
   }
 };
@@ -35,14 +42,14 @@ void Require(std::int32_t status) {
   if (status != 0) throw Error("the handheld broke off: " + StatusText(status));
 }
 
-void Fetch(const ConnectionOptions& connection, RecordKind kind, std::span<const Oid> oids,
-           Found& found) {
-  while (!oids.empty()) {
-    const auto batch = oids.first(std::min(oids.size(), OidsPerRequest()));
-    Require(DownloadSpecific(connection, kind, batch,
+Found Fetch(const ConnectionOptions& connection,
+            const std::map<RecordKind, std::vector<Oid>>& oids) {
+  Found found;
+  for (const auto& [kind, wanted] : oids) {
+    Require(DownloadSpecific(connection, kind, wanted,
                              [&](const std::string& document) { found.Take(document); }));
-    oids = oids.subspan(batch.size());
   }
+  return found;
 }
 
 Found FetchAll(const ConnectionOptions& connection, const std::set<RecordKind>& kinds) {
@@ -54,17 +61,21 @@ Found FetchAll(const ConnectionOptions& connection, const std::set<RecordKind>& 
   return found;
 }
 
-ItemState StateOf(const Found& found, const MappedItem& item, const PushRecord& record) {
+[[noreturn]] void ThrowNothingAbout(Oid oid) {
+  throw Error(fmt::format("the answer makes no sense: nothing about OID {}", oid));
+}
+
+ItemState Compare(const Found& found, const MappedItem& item, const PushRecord& record) {
   const auto state = found.states.find(item.oid);
   if (found.failed.contains(item.oid)) {
     // A part of it that came before it failed is no ground to take it for gone.
     return state == found.states.end() ? ItemState::kGone : ItemState::kChanged;
   }
   if (state == found.states.end()) {
-    throw Error(fmt::format("the answer makes no sense: nothing about OID {}", item.oid));
+    ThrowNothingAbout(item.oid);
   }
   const bool same =
-      item.state.empty() || state->second == item.state || state->second == record.state;
+      item.state.empty() || state->second == item.state || state->second == StateOf(record);
   return same ? ItemState::kSame : ItemState::kChanged;
 }
 
@@ -89,13 +100,31 @@ std::map<Oid, ItemState> CheckMapped(const ConnectionOptions& connection, const 
       oids[*KindNamed(item->kind)].push_back(item->oid);
     }
   }
-  Found found;
-  for (const auto& [kind, wanted] : oids) Fetch(connection, kind, wanted, found);
+  const Found found = Fetch(connection, oids);
   for (const auto& [item, record] : mapped) {
     ItemState& state = states[item->oid];
-    if (state == ItemState::kChanged) state = StateOf(found, *item, *record);
+    if (state == ItemState::kChanged) state = Compare(found, *item, *record);
   }
   return states;
+}
+
+std::set<Oid> FindMissing(const ConnectionOptions& connection,
+                          std::span<const PushRecord> records) {
+  std::map<RecordKind, std::vector<Oid>> oids;
+  std::set<Oid> named;
+  for (const PushRecord& record : records) {
+    if (!record.deletes || !record.ownOid || !named.insert(*record.ownOid).second) continue;
+    oids[*KindNamed(record.kind)].push_back(*record.ownOid);
+  }
+  const Found found = Fetch(connection, oids);
+  std::set<Oid> missing;
+  for (const Oid oid : named) {
+    const auto failed = found.failed.find(oid);
+    const bool told = failed != found.failed.end();
+    if (!told && !found.states.contains(oid)) ThrowNothingAbout(oid);
+    if (told && (failed->second == kNoSuchItem || failed->second == kNotFound)) missing.insert(oid);
+  }
+  return missing;
 }
 
 void AdoptExpected(const ConnectionOptions& connection, Mapping& mapping) {
@@ -106,6 +135,10 @@ void AdoptExpected(const ConnectionOptions& connection, Mapping& mapping) {
     if (const auto kind = KindNamed(entry.second.kind)) kinds.insert(*kind);
   }
   const Found found = FetchAll(connection, kinds);
+  std::unordered_multimap<std::string_view, Oid> strangers;  // by state
+  for (const auto& [oid, state] : found.states) {
+    if (mapping.FindOid(oid) == nullptr) strangers.emplace(state, oid);
+  }
   for (const auto& entry : expected) {
     const MappedItem& item = entry.second;
     mapping.Settle(item);
@@ -114,13 +147,11 @@ void AdoptExpected(const ConnectionOptions& connection, Mapping& mapping) {
     const bool there = before != nullptr &&
                        (found.states.contains(before->oid) || found.failed.contains(before->oid));
     if (there) continue;  // it was to be changed, not added
-    const auto match =
-        std::find_if(found.states.begin(), found.states.end(), [&](const auto& each) {
-          return each.second == item.state && mapping.FindOid(each.first) == nullptr;
-        });
-    if (match == found.states.end()) continue;
+    const auto match = strangers.find(item.state);
+    if (match == strangers.end()) continue;
     MappedItem adopted = item;
-    adopted.oid = match->first;
+    adopted.oid = match->second;
+    strangers.erase(match);
     mapping.Put(std::move(adopted));
   }
 }

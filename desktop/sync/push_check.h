@@ -3,6 +3,7 @@
 #pragma once
 
 #include <map>
+#include <set>
 #include <span>
 
 #include "desktop/sync/mapping.h"
@@ -25,6 +26,10 @@ enum class ItemState {
 // Throws Error when the handheld does not tell about each.
 std::map<Oid, ItemState> CheckMapped(const ConnectionOptions& connection, const Mapping& mapping,
                                      std::span<const PushRecord> records);
+
+// Of the items that records name to be deleted, those that the handheld does not have. Connects to
+// nobody when none are named. Throws Error as above.
+std::set<Oid> FindMissing(const ConnectionOptions& connection, std::span<const PushRecord> records);
 
 // Finds the items that the mapping expects among those of the handheld that it does not know,
 // and takes in their OIDs; what is not found is expected no longer. Connects to nobody when none

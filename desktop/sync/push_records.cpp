@@ -64,8 +64,6 @@ PushRecord FromItem(std::string place, std::string_view kind, const Item& item, 
   record.uid = item.uid;
   record.hash = formats::ContentHash(xml);
   if (record.uid.empty()) record.content = record.hash;
-  // As the agent will read it.
-  record.state = StateHash(ParseRecords(DocumentOf({&xml, 1}))[0].element);
   record.xml = std::move(xml);
   record.losses = std::move(losses);
   return record;
@@ -137,6 +135,7 @@ PushRecord FromXmlRecord(const std::filesystem::path& path, Record& parsed, cons
   record.deletes = parsed.deletes;
   if (record.ownOid || record.deletes) record.content.clear();
   record.losses.clear();  // it is sent as it stands
+  record.state = StateOf(record);
   record.xml = std::move(parsed.bytes);
   return record;
 }
@@ -176,6 +175,11 @@ std::vector<PushRecord> ReadPushFile(const std::filesystem::path& path, const Zo
       break;
   }
   return FromVCards(path, bytes, notices);
+}
+
+std::string StateOf(const PushRecord& record) {
+  if (!record.state.empty()) return record.state;
+  return StateHash(ParseRecords(DocumentOf({&record.xml, 1}))[0].element);
 }
 
 PushRecord DeletionOf(RecordKind kind, Oid oid) {

@@ -20,7 +20,7 @@ struct PushRecord {
   std::string uid;
   std::string content;  // the mapping's stand-in for a UID; empty when there is one, or an own OID
   std::string hash;
-  std::string state;
+  std::string state;                // StateOf it, of a record that is sent as it stands
   std::string xml;                  // with an "Oid" only when ownOid has it
   std::optional<Oid> ownOid;        // the file itself says which item it is
   std::vector<std::string> losses;  // what sending it loses, a line each
@@ -34,6 +34,10 @@ struct PushRecord {
 // vCard or iCalendar file though it should be.
 std::vector<PushRecord> ReadPushFile(const std::filesystem::path& path, const calendar::Zone& zone,
                                      std::ostream& notices);
+
+// StateHash of the record as the agent will read it. It takes as long as reading it, and most
+// records that have not changed never need it.
+std::string StateOf(const PushRecord& record);
 
 // Asks for the deletion of an item.
 PushRecord DeletionOf(RecordKind kind, Oid oid);

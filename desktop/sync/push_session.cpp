@@ -1,5 +1,6 @@
 #include "desktop/sync/push_session.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "desktop/wire/error.h"
@@ -10,6 +11,8 @@ namespace {
 
 // A chunk is one document in the agent's memory.
 constexpr std::size_t kMostChunkBytes = 4 * 1024 * 1024;
+// Whether they need to be sent or not.
+constexpr std::size_t kMostPlanned = 1000;
 
 std::string KeyOf(const PushRecord& record) {
   if (record.ownOid) return "o" + std::to_string(*record.ownOid);
@@ -21,20 +24,36 @@ std::string ToSend(const PushRecord& record, const std::optional<Oid>& oid) {
   return oid && !record.ownOid ? WithOid(record.xml, *oid) : record.xml;
 }
 
+// Without a look at the handheld only the answers tell that an OID is another item by now.
+PushPolicy Careful(PushPolicy policy) {
+  if (policy.force) policy.ahead = 0;
+  return policy;
+}
+
 }  // namespace
 
 PushSession::PushSession(const ConnectionOptions& connection, const PushPolicy& policy,
                          Mapping& mapping, PushHandler onResult)
-    : connection_(connection), policy_(policy), mapping_(mapping), onResult_(std::move(onResult)) {}
+    : connection_(connection),
+      policy_(Careful(policy)),
+      mapping_(mapping),
+      onResult_(std::move(onResult)) {}
 
 PushSession::Planned PushSession::Plan(const PushRecord& record) const {
-  if (record.ownOid) return {&record, record.ownOid, std::nullopt};
+  if (record.ownOid) {
+    Planned planned{&record, record.ownOid};
+    if (record.deletes && missing_.contains(*record.ownOid)) {
+      planned.settled = PushOutcome::kNotFound;
+    }
+    return planned;
+  }
   const MappedItem* item = FindMapped(mapping_, record);
-  if (item == nullptr) return {&record, std::nullopt, std::nullopt};
-  Planned planned{&record, item->oid, std::nullopt};
+  if (item == nullptr) return {&record, std::nullopt};
+  Planned planned{&record, item->oid};
   const auto checked = checked_.find(item->oid);
   if (checked != checked_.end()) {
-    if (checked->second == ItemState::kGone) return planned;
+    planned.gone = checked->second == ItemState::kGone;
+    if (planned.gone) return planned;
     if (checked->second == ItemState::kChanged) planned.settled = PushOutcome::kConflict;
     planned.verified = true;
   }
@@ -48,6 +67,7 @@ void PushSession::LookAtHandheld(std::span<const PushRecord> records) {
   AdoptExpected(connection_, mapping_);
   mapping_.SaveChanges();
   if (!policy_.force) checked_ = CheckMapped(connection_, mapping_, records);
+  missing_ = FindMissing(connection_, records);
 }
 
 void PushSession::Run(std::span<const PushRecord> records) {
@@ -61,12 +81,17 @@ void PushSession::Run(std::span<const PushRecord> records) {
     while (next < records.size()) {
       const PushRecord& record = records[next];
       // What becomes of the first of two decides what the second is.
-      if (keys_.contains(KeyOf(record))) Flush();
+      if (keys_.contains(KeyOf(record))) Drain();
       ++next;
       Add(record);
     }
-    Flush();
+    Drain();
+  } catch (const Interrupted&) {
+    TakeWhatWasAnswered(true);
+    GiveUp(records.subspan(next));
+    throw;
   } catch (...) {
+    TakeWhatWasAnswered(false);
     GiveUp(records.subspan(next));
     throw;
   }
@@ -78,86 +103,154 @@ void PushSession::Run(std::span<const PushRecord> records) {
   }
 }
 
+bool PushSession::IsFull(const Chunk& chunk) const {
+  return chunk.toSend >= policy_.chunk || chunk.bytes >= kMostChunkBytes ||
+         chunk.planned.size() >= std::max(policy_.chunk, kMostPlanned);
+}
+
+// Half of what may be on the way: while the handheld works on it, the other half is made ready.
+bool PushSession::IsGroup() const {
+  std::size_t toSend = 0;
+  std::size_t bytes = 0;
+  std::size_t planned = 0;
+  for (const Chunk& chunk : group_) {
+    toSend += chunk.toSend;
+    bytes += chunk.bytes;
+    planned += chunk.planned.size();
+  }
+  return 2 * toSend >= policy_.ahead || bytes >= kMostChunkBytes || planned >= kMostPlanned;
+}
+
 void PushSession::Add(const PushRecord& record) {
-  pending_.push_back(Plan(record));
-  if (const std::string key = KeyOf(record); !key.empty()) keys_.insert(key);
-  if (pending_.back().settled) return;
-  ++toSend_;
-  bytesToSend_ += record.xml.size();
-  if (toSend_ >= policy_.chunk || bytesToSend_ >= kMostChunkBytes) Flush();
+  if (group_.empty() || IsFull(group_.back())) group_.emplace_back();
+  Chunk& chunk = group_.back();
+  chunk.planned.push_back(Plan(record));
+  if (std::string key = KeyOf(record); !key.empty()) keys_.insert(std::move(key));
+  if (!chunk.planned.back().settled) {
+    ++chunk.toSend;
+    chunk.bytes += record.xml.size();
+  }
+  if (IsFull(chunk) && IsGroup()) SendGroup();
 }
 
-void PushSession::Flush() {
-  if (toSend_ > 0) SendPending();
-  ReportSettled();
-  pending_.clear();
-  keys_.clear();
-  reported_ = toSend_ = bytesToSend_ = 0;
+// What it may add lies on the disk by then, at the cost of one synchronisation for all of it.
+void PushSession::SendGroup() {
+  for (Chunk& chunk : group_) RememberWhatMayBeAdded(chunk);
   mapping_.SaveChanges();
+  while (!group_.empty()) {
+    const std::size_t after = recordsOnTheWay_ + group_.front().toSend;
+    if (recordsOnTheWay_ > 0 && after > policy_.ahead) {
+      FinishChunk();
+    } else {
+      SendChunk();
+    }
+  }
+  while (!onTheWay_.empty() && onTheWay_.front().toSend == 0) FinishChunk();
 }
 
-void PushSession::SendPending() {
-  std::vector<std::string> chunk;
-  for (const Planned& each : pending_) {
-    if (!each.settled) chunk.push_back(ToSend(*each.record, each.oid));
+void PushSession::SendChunk() {
+  std::vector<std::string> records;
+  for (const Planned& each : group_.front().planned) {
+    // An OID that is gone may by now be that of a record sent before.
+    if (!each.settled) records.push_back(ToSend(*each.record, each.gone ? std::nullopt : each.oid));
   }
-  if (!upload_) upload_.emplace(connection_);
-  RememberWhatMayBeAdded();
-  try {
-    upload_->Send(chunk, [this](const RecordAnswer& answer) { TakeAnswer(answer); });
-  } catch (const Interrupted&) {
-    throw;
-  } catch (...) {
-    mayHaveArrived_ = true;
-    throw;
+  if (!records.empty()) {
+    if (!upload_) upload_.emplace(connection_);
+    upload_->ThrowIfInterrupted();
   }
+  onTheWay_.push_back(std::move(group_.front()));
+  group_.pop_front();
+  recordsOnTheWay_ += records.size();
+  if (!records.empty()) upload_->Send(records);
 }
 
-void PushSession::RememberWhatMayBeAdded() {
-  for (const Planned& each : pending_) {
+void PushSession::RememberWhatMayBeAdded(Chunk& chunk) {
+  for (Planned& each : chunk.planned) {
     const PushRecord& record = *each.record;
-    if (each.settled || each.verified || record.ownOid || record.state.empty()) continue;
-    mapping_.Expect({0, record.kind, record.uid, record.content, record.hash, record.state});
-  }
-  mapping_.SaveChanges();
-}
-
-void PushSession::ReportSettled() {
-  while (reported_ < pending_.size() && pending_[reported_].settled) {
-    const Planned& each = pending_[reported_++];
-    onResult_({each.record, *each.settled, *each.oid, 0, {}});
+    if (each.settled || each.verified || record.ownOid) continue;
+    each.state = StateOf(record);
+    mapping_.Expect({0, record.kind, record.uid, record.content, record.hash, each.state});
   }
 }
 
-void PushSession::TakeAnswer(const RecordAnswer& answer) {
-  ReportSettled();
-  onResult_(Apply(pending_[reported_++], answer));
+// False when it would have to wait for an answer and is not to.
+bool PushSession::FinishChunk(bool wait) {
+  Chunk& chunk = onTheWay_.front();
+  for (; chunk.answered < chunk.planned.size(); ++chunk.answered) {
+    const Planned& each = chunk.planned[chunk.answered];
+    if (each.settled) {
+      results_.push_back(ResultOf(each));
+      continue;
+    }
+    if (!wait && !upload_->HasAnswer()) return false;
+    results_.push_back(Apply(each, upload_->Receive()));
+    --recordsOnTheWay_;
+  }
+  Tell();
+  for (const Planned& each : chunk.planned) keys_.erase(KeyOf(*each.record));
+  onTheWay_.pop_front();
+  return true;
+}
+
+void PushSession::Drain() {
+  SendGroup();
+  while (!onTheWay_.empty()) FinishChunk();
+}
+
+PushResult PushSession::ResultOf(const Planned& settled) {
+  if (settled.settled == PushOutcome::kNotFound) mapping_.Remove(*settled.oid);
+  return {settled.record, *settled.settled, settled.oid.value_or(0), 0, {}};
+}
+
+// Whether that is an item that was there before.
+bool PushSession::IsAnothers(Oid oid) const {
+  const auto checked = checked_.find(oid);
+  return added_.contains(oid) || (checked != checked_.end() && checked->second != ItemState::kGone);
 }
 
 PushResult PushSession::Apply(const Planned& planned, const RecordAnswer& answer) {
   const PushRecord& record = *planned.record;
   PushResult result{&record, PushOutcome::kFailed, planned.oid.value_or(0), answer.result, {}};
+  const bool isNew = !record.deletes && answer.result >= 0 && answer.oid != 0 &&
+                     (planned.gone || planned.oid != answer.oid);
+  if (isNew && IsAnothers(answer.oid)) {
+    // What was to be added is expected on: it may be there under another OID.
+    return {&record, PushOutcome::kWrongAnswer, answer.oid, answer.result, {}};
+  }
   if (!record.ownOid) mapping_.Settle({0, record.kind, record.uid, record.content, {}});
   if (answer.result < 0) return result;
   if (record.deletes) {
     result.outcome = planned.oid ? PushOutcome::kDeleted : PushOutcome::kNothingToDelete;
-    if (planned.oid) mapping_.Remove(*planned.oid);
+    if (!planned.oid) return result;
+    mapping_.Remove(*planned.oid);
+    missing_.insert(*planned.oid);
+    added_.erase(*planned.oid);
     return result;
   }
   if (answer.oid == 0) return result;
   result.oid = answer.oid;
+  if (isNew) added_.insert(answer.oid);
   if (!planned.oid) {
     result.outcome = PushOutcome::kAdded;
-  } else if (*planned.oid == answer.oid) {
+  } else if (!isNew) {
     result.outcome = PushOutcome::kChanged;
   } else {
     result.outcome = PushOutcome::kAddedAnew;
     mapping_.Move(*planned.oid, answer.oid);
   }
   // With a code the item is there, but not all of it as it was sent.
-  mapping_.Put({answer.oid, record.kind, record.uid, record.content, record.hash,
-                answer.result == 0 ? record.state : std::string()});
+  std::string state;
+  if (answer.result == 0) state = planned.state.empty() ? StateOf(record) : planned.state;
+  mapping_.Put(
+      {answer.oid, record.kind, record.uid, record.content, record.hash, std::move(state)});
   return result;
+}
+
+// What was told of is recognised after the process has been killed.
+void PushSession::Tell() {
+  mapping_.NoteChanges();
+  for (const PushResult& result : results_) onResult_(result);
+  results_.clear();
 }
 
 void PushSession::ReportWould(const PushRecord& record) {
@@ -178,22 +271,34 @@ void PushSession::ReportWould(const PushRecord& record) {
   onResult_(result);
 }
 
+void PushSession::TakeWhatWasAnswered(bool wait) {
+  try {
+    while (!onTheWay_.empty() && FinishChunk(wait)) {
+    }
+  } catch (const Error&) {
+    // The failure that brought us here is the one to hear about.
+  }
+}
+
 void PushSession::GiveUp(std::span<const PushRecord> notPlanned) {
-  ReportSettled();
-  for (; reported_ < pending_.size(); ++reported_) {
-    const Planned& each = pending_[reported_];
-    const PushOutcome outcome = each.settled      ? *each.settled
-                                : mayHaveArrived_ ? PushOutcome::kUnanswered
-                                                  : PushOutcome::kNotSent;
-    onResult_({each.record, outcome, each.oid.value_or(0), 0, {}});
-  }
-  for (const PushRecord& record : notPlanned) {
-    onResult_({&record, PushOutcome::kNotSent, record.ownOid.value_or(0), 0, {}});
-  }
   try {
     mapping_.SaveChanges();
   } catch (const Error&) {
-    // The failure that brought us here is the one to hear about.
+    // As above.
+  }
+  for (const PushResult& result : results_) onResult_(result);
+  const auto giveUp = [&](const std::deque<Chunk>& chunks, PushOutcome outcome) {
+    for (const Chunk& chunk : chunks) {
+      for (std::size_t i = chunk.answered; i < chunk.planned.size(); ++i) {
+        const Planned& each = chunk.planned[i];
+        onResult_({each.record, each.settled.value_or(outcome), each.oid.value_or(0), 0, {}});
+      }
+    }
+  };
+  giveUp(onTheWay_, PushOutcome::kUnanswered);
+  giveUp(group_, PushOutcome::kNotSent);
+  for (const PushRecord& record : notPlanned) {
+    onResult_({&record, PushOutcome::kNotSent, record.ownOid.value_or(0), 0, {}});
   }
 }
 

@@ -3,12 +3,14 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <map>
 #include <optional>
 #include <set>
 #include <span>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "desktop/sync/mapping.h"
@@ -24,11 +26,13 @@ enum class PushOutcome {
   kAddedAnew,  // its item was gone
   kChanged,
   kDeleted,
+  kNotFound,         // a deletion of an item that is not there: not sent
   kNothingToDelete,  // a deletion that names no item
   kUnchanged,        // not sent: the same as when it was last sent or received
   kConflict,         // not sent: the handheld has something else there than the mapping remembers
   kFailed,
-  kUnanswered,  // sent, but the connection failed before the answer: it may have been done
+  kWrongAnswer,  // an OID that is another item's: nothing is known of the record
+  kUnanswered,   // sent, but the connection failed before the answer: it may have been done
   kNotSent,
   kWouldAdd,
   kWouldChange,
@@ -44,9 +48,10 @@ struct PushResult {
 };
 
 struct PushPolicy {
-  std::size_t chunk = 20;  // records to a document, at least 1
-  bool force = false;      // send unchanged ones too, whatever the handheld has there
-  bool dryRun = false;     // connect to nobody, change no mapping
+  std::size_t chunk = 20;    // records to a document, at least 1
+  std::size_t ahead = 2000;  // records that may be on the way; 0 for one chunk after the other
+  bool force = false;        // send unchanged ones too, whatever the handheld has there
+  bool dryRun = false;       // connect to nobody, change no mapping
 };
 
 using PushHandler = std::function<void(const PushResult&)>;
@@ -58,44 +63,61 @@ class PushSession {
               PushHandler onResult);
 
   // Hands out one result a record, in their order. Looks first at what the handheld has under the
-  // OIDs that the mapping gives, and for what a push before this one may have added. The mapping's
-  // changes are saved after every chunk, the mapping itself is left to the caller to save. When the
-  // connection or the mapping's file fails, or the person interrupts (between chunks), the results
-  // of the records concerned say so before it throws Error. Call it once.
+  // OIDs that the mapping gives, and for what a push before this one may have added. What a chunk
+  // may add is on the disk before it is sent, and what was answered is remembered before it is
+  // handed out; the mapping itself is left to the caller to save. When the connection or the
+  // mapping's file fails, or the person interrupts (chunks on the way are brought to their end),
+  // the results of the records concerned say so before it throws Error. Call it once.
   void Run(std::span<const PushRecord> records);
 
  private:
   struct Planned {
     const PushRecord* record;
     std::optional<Oid> oid;
-    std::optional<PushOutcome> settled;  // known without sending it
-    bool verified = false;               // the handheld has its item
+    std::optional<PushOutcome> settled = {};  // known without sending it
+    bool verified = false;                    // the handheld has its item
+    bool gone = false;                        // the handheld has it no more
+    std::string state = {};                   // StateOf the record, of one that may be added
+  };
+  // Records that travel in one document, and those between them that need not.
+  struct Chunk {
+    std::vector<Planned> planned;
+    std::size_t toSend = 0;    // of these
+    std::size_t bytes = 0;     // of what is sent
+    std::size_t answered = 0;  // of the planned ones, in their order
   };
 
   [[nodiscard]] Planned Plan(const PushRecord& record) const;
   void LookAtHandheld(std::span<const PushRecord> records);
   void Add(const PushRecord& record);
-  void Flush();
-  void SendPending();
-  void RememberWhatMayBeAdded();
-  void TakeAnswer(const RecordAnswer& answer);
+  [[nodiscard]] bool IsFull(const Chunk& chunk) const;
+  [[nodiscard]] bool IsGroup() const;
+  void SendGroup();
+  void SendChunk();
+  void RememberWhatMayBeAdded(Chunk& chunk);
+  bool FinishChunk(bool wait = true);
+  void Drain();
+  PushResult ResultOf(const Planned& settled);
   PushResult Apply(const Planned& planned, const RecordAnswer& answer);
-  void ReportSettled();
-  void ReportWould(const PushRecord& record);
+  [[nodiscard]] bool IsAnothers(Oid oid) const;
+  void Tell();
+  void TakeWhatWasAnswered(bool wait);
   void GiveUp(std::span<const PushRecord> notPlanned);
+  void ReportWould(const PushRecord& record);
 
   ConnectionOptions connection_;
   PushPolicy policy_;
   Mapping& mapping_;
   PushHandler onResult_;
   std::map<Oid, ItemState> checked_;
+  std::set<Oid> missing_;  // named for deletion, and not there
+  std::set<Oid> added_;    // by this session
   std::optional<Upload> upload_;
-  std::vector<Planned> pending_;
-  std::size_t reported_ = 0;  // of the pending ones
-  std::size_t toSend_ = 0;
-  std::size_t bytesToSend_ = 0;
-  bool mayHaveArrived_ = false;  // the chunk whose sending or answers failed
-  std::set<std::string> keys_;   // of the pending ones; of all in a dry run
+  std::deque<Chunk> onTheWay_;  // sent, in part at least, and not answered for to the end
+  std::size_t recordsOnTheWay_ = 0;
+  std::deque<Chunk> group_;               // not sent
+  std::unordered_set<std::string> keys_;  // of the records of both; of all in a dry run
+  std::vector<PushResult> results_;       // not handed out yet
 };
 
 }  // namespace desktop

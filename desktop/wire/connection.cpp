@@ -21,6 +21,8 @@ namespace desktop {
 namespace {
 
 constexpr std::size_t kPiece = 64 * 1024;
+// Of what arrives while something is sent. An agent that does not stop at that must wait.
+constexpr std::size_t kMostKept = 1024 * 1024;
 
 std::string Seconds(std::chrono::milliseconds time) {
   return fmt::format("{:g} s", std::chrono::duration<double>(time).count());
@@ -133,7 +135,9 @@ void Connection::Send(std::string_view bytes) {
     if (sent >= 0) {
       bytes.remove_prefix(static_cast<std::size_t>(sent));
     } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
-      AwaitOrThrow(POLLOUT);
+      const bool listens = !inputEnded_ && arrived() < kMostKept;
+      AwaitOrThrow(static_cast<short>(listens ? POLLOUT | POLLIN : POLLOUT));
+      if (listens) TakeArrived();
     } else if (errno == EPIPE || errno == ECONNRESET) {
       ThrowEnded();
     } else if (errno != EINTR) {
@@ -143,25 +147,44 @@ void Connection::Send(std::string_view bytes) {
   }
 }
 
+// One read, as large as the system has it.
+Connection::Arrival Connection::TakeArrived() {
+  if (taken_ == filled_) taken_ = filled_ = 0;
+  if (input_.size() < filled_ + kPiece) input_.resize(filled_ + kPiece);
+  const ssize_t got = recv(socket_, input_.data() + filled_, kPiece, 0);
+  const int error = errno;
+  if (got > 0) {
+    filled_ += static_cast<std::size_t>(got);
+    received_ += static_cast<std::uint64_t>(got);
+    return Arrival::kSome;
+  }
+  if (got == 0 || error == ECONNRESET) {
+    inputEnded_ = true;
+    return Arrival::kEnd;
+  }
+  if (error == EAGAIN || error == EWOULDBLOCK || error == EINTR) return Arrival::kNone;
+  throw Error(
+      fmt::format("cannot receive from {}: {}", ToString(options_.target), std::strerror(error)));
+}
+
 std::string Connection::Receive(std::size_t count) {
   std::string bytes;
-  std::size_t filled = 0;
-  while (filled < count) {
-    if (filled == bytes.size()) bytes.resize(std::min(count, std::max(kPiece, 2 * filled)));
-    const ssize_t got = recv(socket_, bytes.data() + filled, bytes.size() - filled, 0);
-    if (got > 0) {
-      filled += static_cast<std::size_t>(got);
-      received_ += static_cast<std::uint64_t>(got);
-    } else if (got == 0 || errno == ECONNRESET) {
-      ThrowEnded();
-    } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
-      AwaitOrThrow(POLLIN);
-    } else if (errno != EINTR) {
-      throw Error(fmt::format("cannot receive from {}: {}", ToString(options_.target),
-                              std::strerror(errno)));
-    }
+  for (;;) {
+    const std::size_t some = std::min(count - bytes.size(), arrived());
+    bytes.append(input_, taken_, some);
+    taken_ += some;
+    if (bytes.size() == count) return bytes;
+    if (!hold_) ThrowIfInterrupted();
+    const Arrival arrival = TakeArrived();
+    if (arrival == Arrival::kEnd) ThrowEnded();
+    if (arrival == Arrival::kNone) AwaitOrThrow(POLLIN);
   }
-  return bytes;
+}
+
+bool Connection::HasArrived(std::size_t count) {
+  while (arrived() < count && !inputEnded_ && TakeArrived() == Arrival::kSome) {
+  }
+  return arrived() >= count;
 }
 
 std::uint32_t Connection::ReceiveWord() {

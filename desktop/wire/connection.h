@@ -28,14 +28,17 @@ class Connection {
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
 
-  // All of the bytes, in one send as far as the system takes them so.
-  // Throws Error when the peer has gone or takes nothing for the time-out.
+  // All of the bytes, in one send as far as the system takes them so. What the peer sends meanwhile
+  // is kept for Receive, so that neither waits for the other.
+  // Throws Error when the peer has gone, or neither takes nor sends anything for the time-out.
   void Send(std::string_view bytes);
 
-  // Exactly count bytes. Throws Error when the connection ends or falls silent before that.
-  // Memory grows as the bytes arrive, whatever count says.
+  // Exactly count bytes. Throws Error when the connection ends or falls silent before that, and
+  // Interrupted even while bytes are coming. Memory grows as they arrive, whatever count says.
   std::string Receive(std::size_t count);
   std::uint32_t ReceiveWord();
+  // Whether as many bytes have arrived. Does not wait.
+  bool HasArrived(std::size_t count);
 
   // Says that nothing more will be sent, and waits for the peer to close: false when it has not
   // within the bound.
@@ -50,15 +53,22 @@ class Connection {
 
  private:
   enum class Ready { kYes, kTimedOut };
+  enum class Arrival { kSome, kNone, kEnd };
   Ready Await(short events, std::chrono::milliseconds bound) const;
   void AwaitOrThrow(short events) const;
   int TryAddress(const addrinfo& address);
+  Arrival TakeArrived();
+  [[nodiscard]] std::size_t arrived() const { return filled_ - taken_; }
   [[noreturn]] void ThrowEnded() const;
 
   ConnectionOptions options_;
   int socket_ = -1;
   bool hold_ = false;
   std::uint64_t received_ = 0;
+  std::string input_;
+  std::size_t filled_ = 0;  // of that, with what has arrived
+  std::size_t taken_ = 0;   // of that, by Receive
+  bool inputEnded_ = false;
 };
 
 }  // namespace desktop

@@ -21,6 +21,8 @@ constexpr std::size_t kVersionBytes = 52;
 constexpr std::size_t kVersionText = 12;
 constexpr std::size_t kSpaceBytes = 24;
 constexpr std::size_t kLongestPath = 259;
+// Nobody waits for two requests each of more.
+constexpr std::uint32_t kMostCards = 1000;
 
 [[noreturn]] void ThrowNonsense(std::string_view function, std::size_t count) {
   throw Error(fmt::format("the answer to {} makes no sense: {} bytes", function, count));
@@ -104,6 +106,9 @@ Space AskSpaceAt(const ConnectionOptions& connection, std::string_view directory
 // moves those behind it.
 std::vector<Card> AskCards(const ConnectionOptions& connection) {
   const std::uint32_t count = text::WordAt(Ask(connection, kGetVolumeCount, 4), 0);
+  if (count > kMostCards) {
+    throw Error(fmt::format("the answer to {} makes no sense: {} cards", kGetVolumeCount, count));
+  }
   std::vector<Card> cards;
   for (Card card; card.number < count && AskCard(connection, card); ++card.number) {
     cards.push_back(card);

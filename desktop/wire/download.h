@@ -20,7 +20,7 @@ using DocumentHandler = std::function<void(const std::string& document)>;
 // documents handed out until then are complete.
 std::int32_t DownloadAll(const ConnectionOptions& options, RecordKind kind,
                          const DocumentHandler& onDocument);
-// At most OidsPerRequest() identifiers.
+// In requests of OidsPerRequest() identifiers, up to the first whose status is not 0.
 std::int32_t DownloadSpecific(const ConnectionOptions& options, RecordKind kind,
                               std::span<const Oid> oids, const DocumentHandler& onDocument);
 

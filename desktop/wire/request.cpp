@@ -95,8 +95,11 @@ Reply Invoke(const ConnectionOptions& options, std::string_view function, std::s
   return reply;
 }
 
-void BeginStream(Connection& connection, std::string_view function, std::string_view input) {
+void SendStreamRequest(Connection& connection, std::string_view function, std::string_view input) {
   connection.Send(InvokeRecord(function, input, AnswerMode::kStreamed));
+}
+
+void AwaitStream(Connection& connection, std::string_view function) {
   const std::uint32_t status = connection.ReceiveWord();
   if (status == kUnknownRequest) {
     throw Error(fmt::format("the agent does not know the request {}", function));

@@ -54,8 +54,9 @@ struct Reply {
 // sense; a status is the caller's to judge.
 Reply Invoke(const ConnectionOptions& options, std::string_view function, std::string_view input);
 
-// Sends the record of a streamed request and reads the word that says whether it is served.
-// Throws Error when it is not.
-void BeginStream(Connection& connection, std::string_view function, std::string_view input);
+// Sends the record of a streamed request, and reads the word that says whether it is served. Throw
+// Error, the second when it is not.
+void SendStreamRequest(Connection& connection, std::string_view function, std::string_view input);
+void AwaitStream(Connection& connection, std::string_view function);
 
 }  // namespace desktop

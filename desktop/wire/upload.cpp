@@ -7,6 +7,11 @@
 #include "desktop/wire/request.h"
 
 namespace desktop {
+namespace {
+
+constexpr std::size_t kAnswer = 8;
+
+}  // namespace
 
 std::string DocumentOf(std::span<const std::string> records) {
   std::string document = R"(<?xml version="1.0" encoding="UTF-8"?><root>)";
@@ -15,12 +20,11 @@ std::string DocumentOf(std::span<const std::string> records) {
 }
 
 Upload::Upload(const ConnectionOptions& options) : connection_(options) {
-  BeginStream(connection_, kUpload, {});
+  SendStreamRequest(connection_, kUpload, {});
+  AwaitStream(connection_, kUpload);
 }
 
-void Upload::Send(std::span<const std::string> records,
-                  const std::function<void(const RecordAnswer&)>& onAnswer) {
-  connection_.ThrowIfInterrupted();
+void Upload::Send(std::span<const std::string> records) {
   const std::string document = DocumentOf(records);
   if (document.size() > kMostBytes) {
     throw Error(fmt::format("a chunk of {} bytes is too large: lower --chunk", document.size()));
@@ -28,14 +32,17 @@ void Upload::Send(std::span<const std::string> records,
   std::string chunk;
   text::PutWord(chunk, static_cast<std::uint32_t>(document.size()));
   chunk += document;
-
   connection_.HoldInterruption(true);
   connection_.Send(chunk);
-  for (std::size_t i = 0; i < records.size(); ++i) {
-    const std::string bytes = connection_.Receive(8);
-    onAnswer({text::WordAt(bytes, 0), static_cast<std::int32_t>(text::WordAt(bytes, 4))});
-  }
-  connection_.HoldInterruption(false);
+}
+
+RecordAnswer Upload::Receive() {
+  const std::string bytes = connection_.Receive(kAnswer);
+  return {text::WordAt(bytes, 0), static_cast<std::int32_t>(text::WordAt(bytes, 4))};
+}
+
+bool Upload::HasAnswer() {
+  return connection_.HasArrived(kAnswer);
 }
 
 void Upload::Finish() {

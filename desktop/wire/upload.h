@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <span>
 #include <string>
 
@@ -22,12 +21,21 @@ class Upload {
   // Connects and begins the request. Throws Error.
   explicit Upload(const ConnectionOptions& options);
 
-  // Sends the records in one document and hands out an answer for each, in their order. Each must
-  // be an element that the agent takes in, or the answers do not pair.
-  // Throws Error when the connection fails: the answers handed out until then hold, and nothing
-  // is known of the other records. Throws Interrupted before anything is sent, never after.
-  void Send(std::span<const std::string> records,
-            const std::function<void(const RecordAnswer&)>& onAnswer);
+  // Throws Interrupted when there is an interruption.
+  void ThrowIfInterrupted() const { connection_.ThrowIfInterrupted(); }
+
+  // Sends the records in one document, without waiting for their answers. Each must be an element
+  // that the agent takes in, or the answers do not pair. An answer may be sent as early as its
+  // record, so they are to be taken before thousands are on the way.
+  // Throws Error when the connection fails: nothing is known of records without an answer. Never
+  // Interrupted: what was begun is brought to its end.
+  void Send(std::span<const std::string> records);
+
+  // The answer of the first record that has not had one, in the order in which they were sent.
+  // Throws as above.
+  RecordAnswer Receive();
+  // Whether there is one to be had without waiting.
+  bool HasAnswer();
 
   // Tells the agent that there are no more chunks.
   void Finish();

@@ -8,7 +8,9 @@
 #include <cstdlib>
 #include <limits>
 #include <memory>
+#include <utility>
 
+#include "common/text/text.h"
 #include "desktop/wire/error.h"
 
 namespace desktop {
@@ -117,14 +119,6 @@ std::vector<std::string_view> ChildSpans(std::string_view document) {
   return spans;
 }
 
-// The parser turns the line ends of the document into line feeds, but not those written as "&#13;".
-void UnifyLineEnds(std::string& text) {
-  for (std::size_t at = 0; (at = text.find('\r', at)) != std::string::npos;) {
-    const bool pair = text.compare(at, 2, "\r\n") == 0;
-    text.replace(at, pair ? 2 : 1, "\n");
-  }
-}
-
 // The parser bounds the depth.
 XmlElement Convert(const xmlNode& node) {
   XmlElement element;
@@ -136,7 +130,8 @@ XmlElement Convert(const xmlNode& node) {
       element.text += Text(child->content);
     }
   }
-  UnifyLineEnds(element.text);
+  // The parser turns the line ends of the document into line feeds, but not those written "&#13;".
+  element.text = text::NormalizeLineBreaks(std::move(element.text));
   return element;
 }
 
@@ -215,6 +210,13 @@ std::vector<Record> ParseRecords(std::string_view document) {
     records.push_back(ReadRecord(*parsed, *node, index < spans.size() ? &spans[index] : nullptr));
   }
   return records;
+}
+
+std::int32_t ErrorValue(const Record& error) {
+  const std::string_view text = error.element.ChildText("Value");
+  std::int32_t value = 0;
+  std::from_chars(text.data(), text.data() + text.size(), value);
+  return value;
 }
 
 std::string WithOid(std::string_view record, Oid oid) {

@@ -46,6 +46,10 @@ struct Record {
 // nothing outside the document is ever read.
 std::vector<Record> ParseRecords(std::string_view document);
 
+// Stands in a download for an item that could not be sent, and why: the status.
+inline constexpr std::string_view kErrorElement = "Error";
+std::int32_t ErrorValue(const Record& error);
+
 // The record, which must have no "Oid", with one.
 std::string WithOid(std::string_view record, Oid oid);
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 
 #include <cstdint>
 #include <map>
@@ -60,7 +61,10 @@ class Store {
       chunks.push_back(chunk);
       for (const Record& record : ParseRecords(chunk)) {
         const std::string answer = Apply(record);
-        if (answers++ == mostAnswers) return;
+        if (answers++ == mostAnswers) {
+          shutdown(peer.socket(), SHUT_WR);  // a reset could overtake the answers
+          return peer.AwaitEnd();
+        }
         peer.Send(answer);
       }
     }
@@ -103,6 +107,7 @@ class Store {
     if (!refused.empty() && record.bytes.find(refused) != std::string::npos) {
       return Word(0) + Word(0x80040066);
     }
+    while (items.contains(next_)) ++next_;
     const Oid stored = items.contains(oid) ? oid : next_++;
     items[stored] = record.bytes;
     return Word(stored) + Word(0);

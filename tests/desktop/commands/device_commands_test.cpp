@@ -147,6 +147,12 @@ TEST_F(DeviceCommandsTest, CardsAreALineEach) {
   EXPECT_EQ(seen_.at(3).input, Word(1));
 }
 
+TEST_F(DeviceCommandsTest, CardsBeyondAllReasonAreNotAskedFor) {
+  EXPECT_EQ(Cards({ReplyRecord(0, Word(0xFFFFFFFF))}), kFailed);
+  EXPECT_EQ(err(),
+            "corvane-desktop: the answer to GetVolumeCount makes no sense: 4294967295 cards\n");
+}
+
 TEST_F(DeviceCommandsTest, CardsAreAnArrayAsJson) {
   EXPECT_EQ(Cards({ReplyRecord(0, Word(0))}, true), kDone);
   EXPECT_EQ(Cards(kOneCard, true), kDone);

@@ -75,13 +75,15 @@ TEST_F(DeleteTest, OfAllSaysWhyItFailedAndKeepsTheMapping) {
 
 TEST_F(DeleteTest, OfSomeSendsDeletionsAndForgetsThem) {
   std::string chunk;
-  FakeAgent agent({[&](Peer& peer) {
-    peer.ReceiveCounted();
-    peer.Send(Word(0));
-    chunk = peer.ReceiveCounted();
-    peer.Send(Word(5) + Word(0) + Word(0xFFFFFFFF) + Word(0x80070005));
-    peer.AwaitEnd();
-  }});
+  const auto look = Answer(
+      Word(0) + Counted(Document("<CONTACT Oid=\"5\"/><CONTACT Oid=\"-1\"/>")) + Word(0) + Word(0));
+  FakeAgent agent({look, [&](Peer& peer) {
+                     peer.ReceiveCounted();
+                     peer.Send(Word(0));
+                     chunk = peer.ReceiveCounted();
+                     peer.Send(Word(5) + Word(0) + Word(0xFFFFFFFF) + Word(0x80070005));
+                     peer.AwaitEnd();
+                   }});
   options_.oids = {5, 0xFFFFFFFF};
   EXPECT_EQ(Delete(agent.options(), options_, console_.console), kPartlyDone);
   agent.Join();
@@ -119,15 +121,44 @@ TEST_F(DeleteTest, OfAnotherKindNamesItAndForgetsThatKindAlone) {
   EXPECT_EQ(seen_[1].input, Word(2));
 }
 
+TEST_F(DeleteTest, OfWhatIsNotThereSaysSo) {
+  const auto gone = [](const std::string& oid, const std::string& status) {
+    return "<Error Oid=\"" + oid + "\"><Value>" + status + "</Value></Error>";
+  };
+  FakeAgent agent(
+      {Answer(Word(0) + Counted(Document(gone("5", "-2147024809") + gone("6", "-2147024894"))) +
+              Word(0) + Word(0))});
+  options_.oids = {5, 6};
+  EXPECT_EQ(Delete(agent.options(), options_, console_.console), kPartlyDone);
+  EXPECT_EQ(console_.out.str(), "contact: not found (OID 5)\ncontact: not found (OID 6)\n");
+  EXPECT_EQ(err(), "2 not found\n");
+  EXPECT_EQ(Mapping(*options_.mapping).FindOid(5), nullptr);
+}
+
+TEST_F(DeleteTest, OfOneNamedTwiceFindsItOnce) {
+  FakeAgent agent({Answer(Word(0) + Counted(Document("<CONTACT Oid=\"5\"/>")) + Word(0) + Word(0)),
+                   [](Peer& peer) {
+                     peer.ReceiveCounted();
+                     peer.Send(Word(0));
+                     peer.ReceiveCounted();
+                     peer.Send(Word(5) + Word(0));
+                     peer.AwaitEnd();
+                   }});
+  options_.oids = {5, 5};
+  EXPECT_EQ(Delete(agent.options(), options_, console_.console), kPartlyDone);
+  EXPECT_EQ(err(), "1 deleted, 1 not found\n");
+}
+
 TEST_F(DeleteTest, OfSomeSendsElementsOfTheKind) {
   std::string chunk;
-  FakeAgent agent({[&](Peer& peer) {
-    peer.ReceiveCounted();
-    peer.Send(Word(0));
-    chunk = peer.ReceiveCounted();
-    peer.Send(Word(5) + Word(0));
-    peer.AwaitEnd();
-  }});
+  const auto look = Answer(Word(0) + Counted(Document("<TASK Oid=\"5\"/>")) + Word(0) + Word(0));
+  FakeAgent agent({look, [&](Peer& peer) {
+                     peer.ReceiveCounted();
+                     peer.Send(Word(0));
+                     chunk = peer.ReceiveCounted();
+                     peer.Send(Word(5) + Word(0));
+                     peer.AwaitEnd();
+                   }});
   options_.kind = RecordKind::kTasks;
   options_.oids = {5};
   EXPECT_EQ(Delete(agent.options(), options_, console_.console), kDone);

@@ -1,6 +1,7 @@
 #include "desktop/sync/mapping.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cstdlib>
 
@@ -252,6 +253,30 @@ TEST_F(MappingJournalTest, KeepsItWhenTheFileCannotBeWritten) {
   mapping.SaveChanges();
   EXPECT_THROW(mapping.Save(), Error);
   EXPECT_TRUE(std::filesystem::exists(journal()));
+}
+
+TEST_F(MappingJournalTest, IsForItsOwnerAlone) {
+  const auto modeOf = [](const std::filesystem::path& of) {
+    return static_cast<unsigned>(std::filesystem::status(of).permissions());
+  };
+  const mode_t before = umask(0);
+  const std::filesystem::path map = directory_ / "state/corvane/host.json";
+  {
+    Mapping mapping(map);
+    mapping.Put({1, "contact", "a", "", "h"});
+    mapping.SaveChanges();
+    EXPECT_EQ(modeOf(map.string() + ".journal"), 0600U);
+    mapping.Save();
+  }
+  umask(before);
+  EXPECT_EQ(modeOf(map), 0600U);
+  EXPECT_EQ(modeOf(map.string() + ".lock"), 0600U);
+  EXPECT_EQ(modeOf(map.parent_path()), 0700U);
+  EXPECT_EQ(modeOf(map.parent_path().parent_path()), 0700U);
+
+  chmod(map.c_str(), 0644);  // as one that an earlier program has left
+  const Mapping again(map);
+  EXPECT_EQ(modeOf(map), 0600U);
 }
 
 class MappingPathTest : public ::testing::Test {

@@ -75,6 +75,15 @@ TEST_F(PullXmlTest, WritesAnEmptyRootForAnEmptyFolder) {
   EXPECT_EQ(out(), Xml(""));
 }
 
+TEST_F(PullXmlTest, BelievesNoOidTwice) {
+  ToFile();
+  EXPECT_EQ(RunAgainst(Word(0) + Counted(Document(kFirst)) + Counted(Document(kSecond + kFirst)) +
+                       kTrailer),
+            kPartlyDone);
+  EXPECT_THAT(err(), HasSubstr("the answer makes no sense: document 2: OID 7 once more"));
+  EXPECT_EQ(directory_.Read("out.partial"), Xml(kFirst + "\n" + kSecond + "\n"));
+}
+
 TEST_F(PullXmlTest, NeedsNoMapping) {
   EXPECT_EQ(RunAgainst(kTwoDocuments), kDone);
   EXPECT_TRUE(Names(directory_).empty());

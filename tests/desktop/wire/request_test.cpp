@@ -157,11 +157,12 @@ TEST(Invoke, StopsWhenInterrupted) {
   close(ends[1]);
 }
 
-TEST(BeginStream, NamesARequestThatTheAgentDoesNotKnow) {
+TEST(AwaitStream, NamesARequestThatTheAgentDoesNotKnow) {
   FakeAgent agent({Answer(Word(127)), Answer(Word(4711))});
   const auto begin = [&] {
     Connection connection(agent.options());
-    BeginStream(connection, "F", {});
+    SendStreamRequest(connection, "F", {});
+    AwaitStream(connection, "F");
   };
   EXPECT_EQ(WhyNot(begin), "the agent does not know the request F");
   EXPECT_EQ(WhyNot(begin), "the answer to F makes no sense: it begins with 0x00001267");
