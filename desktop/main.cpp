@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "common/text/text.h"
 #include "desktop/commands/clock_text.h"
 #include "desktop/commands/commands_agent.h"
 #include "desktop/commands/commands_convert.h"
@@ -166,6 +167,7 @@ void AddPull(CLI::App& app, CommandLine& line) {
   command.add_option("-o,--output", line.pull.output, "Where to, instead of the standard output")
       ->type_name("FILE");
   AddMapping(command, line.pull.mapping);
+  command.footer("More than 4 GiB are not taken for an answer: it would never end.");
   command.callback([&line, run = ToRun(line, Pull, line.pull)] {
     BringTogether(line.format, line.pull);
     run();
@@ -378,7 +380,7 @@ int main(int argc, char** argv) {
   try {
     return Run(argc, argv);
   } catch (const std::exception& problem) {
-    std::fprintf(stderr, "corvane-desktop: %s\n", problem.what());
+    std::fprintf(stderr, "corvane-desktop: %s\n", text::Shown(problem.what()).c_str());
     return kFailed;
   }
 }

@@ -13,10 +13,15 @@ std::string ToUpperAscii(std::string_view text);
 // Without blanks and tabs at both ends.
 std::string_view TrimBlanks(std::string_view text);
 
-// At most 60 bytes of valid UTF-8, on one line, for a message; "…" stands for what was cut off.
+// As a terminal may get it: a blank for each character that could steer one or turn around the
+// order of others (controls but for line feeds, those beyond ASCII too, marks of direction and what
+// is not to be seen), U+FFFD for each byte that is no UTF-8.
+std::string Shown(std::string_view text);
+
+// At most 60 bytes of the text, Shown on one line, for a message; "…" stands for what was cut off.
 std::string Excerpt(std::string_view text);
 
-// Without blanks at both ends; a control character, a line break too, becomes a blank.
+// Shown, without blanks at both ends; a line break becomes a blank, too.
 std::string OnOneLine(std::string_view text);
 
 // Every CR LF and CR becomes LF.

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "common/files/atomic_file.h"
+#include "common/text/text.h"
 #include "common/text/unicode.h"
 #include "desktop/wire/error.h"
 
@@ -23,8 +24,9 @@ void WarnOfUtf8(const LocalNote& note, const std::string& name, const Console& c
   const bool ascii = std::all_of(note.bytes.begin(), note.bytes.end(),
                                  [](char c) { return static_cast<unsigned char>(c) < 0x80; });
   if (note.format != NoteFormat::kText || ascii || !text::IsValidUtf8(note.bytes)) return;
-  console.err << fmt::format(
-      "{}: seems to be UTF-8; the handheld takes it for text in its own 8-bit characters\n", name);
+  console.err
+      << text::Shown(name)
+      << ": seems to be UTF-8; the handheld takes it for text in its own 8-bit characters\n";
 }
 
 // Throws Error for one that does not fit into a request to that path.
@@ -59,7 +61,8 @@ void WriteOut(const ConvertOptions& options, const std::string& bytes, const Con
     files::AtomicFile file(*options.output);
     file.Write(bytes);
     file.Commit();
-    console.out << fmt::format("{}: {} bytes\n", options.output->string(), bytes.size());
+    console.out << fmt::format("{}: {} bytes\n", text::Shown(options.output->string()),
+                               bytes.size());
   } else {
     console.out << bytes;
   }
@@ -74,8 +77,8 @@ bool EmptyScratch(const ConnectionOptions& connection, const Console& console) {
     StoreNote(patient, kScratchNote, NoteFormat::kText, {});
     return true;
   } catch (const Error& problem) {
-    console.err << fmt::format("corvane-desktop: the note still lies in {} on the handheld: {}\n",
-                               kScratchNote, problem.what());
+    TellProblem(console, fmt::format("the note still lies in {} on the handheld: {}", kScratchNote,
+                                     problem.what()));
     return false;
   }
 }
@@ -123,7 +126,8 @@ int StoreAt(const std::string& devicePath, const ConnectionOptions& connection,
   StoreNote(connection, devicePath, note.format, note.bytes);
   // Of an empty one it is not told whether it could be made.
   if (note.bytes.empty()) FetchNote(connection, devicePath, format);
-  console.out << fmt::format("{}: is {} on the handheld now\n", options.file->string(), devicePath);
+  console.out << text::Shown(
+      fmt::format("{}: is {} on the handheld now\n", options.file->string(), devicePath));
   FlushOutput(console);
   return kDone;
 }

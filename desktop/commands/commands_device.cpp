@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "common/text/text.h"
 #include "desktop/commands/clock_text.h"
 #include "desktop/commands/commands_time.h"
 #include "desktop/wire/device_requests.h"
@@ -76,7 +77,7 @@ int PrintJson(const Json& json, const Console& console) {
 }
 
 std::string CardText(const Card& card) {
-  return fmt::format("{}: {}", card.directory, SpaceText(card.space));
+  return fmt::format("{}: {}", text::OnOneLine(card.directory), SpaceText(card.space));
 }
 
 struct Info {
@@ -111,16 +112,16 @@ Json ToJson(const Info& info) {
 
 std::string InfoText(const Info& info) {
   const std::string_view tag = LanguageTag(info.language);
-  std::string text = fmt::format("agent     {}.{}, built {}\n", info.version.majorNumber,
-                                 info.version.minorNumber, info.version.built);
-  text += fmt::format("language  {} (0x{:04X})\n", tag.empty() ? "unknown" : tag, info.language);
-  text += fmt::format("time      {}\n", info.time);
-  text += fmt::format("ink       {}\n", info.ink ? "yes" : "no");
-  if (info.cards.empty()) text += "cards     none\n";
+  std::string lines = fmt::format("agent     {}.{}, built {}\n", info.version.majorNumber,
+                                  info.version.minorNumber, text::OnOneLine(info.version.built));
+  lines += fmt::format("language  {} (0x{:04X})\n", tag.empty() ? "unknown" : tag, info.language);
+  lines += fmt::format("time      {}\n", info.time);
+  lines += fmt::format("ink       {}\n", info.ink ? "yes" : "no");
+  if (info.cards.empty()) lines += "cards     none\n";
   for (const Card& card : info.cards) {
-    text += fmt::format("card {:<4} {}\n", card.number, CardText(card));
+    lines += fmt::format("card {:<4} {}\n", card.number, CardText(card));
   }
-  return text;
+  return lines;
 }
 
 std::vector<std::string> FetchKeys(const ConnectionOptions& connection, RecordKind kind) {
@@ -184,7 +185,7 @@ int PrintKeys(const ConnectionOptions& connection, RecordKind kind, bool json,
   return RunGuarded(console, [&]() -> int {
     const std::vector<std::string> keys = FetchKeys(connection, kind);
     if (json) return PrintJson(keys, console);
-    for (const std::string& key : keys) console.out << key << '\n';
+    for (const std::string& key : keys) console.out << text::OnOneLine(key) << '\n';
     FlushOutput(console);
     return kDone;
   });

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "common/files/atomic_file.h"
+#include "common/text/text.h"
 #include "desktop/commands/progress.h"
 #include "desktop/records/phone_records.h"
 #include "desktop/sync/mapping.h"
@@ -86,7 +87,7 @@ class PullRun {
     BeginOnce();
     writer_->End();
     output_.Commit(problem.empty() ? std::string_view() : kPartialSuffix);
-    for (const std::string& loss : writer_->Losses()) console_.err << loss << '\n';
+    for (const std::string& loss : writer_->Losses()) console_.err << text::Shown(loss) << '\n';
     if (!problem.empty()) {
       ReportPartial(problem);
     } else if (options_.output) {
@@ -198,11 +199,11 @@ class PullRun {
   void Say(const std::string& line) {
     if (line.empty()) return;
     progress_.Hide();
-    console_.err << line << '\n';
+    console_.err << text::Shown(line) << '\n';
   }
 
   void SayWhatIsThere(const std::filesystem::path& file) {
-    console_.out << fmt::format("{}: {} {}\n", file.string(), written_,
+    console_.out << fmt::format("{}: {} {}\n", text::Shown(file.string()), written_,
                                 written_ == 1 ? words_.name : words_.plural);
     FlushOutput(console_);
   }
@@ -213,8 +214,8 @@ class PullRun {
       where = fmt::format("are in {0}{1}, and {0} is as it was", options_.output->string(),
                           kPartialSuffix);
     }
-    console_.err << fmt::format("corvane-desktop: partial: {}; the {} {} received until then {}\n",
-                                problem, written_, words_.plural, where);
+    TellProblem(console_, fmt::format("partial: {}; the {} {} received until then {}", problem,
+                                      written_, words_.plural, where));
   }
 
   void ForgetVanished() {

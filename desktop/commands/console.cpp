@@ -8,6 +8,7 @@
 #include <exception>
 #include <new>
 
+#include "common/text/text.h"
 #include "desktop/wire/error.h"
 
 namespace desktop {
@@ -27,11 +28,15 @@ int RunGuarded(const Console& console, const std::function<int()>& command) {
   try {
     return command();
   } catch (const std::bad_alloc&) {
-    console.err << "corvane-desktop: out of memory\n";
+    TellProblem(console, "out of memory");
   } catch (const std::exception& problem) {
-    console.err << "corvane-desktop: " << problem.what() << '\n';
+    TellProblem(console, problem.what());
   }
   return kFailed;
+}
+
+void TellProblem(const Console& console, std::string_view problem) {
+  console.err << "corvane-desktop: " << text::Shown(problem) << '\n';
 }
 
 void FlushOutput(const Console& console) {
@@ -40,6 +45,7 @@ void FlushOutput(const Console& console) {
 
 int CatchInterruptions() {
   std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
   int ends[2] = {-1, -1};
   if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) return -1;
   g_interruptWriteEnd = ends[1];
@@ -48,8 +54,7 @@ int CatchInterruptions() {
   action.sa_handler = OnInterruption;
   action.sa_flags = static_cast<int>(SA_RESETHAND);
   sigemptyset(&action.sa_mask);
-  sigaction(SIGINT, &action, nullptr);
-  sigaction(SIGTERM, &action, nullptr);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaction(signal, &action, nullptr);
   return ends[0];
 }
 

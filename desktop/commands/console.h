@@ -4,6 +4,7 @@
 #include <functional>
 #include <istream>
 #include <ostream>
+#include <string_view>
 
 namespace desktop {
 
@@ -21,12 +22,16 @@ struct Console {
 // Runs a command, and turns what it throws into a message and kFailed.
 int RunGuarded(const Console& console, const std::function<int()>& command);
 
+// A line "corvane-desktop: ..." on the error output.
+void TellProblem(const Console& console, std::string_view problem);
+
 // Throws Error when the output did not take all that was written.
 void FlushOutput(const Console& console);
 
-// From now on, the first SIGINT or SIGTERM makes the descriptor readable, for
+// From now on, the first SIGINT, SIGTERM or SIGHUP makes the descriptor readable, for
 // ConnectionOptions::interruptFd; a second one ends the process. A write to a pipe that nobody
-// reads fails instead of ending the process. Call it once, from main.
+// reads, or to a file that may not grow, fails instead of ending the process. Call it once, from
+// main.
 int CatchInterruptions();
 
 }  // namespace desktop

@@ -88,7 +88,7 @@ Outcome AddCard(Session& session, const std::string& name, const fs::path& targe
   const fs::path link = handheld.filesRoot() / name;
   fs::create_directory_symlink(directory, link);
   files::SyncDirectoryOf(link);
-  fmt::print(report.out, "{} -> {}\n", name, directory.string());
+  Tell(report.out, "{} -> {}\n", name, directory.string());
   return Outcome::kDone;
 }
 
@@ -100,20 +100,20 @@ Outcome RemoveCard(Session& session, const std::string& name, const Report& repo
     const fs::path link = session.handheld().filesRoot() / card.name;
     fs::remove(link);
     files::SyncDirectoryOf(link);
-    fmt::print(report.out, "removed {}\n", card.name);
+    Tell(report.out, "removed {}\n", card.name);
     return Outcome::kDone;
   }
-  fmt::print(report.err, "corvane-device: {}: no such card\n", name);
+  Tell(report.err, "corvane-device: {}: no such card\n", name);
   return Outcome::kFailed;
 }
 
 Outcome ShowCards(Session& session, const Report& report) {
   const std::vector<Card> cards = ListCards(session.handheld());
   for (const Card& card : cards)
-    fmt::print(report.out, "{} -> {}{}\n", card.name,
-               card.target.empty() ? "a mounted volume" : card.target.string(),
-               card.present ? "" : "  (taken out)");
-  fmt::print(report.out, "{}\n", Counted(cards.size(), "card"));
+    Tell(report.out, "{} -> {}{}\n", card.name,
+         card.target.empty() ? "a mounted volume" : card.target.string(),
+         card.present ? "" : "  (taken out)");
+  Tell(report.out, "{}\n", Counted(cards.size(), "card"));
   return Outcome::kDone;
 }
 

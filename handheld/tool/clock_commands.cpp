@@ -24,8 +24,8 @@ Outcome ShowClock(Session& session, const Report& report) {
   ce::GetSystemTime(&utc);
   ce::GetLocalTime(&local);
   const std::u16string zone = session.handheld().Text(ce::host::setting::kZone, u"UTC");
-  fmt::print(report.out, "UTC    {}\nlocal  {}  {}\n", TimeText(utc), TimeText(local),
-             text::ToUtf8Lossy(zone));
+  Tell(report.out, "UTC    {}\nlocal  {}  {}\n", TimeText(utc), TimeText(local),
+       text::ToUtf8Lossy(zone));
   return Outcome::kDone;
 }
 
@@ -41,9 +41,9 @@ Outcome SetClock(Session& session, const std::string& time, const Report& report
   const ce::DWORD error = representable && ticks >= 0 ? session.handheld().clock().Set(ticks)
                                                       : ce::ERROR_INVALID_PARAMETER;
   if (error != 0) {
-    fmt::print(report.err, "corvane-device: the clock cannot be set to {}: {}\n", time,
-               error == ce::ERROR_INVALID_PARAMETER ? "its years are 1601 to 30827"
-                                                    : fmt::format("error {}", error));
+    Tell(report.err, "corvane-device: the clock cannot be set to {}: {}\n", time,
+         error == ce::ERROR_INVALID_PARAMETER ? "its years are 1601 to 30827"
+                                              : fmt::format("error {}", error));
     return Outcome::kFailed;
   }
   return ShowClock(session, report);
@@ -51,7 +51,7 @@ Outcome SetClock(Session& session, const std::string& time, const Report& report
 
 Outcome ResetClock(Session& session, const Report& report) {
   session.handheld().Set(ce::host::setting::kClockOffset, u"0");
-  fmt::print(report.out, "The clock goes with this computer's again.\n");
+  Tell(report.out, "The clock goes with this computer's again.\n");
   return Outcome::kDone;
 }
 

@@ -67,7 +67,7 @@ template <typename Record>
 void Finish(const ExportOptions& options, std::size_t count, Output& output, const Report& report) {
   output.Finish();
   if (options.file)
-    fmt::print(report.out, "{}: {}\n", options.file->string(), Counted(count, kRecordName<Record>));
+    Tell(report.out, "{}: {}\n", options.file->string(), Counted(count, kRecordName<Record>));
 }
 
 // `write` writes every item, and answers how many it left out.
@@ -105,8 +105,7 @@ Outcome ExportCalendar(Session& session, const ExportOptions& options, const Rep
     std::vector<Record> records;
     items.ForEach([&](Record record) { records.push_back(std::move(record)); });
     const formats::CalendarText text = ToICalendar(records, zone);
-    for (const std::string& loss : text.losses)
-      fmt::print(report.err, "corvane-device: {}\n", loss);
+    for (const std::string& loss : text.losses) Tell(report.err, "corvane-device: {}\n", loss);
     output << text.bytes;
     return static_cast<std::size_t>(
         std::ranges::count_if(records, [](const Record& record) { return IsLeftOut(record); }));

@@ -206,8 +206,8 @@ Outcome InitHandheld(const std::filesystem::path& directory, const InitOptions& 
     std::tie(settings.osMajor, settings.osMinor) = ParseVersion(*options.osVersion);
   if (options.firstOid) settings.firstOid = ParseFirstOid(*options.firstOid);
   Handheld::Create(directory, settings);
-  fmt::print(report.out, "{}: a handheld, {}, {}, version {}.{}\n", directory.string(),
-             TagOf(settings.language), settings.zone, settings.osMajor, settings.osMinor);
+  Tell(report.out, "{}: a handheld, {}, {}, version {}.{}\n", directory.string(),
+       TagOf(settings.language), settings.zone, settings.osMajor, settings.osMinor);
   return Outcome::kDone;
 }
 
@@ -222,7 +222,7 @@ Outcome SetSetting(Session& session, const std::string& key, const std::string& 
   for (const SettingRow& row : kSettings) {
     if (key != row.key) continue;
     row.set(session, key, value);
-    fmt::print(report.out, "{} = {}\n", key, value);
+    Tell(report.out, "{} = {}\n", key, value);
     return Outcome::kDone;
   }
   std::string known;
@@ -253,24 +253,22 @@ Outcome ShowHandheld(Session& session, bool json, const Report& report) {
                object.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
     return Outcome::kDone;
   }
-  fmt::print(
-      report.out,
-      "Directory   {}\nLanguage    {}\nVersion     {}.{}\nZone        {}\nOwner       {}\n"
-      "Clock       {}\nContacts    {}\nCalendar    {}\nTasks       {}\nMessages    {}\n"
-      "Calls       {}\nPhone       {}\nInk         {}\nCards       {}\nStore       {} bytes\n",
-      facts.directory, facts.language, facts.osMajor, facts.osMinor, facts.zone,
-      facts.owner.empty() ? "-" : facts.owner, facts.clock, facts.contacts, facts.appointments,
-      facts.tasks, facts.messages, facts.calls, facts.phone ? "on" : "off",
-      facts.ink ? "on" : "off", CardNames(facts.cards), facts.storeBytes);
+  Tell(report.out,
+       "Directory   {}\nLanguage    {}\nVersion     {}.{}\nZone        {}\nOwner       {}\n"
+       "Clock       {}\nContacts    {}\nCalendar    {}\nTasks       {}\nMessages    {}\n"
+       "Calls       {}\nPhone       {}\nInk         {}\nCards       {}\nStore       {} bytes\n",
+       facts.directory, facts.language, facts.osMajor, facts.osMinor, facts.zone,
+       facts.owner.empty() ? "-" : facts.owner, facts.clock, facts.contacts, facts.appointments,
+       facts.tasks, facts.messages, facts.calls, facts.phone ? "on" : "off",
+       facts.ink ? "on" : "off", CardNames(facts.cards), facts.storeBytes);
   return Outcome::kDone;
 }
 
 Outcome CheckHandheld(Session& session, const Report& report) {
   const std::vector<std::string> problems = ce::host::CheckStore(session.handheld());
-  for (const std::string& problem : problems)
-    fmt::print(report.err, "corvane-device: {}\n", problem);
+  for (const std::string& problem : problems) Tell(report.err, "corvane-device: {}\n", problem);
   if (!problems.empty()) return Outcome::kFailed;
-  fmt::print(report.out, "The store is sound.\n");
+  Tell(report.out, "The store is sound.\n");
   return Outcome::kDone;
 }
 

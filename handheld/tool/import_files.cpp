@@ -125,7 +125,7 @@ bool ImportFile(Session& session, const fs::path& file, const Report& report, Im
   std::error_code none;
   std::ifstream stream(file, std::ios::binary);
   if (!stream || fs::is_directory(file, none)) {
-    fmt::print(report.err, "corvane-device: {} cannot be read\n", file.string());
+    Tell(report.err, "corvane-device: {} cannot be read\n", file.string());
     return false;
   }
   std::string beginning = ReadBeginning(stream);
@@ -140,7 +140,7 @@ bool ImportFile(Session& session, const fs::path& file, const Report& report, Im
     records = ImportRecords(session, file, kind, whole, imports, tally);
   }
   if (records > 0) return true;
-  fmt::print(report.err, "corvane-device: {}: no {} in it\n", file.string(), NameOf(kind));
+  Tell(report.err, "corvane-device: {}: no {} in it\n", file.string(), NameOf(kind));
   return false;
 }
 
@@ -174,14 +174,13 @@ Outcome ImportFiles(Session& session, const std::vector<fs::path>& files,
       }
       imports.items.Commit();
     } catch (const StatusError& failure) {
-      fmt::print(report.err,
-                 "corvane-device: {}: {}; not all of it is stored: import the file again\n",
-                 file.string(), failure.what());
+      Tell(report.err, "corvane-device: {}: {}; not all of it is stored: import the file again\n",
+           file.string(), failure.what());
       return done > 0 ? Outcome::kPartlyDone : Outcome::kFailed;
     }
-    fmt::print(report.out, "{}: {}{} added, {} changed, {} unchanged, {} failed; {} notices\n",
-               file.string(), options.dryRun ? "would be " : "", tally.added, tally.changed,
-               tally.unchanged, tally.failed, tally.notices);
+    Tell(report.out, "{}: {}{} added, {} changed, {} unchanged, {} failed; {} notices\n",
+         file.string(), options.dryRun ? "would be " : "", tally.added, tally.changed,
+         tally.unchanged, tally.failed, tally.notices);
     done += tally.done();
     failed += tally.failed;
   }

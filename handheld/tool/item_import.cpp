@@ -35,7 +35,7 @@ ItemImport::ItemImport(Session& session, const ImportOptions& options, const Rep
 void ItemImport::Commit() {
   Check(batch_.Commit(), "storing");
   uncommitted_ = 0;
-  fmt::print(report_.out, "{}", std::exchange(unsaid_, {}));
+  Tell(report_.out, "{}", std::exchange(unsaid_, {}));
 }
 
 void ItemImport::CommitGroup() {
@@ -48,12 +48,12 @@ void ItemImport::CommitGroup() {
 
 void ItemImport::Notice(const Place& place, std::string_view text, ImportTally& tally) {
   ++tally.notices;
-  fmt::print(report_.err, "{}:{}: {}\n", place.file.string(), place.line, text);
+  Tell(report_.err, "{}:{}: {}\n", place.file.string(), place.line, text);
 }
 
 void ItemImport::Say(const char* verb, std::uint32_t oid, const std::string& name) {
   if (oid == 0)
-    fmt::print(report_.out, "would be {:<8} {}\n", verb, name);
+    Tell(report_.out, "would be {:<8} {}\n", verb, name);
   else
     unsaid_ += fmt::format("{:<8} {:>10}  {}\n", verb, oid, name);
 }
@@ -133,8 +133,8 @@ void ItemImport::Import(const Place& place, const Record& record, ImportTally& t
     throw;
   } catch (const StatusError& failure) {
     ++tally.failed;
-    fmt::print(report_.err, "{}:{}: {}: {}\n", place.file.string(), place.line,
-               formats::DisplayName(record), failure.what());
+    Tell(report_.err, "{}:{}: {}: {}\n", place.file.string(), place.line,
+         formats::DisplayName(record), failure.what());
   }
 }
 

@@ -3,6 +3,7 @@
 
 #include <CLI/CLI.hpp>
 #include <charconv>
+#include <csignal>
 #include <functional>
 #include <string>
 #include <type_traits>
@@ -322,13 +323,14 @@ int ParseAndRun(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  std::signal(SIGXFSZ, SIG_IGN);  // a file that may not grow is an error like a full disk
   try {
     return ParseAndRun(argc, argv);
   } catch (const tool::UsageError& error) {
-    std::fprintf(stderr, "corvane-device: %s\n", error.what());
+    tool::Tell(stderr, "corvane-device: {}\n", error.what());
     return kExitUsage;
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "corvane-device: %s\n", error.what());
+    tool::Tell(stderr, "corvane-device: {}\n", error.what());
     return static_cast<int>(Outcome::kFailed);
   }
 }

@@ -118,7 +118,7 @@ void MessageImport<Record>::StorePending() {
     }
     --held_[one.identity];
     ++tally_->failed;
-    fmt::print(report_.err, "{}:{}: {}\n", file_->string(), one.line, WhyNot(one.record));
+    Tell(report_.err, "{}:{}: {}\n", file_->string(), one.line, WhyNot(one.record));
   }
   if (options_.dryRun)
     folders_.clear();  // they go with the transaction

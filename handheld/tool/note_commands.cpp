@@ -99,7 +99,7 @@ Outcome AddNote(Session& session, const std::filesystem::path& file,
   const std::u16string path =
       DevicePathOf(session.handheld(), name.value_or(file.filename().string()));
   NewFile(path).Keep(bytes);
-  fmt::print(report.out, "{}: {} bytes\n", text::ToUtf8Lossy(path), bytes.size());
+  Tell(report.out, "{}: {} bytes\n", text::ToUtf8Lossy(path), bytes.size());
   return Outcome::kDone;
 }
 

@@ -65,7 +65,7 @@ Outcome Finish(ce::DWORD error, const std::string& what, const Report& report) {
   if (error == ce::ERROR_INVALID_NAME) why = "no key or value can be called that";
   if (error == ce::ERROR_ACCESS_DENIED) why = "that cannot be changed";
   if (error == ce::ERROR_DISK_FULL) why = "the registry is full";
-  fmt::print(report.err, "corvane-device: {}: {}\n", what, why);
+  Tell(report.err, "corvane-device: {}: {}\n", what, why);
   return Outcome::kFailed;
 }
 
@@ -82,14 +82,14 @@ Outcome RegistryGet(ce::host::Handheld& handheld, const std::string& key,
   if (name) {
     const auto value = registry.Value(wideKey, text::FromUtf8Lossy(*name));
     if (!value) return Finish(ce::ERROR_FILE_NOT_FOUND, Describe(key, name), report);
-    fmt::print(report.out, "{}\n", ValueText(*value));
+    Tell(report.out, "{}\n", ValueText(*value));
     return Outcome::kDone;
   }
   if (!registry.HasKey(wideKey)) return Finish(ce::ERROR_FILE_NOT_FOUND, key, report);
   for (const auto& [valueName, value] : registry.Values(wideKey))
-    fmt::print(report.out, "{} = {}\n", text::ToUtf8Lossy(valueName), ValueText(value));
+    Tell(report.out, "{} = {}\n", text::ToUtf8Lossy(valueName), ValueText(value));
   for (const std::u16string& subKey : registry.SubKeys(wideKey))
-    fmt::print(report.out, "[{}]\n", text::ToUtf8Lossy(subKey));
+    Tell(report.out, "[{}]\n", text::ToUtf8Lossy(subKey));
   return Outcome::kDone;
 }
 

@@ -18,10 +18,10 @@ Outcome RemoveEach(const std::vector<Number>& numbers, Remove remove, const Repo
   std::size_t removed = 0;
   for (const Number number : numbers) {
     if (const std::string why = remove(number); !why.empty()) {
-      fmt::print(report.err, "corvane-device: {}: {}\n", number, why);
+      Tell(report.err, "corvane-device: {}: {}\n", number, why);
       continue;
     }
-    fmt::print(report.out, "removed {:>10}\n", number);
+    Tell(report.out, "removed {:>10}\n", number);
     ++removed;
   }
   if (removed == numbers.size()) return Outcome::kDone;
@@ -59,7 +59,7 @@ Outcome RemoveFrom(Box& box, const std::vector<std::int64_t>& ids, const Report&
 
 template <typename Record>
 Outcome SayRemoved(std::size_t count, const Report& report) {
-  fmt::print(report.out, "removed {}\n", Counted(count, kRecordName<Record>));
+  Tell(report.out, "removed {}\n", Counted(count, kRecordName<Record>));
   return Outcome::kDone;
 }
 
@@ -96,7 +96,7 @@ Outcome RemoveMessagesOfFolder(Session& session, const std::string& path, const 
     if (text::ToUtf8Lossy(folder.path) != path) continue;
     return SayRemoved<TextMessage>(Clear(session.Messages(), folder.id), report);
   }
-  fmt::print(report.err, "corvane-device: {}: no such folder\n", path);
+  Tell(report.err, "corvane-device: {}: no such folder\n", path);
   return Outcome::kFailed;
 }
 

@@ -1,8 +1,14 @@
 // What a command of corvane-device says and ends with.
 #pragma once
 
+#include <fmt/core.h>
+
 #include <cstdio>
 #include <stdexcept>
+#include <string>
+#include <utility>
+
+#include "common/text/text.h"
 
 namespace tool {
 
@@ -14,6 +20,12 @@ struct Report {
   std::FILE* out = stdout;
   std::FILE* err = stderr;
 };
+
+// Says something to a person: what names and texts in it could do to a terminal is left out.
+template <typename... Values>
+void Tell(std::FILE* to, fmt::format_string<Values...> format, Values&&... values) {
+  fmt::print(to, "{}", text::Shown(fmt::format(format, std::forward<Values>(values)...)));
+}
 
 // A value on the command line that makes no sense: the program's exit code is 2.
 struct UsageError : std::runtime_error {

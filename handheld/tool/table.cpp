@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "common/text/text.h"
+
 namespace tool {
 
 namespace {
@@ -12,15 +14,12 @@ bool StartsCharacter(char byte) {
   return (static_cast<unsigned char>(byte) & 0xC0) != 0x80;
 }
 
-// What a sender wrote may not tell the terminal what to do.
-bool IsControl(char byte) {
-  return static_cast<unsigned char>(byte) < 0x20 || byte == 0x7F;
-}
-
 }  // namespace
 
-std::string Column(std::string_view text, std::size_t width) {
-  text = text.substr(0, text.find_last_not_of(' ') + 1);
+std::string Column(std::string_view cell, std::size_t width) {
+  // What a sender wrote may not tell the terminal what to do.
+  const std::string shown = text::Shown(cell);
+  const std::string_view text = std::string_view(shown).substr(0, shown.find_last_not_of(' ') + 1);
   const auto characters =
       static_cast<std::size_t>(std::count_if(text.begin(), text.end(), StartsCharacter));
   std::string column;
@@ -32,7 +31,7 @@ std::string Column(std::string_view text, std::size_t width) {
       break;
     }
     taken += StartsCharacter(byte);
-    column += IsControl(byte) ? ' ' : byte;
+    column += byte == '\n' ? ' ' : byte;
   }
   return column + std::string(width - std::min(width, taken), ' ');
 }

@@ -10,7 +10,8 @@ namespace formats {
 inline constexpr std::string_view kTextSpecials = "\\,;";
 inline constexpr std::string_view kUriSpecials = "\\";
 
-// The line, CRLF behind it, folded at 75 octets, never within a character.
+// The line, CRLF behind it, folded at 75 octets, never within a character. Control characters but
+// for tabs are left out.
 void AppendFolded(std::string& out, std::string_view line);
 
 // One property's value. These formats have one line break, so which one each was goes into a

@@ -23,6 +23,28 @@ TEST(Excerpt, IsShortAndOnOneLine) {
   EXPECT_EQ(text::Excerpt(std::string(59, 'x') + "é"), std::string(59, 'x') + "…");
 }
 
+TEST(Shown, HasNothingThatSteersATerminalOrTurnsAroundItsOrder) {
+  EXPECT_EQ(Shown("a\x1B[31mb\tc\x7F"), "a [31mb c ");
+  EXPECT_EQ(Shown("\xC2\x9B"
+                  "2J"),
+            " 2J");  // U+009B
+  EXPECT_EQ(Shown("gpj.\xE2\x80\xAE"
+                  "exe"),
+            "gpj. exe");  // U+202E
+  EXPECT_EQ(Shown("\xE2\x81\xA6\xD8\x9C\xE2\x80\x8B\xEF\xBB\xBF"), "    ");
+  EXPECT_EQ(Shown("\xF3\xA0\x81\x81"), " ");  // a tag that is not to be seen
+  EXPECT_EQ(Shown("\x9B"
+                  "2J"),
+            "\xEF\xBF\xBD"
+            "2J");
+}
+
+TEST(Shown, LeavesEverythingElseAsItIs) {
+  const std::string text = "M\xC3\xBCller, \xE6\x9D\x8E\nsecond \xF0\x9F\x98\x80";
+  EXPECT_EQ(Shown(text), text);
+  EXPECT_EQ(OnOneLine("a\nb"), "a b");
+}
+
 TEST(NormalizeLineBreaks, MakesThemLineFeeds) {
   EXPECT_EQ(text::NormalizeLineBreaks("a\r\nb\rc\nd\r\r\n"), "a\nb\nc\nd\n\n");
 }

@@ -147,6 +147,15 @@ TEST_F(DeviceCommandsTest, CardsAreALineEach) {
   EXPECT_EQ(seen_.at(3).input, Word(1));
 }
 
+TEST_F(DeviceCommandsTest, CardsCannotSteerTheTerminal) {
+  EXPECT_EQ(Cards({ReplyRecord(0, Word(1)),
+                   ReplyRecord(0, Directory("\\\xC2\x9B"
+                                            "2J\xE2\x80\xAE")),
+                   ReplyRecord(0, Room(1, 1))}),
+            kDone);
+  EXPECT_THAT(out(), HasSubstr("0  \\ 2J: "));
+}
+
 TEST_F(DeviceCommandsTest, CardsBeyondAllReasonAreNotAskedFor) {
   EXPECT_EQ(Cards({ReplyRecord(0, Word(0xFFFFFFFF))}), kFailed);
   EXPECT_EQ(err(),
