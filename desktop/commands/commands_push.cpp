@@ -1,7 +1,10 @@
 #include "desktop/commands/commands_push.h"
 
+#include <fmt/format.h>
+
 #include <utility>
 
+#include "common/text/text.h"
 #include "desktop/commands/progress.h"
 #include "desktop/commands/push_report.h"
 #include "desktop/sync/mapping.h"
@@ -11,15 +14,15 @@ namespace desktop {
 namespace {
 
 void PrintResult(const PushResult& result, const Console& console) {
-  console.out << result.record->place << ": ";
-  if (!result.record->title.empty()) console.out << result.record->title << ": ";
+  console.out << text::Shown(result.record->place) << ": ";
+  if (!result.record->title.empty()) console.out << text::Shown(result.record->title) << ": ";
   console.out << OutcomeText(result) << '\n';
-  if (!result.xml.empty()) console.out << "  " << result.xml << '\n';
+  if (!result.xml.empty()) console.out << "  " << text::Shown(result.xml) << '\n';
 }
 
 void PrintLosses(const PushRecord& record, const Console& console) {
   for (const std::string& loss : record.losses) {
-    console.err << record.place << ": " << loss << '\n';
+    console.err << text::Shown(record.place + ": " + loss) << '\n';
   }
 }
 
@@ -52,13 +55,17 @@ int RunPush(const ConnectionOptions& connection, const PushPolicy& policy,
       step();
     } catch (const Error& problem) {
       progress.Hide();
-      console.err << "corvane-desktop: " << problem.what() << '\n';
+      TellProblem(console, problem.what());
       code = summary.done > 0 ? kPartlyDone : kFailed;
     }
   };
   attempt([&] { session.Run(records); });
   attempt([&] { known.Save(); });
   progress.Hide();
+  if (const std::size_t late = session.deletedLatecomers(); late > 0) {
+    console.err << fmt::format(
+        "{} more of an earlier push came late, were there twice and have been deleted\n", late);
+  }
   if (reporting.json) console.out << ResultsToJson(results) << '\n';
   console.err << SummaryText(results) << '\n';
   FlushOutput(console);

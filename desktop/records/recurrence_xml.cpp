@@ -64,11 +64,12 @@ std::string DaysText(int mask) {
 // as often as it is there.
 int MaskFromText(std::string_view text) {
   int mask = 0;
+  char separator = ' ';
   while (!text.empty() && mask <= 127) {
     const int day = NumberFromText(text);
     if (day >= 0 && day <= 6) mask += 1 << day;
-    std::size_t end = text.find(' ');
-    if (end == std::string_view::npos) end = text.find(',');
+    std::size_t end = text.find(separator);
+    if (end == std::string_view::npos) end = text.find(separator = ',');
     if (end == std::string_view::npos) break;
     text.remove_prefix(end + 1);
   }

@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "common/calendar/wall_time.h"
+#include "common/formats/lines/category_list.h"
 #include "common/text/xml_text.h"
 
 namespace desktop {
@@ -119,9 +120,9 @@ std::vector<std::string> CategoriesFromXml(const XmlElement* element) {
   if (element == nullptr) return names;
   for (const XmlElement& category : element->children) {
     const std::string_view name = category.ChildText("Name");
-    const bool known = std::find(names.begin(), names.end(), name) != names.end();
-    if (!name.empty() && !known) names.emplace_back(name);
+    if (!name.empty()) names.emplace_back(name);
   }
+  formats::RemoveRepeated(names);
   return names;
 }
 

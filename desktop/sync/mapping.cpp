@@ -44,6 +44,7 @@ json ToJson(const MappedItem& item) {
   if (!item.uid.empty()) object["uid"] = item.uid;
   if (!item.content.empty()) object["content"] = item.content;
   if (!item.state.empty()) object["state"] = item.state;
+  if (item.again) object["again"] = true;
   return object;
 }
 
@@ -59,7 +60,8 @@ MappedItem ExpectedFrom(const json& object) {
           object.value("uid", ""),
           object.value("content", ""),
           object.at("hash").get<std::string>(),
-          object.value("state", "")};
+          object.value("state", ""),
+          object.value("again", false)};
 }
 
 MappedItem ItemFrom(const json& object) {
@@ -214,6 +216,7 @@ void Mapping::Put(MappedItem item) {
     if (item.uid.empty()) item.uid = before->uid;
     if (item.content.empty()) item.content = before->content;
   }
+  item.again = false;
   Remove(item.oid);
   Settle(item);
   for (const std::string& key : KeysOf(item)) {

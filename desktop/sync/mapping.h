@@ -22,6 +22,8 @@ struct MappedItem {
   std::string content;     // stands in for a UID that the record does not have; empty for none
   std::string hash;        // of what carries it, as it was last sent or received
   std::string state = {};  // StateHash of that; empty when it is not known
+  // Of an expected one: it was before, and none of its state was there when it was sent again.
+  bool again = false;
 };
 
 // For its owner alone: it holds what people are called. Held by one process at a time: a lock file

@@ -1,5 +1,4 @@
-// Looks at the handheld before a push: are the items that the mapping names still the same ones,
-// and what became of those whose answer never came?
+// Looks at the handheld before a push: are the items that the mapping names still the same ones?
 #pragma once
 
 #include <map>
@@ -30,10 +29,5 @@ std::map<Oid, ItemState> CheckMapped(const ConnectionOptions& connection, const 
 // Of the items that records name to be deleted, those that the handheld does not have. Connects to
 // nobody when none are named. Throws Error as above.
 std::set<Oid> FindMissing(const ConnectionOptions& connection, std::span<const PushRecord> records);
-
-// Finds the items that the mapping expects among those of the handheld that it does not know,
-// and takes in their OIDs; what is not found is expected no longer. Connects to nobody when none
-// are expected. Throws Error when the download does not come to its good end: all are expected on.
-void AdoptExpected(const ConnectionOptions& connection, Mapping& mapping);
 
 }  // namespace desktop

@@ -13,6 +13,7 @@
 #include "common/formats/items/identity.h"
 #include "common/formats/items/normal_form.h"
 #include "common/formats/vcard/vcard.h"
+#include "common/text/text.h"
 #include "desktop/records/appointment_xml.h"
 #include "desktop/records/contact_xml.h"
 #include "desktop/records/task_xml.h"
@@ -50,7 +51,7 @@ FileKind KindOf(const std::filesystem::path& path, std::string_view bytes) {
 void Report(const std::filesystem::path& path, std::span<const formats::Notice> notices,
             std::ostream& to) {
   for (const formats::Notice& notice : notices) {
-    to << Place(path, notice.line) << ": " << notice.text << '\n';
+    to << text::Shown(Place(path, notice.line) + ": " + notice.text) << '\n';
   }
 }
 
@@ -153,7 +154,7 @@ std::vector<PushRecord> FromXml(const std::filesystem::path& path, std::string_v
     if (IsTakenByAgent(each.element.name)) {
       records.push_back(FromXmlRecord(path, each, zone));
     } else {
-      notices << Place(path, each.line) << ": " << each.element.name
+      notices << text::Shown(Place(path, each.line) + ": " + each.element.name)
               << ": the handheld takes in no such record\n";
     }
   }

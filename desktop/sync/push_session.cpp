@@ -64,8 +64,7 @@ PushSession::Planned PushSession::Plan(const PushRecord& record) const {
 }
 
 void PushSession::LookAtHandheld(std::span<const PushRecord> records) {
-  AdoptExpected(connection_, mapping_);
-  mapping_.SaveChanges();
+  recovery_.AdoptExpected();
   if (!policy_.force) checked_ = CheckMapped(connection_, mapping_, records);
   missing_ = FindMissing(connection_, records);
 }
@@ -95,12 +94,18 @@ void PushSession::Run(std::span<const PushRecord> records) {
     GiveUp(records.subspan(next));
     throw;
   }
+  Finish();
+  recovery_.DeleteLatecomers();
+}
+
+void PushSession::Finish() {
   if (!upload_) return;
   try {
     upload_->Finish();
   } catch (const Error&) {
     // Every record has been answered for: an agent that has gone since has nothing left to do.
   }
+  upload_.reset();
 }
 
 bool PushSession::IsFull(const Chunk& chunk) const {
@@ -169,7 +174,8 @@ void PushSession::RememberWhatMayBeAdded(Chunk& chunk) {
     const PushRecord& record = *each.record;
     if (each.settled || each.verified || record.ownOid) continue;
     each.state = StateOf(record);
-    mapping_.Expect({0, record.kind, record.uid, record.content, record.hash, each.state});
+    mapping_.Expect({0, record.kind, record.uid, record.content, record.hash, each.state,
+                     recovery_.IsMissing(each.state)});
   }
 }
 

@@ -1,6 +1,7 @@
 // Sends records in chunks, and keeps the mapping in step with what the agent answers.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -16,6 +17,7 @@
 #include "desktop/sync/mapping.h"
 #include "desktop/sync/push_check.h"
 #include "desktop/sync/push_records.h"
+#include "desktop/sync/push_recovery.h"
 #include "desktop/wire/connection.h"
 #include "desktop/wire/upload.h"
 
@@ -52,6 +54,7 @@ struct PushPolicy {
   std::size_t ahead = 2000;  // records that may be on the way; 0 for one chunk after the other
   bool force = false;        // send unchanged ones too, whatever the handheld has there
   bool dryRun = false;       // connect to nobody, change no mapping
+  std::chrono::milliseconds quiet{1000};  // of PushRecovery
 };
 
 using PushHandler = std::function<void(const PushResult&)>;
@@ -61,6 +64,8 @@ class PushSession {
   // The mapping must outlive the session.
   PushSession(const ConnectionOptions& connection, const PushPolicy& policy, Mapping& mapping,
               PushHandler onResult);
+  PushSession(const PushSession&) = delete;
+  PushSession& operator=(const PushSession&) = delete;
 
   // Hands out one result a record, in their order. Looks first at what the handheld has under the
   // OIDs that the mapping gives, and for what a push before this one may have added. What a chunk
@@ -69,6 +74,9 @@ class PushSession {
   // mapping's file fails, or the person interrupts (chunks on the way are brought to their end),
   // the results of the records concerned say so before it throws Error. Call it once.
   void Run(std::span<const PushRecord> records);
+
+  // Items that a push before this one added late, and that were deleted as they are there twice.
+  [[nodiscard]] std::size_t deletedLatecomers() const { return recovery_.deleted(); }
 
  private:
   struct Planned {
@@ -97,6 +105,7 @@ class PushSession {
   void RememberWhatMayBeAdded(Chunk& chunk);
   bool FinishChunk(bool wait = true);
   void Drain();
+  void Finish();
   PushResult ResultOf(const Planned& settled);
   PushResult Apply(const Planned& planned, const RecordAnswer& answer);
   [[nodiscard]] bool IsAnothers(Oid oid) const;
@@ -109,6 +118,7 @@ class PushSession {
   PushPolicy policy_;
   Mapping& mapping_;
   PushHandler onResult_;
+  PushRecovery recovery_{connection_, mapping_, policy_.quiet};
   std::map<Oid, ItemState> checked_;
   std::set<Oid> missing_;  // named for deletion, and not there
   std::set<Oid> added_;    // by this session

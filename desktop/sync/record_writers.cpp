@@ -4,8 +4,10 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <optional>
 #include <sstream>
 #include <string>
+#include <unordered_map>
 #include <utility>
 
 #include "common/formats/backup/sms_backup.h"
@@ -137,73 +139,86 @@ class BackupWriter : public RecordWriter {
   std::size_t count_ = 0;
 };
 
-// What a push has added without hearing of it, or null.
-const MappedItem* FindExpected(const Mapping& mapping, const std::string& state) {
-  for (const auto& [key, item] : mapping.expected()) {
-    const bool mapped = item.uid.empty() ? mapping.FindContent(item.kind, item.content) != nullptr
-                                         : mapping.FindUid(item.kind, item.uid) != nullptr;
-    if (item.state == state && !mapped) return &item;
+// Gives each item that comes the UID that the mapping has for it, or gets.
+class Memory {
+ public:
+  explicit Memory(Mapping& mapping) : mapping_(mapping) {
+    for (const auto& [key, item] : mapping.expected()) expected_.emplace(item.state, item);
   }
-  return nullptr;
-}
 
-// Takes the record into the mapping, and gives the UID that it has there. It would be sent as
-// `xml`.
-std::string Remember(const Record& record, std::string_view xml, std::string state,
-                     Mapping& mapping) {
-  MappedItem item{*record.oid,
-                  std::string(KindOfElement(record.element.name)),
-                  {},
-                  {},
-                  formats::ContentHash(xml),
-                  std::move(state)};
-  const MappedItem* known = mapping.FindOid(item.oid);
-  if (known != nullptr && known->kind == item.kind) {
-    item.uid = known->uid;
-  } else if (const MappedItem* added = FindExpected(mapping, item.state)) {
-    item.uid = added->uid;
-    item.content = added->content;
+  // Takes the record into the mapping. It would be sent as `xml`.
+  std::string Remember(const Record& record, std::string_view xml, std::string state) {
+    MappedItem item{*record.oid,
+                    std::string(KindOfElement(record.element.name)),
+                    {},
+                    {},
+                    formats::ContentHash(xml),
+                    std::move(state)};
+    const MappedItem* known = mapping_.FindOid(item.oid);
+    if (known != nullptr && known->kind == item.kind) {
+      item.uid = known->uid;
+    } else if (const std::optional<MappedItem> added = TakeExpected(item.state)) {
+      item.uid = added->uid;
+      item.content = added->content;
+    }
+    if (item.uid.empty()) item.uid = formats::NewUid();
+    std::string uid = item.uid;
+    mapping_.Put(std::move(item));
+    return uid;
   }
-  if (item.uid.empty()) item.uid = formats::NewUid();
-  std::string uid = item.uid;
-  mapping.Put(std::move(item));
-  return uid;
-}
+
+ private:
+  // What a push has added without hearing of it.
+  std::optional<MappedItem> TakeExpected(const std::string& state) {
+    for (auto found = expected_.find(state); found != expected_.end();
+         found = expected_.find(state)) {
+      const MappedItem item = expected_.extract(found).mapped();
+      const bool mapped = item.uid.empty()
+                              ? mapping_.FindContent(item.kind, item.content) != nullptr
+                              : mapping_.FindUid(item.kind, item.uid) != nullptr;
+      if (!mapped) return item;
+    }
+    return std::nullopt;
+  }
+
+  Mapping& mapping_;
+  std::unordered_multimap<std::string, MappedItem> expected_;  // by state
+};
 
 class VCardWriter : public RecordWriter {
  public:
   VCardWriter(formats::VCardVersion version, Mapping& mapping, ByteSink sink)
-      : version_(version), mapping_(mapping), sink_(std::move(sink)) {}
+      : version_(version), memory_(mapping), sink_(std::move(sink)) {}
 
   void Write(const Record& record) override {
     formats::Contact contact = ContactFromXml(record.element);
     contact.uid =
-        Remember(record, ContactToXml(formats::WithFileAs(contact)), StateHash(contact), mapping_);
+        memory_.Remember(record, ContactToXml(formats::WithFileAs(contact)), StateHash(contact));
     sink_(formats::WriteVCard(contact, version_));
   }
 
  private:
   formats::VCardVersion version_;
-  Mapping& mapping_;
+  Memory memory_;
   ByteSink sink_;
 };
 
 class ICalendarWriter : public RecordWriter {
  public:
   ICalendarWriter(const calendar::Zone& zone, Mapping& mapping, ByteSink sink)
-      : zone_(zone), mapping_(mapping), sink_(std::move(sink)) {}
+      : zone_(zone), memory_(mapping), sink_(std::move(sink)) {}
 
   void Write(const Record& record) override {
     if (KindOfElement(record.element.name) == kTaskKind) {
       formats::Task task = Normalized(TaskFromXml(record.element, zone_), SeriesEnd::kCount);
-      task.uid = Remember(record, TaskToXml(task), StateHash(record.element), mapping_);
+      task.uid = memory_.Remember(record, TaskToXml(task), StateHash(record.element));
       AddLosses(record, DisplayName(task));
       tasks_.push_back(std::move(task));
     } else {
       formats::Appointment appointment =
           Normalized(AppointmentFromXml(record.element, zone_), SeriesEnd::kCount);
-      appointment.uid = Remember(record, AppointmentToXml(appointment, zone_),
-                                 StateHash(record.element), mapping_);
+      appointment.uid =
+          memory_.Remember(record, AppointmentToXml(appointment, zone_), StateHash(record.element));
       AddLosses(record, DisplayName(appointment));
       appointments_.push_back(std::move(appointment));
     }
@@ -224,7 +239,7 @@ class ICalendarWriter : public RecordWriter {
   }
 
   calendar::Zone zone_;
-  Mapping& mapping_;
+  Memory memory_;
   ByteSink sink_;
   std::vector<formats::Appointment> appointments_;
   std::vector<formats::Task> tasks_;

@@ -201,4 +201,9 @@ bool Connection::FinishAndAwaitEnd(std::chrono::milliseconds bound) {
   return false;
 }
 
+void Pause(const ConnectionOptions& options, std::chrono::milliseconds time) {
+  pollfd watched = {options.interruptFd, POLLIN, 0};
+  if (poll(&watched, 1, static_cast<int>(time.count())) > 0) throw Interrupted();
+}
+
 }  // namespace desktop

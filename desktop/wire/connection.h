@@ -16,6 +16,8 @@ namespace desktop {
 struct ConnectionOptions {
   Target target;
   std::chrono::milliseconds timeout{30000};  // for connecting, and for silence while it matters
+  // What a download may bring before it is taken for one that never ends.
+  std::uint64_t mostDownloaded = std::uint64_t{4} * 1024 * 1024 * 1024;
   // Readable once the person wants the program to stop; -1 for none. Not owned.
   int interruptFd = -1;
 };
@@ -70,5 +72,8 @@ class Connection {
   std::size_t taken_ = 0;   // of that, by Receive
   bool inputEnded_ = false;
 };
+
+// Waits. Throws Interrupted.
+void Pause(const ConnectionOptions& options, std::chrono::milliseconds time);
 
 }  // namespace desktop

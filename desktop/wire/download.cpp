@@ -16,7 +16,7 @@ namespace {
 class Download {
  public:
   Download(const ConnectionOptions& options, std::string_view function, const std::string& input)
-      : connection_(options), function_(function) {
+      : connection_(options), function_(function), most_(options.mostDownloaded) {
     SendStreamRequest(connection_, function, input);
   }
 
@@ -27,6 +27,10 @@ class Download {
         throw Error(fmt::format("the answer to {} makes no sense: a document of {} bytes",
                                 function_, count));
       }
+      if (connection_.bytesReceived() + count > most_) {
+        throw Error(fmt::format("more than {} MiB came in one answer, which no handheld holds",
+                                most_ >> 20));
+      }
       onDocument(connection_.Receive(count));
     }
     return static_cast<std::int32_t>(connection_.ReceiveWord());
@@ -35,6 +39,7 @@ class Download {
  private:
   Connection connection_;
   std::string_view function_;
+  std::uint64_t most_;
 };
 
 // The requests for any number of identifiers, one after the other. The handheld gets the next one

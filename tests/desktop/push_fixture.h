@@ -122,6 +122,7 @@ class PushTest : public CommandTest {
   PushTest() {
     options_.mapping = directory_ / "map.json";
     options_.files = {directory_ / "in.vcf"};
+    options_.policy.quiet = {};
   }
 
   int Run(const ConnectionOptions& connection) {
@@ -134,10 +135,11 @@ class PushTest : public CommandTest {
     const int code = Run(agent.options());
     return code;
   }
-  // As many connections as it makes: a look at what is expected, one at what is mapped, an upload.
+  // As many connections as it makes: two looks at what is expected, one at what is mapped, an
+  // upload, another look and a deletion.
   int PushTo(Store& store, std::size_t mostAnswers = SIZE_MAX) {
     const FakeAgent::Script serve = store.Serve(mostAnswers);
-    FakeAgent agent({serve, serve, serve});
+    FakeAgent agent({serve, serve, serve, serve, serve, serve});
     return Run(agent.options());
   }
   void Input(const std::string& bytes) { directory_.Write(options_.files[0], bytes); }

@@ -64,6 +64,15 @@ TEST(ChildIsTrue, TakesNoOtherWordForTrue) {
   EXPECT_TRUE(ChildIsTrue(ElementOf("<A><B>TRUE</B></A>"), "B"));
 }
 
+// Each name with each other one would be 20,000,000,000 comparisons.
+TEST(CategoriesFromXml, TakesAnyNumber) {
+  XmlElement list{"CATEGORIES", {}, {}};
+  for (int i = 0; i < 200000; ++i) {
+    list.children.push_back({"CATEGORY", {}, {{"Name", std::to_string(i), {}}}});
+  }
+  EXPECT_EQ(CategoriesFromXml(&list).size(), 200000U);
+}
+
 TEST(CategoriesFromXml, HasEachNameOnce) {
   const XmlElement element = ElementOf(
       "<CATEGORIES><CATEGORY><Name>A</Name></CATEGORY><CATEGORY/><CATEGORY><Name>B</Name>"

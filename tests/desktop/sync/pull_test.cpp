@@ -2,8 +2,10 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
+#include <functional>
 #include <nlohmann/json.hpp>
 
 #include "desktop/sync/mapping.h"
@@ -73,6 +75,48 @@ TEST_F(PullXmlTest, MergesTheDocumentsUnderOneRootWithTheirBytes) {
 TEST_F(PullXmlTest, WritesAnEmptyRootForAnEmptyFolder) {
   EXPECT_EQ(RunAgainst(Word(0) + kTrailer), kDone);
   EXPECT_EQ(out(), Xml(""));
+}
+
+// Sends contacts until the desktop has had enough, or a bound that it never waits for.
+FakeAgent::Script SendOnAndOn(const std::function<void(int)>& onDocument) {
+  return [onDocument](Peer& peer) {
+    peer.ReceiveCounted();
+    peer.Send(Word(0));
+    char byte = 0;
+    for (int oid = 1; oid < 200000; ++oid) {
+      peer.Send(Counted(Document(Contact(std::to_string(oid), std::string(500, 'x')))));
+      onDocument(oid);
+      if (recv(peer.socket(), &byte, 1, MSG_PEEK | MSG_DONTWAIT) >= 0) return;
+    }
+    peer.Send(kTrailer);
+  };
+}
+
+TEST_F(PullXmlTest, StopsForAnInterruptionWhileDataFlows) {
+  ToFile();
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  FakeAgent agent({SendOnAndOn([&](int oid) {
+    if (oid == 1000) EXPECT_EQ(write(ends[1], "", 1), 1);
+  })});
+  ConnectionOptions connection = agent.options();
+  connection.interruptFd = ends[0];
+  EXPECT_EQ(Run(connection), kFailed);
+  EXPECT_EQ(err(), "corvane-desktop: interrupted\n");
+  EXPECT_TRUE(Names(directory_).empty());
+  agent.Join();
+  close(ends[0]);
+  close(ends[1]);
+}
+
+TEST_F(PullXmlTest, TakesNoMoreThanAHandheldCouldHold) {
+  ToFile();
+  FakeAgent agent({SendOnAndOn([](int) {})});
+  ConnectionOptions connection = agent.options();
+  connection.mostDownloaded = 3 << 20;
+  EXPECT_EQ(Run(connection), kPartlyDone);
+  EXPECT_THAT(err(), HasSubstr("more than 3 MiB came in one answer, which no handheld holds"));
+  EXPECT_LT(std::filesystem::file_size(directory_ / "out.partial"), 3U << 20);
 }
 
 TEST_F(PullXmlTest, BelievesNoOidTwice) {

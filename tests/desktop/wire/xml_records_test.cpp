@@ -126,6 +126,14 @@ TEST(XmlText, ReplacesBytesThatAreNotUtf8) {
   EXPECT_EQ(text::XmlText("\xF4\x90\x80\x80").find('\xF4'), std::string::npos);
 }
 
+// Moving what follows each would be as many bytes as the square of that.
+TEST(ParseRecords, TakesAnyNumberOfLineBreaksInAText) {
+  std::string breaks;
+  for (int i = 0; i < 400000; ++i) breaks += "&#13;&#10;";
+  const std::string document = "<root><TASK><NOTES>" + breaks + "</NOTES></TASK></root>";
+  EXPECT_EQ(ParseRecords(document).at(0).element.ChildText("NOTES"), std::string(400000, '\n'));
+}
+
 TEST(ParseOid, TakesSignedAndUnsignedDecimalsAndHexadecimal) {
   EXPECT_EQ(ParseOid("12"), 12U);
   EXPECT_EQ(ParseOid("-1"), 0xFFFFFFFFU);
