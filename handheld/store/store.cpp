@@ -91,8 +91,13 @@ HRESULT Store::BeginTransaction(WriteGroup* group) {
     snapshotOpen_ = false;
     Rollback();
   }
+  if (!turn_.Await()) return kStoreBusy;
   const HRESULT status = Run(kBeginWrite, "sqlite3_step:begin");
-  if (Succeeded(status)) group_ = group;
+  if (Succeeded(status)) {
+    group_ = group;
+  } else {
+    turn_.End();
+  }
   return status;
 }
 
@@ -100,6 +105,7 @@ HRESULT Store::EndWrite(WriteGroup* group, HRESULT status) {
   if (group) return EndGroupedWrite(*group, status);
   if (Succeeded(status)) status = Run(kCommit, "sqlite3_step:commit");
   if (Failed(status)) Rollback();
+  turn_.End();
   return status;
 }
 
@@ -130,6 +136,7 @@ void Store::AbandonPending() {
   WriteGroup* group = std::exchange(group_, nullptr);
   group->pending_ = 0;
   Rollback();
+  turn_.End();
   group->RolledBack();
 }
 
@@ -139,8 +146,9 @@ HRESULT Store::CommitPending() {
   WriteGroup* group = std::exchange(group_, nullptr);
   group->pending_ = 0;
   const HRESULT status = Run(kCommit, "sqlite3_step:commit");
+  if (Failed(status)) Rollback();
+  turn_.End();
   if (Failed(status)) {
-    Rollback();
     group->RolledBack();
   } else {
     group->Committed();

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "handheld/directory/handheld.h"
+#include "handheld/store/write_turn.h"
 #include "platform/status.h"
 #include "platform/types.h"
 
@@ -228,6 +229,7 @@ class Store {
   };
 
   sqlite3* database_ = nullptr;
+  WriteTurn turn_;  // while a transaction that writes is open
   std::vector<Cached> statements_;
   WriteGroup* group_ = nullptr;  // whose transaction is open
   WriteGroup* bulk_ = nullptr;

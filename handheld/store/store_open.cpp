@@ -11,8 +11,6 @@
 namespace ce::host {
 namespace {
 
-constexpr int kBusyTimeout = 10'000;  // milliseconds
-
 // The cache is bounded, and so is the write-ahead log once its content has moved to the database.
 constexpr char kSettings[] =
     "PRAGMA synchronous = FULL;"
@@ -85,7 +83,7 @@ HRESULT Store::Connect(const std::string& path, bool create, std::string& proble
       Worded(StoreStatus(sqlite3_open_v2(path.c_str(), &database_, flags, nullptr)), problem));
   // SQLite falls back to reading when it may not write.
   if (sqlite3_db_readonly(database_, "main") != 0) return Worded(E_ACCESSDENIED, problem);
-  sqlite3_busy_timeout(database_, kBusyTimeout);
+  sqlite3_busy_timeout(database_, static_cast<int>(kWritePatience.count()));
   sqlite3_db_config(database_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
   RETURN_IF_FAILED(Worded(FaultStatus("sqlite3_exec"), problem));
   HRESULT status = StoreStatus(sqlite3_exec(database_, kSettings, nullptr, nullptr, nullptr));

@@ -2,6 +2,7 @@
 #include <thread>
 
 #include "handheld/store/store_check.h"
+#include "handheld/store/write_turn.h"
 #include "tests/handheld/outlook/outlook_support.h"
 
 namespace ce::host::testing {
@@ -35,6 +36,41 @@ TEST_F(OutlookThreads, WritersLoseNothingAndShareNoOid) {
   EXPECT_EQ(std::adjacent_find(all.begin(), all.end()), all.end());
   EXPECT_EQ(StoredCount(), kWriters * kEach);
   EXPECT_EQ(CheckStore(*handheld_), std::vector<std::string>{});
+}
+
+TEST_F(OutlookThreads, WriteInTheOrderInWhichTheyCame) {
+  constexpr int kWaiting = 4;
+  LoggedOn();
+  WriteTurn first;
+  ASSERT_TRUE(first.Await());
+  std::vector<int> order;
+  std::vector<std::jthread> waiting;
+  for (int i = 0; i < kWaiting; ++i) {
+    waiting.emplace_back([&order, i] {
+      WriteTurn turn;
+      EXPECT_TRUE(turn.Await());
+      order.push_back(i);
+      turn.End();
+    });
+    while (WaitingWriters() != static_cast<std::size_t>(i) + 1) std::this_thread::yield();
+  }
+  EXPECT_TRUE(order.empty());
+  first.End();
+  waiting.clear();
+  EXPECT_THAT(order, ::testing::ElementsAre(0, 1, 2, 3));
+}
+
+TEST_F(OutlookThreads, AWriteThatWaitedInVainLetsTheNextOnePass) {
+  WriteTurn first;
+  ASSERT_TRUE(first.Await());
+  {
+    WriteTurn second;
+    EXPECT_FALSE(second.Await(std::chrono::milliseconds{1}));
+  }
+  EXPECT_EQ(WaitingWriters(), 0u);
+  first.End();
+  WriteTurn third;
+  EXPECT_TRUE(third.Await());
 }
 
 TEST_F(OutlookThreads, ReadersSeeOneSnapshotWhileOthersWrite) {
