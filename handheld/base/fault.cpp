@@ -1,15 +1,12 @@
 #include "handheld/base/fault.h"
 
 #include <algorithm>
-#include <atomic>
 #include <utility>
 
 namespace ce::host {
 namespace {
 
 constexpr std::uint64_t kNoEnd = ~std::uint64_t{0};
-
-std::atomic<FaultPlan*> g_plan{nullptr};
 
 }  // namespace
 
@@ -38,11 +35,11 @@ FaultPlan FaultPlan::CountOnly(std::string call) {
 }
 
 FaultPlan::FaultPlan(Rule rule) : rule_(std::move(rule)) {
-  g_plan = this;
+  detail::g_faultPlan = this;
 }
 
 FaultPlan::~FaultPlan() {
-  g_plan = nullptr;
+  detail::g_faultPlan = nullptr;
 }
 
 std::uint64_t FaultPlan::calls() const {
@@ -74,20 +71,20 @@ DWORD FaultPlan::Decide(std::string_view call) {
   return rule_.error;
 }
 
-DWORD FaultFor(const char* call) {
-  FaultPlan* plan = g_plan.load(std::memory_order_acquire);
+DWORD detail::PlannedFault(const char* call) {
+  FaultPlan* plan = g_faultPlan.load(std::memory_order_acquire);
   return plan ? plan->Decide(call) : 0;
 }
 
-DWORD FaultBytes(const char* call, DWORD bytes) {
-  const FaultPlan* plan = g_plan.load(std::memory_order_acquire);
-  return plan && plan->rule_.call == call ? std::min(bytes, plan->rule_.mostBytes) : bytes;
-}
-
-HRESULT FaultStatus(const char* call) {
-  const DWORD error = FaultFor(call);
+HRESULT detail::PlannedStatus(const char* call) {
+  const DWORD error = PlannedFault(call);
   if (error == 0 || error >= 0x80000000) return static_cast<HRESULT>(error);
   return static_cast<HRESULT>(0x80070000 | (error & 0xFFFF));
+}
+
+DWORD FaultBytes(const char* call, DWORD bytes) {
+  const FaultPlan* plan = detail::g_faultPlan.load(std::memory_order_acquire);
+  return plan && plan->rule_.call == call ? std::min(bytes, plan->rule_.mostBytes) : bytes;
 }
 
 }  // namespace ce::host

@@ -4,6 +4,7 @@
 // does anything else. Without a plan in force that costs one load.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <mutex>
 #include <string>
@@ -14,13 +15,28 @@
 
 namespace ce::host {
 
+class FaultPlan;
+
+namespace detail {
+inline std::atomic<FaultPlan*> g_faultPlan{nullptr};
+DWORD PlannedFault(const char* call);
+HRESULT PlannedStatus(const char* call);
+inline bool FaultsArePlanned() {
+  return g_faultPlan.load(std::memory_order_acquire) != nullptr;
+}
+}  // namespace detail
+
 // 0, or the error with which this call must fail: a Win32 or socket code, to be handed on as the
 // call hands on its own errors.
-[[nodiscard]] DWORD FaultFor(const char* call);
+[[nodiscard]] inline DWORD FaultFor(const char* call) {
+  return detail::FaultsArePlanned() ? detail::PlannedFault(call) : 0;
+}
 
 // As FaultFor for calls that answer an HRESULT: S_OK, or the failure. A plan's positive code comes
 // back as 0x8007xxxx.
-[[nodiscard]] HRESULT FaultStatus(const char* call);
+[[nodiscard]] inline HRESULT FaultStatus(const char* call) {
+  return detail::FaultsArePlanned() ? detail::PlannedStatus(call) : HRESULT{0};
+}
 
 // How many of `bytes` this call may move: fewer than asked when a plan says so.
 [[nodiscard]] DWORD FaultBytes(const char* call, DWORD bytes);
@@ -66,7 +82,7 @@ class FaultPlan {
   };
 
   explicit FaultPlan(Rule rule);
-  friend DWORD FaultFor(const char* call);
+  friend DWORD detail::PlannedFault(const char* call);
   friend DWORD FaultBytes(const char* call, DWORD bytes);
   DWORD Decide(std::string_view call);
 
