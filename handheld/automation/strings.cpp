@@ -1,8 +1,9 @@
-#include <cstdlib>
+#include <cstddef>
 #include <cstring>
 #include <limits>
 #include <string>
 
+#include "handheld/automation/string_blocks.h"
 #include "handheld/base/fault.h"
 #include "platform/automation.h"
 #include "platform/status.h"
@@ -14,15 +15,24 @@ namespace {
 constexpr std::size_t kHeader = 8;
 constexpr UINT kMaxCharacters = std::numeric_limits<DWORD>::max() / sizeof(WCHAR) - kHeader;
 
-char* Block(BSTR text) {
-  return reinterpret_cast<char*>(text) - kHeader;
+std::size_t BlockBytes(std::size_t characters) {
+  return kHeader + (characters + 1) * sizeof(WCHAR);
 }
 
+// The one of no characters, of which there need be no more: a zero byte count, and the terminator.
+struct EmptyString {
+  alignas(kHeader) char header[kHeader];
+  WCHAR terminator;
+};
+EmptyString g_empty;
+static_assert(offsetof(EmptyString, terminator) == kHeader);
+
 BSTR Allocate(const WCHAR* text, std::size_t characters) {
+  if (characters == 0) return &g_empty.terminator;
   const std::size_t bytes = characters * sizeof(WCHAR);
   char* block = characters > kMaxCharacters
                     ? nullptr
-                    : static_cast<char*>(std::malloc(kHeader + bytes + sizeof(WCHAR)));
+                    : static_cast<char*>(host::StringBlocks::Allocate(BlockBytes(characters)));
   if (!block) {
     SetLastError(ERROR_NOT_ENOUGH_MEMORY);
     return nullptr;
@@ -54,7 +64,8 @@ BSTR SysAllocStringLen(const WCHAR* text, UINT characters) {
 }
 
 void SysFreeString(BSTR text) {
-  if (text) std::free(Block(text));
+  if (!text || text == &g_empty.terminator) return;
+  host::StringBlocks::Free(reinterpret_cast<char*>(text) - kHeader, BlockBytes(SysStringLen(text)));
 }
 
 UINT SysStringLen(BSTR text) {
