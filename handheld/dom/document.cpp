@@ -1,11 +1,11 @@
 #include "handheld/dom/document.h"
 
 #include <new>
-#include <string>
 
 #include "common/text/xml_text.h"
 #include "handheld/automation/com_classes.h"
 #include "handheld/base/guarded.h"
+#include "handheld/dom/known_names.h"
 #include "handheld/dom/loader.h"
 #include "handheld/dom/nodes.h"
 #include "handheld/dom/serializer.h"
@@ -20,11 +20,25 @@ using methods::View;
 // Safe for scripts' callers (1) and for untrusted data (2).
 constexpr DWORD kSafetyOptions = 3;
 
+// False for what is no name.
+bool KeepName(Document& document, BSTR name, Name& kept) {
+  kept = KnownName(View(name));
+  if (!kept.text.empty()) return true;
+  if (!text::IsXmlName(View(name))) return false;
+  kept = {document.arena().Keep(View(name))};
+  return true;
+}
+
 }  // namespace
 
+void Document::Empty() {
+  DropChildren();
+  // Nodes that are held from outside stay, and their memory with them.
+  if (nodes_.count() == 0) arena_.Clear();
+}
+
 void* Document::ExtraInterface(const GUID& iid) {
-  if (iid == IObjectSafety::kIid) return static_cast<IObjectSafety*>(this);
-  return NodeObject::ExtraInterface(iid);
+  return iid == IObjectSafety::kIid ? static_cast<IObjectSafety*>(this) : nullptr;
 }
 
 HRESULT Document::get_documentElement(IXMLDOMElement** element) {
@@ -41,31 +55,33 @@ HRESULT Document::get_documentElement(IXMLDOMElement** element) {
 
 HRESULT Document::createElement(BSTR name, IXMLDOMElement** element) {
   return Guarded("IXMLDOMDocument::createElement", element, [&] {
-    if (!text::IsXmlName(View(name))) return E_INVALIDARG;
-    return HandOutNew(new Element(this, std::u16string(View(name))), element);
+    dom::Name kept;
+    if (!KeepName(*this, name, kept)) return E_INVALIDARG;
+    return HandOutNew(new (*this) Element(this, kept), element);
   });
 }
 
 HRESULT Document::createTextNode(BSTR data, IXMLDOMText** text) {
   return Guarded("IXMLDOMDocument::createTextNode", text, [&] {
-    return HandOutNew(new Text(NodeKind::kText, this, std::u16string(View(data))), text);
+    return HandOutNew(new (*this) Text(NodeKind::kText, this, arena_.Keep(View(data))), text);
   });
 }
 
 HRESULT Document::createProcessingInstruction(BSTR target, BSTR data,
                                               IXMLDOMProcessingInstruction** instruction) {
   return Guarded("IXMLDOMDocument::createProcessingInstruction", instruction, [&] {
-    if (!text::IsXmlName(View(target))) return E_INVALIDARG;
-    return HandOutNew(
-        new Instruction(this, std::u16string(View(target)), std::u16string(View(data))),
-        instruction);
+    dom::Name kept;
+    if (!KeepName(*this, target, kept)) return E_INVALIDARG;
+    return HandOutNew(new (*this) Instruction(this, kept.text, arena_.Keep(View(data))),
+                      instruction);
   });
 }
 
 HRESULT Document::createAttribute(BSTR name, IXMLDOMAttribute** attribute) {
   return Guarded("IXMLDOMDocument::createAttribute", attribute, [&] {
-    if (!text::IsXmlName(View(name))) return E_INVALIDARG;
-    return HandOutNew(new Attribute(this, std::u16string(View(name))), attribute);
+    dom::Name kept;
+    if (!KeepName(*this, name, kept)) return E_INVALIDARG;
+    return HandOutNew(new (*this) Attribute(this, kept), attribute);
   });
 }
 
@@ -74,13 +90,13 @@ HRESULT Document::load(VARIANT source, VARIANT_BOOL* successful) {
     if (source.vt != (VT_ARRAY | VT_UI1) || !source.parray) return E_INVALIDARG;
     void* data = nullptr;
     RETURN_IF_FAILED(SafeArrayAccessData(source.parray, &data));
-    DropChildren();
+    Empty();
     HRESULT status = Load(*this, {static_cast<const BYTE*>(data), SafeArrayGetCount(source.parray)},
                           preserveWhiteSpace_);
     const HRESULT unaccess = SafeArrayUnaccessData(source.parray);
     if (Succeeded(status)) status = unaccess;
     if (Failed(status)) {
-      DropChildren();
+      Empty();
       return status;
     }
     *successful = VARIANT_TRUE;

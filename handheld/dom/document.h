@@ -1,6 +1,7 @@
 // The document: it makes all nodes, is the root of the tree, loads and saves it.
 #pragma once
 
+#include "handheld/dom/arena.h"
 #include "handheld/dom/node_object.h"
 
 namespace ce::host::dom {
@@ -9,14 +10,19 @@ class Document final : public NodeObject<IXMLDOMDocument>, public IObjectSafety 
  public:
   Document() : NodeObject(NodeKind::kDocument, this) {}
 
+  // Where its nodes and their texts lie.
+  Arena& arena() { return arena_; }
+  // Those that live.
+  ObjectGroup& nodes() { return nodes_; }
+
   std::u16string_view Name() const override { return u"#document"; }
 
   // Both interfaces are one object. Nodes that are held from outside count among its references.
   HRESULT QueryInterface(const GUID& iid, void** out) override {
     return NodeObject::QueryInterface(iid, out);
   }
-  DWORD AddRef() override { return ComObject::AddRef(); }
-  DWORD Release() override { return ComObject::Release(); }
+  DWORD AddRef() override { return UncountedObject::AddRef(); }
+  DWORD Release() override { return UncountedObject::Release(); }
 
   HRESULT get_documentElement(IXMLDOMElement** element) override;
   HRESULT createElement(BSTR name, IXMLDOMElement** element) override;
@@ -38,8 +44,14 @@ class Document final : public NodeObject<IXMLDOMDocument>, public IObjectSafety 
   void* ExtraInterface(const GUID& iid) override;
 
  private:
-  ~Document() override = default;
+  ~Document() override { AbandonChildren(); }
 
+  // Lets go of the tree.
+  void Empty();
+
+  CountedAlive counted_;
+  Arena arena_;
+  ObjectGroup nodes_;
   bool preserveWhiteSpace_ = false;
   DWORD safety_ = 0;
 };

@@ -4,6 +4,8 @@
 #include <libxml/parserInternals.h>
 #include <libxml/xmlerror.h>
 
+#include <algorithm>
+#include <cstring>
 #include <exception>
 #include <memory>
 #include <mutex>
@@ -13,6 +15,7 @@
 
 #include "handheld/dom/attribute_bound.h"
 #include "handheld/dom/byte_source.h"
+#include "handheld/dom/parser_names.h"
 #include "handheld/dom/tree_builder.h"
 
 namespace ce::host::dom {
@@ -55,8 +58,14 @@ class Loader {
       : source_(source), builder_(document, preserveWhiteSpace, kMaxDepth, maxTreeBytes) {}
 
   HRESULT Run();
+  LoadWork work() const { return {names_.most()}; }
 
  private:
+  struct OpenElement {
+    int namespaces;
+    bool hasLongName;
+  };
+
   static xmlSAXHandler Handler();
   static int Read(void* context, char* buffer, int bytes);
 
@@ -76,12 +85,14 @@ class Loader {
   // Does `work` for the parser unless the load has failed, and stops the parser when it has.
   template <typename Work>
   static void Do(void* context, Work work) noexcept;
+  void BoundNames(xmlParserCtxt& parser);
   std::u16string DeclarationData(const xmlParserCtxt& parser) const;
   bool ReadToTheEnd(const xmlParserCtxt& parser) const;
 
   ByteSource source_;
   TreeBuilder builder_;
-  std::vector<int> namespaces_;  // of each open element
+  ParserNames names_;
+  std::vector<OpenElement> open_;
   int namespacesInScope_ = 0;
   HRESULT status_ = S_OK;
 };
@@ -151,7 +162,9 @@ void Loader::StartElement(void* context, const xmlChar* name, const xmlChar* pre
                           int namespaceCount, const xmlChar** namespaces, int attributeCount, int,
                           const xmlChar** attributes) {
   Do(context, [&](Loader& loader, xmlParserCtxtPtr) {
-    loader.namespaces_.push_back(namespaceCount);
+    const bool hasLongName =
+        prefix && std::strlen(Chars(prefix)) + std::strlen(Chars(name)) >= kLongName;
+    loader.open_.push_back({namespaceCount, hasLongName});
     loader.namespacesInScope_ += namespaceCount;
     // The parser goes through all of them to find the one of a prefix.
     if (loader.namespacesInScope_ > kMaxNamespaces) throw TreeBuilder::BadDocument{};
@@ -173,11 +186,23 @@ void Loader::StartElement(void* context, const xmlChar* name, const xmlChar* pre
 }
 
 void Loader::EndElement(void* context, const xmlChar*, const xmlChar*, const xmlChar*) {
-  Do(context, [](Loader& loader, xmlParserCtxtPtr) {
-    loader.namespacesInScope_ -= loader.namespaces_.back();
-    loader.namespaces_.pop_back();
+  Do(context, [](Loader& loader, xmlParserCtxtPtr parser) {
+    loader.namespacesInScope_ -= loader.open_.back().namespaces;
+    loader.open_.pop_back();
     loader.builder_.EndElement();
+    loader.BoundNames(*parser);
   });
+}
+
+void Loader::BoundNames(xmlParserCtxt& parser) {
+  const xmlDict* const names = parser.dict;
+  if (!names_.Bound(parser)) throw std::bad_alloc();
+  if (parser.dict == names) return;
+  // The end tag of an element whose prefix and name do not fit into what the parser has read ahead
+  // is told by where its prefix was kept.
+  const bool longNames = std::any_of(open_.begin(), open_.end(),
+                                     [](const OpenElement& each) { return each.hasLongName; });
+  if (longNames) throw TreeBuilder::BadDocument{};
 }
 
 void Loader::Characters(void* context, const xmlChar* text, int bytes) {
@@ -237,13 +262,16 @@ bool Loader::ReadToTheEnd(const xmlParserCtxt& parser) const {
 }  // namespace
 
 HRESULT Load(Document& document, std::span<const BYTE> bytes, bool preserveWhiteSpace,
-             std::size_t maxTreeBytes) noexcept {
+             std::size_t maxTreeBytes, LoadWork* work) noexcept {
   try {
     static std::once_flag initialised;
     std::call_once(initialised, xmlInitParser);
     const ByteSource source(bytes);
     if (!MarkupIsBounded(bytes, source.layout())) return E_FAIL;
-    return Loader(document, source, preserveWhiteSpace, maxTreeBytes).Run();
+    Loader loader(document, source, preserveWhiteSpace, maxTreeBytes);
+    const HRESULT status = loader.Run();
+    if (work) *work = loader.work();
+    return status;
   } catch (const std::exception&) {
     return E_OUTOFMEMORY;
   }

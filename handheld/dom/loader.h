@@ -9,8 +9,14 @@ namespace ce::host::dom {
 
 inline constexpr int kMaxDepth = 256;        // nested elements
 inline constexpr int kMaxNamespaces = 1024;  // declared around one place
+inline constexpr std::size_t kLongName = 200;
 // What the tree may take: its nodes, and two bytes for each unit of their names and values.
 inline constexpr std::size_t kMaxTreeBytes = std::size_t{1} << 30;
+
+// What a load has taken.
+struct LoadWork {
+  std::size_t mostNames = 0;  // that were looked through at a time
+};
 
 // Appends what the bytes hold to the empty `document`. On failure (E_FAIL when ill-formed or beyond
 // a bound, E_OUTOFMEMORY) part of it may be there. A document with a document type is refused, so
@@ -19,9 +25,11 @@ inline constexpr std::size_t kMaxTreeBytes = std::size_t{1} << 30;
 // becomes an instruction that says UTF-8, the encoding in which the document will be saved.
 // Namespace declarations come before the other attributes; a prefix need not be declared.
 // The encodings are those that KeepsAscii knows; no element has more than kMaxAttributes attributes
-// and namespace declarations.
-// May run on several threads at once, each with its own document.
+// and namespace declarations. A prefix and name of kLongName bytes may not be open where the names
+// of elements and attributes become too many for one table (ParserNames). May run on several
+// threads at once, each with its own document.
 [[nodiscard]] HRESULT Load(Document& document, std::span<const BYTE> bytes, bool preserveWhiteSpace,
-                           std::size_t maxTreeBytes = kMaxTreeBytes) noexcept;
+                           std::size_t maxTreeBytes = kMaxTreeBytes,
+                           LoadWork* work = nullptr) noexcept;
 
 }  // namespace ce::host::dom

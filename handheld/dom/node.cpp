@@ -97,8 +97,6 @@ HRESULT NodeBehind(IXMLDOMNode* node, Node** core) {
   void* found = nullptr;
   const HRESULT status = node->QueryInterface(Node::kIid, &found);
   if (Failed(status)) return status == E_NOINTERFACE ? E_INVALIDARG : status;
-  // The caller's own reference keeps it.
-  node->Release();
   *core = static_cast<Node*>(found);
   return S_OK;
 }

@@ -3,7 +3,8 @@
 // Ownership: a node holds one reference on each of its children, an element one on each of its
 // attributes. A node that anybody outside the tree holds keeps the document alive, so the pointer
 // to the document is always good. A node without an owner lives by its references alone; when it
-// goes, those of its descendants that are held from outside stay, as roots of their own.
+// goes, those of its descendants that are held from outside stay, as roots of their own. Nobody
+// holds any when the document goes: what is left of them goes with its memory.
 #pragma once
 
 #include <string_view>
@@ -39,7 +40,8 @@ struct NodeList {
 
 class Node {
  public:
-  // Answered by the nodes of this implementation alone, with a Node*.
+  // Answered by the nodes of this implementation alone, with a Node* that is borrowed: the only
+  // interface that is not counted.
   static constexpr GUID kIid{
       0x6E1C2A04, 0x53B7, 0x4D09, {0x9C, 0x31, 0x7A, 0x40, 0xD5, 0x1E, 0x88, 0x0F}};
 
@@ -65,6 +67,8 @@ class Node {
   HRESULT AppendChild(Node& child);
   // Lets go of all children without recursion, however deep they are.
   void DropChildren() { DropAll(children_); }
+  // Forgets them, who end otherwise.
+  void AbandonChildren() { children_ = {}; }
   // The first child element of this name.
   Node* FindChildElement(std::u16string_view name) const;
 

@@ -41,12 +41,21 @@ inline std::u16string_view View(BSTR text) {
 
 // Starts with one reference, for an owner or (after HandOutNew) for somebody outside.
 template <typename Interface>
-class NodeObject : public ComObject<Interface, IXMLDOMNode>, public Node {
-  using Object = ComObject<Interface, IXMLDOMNode>;
+class NodeObject : public Dispatched<UncountedObject<Interface, IXMLDOMNode, IDispatch>>,
+                   public Node {
+  using Object = Dispatched<UncountedObject<Interface, IXMLDOMNode, IDispatch>>;
 
  public:
   NodeObject(NodeKind kind, Document* document) : Node(kind, document) {}
 
+  HRESULT QueryInterface(const GUID& iid, void** out) override {
+    const bool isOwn = &iid == &Node::kIid || iid == Node::kIid;
+    if (!isOwn || !out) return Object::QueryInterface(iid, out);
+    *out = nullptr;
+    RETURN_IF_FAILED(FaultStatus("QueryInterface"));
+    *out = static_cast<Node*>(this);
+    return S_OK;
+  }
   DWORD AddRef() override {
     const DWORD count = Object::AddRef();
     if (count == 1 + Owners()) methods::HoldDocument(document());
@@ -78,11 +87,6 @@ class NodeObject : public ComObject<Interface, IXMLDOMNode>, public Node {
   }
 
   IXMLDOMNode* Com() final { return this; }
-
- protected:
-  void* ExtraInterface(const GUID& iid) override {
-    return iid == Node::kIid ? static_cast<Node*>(this) : nullptr;
-  }
 
  private:
   DWORD References() const final { return Object::references(); }

@@ -7,7 +7,7 @@ namespace ce::host::dom {
 HRESULT Attribute::put_value(VARIANT value) {
   return Guarded("IXMLDOMAttribute::put_value", [&] {
     if (value.vt != VT_BSTR) return E_INVALIDARG;
-    value_ = methods::View(value.bstrVal);
+    value_ = document().arena().Keep(methods::View(value.bstrVal));
     return S_OK;
   });
 }

@@ -1,19 +1,36 @@
 // The kinds of nodes but for the document, and the map of an element's attributes.
 #pragma once
 
-#include <string>
-#include <utility>
+#include <new>
 
-#include "handheld/dom/node_object.h"
+#include "handheld/dom/document.h"
+#include "handheld/dom/known_names.h"
 
 namespace ce::host::dom {
 
+// A node that lies in its document's memory, as the texts do that it is made with.
+template <typename Interface>
+class TreeNode : public NodeObject<Interface> {
+ public:
+  static void* operator new(std::size_t bytes, Document& document) {
+    return document.arena().Allocate(bytes);
+  }
+  static void operator delete(void*, Document&) {}
+  static void operator delete(void* node, std::size_t bytes) { Arena::Abandon(node, bytes); }
+
+ protected:
+  TreeNode(NodeKind kind, Document* document) : NodeObject<Interface>(kind, document) {
+    document->nodes().Add(1);
+  }
+  ~TreeNode() override { this->document().nodes().Add(-1); }
+};
+
 // Text, CDATA sections and comments.
 template <typename Interface>
-class DataNode final : public NodeObject<Interface> {
+class DataNode final : public TreeNode<Interface> {
  public:
-  DataNode(NodeKind kind, Document* document, std::u16string data)
-      : NodeObject<Interface>(kind, document), data_(std::move(data)) {}
+  DataNode(NodeKind kind, Document* document, std::u16string_view data)
+      : TreeNode<Interface>(kind, document), data_(data) {}
 
   std::u16string_view Name() const override {
     const NodeKind kind = this->kind();
@@ -25,18 +42,16 @@ class DataNode final : public NodeObject<Interface> {
  private:
   ~DataNode() override = default;
 
-  const std::u16string data_;
+  const std::u16string_view data_;
 };
 using Text = DataNode<IXMLDOMText>;
 using Comment = DataNode<IXMLDOMNode>;
 
 // A processing instruction; the declaration of a document is one, too.
-class Instruction final : public NodeObject<IXMLDOMProcessingInstruction> {
+class Instruction final : public TreeNode<IXMLDOMProcessingInstruction> {
  public:
-  Instruction(Document* document, std::u16string target, std::u16string data)
-      : NodeObject(NodeKind::kInstruction, document),
-        target_(std::move(target)),
-        data_(std::move(data)) {}
+  Instruction(Document* document, std::u16string_view target, std::u16string_view data)
+      : TreeNode(NodeKind::kInstruction, document), target_(target), data_(data) {}
 
   std::u16string_view Name() const override { return target_; }
   std::u16string_view Value() const override { return data_; }
@@ -44,19 +59,18 @@ class Instruction final : public NodeObject<IXMLDOMProcessingInstruction> {
  private:
   ~Instruction() override = default;
 
-  const std::u16string target_;
-  const std::u16string data_;
+  const std::u16string_view target_;
+  const std::u16string_view data_;
 };
 
 // An attribute, owned by an element once it is set on one.
-class Attribute final : public NodeObject<IXMLDOMAttribute> {
+class Attribute final : public TreeNode<IXMLDOMAttribute> {
  public:
-  Attribute(Document* document, std::u16string name, std::u16string value = {})
-      : NodeObject(NodeKind::kAttribute, document),
-        name_(std::move(name)),
-        value_(std::move(value)) {}
+  Attribute(Document* document, const dom::Name& name, std::u16string_view value = {})
+      : TreeNode(NodeKind::kAttribute, document), name_(name), value_(value) {}
 
-  std::u16string_view Name() const override { return name_; }
+  std::u16string_view Name() const override { return name_.text; }
+  const dom::Name& name() const { return name_; }
   std::u16string_view Value() const override { return value_; }
 
   HRESULT put_value(VARIANT value) override;
@@ -64,16 +78,17 @@ class Attribute final : public NodeObject<IXMLDOMAttribute> {
  private:
   ~Attribute() override = default;
 
-  const std::u16string name_;
-  std::u16string value_;
+  const dom::Name name_;
+  std::u16string_view value_;
 };
 
-class Element final : public NodeObject<IXMLDOMElement> {
+class Element final : public TreeNode<IXMLDOMElement> {
  public:
-  Element(Document* document, std::u16string name)
-      : NodeObject(NodeKind::kElement, document), name_(std::move(name)) {}
+  Element(Document* document, const dom::Name& name)
+      : TreeNode(NodeKind::kElement, document), name_(name) {}
 
-  std::u16string_view Name() const override { return name_; }
+  std::u16string_view Name() const override { return name_.text; }
+  const dom::Name& name() const { return name_; }
 
   const Node* firstAttribute() const { return attributes_.first; }
   Node* FindAttribute(std::u16string_view name) const;
@@ -86,7 +101,7 @@ class Element final : public NodeObject<IXMLDOMElement> {
  private:
   ~Element() override { DropAll(attributes_); }
 
-  const std::u16string name_;
+  const dom::Name name_;
   NodeList attributes_;
 };
 

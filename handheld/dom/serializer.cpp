@@ -6,39 +6,48 @@
 namespace ce::host::dom {
 namespace {
 
-void OpenElement(Utf8Writer& out, const Element& element) {
-  out.Ascii("<");
-  out.Text(element.Name(), Escape::kNone);
-  for (const Node* attribute = element.firstAttribute(); attribute; attribute = attribute->next()) {
-    out.Ascii(" ");
-    out.Text(attribute->Name(), Escape::kNone);
-    out.Ascii("=\"");
-    out.Text(attribute->Value(), Escape::kAttribute);
-    out.Ascii("\"");
+void WriteName(Utf8Writer& out, const Name& name) {
+  if (name.utf8.empty()) {
+    out.Text(name.text, Escape::kNone);
+  } else {
+    out.Written(name.utf8);
   }
-  out.Ascii(element.firstChild() ? ">" : "/>");
 }
 
-void CloseElement(Utf8Writer& out, const Node& element) {
-  out.Ascii("</");
-  out.Text(element.Name(), Escape::kNone);
-  out.Ascii(">");
+void OpenElement(Utf8Writer& out, const Element& element) {
+  out.Written("<");
+  WriteName(out, element.name());
+  for (const Node* node = element.firstAttribute(); node; node = node->next()) {
+    const auto& attribute = static_cast<const Attribute&>(*node);
+    out.Written(" ");
+    WriteName(out, attribute.name());
+    out.Written("=\"");
+    out.Text(attribute.Value(), Escape::kAttribute);
+    out.Written("\"");
+  }
+  out.Written(element.firstChild() ? ">" : "/>");
+}
+
+void CloseElement(Utf8Writer& out, const Element& element) {
+  out.Written("</");
+  WriteName(out, element.name());
+  out.Written(">");
 }
 
 void WriteInstruction(Utf8Writer& out, const Node& instruction) {
-  out.Ascii("<?");
+  out.Written("<?");
   out.Text(instruction.Name(), Escape::kNone);
   if (!instruction.Value().empty()) {
-    out.Ascii(" ");
+    out.Written(" ");
     out.TextWithout(instruction.Value(), u'?', u'>');
   }
-  out.Ascii("?>");
+  out.Written("?>");
 }
 
 void WriteComment(Utf8Writer& out, const Node& comment) {
-  out.Ascii("<!--");
+  out.Written("<!--");
   out.TextWithout(comment.Value(), u'-', u'-');
-  out.Ascii("-->");
+  out.Written("-->");
 }
 
 // The whole node, or the start of one that has children.
@@ -49,9 +58,9 @@ void Open(Utf8Writer& out, const Node& node) {
     case NodeKind::kText:
       return out.Text(node.Value(), Escape::kText);
     case NodeKind::kCdata:
-      out.Ascii("<![CDATA[");
+      out.Written("<![CDATA[");
       out.Text(node.Value(), Escape::kNone);
-      return out.Ascii("]]>");
+      return out.Written("]]>");
     case NodeKind::kComment:
       return WriteComment(out, node);
     case NodeKind::kInstruction:
@@ -76,7 +85,7 @@ HRESULT Save(const Node& document, ISequentialStream* stream) {
     }
     while (node != &document && !node->next()) {
       node = node->owner();
-      if (node != &document) CloseElement(out, *node);
+      if (node != &document) CloseElement(out, static_cast<const Element&>(*node));
     }
     node = node == &document ? nullptr : node->next();
   }

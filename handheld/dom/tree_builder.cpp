@@ -1,7 +1,5 @@
 #include "handheld/dom/tree_builder.h"
 
-#include <utility>
-
 #include "common/text/unicode.h"
 #include "common/text/xml_text.h"
 #include "handheld/dom/nodes.h"
@@ -12,14 +10,13 @@ namespace {
 // Text buffers beyond this are given back rather than kept for the next node.
 constexpr std::size_t kLargeText = 16 * 1024;
 
-std::u16string Wide(std::string_view utf8) {
-  std::u16string text;
+void Decode(std::string_view utf8, std::u16string& text) {
   if (!text::AppendFromUtf8(text, utf8)) throw TreeBuilder::BadDocument{};
-  return text;
 }
 
-std::u16string QualifiedName(const char* prefix, const char* name) {
-  return prefix ? Wide(prefix) + u':' + Wide(name) : Wide(name);
+void Empty(std::u16string& text) {
+  text.clear();
+  if (text.capacity() > kLargeText) text.shrink_to_fit();
 }
 
 }  // namespace
@@ -33,9 +30,26 @@ void TreeBuilder::ChargeNode(std::size_t size, std::string_view text) {
   Charge(size + sizeof(char16_t) * text::Utf16Length(text));
 }
 
-void TreeBuilder::Declaration(std::u16string target, std::u16string data) {
+std::u16string_view TreeBuilder::Keep(std::string_view text) {
+  Empty(decoded_);
+  Decode(text, decoded_);
+  return document_.arena().Keep(decoded_);
+}
+
+Name TreeBuilder::KeepName(const char* prefix, const char* name) {
+  Empty(decoded_);
+  if (prefix) {
+    Decode(prefix, decoded_);
+    decoded_ += u':';
+  }
+  Decode(name, decoded_);
+  return {document_.arena().Keep(decoded_)};
+}
+
+void TreeBuilder::Declaration(std::u16string_view target, std::u16string_view data) {
   Charge(sizeof(dom::Instruction) + sizeof(char16_t) * (target.size() + data.size()));
-  Append(new dom::Instruction(&document_, std::move(target), std::move(data)));
+  Arena& arena = document_.arena();
+  Append(new (document_) dom::Instruction(&document_, arena.Keep(target), arena.Keep(data)));
 }
 
 void TreeBuilder::StartElement(const char* prefix, const char* name) {
@@ -43,7 +57,7 @@ void TreeBuilder::StartElement(const char* prefix, const char* name) {
   if (++depth_ > maxDepth_) throw BadDocument{};
   if (prefix) Charge(sizeof(char16_t) * (text::Utf16Length(prefix) + 1));
   ChargeNode(sizeof(Element), name);
-  auto* element = new Element(&document_, QualifiedName(prefix, name));
+  auto* element = new (document_) Element(&document_, KeepName(prefix, name));
   Append(element);
   current_ = element;
 }
@@ -52,8 +66,9 @@ void TreeBuilder::Attribute(const char* prefix, const char* name, std::string_vi
   if (prefix) Charge(sizeof(char16_t) * (text::Utf16Length(prefix) + 1));
   ChargeNode(sizeof(dom::Attribute), name);
   ChargeNode(0, value);
+  const Name keptName = KeepName(prefix, name);
   static_cast<Element*>(current_)->AdoptAttribute(
-      new dom::Attribute(&document_, QualifiedName(prefix, name), Wide(value)));
+      new (document_) dom::Attribute(&document_, keptName, Keep(value)));
 }
 
 void TreeBuilder::EndElement() {
@@ -64,38 +79,38 @@ void TreeBuilder::EndElement() {
 
 void TreeBuilder::Characters(std::string_view text) {
   ChargeNode(0, text);
-  if (!text::AppendFromUtf8(text_, text)) throw BadDocument{};
+  Decode(text, text_);
 }
 
 void TreeBuilder::CdataSection(std::string_view text) {
   FlushText();
   ChargeNode(sizeof(Text), text);
-  Append(new Text(NodeKind::kCdata, &document_, Wide(text)));
+  Append(new (document_) Text(NodeKind::kCdata, &document_, Keep(text)));
 }
 
 void TreeBuilder::Comment(const char* text) {
   FlushText();
   ChargeNode(sizeof(dom::Comment), text);
-  Append(new dom::Comment(NodeKind::kComment, &document_, Wide(text)));
+  Append(new (document_) dom::Comment(NodeKind::kComment, &document_, Keep(text)));
 }
 
 void TreeBuilder::Instruction(const char* target, const char* data) {
   FlushText();
   ChargeNode(sizeof(dom::Instruction), target);
   if (data) ChargeNode(0, data);
-  Append(new dom::Instruction(&document_, Wide(target), Wide(data ? data : "")));
+  const std::u16string_view keptTarget = Keep(target);
+  Append(new (document_) dom::Instruction(&document_, keptTarget, Keep(data ? data : "")));
 }
 
 void TreeBuilder::FlushText() {
   if (text_.empty()) return;
   if (preserveWhiteSpace_ || !text::IsXmlSpace(text_)) {
     Charge(sizeof(Text));
-    Append(new Text(NodeKind::kText, &document_, std::u16string(std::u16string_view(text_))));
+    Append(new (document_) Text(NodeKind::kText, &document_, document_.arena().Keep(text_)));
   } else {
     bytesLeft_ += sizeof(char16_t) * text_.size();
   }
-  text_.clear();
-  if (text_.capacity() > kLargeText) text_.shrink_to_fit();
+  Empty(text_);
 }
 
 }  // namespace ce::host::dom

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "handheld/dom/document.h"
+#include "handheld/dom/known_names.h"
 
 namespace ce::host::dom {
 
@@ -22,7 +23,7 @@ class TreeBuilder {
         current_(&document) {}
 
   // The declaration; the target as it was written.
-  void Declaration(std::u16string target, std::u16string data);
+  void Declaration(std::u16string_view target, std::u16string_view data);
   // Prefixes may be null. Attributes belong to the element started last.
   void StartElement(const char* prefix, const char* name);
   void Attribute(const char* prefix, const char* name, std::string_view value);
@@ -38,6 +39,9 @@ class TreeBuilder {
   void Charge(std::size_t bytes);
   void ChargeNode(std::size_t size, std::string_view text);
   void FlushText();
+  // The text, and that of a qualified name, in the document's memory.
+  std::u16string_view Keep(std::string_view text);
+  Name KeepName(const char* prefix, const char* name);
   void Append(Node* node) { current_->AdoptChild(node); }
 
   Document& document_;
@@ -46,7 +50,8 @@ class TreeBuilder {
   std::size_t bytesLeft_;
   Node* current_;
   int depth_ = 0;
-  std::u16string text_;
+  std::u16string text_;     // of the node that is to come
+  std::u16string decoded_;  // what Keep is at work on
 };
 
 }  // namespace ce::host::dom

@@ -1,7 +1,8 @@
 // Writes UTF-16 text as UTF-8 into a stream, in large pieces.
 #pragma once
 
-#include <memory>
+#include <array>
+#include <cstring>
 #include <string_view>
 
 #include "platform/com.h"
@@ -18,9 +19,13 @@ enum class Escape {
 
 class Utf8Writer {
  public:
-  explicit Utf8Writer(ISequentialStream* stream);  // borrowed
+  explicit Utf8Writer(ISequentialStream* stream) : stream_(stream) {}  // borrowed
 
-  void Ascii(std::string_view text);
+  // Text that is as it must be, a piece at most.
+  void Written(std::string_view text) {
+    std::memcpy(Reserve(text.size()), text.data(), text.size());
+    used_ += text.size();
+  }
   void Text(std::u16string_view text, Escape escape);
   // Unescaped, with a blank wherever `second` would follow `first`; when both are the same, also
   // after a `first` at the end.
@@ -32,11 +37,14 @@ class Utf8Writer {
  private:
   static constexpr std::size_t kPiece = 64 * 1024;
 
-  char* Reserve(std::size_t bytes);
+  char* Reserve(std::size_t bytes) {
+    if (kPiece - used_ < bytes) Flush();
+    return buffer_.data() + used_;
+  }
   void Flush();
 
   ISequentialStream* const stream_;
-  const std::unique_ptr<char[]> buffer_;
+  std::array<char, kPiece> buffer_;
   std::size_t used_ = 0;
   HRESULT status_ = S_OK;
 };

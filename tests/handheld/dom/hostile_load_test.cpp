@@ -114,6 +114,67 @@ TEST_F(LoadNamespaces, ThoseInScopeAreBounded) {
   EXPECT_EQ(LoadNew(one + ">" + one + "><b xmlns='u'/></a></a>"), E_FAIL);
 }
 
+class LoadNames : public DomTest {
+ protected:
+  // Loads into `document_`; the most names that were looked through at a time.
+  std::size_t MostNames(std::string_view bytes, HRESULT expected = S_OK) {
+    auto* document = new host::dom::Document();
+    *document_.put() = document;
+    host::dom::LoadWork work;
+    EXPECT_EQ(
+        host::dom::Load(*document, {reinterpret_cast<const BYTE*>(bytes.data()), bytes.size()},
+                        false, host::dom::kMaxTreeBytes, &work),
+        expected);
+    return work.mostNames;
+  }
+  void TearDown() override {
+    document_.reset();
+    DomTest::TearDown();
+  }
+
+  // Elements of names that occur once, each with an attribute of such a name.
+  static std::string Elements(int count) {
+    std::string text;
+    for (int i = 0; i < count; ++i) {
+      const std::string n = std::to_string(i);
+      text += "<e" + n + " a" + n + "='1'/>";
+    }
+    return text;
+  }
+
+  Document document_;
+};
+
+TEST_F(LoadNames, AreLookedThroughAFewAtATimeHoweverManyThereAre) {
+  const std::string bytes = "<r>" + Elements(50'000) + "</r>";
+  EXPECT_LT(MostNames(bytes), 5000u);
+  EXPECT_EQ(Saved(document_), [&] {
+    std::string saved = bytes;
+    for (char& c : saved) c = c == '\'' ? '"' : c;
+    return saved;
+  }());
+  const std::string wide = "<r" + Attributes(1000) + ">" + Elements(5000) + "</r>";
+  EXPECT_LT(MostNames(wide), 6000u);
+}
+
+TEST_F(LoadNames, ElementsAndNamespacesStayOpenBeyondATable) {
+  const std::string many = Elements(5000);
+  const std::string prefix(190, 'p');
+  const std::string name(5000, 'n');
+  const std::string bytes = "<r xmlns='u' xmlns:q='v'><q:a xml:lang='de'><" + prefix +
+                            ":b xmlns:" + prefix + "='w'><" + name + ">" + many + "<q:c q:d='1'/>" +
+                            many + "</" + name + "></" + prefix + ":b></q:a></r>";
+  EXPECT_LT(MostNames(bytes), 5000u);
+  EXPECT_EQ(MostNames("<r><q:a>" + many + "</b:a></r>", E_FAIL) > 0, true);
+  EXPECT_EQ(MostNames("<r><q:a>" + many + "</q:b></r>", E_FAIL) > 0, true);
+}
+
+TEST_F(LoadNames, ALongPrefixedOneMayNotStayOpenBeyondATable) {
+  const std::string name = std::string(150, 'p') + ":" + std::string(50, 'n');
+  MostNames("<r><" + name + ">" + Elements(5000) + "</" + name + "></r>", E_FAIL);
+  MostNames("<r><" + name + ">" + Elements(500) + "</" + name + ">" + Elements(5000) + "</r>");
+}
+
 class LoadMemory : public DomTest {
  protected:
   static HRESULT LoadWithin(std::size_t budget, std::string_view bytes) {
