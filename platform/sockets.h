@@ -16,6 +16,7 @@ inline constexpr INT SOCKET_ERROR = -1;
 inline constexpr INT AF_INET = 2;
 inline constexpr INT SOCK_STREAM = 1;
 inline constexpr UINT FD_SETSIZE = 64;
+inline constexpr INT MSG_PARTIAL = 0x8000;
 
 inline constexpr DWORD WSAEBADF = 10009;
 inline constexpr DWORD WSAEMFILE = 10024;
@@ -71,6 +72,8 @@ INT select(INT sockets, fd_set* read, fd_set* write, fd_set* error, const timeva
 SOCKET accept(SOCKET socket, sockaddr_in* address, INT* length);
 // 0 at the end of the connection. A peer that is silent for the handheld's limit counts as gone.
 INT recv(SOCKET socket, void* buffer, INT bytes, INT flags);
+// With MSG_PARTIAL the rest of the message follows at once with the next send: a few bytes may wait
+// for it, so that both leave together. They leave before anything else is done with the socket.
 INT send(SOCKET socket, const void* buffer, INT bytes, INT flags);
 INT closesocket(SOCKET socket);
 INT gethostname(char* name, INT bytes);

@@ -32,9 +32,10 @@ ce::HRESULT CorvaneStream::Read(void* buffer, ce::DWORD count, ce::DWORD* countR
   return status;
 }
 
-ce::HRESULT CorvaneStream::Write(const void* buffer, ce::DWORD count, ce::DWORD* countWritten) {
+ce::HRESULT CorvaneStream::Put(const void* buffer, ce::DWORD count, ce::DWORD* countWritten,
+                               ce::INT flags) {
   LOG(u"CorvaneStream::Write for %ld bytes", count);
-  if (!holding_) return Send(buffer, count, countWritten);
+  if (!holding_) return Send(buffer, count, countWritten, flags);
   const bool fits = count <= kMostHeld - heldCount_;
   if (fits) {
     std::memcpy(held_.data() + heldCount_, buffer, count);
@@ -44,9 +45,10 @@ ce::HRESULT CorvaneStream::Write(const void* buffer, ce::DWORD count, ce::DWORD*
   return fits ? ce::S_OK : ce::E_OUTOFMEMORY;
 }
 
-ce::HRESULT CorvaneStream::Send(const void* buffer, ce::DWORD count, ce::DWORD* countSent) {
+ce::HRESULT CorvaneStream::Send(const void* buffer, ce::DWORD count, ce::DWORD* countSent,
+                                ce::INT flags) {
   ce::HRESULT status = ce::S_OK;
-  ce::INT sent = ce::send(socket_, buffer, static_cast<ce::INT>(count), 0);
+  ce::INT sent = ce::send(socket_, buffer, static_cast<ce::INT>(count), flags);
   if (sent == ce::SOCKET_ERROR) {
     status = ce::LastErrorStatus();
     sent = 0;
@@ -67,7 +69,7 @@ ce::HRESULT CorvaneStream::SendHeld() {
   ce::DWORD sent = 0;
   while (sent < count) {
     ce::DWORD more = 0;
-    status = Send(held_.data() + sent, count - sent, &more);
+    status = Send(held_.data() + sent, count - sent, &more, 0);
     if (status != ce::S_OK || more == 0) break;
     sent += more;
   }
@@ -87,12 +89,16 @@ void CorvaneStream::Release() {
   socket_ = 0;
 }
 
-ce::HRESULT WriteBlock(CorvaneStream* stream, const void* block, ce::DWORD bytes) {
+namespace {
+
+using Writer = ce::HRESULT (CorvaneStream::*)(const void*, ce::DWORD, ce::DWORD*);
+
+ce::HRESULT WriteAll(CorvaneStream* stream, const void* block, ce::DWORD bytes, Writer write) {
   const ce::BYTE* next = static_cast<const ce::BYTE*>(block);
   ce::HRESULT status = ce::S_OK;
   while (bytes > 0) {
     ce::DWORD written = 0;
-    status = stream->Write(next, bytes, &written);
+    status = (stream->*write)(next, bytes, &written);
     if (status != ce::S_OK || written == 0 || written > bytes) break;
     next += written;
     bytes -= written;
@@ -100,10 +106,24 @@ ce::HRESULT WriteBlock(CorvaneStream* stream, const void* block, ce::DWORD bytes
   return status;
 }
 
-ce::HRESULT WriteWord(CorvaneStream* stream, ce::DWORD word) {
+ce::HRESULT WriteBytesOf(CorvaneStream* stream, ce::DWORD word, Writer write) {
   const ce::BYTE bytes[4] = {static_cast<ce::BYTE>(word), static_cast<ce::BYTE>(word >> 8),
                              static_cast<ce::BYTE>(word >> 16), static_cast<ce::BYTE>(word >> 24)};
-  return WriteBlock(stream, bytes, sizeof(bytes));
+  return WriteAll(stream, bytes, sizeof(bytes), write);
+}
+
+}  // namespace
+
+ce::HRESULT WriteBlock(CorvaneStream* stream, const void* block, ce::DWORD bytes) {
+  return WriteAll(stream, block, bytes, &CorvaneStream::Write);
+}
+
+ce::HRESULT WriteWord(CorvaneStream* stream, ce::DWORD word) {
+  return WriteBytesOf(stream, word, &CorvaneStream::Write);
+}
+
+ce::HRESULT WriteWordAhead(CorvaneStream* stream, ce::DWORD word) {
+  return WriteBytesOf(stream, word, &CorvaneStream::WritePart);
 }
 
 }  // namespace corvane

@@ -24,7 +24,13 @@ class CorvaneStream {
   // be null; the count is 0 on failure.
   ce::HRESULT Read(void* buffer, ce::DWORD count, ce::DWORD* countRead);
   // One send: a short one is not completed.
-  ce::HRESULT Write(const void* buffer, ce::DWORD count, ce::DWORD* countWritten);
+  ce::HRESULT Write(const void* buffer, ce::DWORD count, ce::DWORD* countWritten) {
+    return Put(buffer, count, countWritten, 0);
+  }
+  // As Write, for bytes that the next Write continues at once.
+  ce::HRESULT WritePart(const void* buffer, ce::DWORD count, ce::DWORD* countWritten) {
+    return Put(buffer, count, countWritten, ce::MSG_PARTIAL);
+  }
   // Closes the socket; nothing when none is attached. What is held back is forgotten.
   void Release();
 
@@ -40,7 +46,8 @@ class CorvaneStream {
   bool Ended() const { return ended_; }
 
  private:
-  ce::HRESULT Send(const void* buffer, ce::DWORD count, ce::DWORD* countSent);
+  ce::HRESULT Put(const void* buffer, ce::DWORD count, ce::DWORD* countWritten, ce::INT flags);
+  ce::HRESULT Send(const void* buffer, ce::DWORD count, ce::DWORD* countSent, ce::INT flags);
 
   ce::SOCKET socket_ = 0;
   bool ended_ = false;
@@ -55,5 +62,7 @@ ce::HRESULT WriteBlock(CorvaneStream* stream, const void* block, ce::DWORD bytes
 
 // Four bytes, little-endian.
 ce::HRESULT WriteWord(CorvaneStream* stream, ce::DWORD word);
+// The same for a word that what it speaks of follows at once.
+ce::HRESULT WriteWordAhead(CorvaneStream* stream, ce::DWORD word);
 
 }  // namespace corvane

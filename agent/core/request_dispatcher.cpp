@@ -89,8 +89,9 @@ ce::HRESULT AnswerStreamed(ce::SOCKET socket, const Invocation& invocation, ce::
 }
 
 // The status, or the last error when the bytes cannot be sent.
-ce::HRESULT Send(ce::SOCKET socket, const void* bytes, ce::DWORD count, ce::HRESULT status) {
-  const ce::INT sent = ce::send(socket, bytes, static_cast<ce::INT>(count), 0);
+ce::HRESULT Send(ce::SOCKET socket, const void* bytes, ce::DWORD count, ce::HRESULT status,
+                 ce::INT flags = 0) {
+  const ce::INT sent = ce::send(socket, bytes, static_cast<ce::INT>(count), flags);
   return sent == ce::SOCKET_ERROR ? ce::LastErrorStatus() : status;
 }
 
@@ -104,7 +105,7 @@ ce::HRESULT AnswerBuffered(ce::SOCKET socket, const Invocation& invocation, ce::
   const ce::DWORD count = ce::Succeeded(status) ? outputCount : 0;
   constexpr ce::DWORD kRestOfHeader = sizeof(ReplyHeader) - sizeof(ReplyHeader::totalLength);
   const ReplyHeader header{count + kRestOfHeader, 0, status, status, count};
-  status = Send(socket, &header, sizeof(header), status);
+  status = Send(socket, &header, sizeof(header), status, count > 0 ? ce::MSG_PARTIAL : 0);
   if (ce::Succeeded(status) && outputCount > 0) {
     status = Send(socket, output, outputCount, status);
   }

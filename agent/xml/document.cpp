@@ -124,7 +124,7 @@ HRESULT StreamXMLToDesktop(IXMLDOMDocument* document, CorvaneStream* stream) {
   if (Failed(status) || !text.Buffer() || text.Size() == 0) return status;
 
   // The data follow also after a length that could not be sent: such a failure is a positive code.
-  status = WriteWord(stream, text.Size());
+  status = WriteWordAhead(stream, text.Size());
   if (Failed(status)) {
     LOG(u"StreamXMLToDesktop1 0x%08X", status);
     return status;

@@ -27,7 +27,7 @@ HRESULT RecordDocument::Send(CorvaneStream* stream) {
 
 HRESULT EndDownload(CorvaneStream* stream, HRESULT status) {
   if (stream) {
-    static_cast<void>(WriteWord(stream, 0));
+    static_cast<void>(WriteWordAhead(stream, 0));
     static_cast<void>(WriteWord(stream, static_cast<DWORD>(status)));
     stream->Release();
   }

@@ -22,18 +22,14 @@ namespace ce {
 namespace host {
 namespace {
 
-constexpr DWORD kDefaultPeerTimeout = 600;
-constexpr DWORD kDefaultRequestTimeout = 30;
 // For what the process always has open, and for the store and files of the requests under way.
 constexpr rlim_t kReservedDescriptors = 24;
 
 AwaitedRequest::Patience CurrentPatience() {
   const Handheld* handheld = Handheld::Current();
-  const auto limit = [handheld](const char16_t* name, DWORD fallback) {
-    return std::chrono::seconds(handheld ? handheld->Number(name, fallback) : fallback);
-  };
-  return {limit(setting::kRequestTimeout, kDefaultRequestTimeout),
-          limit(setting::kPeerTimeout, kDefaultPeerTimeout)};
+  return {std::chrono::seconds(handheld ? handheld->RequestTimeout()
+                                        : Handheld::kDefaultRequestTimeout),
+          std::chrono::seconds(handheld ? handheld->PeerTimeout() : Handheld::kDefaultPeerTimeout)};
 }
 
 // None of these options is worth refusing a connection for.

@@ -1,10 +1,13 @@
 // The open sockets of the process and the values that stand for them.
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <cstddef>
 #include <memory>
 #include <mutex>
+#include <span>
 #include <vector>
 
 #include "handheld/base/unique_fd.h"
@@ -14,6 +17,24 @@
 namespace ce::host {
 
 enum class SocketState { kNew, kBound, kListening, kConnected };
+
+// Bytes that wait for those that follow them. Of the thread that sends.
+class HeldBytes {
+ public:
+  // False when there is no room for them.
+  [[nodiscard]] bool Hold(std::span<const std::byte> bytes) {
+    if (bytes.size() > bytes_.size() - count_) return false;
+    std::copy(bytes.begin(), bytes.end(), bytes_.begin() + count_);
+    count_ += bytes.size();
+    return true;
+  }
+  std::span<const std::byte> bytes() const { return {bytes_.data(), count_}; }
+  void Clear() { count_ = 0; }
+
+ private:
+  std::array<std::byte, 32> bytes_;
+  std::size_t count_ = 0;
+};
 
 // Lives as long as the table or a call under way refers to it; its descriptor with it.
 struct Socket {
@@ -25,7 +46,8 @@ struct Socket {
   std::atomic<bool> agentPort{false};  // listens, or is to listen, for the agent
   std::atomic<bool> announced{false};  // the user has been told that it listens
   std::atomic<bool> peerGone{false};   // the peer took longer than a limit allows
-  AwaitedRequest awaited;              // behind fd, to be over before it closes
+  HeldBytes held;
+  AwaitedRequest awaited;  // behind fd, to be over before it closes
 };
 using SocketPtr = std::shared_ptr<Socket>;
 

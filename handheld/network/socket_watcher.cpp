@@ -13,6 +13,8 @@
 #include <new>
 #include <thread>
 
+#include "handheld/network/transfer.h"
+
 namespace ce::host {
 namespace {
 
@@ -175,6 +177,7 @@ void AbandonSocket(SocketPtr socket) {
     CloseNow(std::move(socket));
     return;
   }
+  SendHeld(*socket);
   try {
     Watcher().Add(std::move(socket));
   } catch (const std::bad_alloc&) {  // then it is closed instead

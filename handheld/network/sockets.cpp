@@ -11,6 +11,7 @@
 #include "handheld/network/socket_errors.h"
 #include "handheld/network/socket_table.h"
 #include "handheld/network/socket_watcher.h"
+#include "handheld/network/transfer.h"
 #include "platform/status.h"
 
 namespace ce {
@@ -38,6 +39,7 @@ SOCKET OpenSocket(INT family, INT type, INT protocol, DWORD* error) {
 // The peer reads to its end what was sent before, though it may still be sending: closing with
 // bytes unread would reset the connection and throw away what the peer has not read yet.
 void EndConnection(host::SocketPtr socket) {
+  host::SendHeld(*socket);
   if (socket.use_count() > 1 || ::shutdown(socket->fd.get(), SHUT_WR) != 0) {
     host::CloseNow(std::move(socket));
   } else {

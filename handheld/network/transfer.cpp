@@ -1,11 +1,13 @@
+#include "handheld/network/transfer.h"
+
 #include <sys/socket.h>
+#include <sys/uio.h>
 
 #include <cerrno>
 #include <cstddef>
 
 #include "handheld/base/fault.h"
 #include "handheld/network/socket_errors.h"
-#include "handheld/network/socket_table.h"
 
 namespace ce {
 namespace host {
@@ -32,23 +34,48 @@ INT FailTransfer(Socket& socket, int error) {
   return FailSocketCall(SocketErrorFromErrno(error));
 }
 
-// A call ends with part of the bytes when its time is up; that part is progress, and the time
-// begins anew.
-INT SendAll(Socket& socket, const std::byte* data, INT bytes) {
-  INT sent = 0;
+using Bytes = std::span<const std::byte>;
+
+::iovec VectorOf(Bytes bytes) {
+  return {const_cast<std::byte*>(bytes.data()), bytes.size()};
+}
+
+// Sends what the socket holds, then `bytes`; 0, or an errno. A call ends with part of them when its
+// time is up; that part is progress, and the time begins anew.
+int SendAll(Socket& socket, Bytes bytes) {
+  Bytes held = socket.held.bytes();
+  socket.held.Clear();
   do {
-    const ssize_t count =
-        ::send(socket.fd.get(), data + sent, static_cast<std::size_t>(bytes - sent), MSG_NOSIGNAL);
-    if (count >= 0) {
-      sent += static_cast<INT>(count);
-    } else if (errno != EINTR) {
-      return FailTransfer(socket, errno);
+    ::iovec vectors[] = {VectorOf(held), VectorOf(bytes)};
+    ::msghdr message{};
+    message.msg_iov = vectors;
+    message.msg_iovlen = std::size(vectors);
+    const ssize_t count = ::sendmsg(socket.fd.get(), &message, MSG_NOSIGNAL);
+    if (count < 0) {
+      if (errno != EINTR) return errno;
+      continue;
     }
-  } while (sent < bytes);
-  return sent;
+    const auto sent = static_cast<std::size_t>(count);
+    const std::size_t sentHeld = std::min(sent, held.size());
+    held = held.subspan(sentHeld);
+    bytes = bytes.subspan(sent - sentHeld);
+  } while (!held.empty() || !bytes.empty());
+  return 0;
+}
+
+INT Send(Socket& socket, Bytes bytes, bool moreFollows) {
+  if (!moreFollows || !socket.held.Hold(bytes)) {
+    if (const int error = SendAll(socket, bytes)) return FailTransfer(socket, error);
+  }
+  return static_cast<INT>(bytes.size());
 }
 
 }  // namespace
+
+void SendHeld(Socket& socket) {
+  if (!socket.held.bytes().empty()) static_cast<void>(SendAll(socket, {}));
+}
+
 }  // namespace host
 
 INT recv(SOCKET socket, void* buffer, INT bytes, INT flags) {
@@ -56,6 +83,7 @@ INT recv(SOCKET socket, void* buffer, INT bytes, INT flags) {
   if (error != 0) return host::FailSocketCall(error);
   const host::SocketPtr source = host::UsableSocket(socket, bytes, flags, &error);
   if (!source) return host::FailSocketCall(error);
+  host::SendHeld(*source);
   if (bytes == 0) return 0;  // the host would wait for bytes that it is not to take
   if (!source->awaited.WaitForBytes()) return host::FailTransfer(*source, EAGAIN);
   for (;;) {
@@ -68,10 +96,12 @@ INT recv(SOCKET socket, void* buffer, INT bytes, INT flags) {
 INT send(SOCKET socket, const void* buffer, INT bytes, INT flags) {
   DWORD error = host::FaultFor("send");
   if (error != 0) return host::FailSocketCall(error);
-  const host::SocketPtr target = host::UsableSocket(socket, bytes, flags, &error);
+  const host::SocketPtr target = host::UsableSocket(socket, bytes, flags & ~MSG_PARTIAL, &error);
   if (!target) return host::FailSocketCall(error);
   target->awaited.End();
-  return host::SendAll(*target, static_cast<const std::byte*>(buffer), bytes);
+  return host::Send(*target,
+                    {static_cast<const std::byte*>(buffer), static_cast<std::size_t>(bytes)},
+                    (flags & MSG_PARTIAL) != 0);
 }
 
 }  // namespace ce

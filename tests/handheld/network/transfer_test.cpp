@@ -29,8 +29,12 @@ class Transfer : public LoopbackTest {
     buffer.resize(static_cast<std::size_t>(count));
     return buffer;
   }
-  ce::INT Send(const std::string& bytes) {
-    return ce::send(socket_, bytes.data(), static_cast<ce::INT>(bytes.size()), 0);
+  ce::INT Send(const std::string& bytes, ce::INT flags = 0) {
+    return ce::send(socket_, bytes.data(), static_cast<ce::INT>(bytes.size()), flags);
+  }
+  bool HasCome() const {
+    char byte;
+    return ::recv(peer_->fd(), &byte, 1, MSG_PEEK | MSG_DONTWAIT) > 0;
   }
 
   const ce::SOCKET listener_ = Listen();
@@ -101,6 +105,48 @@ TEST_F(Transfer, NeedsAConnection) {
   char byte = 0;
   EXPECT_EQ(ce::recv(listener_, &byte, 1, 0), ce::SOCKET_ERROR);
   EXPECT_EQ(ce::GetLastError(), ce::host::kWsaNotConnected);
+}
+
+TEST_F(Transfer, APartLeavesWithWhatFollows) {
+  Peer& peer = Connect();
+  EXPECT_EQ(Send("ab", ce::MSG_PARTIAL), 2);
+  EXPECT_EQ(Send("c", ce::MSG_PARTIAL), 1);
+  EXPECT_FALSE(HasCome());
+  EXPECT_EQ(Send("de"), 2);
+  EXPECT_EQ(peer.Receive(5), "abcde");
+  const std::string large = ManyBytes(4 << 20);
+  std::string received;
+  std::thread reader([&] { received = peer.Receive(large.size() + 2); });
+  EXPECT_EQ(Send("fg", ce::MSG_PARTIAL), 2);
+  EXPECT_EQ(Send(large), static_cast<ce::INT>(large.size()));
+  reader.join();
+  EXPECT_TRUE(received == "fg" + large);
+}
+
+TEST_F(Transfer, APartThatIsLargeDoesNotWait) {
+  Peer& peer = Connect();
+  EXPECT_EQ(Send("ab", ce::MSG_PARTIAL), 2);
+  EXPECT_EQ(Send(std::string(40, 'x'), ce::MSG_PARTIAL), 40);
+  EXPECT_EQ(peer.Receive(42), "ab" + std::string(40, 'x'));
+}
+
+TEST_F(Transfer, APartLeavesBeforeAnAnswerIsAwaited) {
+  Peer& peer = Connect();
+  EXPECT_EQ(Send("ab", ce::MSG_PARTIAL), 2);
+  peer.Send("x");
+  EXPECT_EQ(Receive(1), "x");
+  EXPECT_EQ(peer.Receive(2), "ab");
+}
+
+TEST_F(Transfer, APartLeavesBeforeTheConnectionEnds) {
+  Peer& peer = Connect();
+  EXPECT_EQ(Send("ab", ce::MSG_PARTIAL), 2);
+  EXPECT_EQ(ce::closesocket(socket_), 0);
+  EXPECT_EQ(peer.Receive(3), "ab");
+  Peer& other = Connect();
+  EXPECT_EQ(Send("cd", ce::MSG_PARTIAL), 2);
+  ce::host::AbandonSocket(socket_);
+  EXPECT_EQ(other.Receive(2), "cd");
 }
 
 TEST_F(Transfer, FailsOnPurpose) {
