@@ -7,6 +7,7 @@
 
 #include "handheld/base/com_object.h"
 #include "handheld/base/guarded.h"
+#include "handheld/store/row_scan.h"
 
 namespace ce::host {
 namespace {
@@ -88,24 +89,32 @@ class Table final : public UnknownObject<IMAPITable> {
   const TableKind& kind_;
   const std::int64_t owner_;
   std::int64_t position_ = -1;  // the number of the last row that was read
+  RowScan scan_;                // for rows that are read one by one
+  std::int64_t scanned_ = -1;   // where it stands
   std::vector<DWORD> columns_;  // empty for the default ones
 };
 
 HRESULT Table::Read(Store& store, LONG count, SRowSet** rows) {
-  const PropertyQuery& query = count > 1 && columns_.empty() ? kind_.severalRows : kind_.rows;
-  Statement select;
-  RETURN_IF_FAILED(store.Prepare(query.sql, select, owner_, position_, count));
+  constexpr LONG kNoLimit = -1;
+  const bool isSingle = count == 1;
+  const PropertyQuery& query = !isSingle && columns_.empty() ? kind_.severalRows : kind_.rows;
+  if (!isSingle || scanned_ != position_ || !scan_.GoesOn(store)) {
+    RETURN_IF_FAILED(scan_.Begin(store, query.sql, owner_, position_, isSingle ? kNoLimit : count));
+  }
 
   MapiBuffer buffer;
   auto* const set = buffer.Allocate<SRowSet>();
   std::vector<SRow> read;
   std::int64_t position = position_;
   for (bool row = true; row && read.size() < static_cast<std::size_t>(count);) {
-    RETURN_IF_FAILED(select.Step("sqlite3_step:list", row));
+    RETURN_IF_FAILED(scan_.Next("sqlite3_step:list", row));
     if (!row) break;
-    read.push_back(ReadRow(select, query, buffer));
-    position = select.Integer(0);
+    scanned_ = scan_.row().Integer(0);
+    read.push_back(ReadRow(scan_.row(), query, buffer));
+    position = scanned_;
   }
+  if (!isSingle) scan_.End();
+  scan_.EndWithoutSnapshot();
   set->cRows = static_cast<DWORD>(read.size());
   set->aRow = buffer.Allocate<SRow>(read.size());
   std::copy(read.begin(), read.end(), set->aRow);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "handheld/outlook/session.h"
+#include "handheld/store/row_scan.h"
 #include "platform/pocket_outlook.h"
 
 namespace ce::host {
@@ -46,6 +47,8 @@ class ItemList final : public WriteGroup {
 
   const SessionPtr& session() const { return session_; }
   const ItemKind& kind() const { return kind_; }
+  // Of the list's items, from one to the next.
+  RowScan& scan() { return scan_; }
 
   [[nodiscard]] HRESULT Count(std::size_t& count);
   // E_INVALIDARG outside 1 to the count.
@@ -65,6 +68,7 @@ class ItemList final : public WriteGroup {
   const ItemKind& kind_;
   std::vector<std::uint32_t> oids_;  // ascending, which is the order of creation
   std::vector<std::uint32_t> undo_;  // deleted, not yet committed
+  RowScan scan_;
   bool read_ = false;
   bool hasDeleted_ = false;
 };

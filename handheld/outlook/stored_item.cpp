@@ -22,7 +22,7 @@ HRESULT GetStoredText(const char* call, std::string_view stored, BSTR* value) {
   *value = nullptr;
   return Guarded(call, [&] {
     *value = SysAllocStringLen(nullptr, static_cast<UINT>(text::Utf16Length(stored)));
-    if (*value) text::DecodeWtf8(stored, *value);
+    if (*value && !stored.empty()) text::DecodeWtf8(stored, *value);
     return *value ? S_OK : E_OUTOFMEMORY;
   });
 }

@@ -258,7 +258,9 @@ HRESULT LoadItem(const SessionPtr& session, const std::shared_ptr<ItemList>& lis
                  std::uint32_t oid, IDispatch** item) {
   ItemRow<typename Item::Fields> row;
   bool found = false;
-  RETURN_IF_FAILED(ReadItem(*session->store(), oid, row, found));
+  Store& store = *session->store();
+  RETURN_IF_FAILED(list ? ScanItem(store, list->scan(), oid, row, found)
+                        : ReadItem(store, oid, row, found));
   // Another connection was quicker: what is left to delete is handed out without content.
   if (!found && !(list && list->HasDeleted())) return E_INVALIDARG;
   *item = new Item(session, list, oid, std::move(row));

@@ -45,7 +45,7 @@ class OpenCallLog final : public HandleObject {
 
   [[nodiscard]] HRESULT Read(NumberedCall& call, bool& found) {
     RETURN_IF_FAILED(TakeSnapshot());
-    return ReadCallBehind(*store_, position_, call, found);
+    return calls_.ReadBehind(*store_, position_, call, found);
   }
   void MoveBehind(const NumberedCall& call) { position_ = call.position(); }
 
@@ -66,6 +66,7 @@ class OpenCallLog final : public HandleObject {
   }
 
   const std::unique_ptr<Store> store_;
+  CallScan calls_;
   bool snapshot_ = false;
   CallPosition position_;
 };

@@ -11,24 +11,37 @@ std::string InsertCallSql() {
   return InsertSql("INSERT INTO calls", columns) + " RETURNING id";
 }
 
+// Behind the position of ?1 and ?2. Each half is one look into the index, however many calls there
+// are at one time.
+const std::string& CallsBehindSql() {
+  static const std::string kSql = [] {
+    ColumnNames columns = {"id"};
+    AppendNames(columns, kCallColumns);
+    const std::string select =
+        "SELECT " + ColumnList(ColumnForm::kNames, columns, 1) + " FROM calls WHERE start_time ";
+    return select + "= ?1 AND id < ?2 UNION ALL " + select +
+           "< ?1 ORDER BY start_time DESC, id DESC";
+  }();
+  return kSql;
+}
+
+void LoadCall(const Statement& row, NumberedCall& call) {
+  row.Load(0, call.id);
+  LoadColumns<StoredCall>(row, 1, kCallColumns, call.call);
+}
+
 }  // namespace
 
-HRESULT ReadCallBehind(Store& store, const CallPosition& position, NumberedCall& call,
-                       bool& found) {
-  // Each half is one look into the index, however many calls there are at one time.
-  static constexpr char kSql[] = R"sql(
-SELECT id, start_time, end_time, kind, flags, caller_id_type, number, name, name_type, note FROM (
-  SELECT * FROM (SELECT * FROM calls WHERE start_time = ?1 AND id < ?2 ORDER BY id DESC LIMIT 1)
-  UNION ALL
-  SELECT * FROM (
-    SELECT * FROM calls WHERE start_time < ?1 ORDER BY start_time DESC, id DESC LIMIT 1)
-) ORDER BY start_time DESC, id DESC LIMIT 1
-)sql";
-  Statement read;
-  RETURN_IF_FAILED(store.Find(kSql, kStep, read, found, position.startTime, position.id));
+HRESULT CallScan::ReadBehind(Store& store, const CallPosition& position, NumberedCall& call,
+                             bool& found) {
+  if (!(last_ == position) || !rows_.GoesOn(store)) {
+    RETURN_IF_FAILED(rows_.Begin(store, CallsBehindSql().c_str(), position.startTime, position.id));
+  }
+  RETURN_IF_FAILED(rows_.Next(kStep, found));
   if (!found) return S_OK;
-  read.Load(0, call.id);
-  LoadColumns<StoredCall>(read, 1, kCallColumns, call.call);
+  last_ = {rows_.row().Integer(1), rows_.row().Integer(0)};
+  LoadCall(rows_.row(), call);
+  rows_.EndWithoutSnapshot();
   return S_OK;
 }
 
@@ -81,14 +94,13 @@ HRESULT CallLog::Read(const CallPosition& after, std::size_t limit,
                       std::vector<NumberedCall>& calls) {
   calls.clear();
   return Guarded("CallLog::Read", [&]() -> HRESULT {
-    CallPosition position = after;
+    Statement read;
+    RETURN_IF_FAILED(store().Prepare(CallsBehindSql().c_str(), read, after.startTime, after.id));
     while (calls.size() < limit) {
-      NumberedCall call;
       bool found = false;
-      RETURN_IF_FAILED(ReadCallBehind(store(), position, call, found));
+      RETURN_IF_FAILED(read.Step(kStep, found));
       if (!found) return S_OK;
-      position = call.position();
-      calls.push_back(std::move(call));
+      LoadCall(read, calls.emplace_back());
     }
     return S_OK;
   });

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "handheld/store/columns.h"
+#include "handheld/store/row_scan.h"
 #include "handheld/store/store_writer.h"
 #include "platform/phone.h"
 
@@ -52,9 +53,18 @@ struct NumberedCall {
   CallPosition position() const { return {call.startTime, id}; }
 };
 
-// The first call behind a position, found in the index. `found` tells whether there is one.
-[[nodiscard]] HRESULT ReadCallBehind(Store& store, const CallPosition& position, NumberedCall& call,
-                                     bool& found);
+// The log from call to call.
+class CallScan {
+ public:
+  // The first call behind a position, found in the index unless the call read last stands there.
+  // `found` tells whether there is one.
+  [[nodiscard]] HRESULT ReadBehind(Store& store, const CallPosition& position, NumberedCall& call,
+                                   bool& found);
+
+ private:
+  RowScan rows_;
+  CallPosition last_;
+};
 // The position of the `offset`-th call, counted from 0. `found` as above.
 [[nodiscard]] HRESULT FindCallPosition(Store& store, std::int64_t offset, CallPosition& position,
                                        bool& found);

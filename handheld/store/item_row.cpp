@@ -30,6 +30,12 @@ HRESULT PrepareWrite(Store& store, const std::string& sql, Statement& write, std
 }
 
 template <typename Fields>
+void LoadRow(const Statement& select, int firstColumn, ItemRow<Fields>& row) {
+  const int column = LoadFields(select, firstColumn, row.fields);
+  if (ItemTable<Fields>::kRecurs) LoadSeries(select, column, row.series);
+}
+
+template <typename Fields>
 std::string Named(const char* before, const char* behind) {
   return std::string(before) + ItemTable<Fields>::kName + behind;
 }
@@ -92,9 +98,28 @@ HRESULT ReadItem(Store& store, std::uint32_t oid, ItemRow<Fields>& row, bool& fo
                                   Named<Fields>(" FROM ", " WHERE oid = ?1");
   Statement select;
   RETURN_IF_FAILED(store.Find(kSql.c_str(), kReadRow, select, found, oid));
-  if (!found) return S_OK;
-  const int column = LoadFields(select, 0, row.fields);
-  if (ItemTable<Fields>::kRecurs) LoadSeries(select, column, row.series);
+  if (found) LoadRow(select, 0, row);
+  return S_OK;
+}
+
+template <typename Fields>
+HRESULT ScanItem(Store& store, RowScan& scan, std::uint32_t oid, ItemRow<Fields>& row,
+                 bool& found) {
+  static const std::string kSql = "SELECT oid, " +
+                                  ColumnList(ColumnForm::kNames, ItemColumns<Fields>(), 1) +
+                                  Named<Fields>(" FROM ", " WHERE oid >= ?1 ORDER BY oid");
+  if (store.snapshot() == 0) return ReadItem(store, oid, row, found);
+  for (bool begun = false; !begun;) {
+    begun = !scan.GoesOn(store);
+    if (begun) RETURN_IF_FAILED(scan.Begin(store, kSql.c_str(), oid));
+    RETURN_IF_FAILED(scan.Next(kReadRow, found));
+    found = found && scan.row().Integer(0) == oid;
+    if (found) {
+      LoadRow(scan.row(), 1, row);
+      return S_OK;
+    }
+    if (!begun) scan.End();
+  }
   return S_OK;
 }
 
@@ -145,6 +170,7 @@ HRESULT DeleteItem(Store& store, std::uint32_t oid) {
   template int LoadFields(const Statement&, int, Fields&);                                        \
   template HRESULT ListItems<Fields>(Store&, std::vector<std::uint32_t>&);                        \
   template HRESULT ReadItem(Store&, std::uint32_t, ItemRow<Fields>&, bool&);                      \
+  template HRESULT ScanItem(Store&, RowScan&, std::uint32_t, ItemRow<Fields>&, bool&);            \
   template HRESULT ItemExists<Fields>(Store&, std::uint32_t, bool&);                              \
   template HRESULT InsertItem(Store&, const Fields&, const std::optional<Series>&,                \
                               std::uint32_t&);                                                    \

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "handheld/store/item_tables.h"
+#include "handheld/store/row_scan.h"
 
 namespace ce::host {
 
@@ -33,6 +34,11 @@ template <typename Fields>
 // `found` false, and success, when there is no such item.
 template <typename Fields>
 [[nodiscard]] HRESULT ReadItem(Store& store, std::uint32_t oid, ItemRow<Fields>& row, bool& found);
+// The same, quick for whoever asks for one item after the other: `scan` goes from each to the next
+// while the store holds a snapshot.
+template <typename Fields>
+[[nodiscard]] HRESULT ScanItem(Store& store, RowScan& scan, std::uint32_t oid, ItemRow<Fields>& row,
+                               bool& found);
 template <typename Fields>
 [[nodiscard]] HRESULT ItemExists(Store& store, std::uint32_t oid, bool& found);
 // Stores a new item under a new identifier. Within a write.

@@ -8,9 +8,16 @@
 namespace ce::host {
 
 Statement::~Statement() {
+  GiveBack();
+}
+
+void Statement::GiveBack() {
   if (!statement_) return;
   sqlite3_reset(statement_);
   sqlite3_clear_bindings(statement_);
+  *lent_ = nullptr;
+  statement_ = nullptr;
+  bindResult_ = 0;
 }
 
 void Statement::BindInteger(int parameter, std::int64_t value) {

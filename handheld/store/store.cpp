@@ -19,26 +19,33 @@ constexpr char kRelease[] = "RELEASE write";
 Store::~Store() {
   // Nobody is left to tell; whoever must know asks CommitPending before.
   static_cast<void>(CommitPending());
-  for (const Cached& cached : statements_) sqlite3_finalize(cached.statement);
+  for (Cached& cached : statements_) {
+    if (cached.lentTo) cached.lentTo->GiveBack();
+    sqlite3_finalize(cached.statement);
+  }
   sqlite3_close(database_);
 }
 
 HRESULT Store::Prepare(const char* sql, Statement& statement) {
-  for (const Cached& cached : statements_) {
-    if (cached.sql == sql) {
-      statement.statement_ = cached.statement;
-      return S_OK;
-    }
+  statement.GiveBack();
+  const auto lend = [&statement](Cached& cached) {
+    statement.statement_ = cached.statement;
+    statement.lent_ = &cached.lentTo;
+    cached.lentTo = &statement;
+    return S_OK;
+  };
+  for (Cached& cached : statements_) {
+    if (cached.sql == sql && !cached.lentTo) return lend(cached);
   }
   RETURN_IF_FAILED(FaultStatus("sqlite3_prepare"));
-  statements_.reserve(statements_.size() + 1);
-  sqlite3_stmt* prepared = nullptr;
-  const int result =
-      sqlite3_prepare_v3(database_, sql, -1, SQLITE_PREPARE_PERSISTENT, &prepared, nullptr);
-  RETURN_IF_FAILED(StoreStatus(result));
-  statements_.push_back({sql, prepared});
-  statement.statement_ = prepared;
-  return S_OK;
+  Cached& added = statements_.emplace_back(Cached{sql, nullptr, nullptr});
+  const HRESULT status = StoreStatus(
+      sqlite3_prepare_v3(database_, sql, -1, SQLITE_PREPARE_PERSISTENT, &added.statement, nullptr));
+  if (Failed(status)) {
+    statements_.pop_back();
+    return status;
+  }
+  return lend(added);
 }
 
 HRESULT Store::PrepareTransactions() {
@@ -65,14 +72,22 @@ HRESULT Store::BeginSnapshot() {
   if (!snapshotOpen_ && !group_) {
     RETURN_IF_FAILED(Run(kBegin, "sqlite3_step:begin"));
     snapshotOpen_ = true;
+    ++snapshotNumber_;
   }
   ++snapshots_;
   return S_OK;
 }
 
 void Store::EndSnapshot() {
-  if (--snapshots_ > 0 || !snapshotOpen_) return;
+  if (--snapshots_ == 0 && snapshotOpen_) CloseSnapshot();
+}
+
+void Store::CloseSnapshot() {
   snapshotOpen_ = false;
+  // One with rows left would hold on to the snapshot.
+  for (const Cached& cached : statements_) {
+    if (cached.lentTo) sqlite3_reset(cached.statement);
+  }
   Rollback();  // nothing was written; this only lets go of the snapshot
 }
 
@@ -87,10 +102,7 @@ HRESULT Store::BeginWrite(WriteGroup* group) {
 HRESULT Store::BeginTransaction(WriteGroup* group) {
   RETURN_IF_FAILED(CommitPending());
   // A snapshot that another connection has written past could not be turned into a write.
-  if (snapshotOpen_) {
-    snapshotOpen_ = false;
-    Rollback();
-  }
+  if (snapshotOpen_) CloseSnapshot();
   if (!turn_.Await()) return kStoreBusy;
   const HRESULT status = Run(kBeginWrite, "sqlite3_step:begin");
   if (Succeeded(status)) {

@@ -9,6 +9,7 @@
 
 #include <concepts>
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <optional>
 #include <string>
@@ -26,15 +27,19 @@ struct sqlite3_stmt;
 
 namespace ce::host {
 
-// A prepared statement on loan from its store, reset when it goes. Parameters and columns count as
-// in SQLite: parameters from 1, columns from 0. Stored text and bytes that are bound or read by
-// view are borrowed: bound ones must live until the last Step, column views until the next one.
+// A prepared statement on loan from its store, reset when it goes or the store does. Parameters and
+// columns count as in SQLite: parameters from 1, columns from 0. Stored text and bytes that are
+// bound or read by view are borrowed: bound ones must live until the last Step, column views until
+// the next one.
 class Statement {
  public:
   Statement() = default;
   Statement(const Statement&) = delete;
   Statement& operator=(const Statement&) = delete;
   ~Statement();
+
+  // Ends the loan.
+  void GiveBack();
 
   // As a row's member of this type is kept. An optional one without a value is NULL.
   template <std::integral T>
@@ -96,6 +101,7 @@ class Statement {
   void Note(int result);
 
   sqlite3_stmt* statement_ = nullptr;
+  Statement** lent_ = nullptr;  // where the store knows of the loan
   int bindResult_ = 0;
 };
 
@@ -135,7 +141,8 @@ class Store {
   Store(const Store&) = delete;
   Store& operator=(const Store&) = delete;
 
-  // `sql` must live as long as the store and is known by its address. One loan of it at a time.
+  // `sql` must live as long as the store and is known by its address. What `statement` had is given
+  // back.
   [[nodiscard]] HRESULT Prepare(const char* sql, Statement& statement);
   // With `values` bound to its first parameters.
   template <typename... Values>
@@ -175,6 +182,9 @@ class Store {
   // Snapshots nest: the outermost counts.
   [[nodiscard]] HRESULT BeginSnapshot();
   void EndSnapshot();
+  // The number of the snapshot that is held, never that of another one; 0 while none is. A
+  // statement whose rows were not all read is reset when its snapshot ends.
+  std::uint64_t snapshot() const { return snapshotOpen_ ? snapshotNumber_ : 0; }
 
   // Runs `work` in a transaction. Without a group it is committed on return, or undone when `work`
   // or the commit fails. With a group it joins the group's transaction; a failure of the commit
@@ -220,22 +230,25 @@ class Store {
   void UndoWrite(WriteGroup& group, HRESULT status);
   // Behind a write of the open group that failed. `sound` tells whether that one is undone.
   void KeepPending(WriteGroup& group, HRESULT status, bool sound);
+  void CloseSnapshot();
   void Rollback();
   bool InTransaction() const;
 
   struct Cached {
     const char* sql;
     sqlite3_stmt* statement;
+    Statement* lentTo;
   };
 
   sqlite3* database_ = nullptr;
-  WriteTurn turn_;  // while a transaction that writes is open
-  std::vector<Cached> statements_;
-  WriteGroup* group_ = nullptr;  // whose transaction is open
+  WriteTurn turn_;                 // while a transaction that writes is open
+  std::deque<Cached> statements_;  // which stay where they are
+  WriteGroup* group_ = nullptr;    // whose transaction is open
   WriteGroup* bulk_ = nullptr;
   HRESULT bulkStatus_ = S_OK;  // why what was pending in it is lost
   int snapshots_ = 0;
   bool snapshotOpen_ = false;
+  std::uint64_t snapshotNumber_ = 0;
 };
 
 }  // namespace ce::host
