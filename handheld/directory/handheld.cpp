@@ -154,6 +154,27 @@ DWORD Handheld::Number(const char16_t* name, DWORD fallback) const {
   return value ? value->AsNumber().value_or(fallback) : fallback;
 }
 
+DWORD Handheld::Number(Remembered& remembered, const char16_t* name, DWORD fallback) const {
+  const std::uint64_t version = registry_->version();
+  const std::uint64_t known = remembered.load(std::memory_order_acquire);
+  if (known >> 32 == version) return static_cast<DWORD>(known);
+  const DWORD number = Number(name, fallback);
+  remembered.store(version << 32 | number, std::memory_order_release);
+  return number;
+}
+
+LANGID Handheld::Language() const {
+  return static_cast<LANGID>(Number(language_, setting::kLanguage, HandheldSettings().language));
+}
+
+DWORD Handheld::RequestTimeout() const {
+  return Number(requestTimeout_, setting::kRequestTimeout, kDefaultRequestTimeout);
+}
+
+DWORD Handheld::PeerTimeout() const {
+  return Number(peerTimeout_, setting::kPeerTimeout, kDefaultPeerTimeout);
+}
+
 std::u16string Handheld::Text(const char16_t* name, std::u16string_view fallback) const {
   const auto value = registry_->Value(setting::kKey, name);
   return value ? value->AsText().value_or(std::u16string(fallback)) : std::u16string(fallback);

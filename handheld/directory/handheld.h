@@ -7,6 +7,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <mutex>
@@ -39,6 +40,8 @@ class Handheld {
   static constexpr DWORD kFormatVersion = 1;
   // A block of memory may have this many bytes unless the settings say otherwise.
   static constexpr DWORD kDefaultMaxBlock = 256u << 20;
+  static constexpr DWORD kDefaultPeerTimeout = 600;    // seconds
+  static constexpr DWORD kDefaultRequestTimeout = 30;  // seconds
 
   // Makes a handheld in `directory`, which must not exist or be empty. Throws HandheldError.
   static void Create(const std::filesystem::path& directory, const HandheldSettings& settings);
@@ -70,18 +73,31 @@ class Handheld {
 
   // Number of setting::kMaxBlock, at the cost of a load.
   DWORD MaxBlock() const { return maxBlock_; }
+  // Numbers of these settings, looked up again only when the registry has changed.
+  LANGID Language() const;
+  DWORD RequestTimeout() const;
+  DWORD PeerTimeout() const;
 
   // The rules of the handheld's zone; nothing when the system's zone database lacks it.
   std::optional<TIME_ZONE_INFORMATION> ZoneRules() const;
 
  private:
+  // A number, and the registry's version that has it.
+  using Remembered = std::atomic<std::uint64_t>;
+  static constexpr std::uint64_t kNothing = ~std::uint64_t{0};
+
   Handheld(const std::filesystem::path& directory, std::unique_ptr<DirectoryLock> lock);
+
+  DWORD Number(Remembered& remembered, const char16_t* name, DWORD fallback) const;
 
   const std::filesystem::path directory_;
   const std::unique_ptr<DirectoryLock> lock_;
   const std::shared_ptr<Registry> registry_;
   const std::unique_ptr<Clock> clock_;
   std::atomic<DWORD> maxBlock_;
+  mutable Remembered language_{kNothing};
+  mutable Remembered requestTimeout_{kNothing};
+  mutable Remembered peerTimeout_{kNothing};
 
   // The zone that was read last: its database file is read again when the setting changes.
   mutable std::mutex zoneLock_;

@@ -125,6 +125,7 @@ DWORD Registry::Replace(RegistryTree changed) {
   if (text.size() > kMaxRegistryText) return ERROR_DISK_FULL;
   if (const DWORD error = ReplaceFile(file_, text)) return error;
   tree_ = std::move(changed);
+  version_.fetch_add(1, std::memory_order_release);
   return ERROR_SUCCESS;
 }
 

@@ -1,6 +1,8 @@
 // The registry of a handheld: in memory, and in a file that each change replaces as a whole.
 #pragma once
 
+#include <atomic>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <mutex>
@@ -41,6 +43,9 @@ class Registry : public std::enable_shared_from_this<Registry> {
   // With everything below it. A root cannot be deleted: ERROR_ACCESS_DENIED.
   [[nodiscard]] DWORD DeleteKey(std::u16string_view key);
 
+  // Another number after every change.
+  std::uint32_t version() const { return version_.load(std::memory_order_acquire); }
+
   // The key's name from its root; nothing for a name that no key can have.
   static std::optional<std::u16string> FullPath(std::u16string_view key);
 
@@ -54,6 +59,7 @@ class Registry : public std::enable_shared_from_this<Registry> {
   const std::filesystem::path file_;
   mutable std::mutex lock_;
   RegistryTree tree_;
+  std::atomic<std::uint32_t> version_{0};
 };
 
 }  // namespace ce::host

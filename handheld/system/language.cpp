@@ -87,8 +87,7 @@ UINT CodePageOf(LANGID id) {
 UINT SystemCodePage() {
   const Handheld* handheld = Handheld::Current();
   if (!handheld) return 1252;
-  const DWORD language = handheld->Number(setting::kLanguage, kLangEnglishUs);
-  const UINT codePage = CodePageOf(static_cast<LANGID>(language));
+  const UINT codePage = CodePageOf(handheld->Language());
   return codePage == 0 ? CP_UTF8 : codePage;
 }
 

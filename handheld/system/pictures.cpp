@@ -33,9 +33,12 @@ constexpr std::array kTimeFields = {
     Field{u's', 2, &SYSTEMTIME::wSecond, 0, 2}, Field{u's', 1, &SYSTEMTIME::wSecond, 0, 1}};
 
 void AppendNumber(std::u16string& out, unsigned number, std::size_t digits) {
-  const std::string text = std::to_string(number);
-  if (text.size() < digits) out.append(digits - text.size(), u'0');
-  out.append(text.begin(), text.end());
+  std::array<char16_t, 10> text;
+  auto first = text.end();
+  for (; number > 0 || static_cast<std::size_t>(text.end() - first) < digits; number /= 10) {
+    *--first = static_cast<char16_t>(u'0' + number % 10);
+  }
+  out.append(first, text.end());
 }
 
 // The text behind an opening apostrophe; two apostrophes stand for one.
@@ -53,6 +56,7 @@ template <std::size_t kCount>
 std::u16string Draw(const std::array<Field, kCount>& fields, const SYSTEMTIME& time,
                     std::u16string_view picture) {
   std::u16string out;
+  out.reserve(2 * picture.size());
   while (!picture.empty()) {
     const char16_t letter = picture.front();
     if (letter == u'\'') {

@@ -44,7 +44,7 @@ LANGID GetSystemDefaultLangID() {
   GuardedBool("GetSystemDefaultLangID", [&]() -> DWORD {
     const Handheld* handheld = Handheld::Current();
     if (!handheld) return ERROR_NOT_READY;
-    language = static_cast<LANGID>(handheld->Number(host::setting::kLanguage, language));
+    language = handheld->Language();
     return ERROR_SUCCESS;
   });
   return language;
