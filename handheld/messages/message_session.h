@@ -5,7 +5,7 @@
 #include <memory>
 #include <utility>
 
-#include "handheld/store/store.h"
+#include "handheld/store/row_scan.h"
 #include "platform/types.h"
 
 namespace ce::host {
@@ -28,6 +28,23 @@ class MessageSession {
                                bool& found);
   HRESULT Close();
 
+  // The message whose row a contents table has read last: whoever reads a folder row by row opens
+  // each message next, and need not look for it.
+  struct MessageAtHand {
+    const RowScan* rows = nullptr;  // which stands at it
+    std::int64_t id = 0;
+    std::int64_t folder = 0;
+  };
+  void PutAtHand(const MessageAtHand& message) { atHand_ = message; }
+  // Before `rows` go on, or go.
+  void LetGoOf(const RowScan& rows) {
+    if (atHand_.rows == &rows) atHand_ = {};
+  }
+  // Null when there is none.
+  const MessageAtHand* AtHand() const {
+    return atHand_.rows && store_ && atHand_.rows->GoesOn(*store_) ? &atHand_ : nullptr;
+  }
+
  private:
   class Deletions final : public WriteGroup {
    public:
@@ -38,6 +55,7 @@ class MessageSession {
   Deletions deletions_;
   std::unique_ptr<Store> store_;
   bool snapshotTaken_ = false;
+  MessageAtHand atHand_;
 };
 
 using MessageSessionPtr = std::shared_ptr<MessageSession>;

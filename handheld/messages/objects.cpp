@@ -1,5 +1,6 @@
 #include "handheld/messages/objects.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "handheld/base/com_object.h"
@@ -12,10 +13,11 @@
 namespace ce::host {
 namespace {
 
-// What every GetProps does around its query: the frame, the arguments, the session.
-HRESULT GetObjectProps(const char* call, MessageSession& session, const PropertyQuery& query,
-                       std::int64_t id, const SPropTagArray* tags, DWORD* count,
-                       SPropValue** values) {
+// What every GetProps does around its query, which `read` makes: the frame, the arguments, the
+// session.
+template <typename Read>
+HRESULT GetObjectProps(const char* call, MessageSession& session, const SPropTagArray* tags,
+                       DWORD* count, SPropValue** values, Read read) {
   if (!count || !values) return E_POINTER;
   *count = 0;
   *values = nullptr;
@@ -23,32 +25,34 @@ HRESULT GetObjectProps(const char* call, MessageSession& session, const Property
     if (!tags || !tags->aulPropTag || tags->cValues == 0) return E_INVALIDARG;
     Store* store = nullptr;
     RETURN_IF_FAILED(session.Reading(store));
-    return ReadProperties(*store, query, id, *tags, count, values);
+    return read(*store);
   });
 }
 
-constexpr DWORD kMessageTags[] = {PR_ENTRYID,
-                                  PR_MESSAGE_CLASS_W,
-                                  PR_MESSAGE_DELIVERY_TIME,
-                                  PR_MESSAGE_FLAGS,
-                                  PR_MSG_STATUS,
-                                  PR_SUBJECT_W,
-                                  PR_SENDER_NAME_W,
-                                  PR_SENDER_EMAIL_ADDRESS_W,
-                                  PR_MESSAGE_SIZE,
-                                  PR_LAST_MODIFICATION_TIME};
-constexpr PropertyQuery kMessageProperties{
-    "SELECT id, entry_id, message_class, delivery_time, flags, status, subject, sender_name,"
-    " sender_address, size, last_modification_time FROM messages WHERE id = ?1",
-    kMessageTags};
+HRESULT GetObjectProps(const char* call, MessageSession& session, const PropertyQuery& query,
+                       std::int64_t id, const SPropTagArray* tags, DWORD* count,
+                       SPropValue** values) {
+  return GetObjectProps(call, session, tags, count, values, [&](Store& store) {
+    return ReadProperties(store, query, id, *tags, count, values);
+  });
+}
+
+constexpr char kReadMessage[] =
+    "SELECT id, entry_id, message_class, delivery_time, flags, status, subject, sender_name, size,"
+    " last_modification_time, sender_address FROM messages WHERE id = ?1";
 
 class Message final : public UnknownObject<IMessage, IMAPIProp> {
  public:
   Message(MessageSessionPtr session, std::int64_t id) : session_(std::move(session)), id_(id) {}
 
   HRESULT GetProps(const SPropTagArray* tags, DWORD, DWORD* count, SPropValue** values) override {
-    return GetObjectProps("IMessage::GetProps", *session_, kMessageProperties, id_, tags, count,
-                          values);
+    const auto read = [&](Store& store) {
+      if (const auto* message = session_->AtHand(); message && message->id == id_) {
+        return ReadProperties(message->rows->row(), kMessageTags, *tags, count, values);
+      }
+      return ReadProperties(store, {kReadMessage, kMessageTags}, id_, *tags, count, values);
+    };
+    return GetObjectProps("IMessage::GetProps", *session_, tags, count, values, read);
   }
 
   HRESULT GetRecipientTable(DWORD, IMAPITable** table) override {
@@ -155,7 +159,7 @@ class MsgStore final : public UnknownObject<IMsgStore, IMAPIProp> {
       RETURN_IF_FAILED(session_->Reading(store));
       DWORD type = MAPI_MESSAGE;
       std::int64_t found = 0;
-      HRESULT status = FindEntry(*store, kFindMessage, entryId, entryIdBytes, id_, found);
+      HRESULT status = FindMessage(*store, entryId, entryIdBytes, found);
       if (status == MAPI_E_NOT_FOUND) {
         type = MAPI_FOLDER;
         status = FindEntry(*store, kFindFolder, entryId, entryIdBytes, id_, found);
@@ -168,6 +172,32 @@ class MsgStore final : public UnknownObject<IMsgStore, IMAPIProp> {
 
  private:
   ~MsgStore() override = default;
+
+  HRESULT FindMessage(Store& store, const ENTRYID* entryId, DWORD bytes, std::int64_t& found) {
+    bool atHand = false;
+    RETURN_IF_FAILED(IsAtHand(store, entryId, bytes, atHand));
+    if (!atHand) return FindEntry(store, kFindMessage, entryId, bytes, id_, found);
+    found = session_->AtHand()->id;
+    return S_OK;
+  }
+  // Whether the message at hand has this identifier, and is one of this store.
+  HRESULT IsAtHand(Store& store, const ENTRYID* entryId, DWORD bytes, bool& atHand) {
+    static constexpr char kIsOwn[] = "SELECT 1 FROM message_folders WHERE id = ?1 AND store = ?2";
+    atHand = false;
+    const auto* message = session_->AtHand();
+    if (!message || !entryId || bytes == 0) return S_OK;
+    const auto [id, size] = message->rows->row().Blob(1);
+    if (size != bytes || !std::equal(id, id + size, entryId)) return S_OK;
+    if (ownFolder_ != message->folder) {
+      Statement find;
+      bool isOwn = false;
+      RETURN_IF_FAILED(store.Find(kIsOwn, "sqlite3_step:read", find, isOwn, message->folder, id_));
+      if (!isOwn) return S_OK;
+      ownFolder_ = message->folder;
+    }
+    atHand = true;
+    return S_OK;
+  }
 
   HRESULT Make(DWORD type, std::int64_t id, const GUID* interfaceId, IUnknown** object) {
     ComPtr<IUnknown> made;
@@ -185,6 +215,7 @@ class MsgStore final : public UnknownObject<IMsgStore, IMAPIProp> {
 
   const MessageSessionPtr session_;
   const std::int64_t id_;
+  std::int64_t ownFolder_ = 0;  // one of its folders, that of the last message
 };
 
 }  // namespace

@@ -55,20 +55,25 @@ bool WantedProperties(const Statement& row, std::span<const DWORD> tags,
   return complete;
 }
 
+HRESULT ReadProperties(const Statement& row, std::span<const DWORD> tags,
+                       const SPropTagArray& wanted, DWORD* count, SPropValue** values) {
+  MapiBuffer buffer;
+  auto* const read = buffer.Allocate<SPropValue>(wanted.cValues);
+  const bool complete =
+      WantedProperties(row, tags, {wanted.aulPropTag, wanted.cValues}, buffer, read);
+  buffer.HandOut();
+  *count = wanted.cValues;
+  *values = read;
+  return complete ? S_OK : MAPI_W_ERRORS_RETURNED;
+}
+
 HRESULT ReadProperties(Store& store, const PropertyQuery& query, std::int64_t id,
                        const SPropTagArray& tags, DWORD* count, SPropValue** values) {
   Statement select;
   bool row = false;
   RETURN_IF_FAILED(store.Find(query.sql, "sqlite3_step:read", select, row, id));
   if (!row) return MAPI_E_NOT_FOUND;
-  MapiBuffer buffer;
-  auto* const read = buffer.Allocate<SPropValue>(tags.cValues);
-  const bool complete =
-      WantedProperties(select, query.tags, {tags.aulPropTag, tags.cValues}, buffer, read);
-  buffer.HandOut();
-  *count = tags.cValues;
-  *values = read;
-  return complete ? S_OK : MAPI_W_ERRORS_RETURNED;
+  return ReadProperties(select, query.tags, tags, count, values);
 }
 
 }  // namespace ce::host

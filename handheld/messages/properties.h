@@ -15,6 +15,7 @@ namespace ce::host {
 struct PropertyQuery {
   const char* sql;
   std::span<const DWORD> tags;
+  std::size_t usual = tags.size();  // so many of them, the first ones, are a table's columns
 };
 
 // The properties that the row has, in the query's order; their number.
@@ -26,7 +27,10 @@ DWORD PresentProperties(const Statement& row, std::span<const DWORD> tags, MapiB
 bool WantedProperties(const Statement& row, std::span<const DWORD> tags,
                       std::span<const DWORD> wanted, MapiBuffer& buffer, SPropValue* values);
 
-// IMAPIProp::GetProps of the row that `query` finds for `id` (?1); MAPI_E_NOT_FOUND without one.
+// IMAPIProp::GetProps of a row with these tags.
+HRESULT ReadProperties(const Statement& row, std::span<const DWORD> tags,
+                       const SPropTagArray& wanted, DWORD* count, SPropValue** values);
+// The same of the row that `query` finds for `id` (?1); MAPI_E_NOT_FOUND without one.
 [[nodiscard]] HRESULT ReadProperties(Store& store, const PropertyQuery& query, std::int64_t id,
                                      const SPropTagArray& tags, DWORD* count, SPropValue** values);
 

@@ -15,9 +15,17 @@ namespace {
 constexpr LONG kMostRows = std::numeric_limits<LONG>::max();
 
 constexpr DWORD kNamed[] = {PR_DISPLAY_NAME_W, PR_ENTRYID};
-constexpr DWORD kMessage[] = {PR_ENTRYID,       PR_MESSAGE_CLASS_W, PR_MESSAGE_DELIVERY_TIME,
-                              PR_MESSAGE_FLAGS, PR_MSG_STATUS,      PR_SUBJECT_W,
-                              PR_SENDER_NAME_W, PR_MESSAGE_SIZE,    PR_LAST_MODIFICATION_TIME};
+constexpr DWORD kMessage[] = {PR_ENTRYID,
+                              PR_MESSAGE_CLASS_W,
+                              PR_MESSAGE_DELIVERY_TIME,
+                              PR_MESSAGE_FLAGS,
+                              PR_MSG_STATUS,
+                              PR_SUBJECT_W,
+                              PR_SENDER_NAME_W,
+                              PR_MESSAGE_SIZE,
+                              PR_LAST_MODIFICATION_TIME,
+                              PR_SENDER_EMAIL_ADDRESS_W};
+constexpr std::size_t kUsualOfMessage = std::size(kMessage) - 1;
 constexpr DWORD kIdentity[] = {PR_ENTRYID};
 constexpr DWORD kRecipient[] = {PR_DISPLAY_NAME_W, PR_EMAIL_ADDRESS_W, PR_RECIPIENT_TYPE};
 
@@ -31,8 +39,9 @@ constexpr PropertyQuery kFolders{
     kNamed};
 constexpr PropertyQuery kMessages{
     "SELECT id, entry_id, message_class, delivery_time, flags, status, subject, sender_name, size,"
-    " last_modification_time FROM messages WHERE folder = ?1 AND id > ?2 ORDER BY id LIMIT ?3",
-    kMessage};
+    " last_modification_time, sender_address FROM messages WHERE folder = ?1 AND id > ?2"
+    " ORDER BY id LIMIT ?3",
+    kMessage, kUsualOfMessage};
 constexpr PropertyQuery kMessageIdentities{
     "SELECT id, entry_id FROM messages WHERE folder = ?1 AND id > ?2 ORDER BY id LIMIT ?3",
     kIdentity};
@@ -80,7 +89,7 @@ class Table final : public UnknownObject<IMAPITable> {
   }
 
  private:
-  ~Table() override = default;
+  ~Table() override { session_->LetGoOf(scan_); }
 
   HRESULT Read(Store& store, LONG count, SRowSet** rows);
   SRow ReadRow(const Statement& row, const PropertyQuery& query, MapiBuffer& buffer) const;
@@ -98,6 +107,7 @@ HRESULT Table::Read(Store& store, LONG count, SRowSet** rows) {
   constexpr LONG kNoLimit = -1;
   const bool isSingle = count == 1;
   const PropertyQuery& query = !isSingle && columns_.empty() ? kind_.severalRows : kind_.rows;
+  session_->LetGoOf(scan_);
   if (!isSingle || scanned_ != position_ || !scan_.GoesOn(store)) {
     RETURN_IF_FAILED(scan_.Begin(store, query.sql, owner_, position_, isSingle ? kNoLimit : count));
   }
@@ -115,6 +125,7 @@ HRESULT Table::Read(Store& store, LONG count, SRowSet** rows) {
   }
   if (!isSingle) scan_.End();
   scan_.EndWithoutSnapshot();
+  if (&kind_ == &kContentsTable) session_->PutAtHand({&scan_, scanned_, owner_});
   set->cRows = static_cast<DWORD>(read.size());
   set->aRow = buffer.Allocate<SRow>(read.size());
   std::copy(read.begin(), read.end(), set->aRow);
@@ -126,13 +137,14 @@ HRESULT Table::Read(Store& store, LONG count, SRowSet** rows) {
 
 SRow Table::ReadRow(const Statement& row, const PropertyQuery& query, MapiBuffer& buffer) const {
   SRow result{};
+  const auto usual = query.tags.first(query.usual);
   if (columns_.empty()) {
-    result.lpProps = buffer.Allocate<SPropValue>(query.tags.size());
-    result.cValues = PresentProperties(row, query.tags, buffer, result.lpProps);
+    result.lpProps = buffer.Allocate<SPropValue>(usual.size());
+    result.cValues = PresentProperties(row, usual, buffer, result.lpProps);
   } else {
     result.lpProps = buffer.Allocate<SPropValue>(columns_.size());
     result.cValues = static_cast<DWORD>(columns_.size());
-    WantedProperties(row, query.tags, columns_, buffer, result.lpProps);
+    WantedProperties(row, usual, columns_, buffer, result.lpProps);
   }
   return result;
 }
@@ -147,6 +159,8 @@ const TableKind kContentsTable{kMessages, kMessageIdentities,
                                "SELECT count(*) FROM messages WHERE folder = ?1"};
 const TableKind kRecipientTable{kRecipients, kRecipients,
                                 "SELECT count(*) FROM message_recipients WHERE message = ?1"};
+
+const std::span<const DWORD> kMessageTags = kMessage;
 
 IMAPITable* MakeTable(const MessageSessionPtr& session, const TableKind& kind, std::int64_t owner) {
   return new Table(session, kind, owner);

@@ -18,7 +18,9 @@ struct TableKind {
 
 extern const TableKind kStoresTable;     // the owner is not looked at
 extern const TableKind kHierarchyTable;  // of a folder
-extern const TableKind kContentsTable;   // of a folder
+// Of a folder. All properties of a message are among its columns: kMessageTags.
+extern const TableKind kContentsTable;
+extern const std::span<const DWORD> kMessageTags;
 extern const TableKind kRecipientTable;  // of a message
 
 IMAPITable* MakeTable(const MessageSessionPtr& session, const TableKind& kind, std::int64_t owner);
