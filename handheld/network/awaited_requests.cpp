@@ -110,6 +110,14 @@ void AwaitedRequest::Begin(int fd, Patience patience) {
   id_ = Requests().Add(fd);
 }
 
+bool AwaitedRequest::Hear() {
+  const std::uint64_t id = id_.load(std::memory_order_relaxed);
+  if (id == 0) return false;
+  if (!heard_) Requests().SetAwaited(id, false);
+  heard_ = true;
+  return true;
+}
+
 bool AwaitedRequest::WaitForBytes() {
   const std::uint64_t id = id_.load(std::memory_order_relaxed);
   if (id == 0) return true;

@@ -33,6 +33,9 @@ class AwaitedRequest {
 
   // Once at most, by accept. May throw std::bad_alloc.
   void Begin(int fd, Patience patience);
+  // Whether the request is awaited still. What has come of it can be received without waiting: the
+  // connection counts as heard.
+  [[nodiscard]] bool Hear();
   // For a call that is to receive. Returns at once when the request is not awaited, otherwise when
   // there is something to receive; false when the peer's time is up.
   [[nodiscard]] bool WaitForBytes();
@@ -44,6 +47,7 @@ class AwaitedRequest {
   int fd_ = -1;
   std::chrono::seconds silence_{0};
   Deadline deadline_;
+  bool heard_ = false;  // of the thread that receives
 };
 
 // Waits a moment for the connection's own thread to let go of it. False when there is none.

@@ -110,8 +110,11 @@ void SocketWatcher::Watch(std::uint64_t id, const Socket& socket) {
 }
 
 void SocketWatcher::Close(Abandoned::iterator abandoned) {
-  const int fd = abandoned->second->fd.get();
-  if (poll_) ::epoll_ctl(poll_.get(), EPOLL_CTL_DEL, fd, nullptr);
+  // Closing takes it out of the poll, unless another thread's call keeps it open.
+  const SocketPtr& socket = abandoned->second;
+  if (poll_ && socket.use_count() > 1) {
+    ::epoll_ctl(poll_.get(), EPOLL_CTL_DEL, socket->fd.get(), nullptr);
+  }
   CloseNow(std::move(abandoned->second));
   abandoned_.erase(abandoned);
 }

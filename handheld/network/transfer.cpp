@@ -85,6 +85,13 @@ INT recv(SOCKET socket, void* buffer, INT bytes, INT flags) {
   if (!source) return host::FailSocketCall(error);
   host::SendHeld(*source);
   if (bytes == 0) return 0;  // the host would wait for bytes that it is not to take
+  if (source->awaited.Hear()) {
+    // A request has mostly come when it is asked for.
+    const ssize_t count =
+        ::recv(source->fd.get(), buffer, static_cast<std::size_t>(bytes), MSG_DONTWAIT);
+    if (count >= 0) return static_cast<INT>(count);
+    if (errno != EAGAIN && errno != EINTR) return host::FailTransfer(*source, errno);
+  }
   if (!source->awaited.WaitForBytes()) return host::FailTransfer(*source, EAGAIN);
   for (;;) {
     const ssize_t count = ::recv(source->fd.get(), buffer, static_cast<std::size_t>(bytes), 0);
