@@ -21,8 +21,10 @@ HRESULT GetStoredText(const char* call, std::string_view stored, BSTR* value) {
   if (!value) return E_POINTER;
   *value = nullptr;
   return Guarded(call, [&] {
-    *value = SysAllocStringLen(nullptr, static_cast<UINT>(text::Utf16Length(stored)));
-    if (*value && !stored.empty()) text::DecodeWtf8(stored, *value);
+    // Most properties are empty.
+    const std::size_t length = stored.empty() ? 0 : text::Utf16Length(stored);
+    *value = SysAllocStringLen(nullptr, static_cast<UINT>(length));
+    if (*value && length > 0) text::DecodeWtf8(stored, *value);
     return *value ? S_OK : E_OUTOFMEMORY;
   });
 }

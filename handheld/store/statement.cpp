@@ -85,9 +85,11 @@ double Statement::Real(int column) const {
 }
 
 std::string_view Statement::Text(int column) const {
-  const int bytes = sqlite3_column_bytes(statement_, column);
+  // One look for both, by the connection's only thread.
+  sqlite3_value* const value = sqlite3_column_value(statement_, column);
+  const int bytes = sqlite3_value_bytes(value);
   if (bytes == 0) return {};
-  const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement_, column));
+  const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
   return text ? std::string_view{text, static_cast<std::size_t>(bytes)} : std::string_view{};
 }
 
