@@ -74,19 +74,22 @@ TEST_F(DesktopDevice, TellsThatThereIsNoInkAndNoCard) {
   EXPECT_EQ(Desktop({"cards", "--json"}).out, "[]\n");
 }
 
+// A volume that nobody writes to.
+const fs::path kDevices = "/dev";
+
 TEST_F(DesktopDevice, TellsTheRoomAsTheSystemHasIt) {
   MakeCard("A", card_.path());
-  MakeCard("B", SourcePath("."));
+  MakeCard("B", kDevices);
   fs::create_directory(Root() / "Notes");
   StartAgent(handheld_);
-  const Ended all = AtRest({card_.path(), SourcePath(".")}, {"storage", "--json"});
+  const Ended all = AtRest({card_.path(), kDevices}, {"storage", "--json"});
   EXPECT_EQ(all.code, 0);
   EXPECT_EQ(all.out, "{" + Json(truth_) + "}\n");
   for (const std::string path : {"\\Notes", "/Notes", "notes", "\\"}) {
     const Ended own = AtRest({Root()}, {"storage", path, "--json"});
     EXPECT_EQ(own.out, "{" + Json(truth_) + "}\n") << path;
   }
-  const Ended card = AtRest({SourcePath(".")}, {"storage", "/B", "--json"});
+  const Ended card = AtRest({kDevices}, {"storage", "/B", "--json"});
   EXPECT_EQ(card.out, "{" + Json(truth_) + "}\n");
   const Ended lines = AtRest({Root()}, {"storage", "/Notes"});
   EXPECT_THAT(lines.out, HasSubstr(Text(truth_)));

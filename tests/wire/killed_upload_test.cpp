@@ -8,6 +8,7 @@
 #include <map>
 #include <random>
 #include <set>
+#include <stop_token>
 #include <thread>
 
 #include "tests/support/wire/agent_process.h"
@@ -134,6 +135,7 @@ class KilledUpload : public WireTest {
       try {
         for (std::string more = "x"; !more.empty() && replies.size() < 8 * records;) {
           replies += more = connection.Receive(1);
+          bytesAnswered_ += more.size();
         }
       } catch (const std::runtime_error&) {
         // The connection was reset.
@@ -164,6 +166,7 @@ class KilledUpload : public WireTest {
   }
 
   std::mt19937 random_{20080215};
+  std::atomic<std::size_t> bytesAnswered_{0};
   int names_ = 0;
   std::vector<SentRecord> sent_;
   std::map<std::uint32_t, std::string> contacts_;  // the names that were answered last
@@ -177,15 +180,20 @@ TEST_F(KilledUpload, LosesNothingThatWasAnsweredAndLeavesNothingHalf) {
   const std::string contact = Stored(kContacts, "CONTACT").begin()->second;
   const std::string series = Stored(kAppointments, "CALENDAR").begin()->second;
   unanswered_ = {"@"};
-  std::uniform_int_distribution<int> moment(0, 30'000);
+  // So many more replies, and a moment, so that it is within a chunk or between two.
+  std::uniform_int_distribution<std::size_t> replies(0, 30);
+  std::uniform_int_distribution<int> moment(0, 5'000);
   for (int kill = 0; kill < kKills && !HasFailure(); ++kill) {
+    const std::size_t enough = bytesAnswered_ + 8 * replies(random_);
     const std::chrono::microseconds wait(moment(random_));
     RawConnection connection = Begin();
-    std::jthread killer([&] {
+    std::jthread killer([&](const std::stop_token& ended) {
+      while (bytesAnswered_ < enough && !ended.stop_requested()) std::this_thread::yield();
       std::this_thread::sleep_for(wait);
       SignalAgent(SIGKILL);
     });
     UploadToTheEnd(connection);
+    killer.request_stop();
     killer.join();
     StopAgent(SIGKILL);
     ExpectWhole(contacts_, Stored(kContacts, "CONTACT"), contact);
