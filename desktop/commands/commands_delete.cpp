@@ -10,7 +10,7 @@
 
 #include "desktop/commands/commands_push.h"
 #include "desktop/records/phone_records.h"
-#include "desktop/sync/mapping.h"
+#include "desktop/transfer/mapping.h"
 #include "desktop/wire/error.h"
 #include "desktop/wire/request.h"
 #include "desktop/wire/status_text.h"

@@ -7,7 +7,7 @@
 #include "common/text/text.h"
 #include "desktop/commands/progress.h"
 #include "desktop/commands/push_report.h"
-#include "desktop/sync/mapping.h"
+#include "desktop/transfer/mapping.h"
 #include "desktop/wire/error.h"
 
 namespace desktop {

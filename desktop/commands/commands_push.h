@@ -9,7 +9,7 @@
 
 #include "common/calendar/zone.h"
 #include "desktop/commands/console.h"
-#include "desktop/sync/push_session.h"
+#include "desktop/transfer/push_session.h"
 #include "desktop/wire/connection.h"
 
 namespace desktop {

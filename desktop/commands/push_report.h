@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "desktop/sync/push_session.h"
+#include "desktop/transfer/push_session.h"
 
 namespace desktop {
 

@@ -89,8 +89,8 @@ const std::map<std::string, std::set<std::string>> kMayInclude = {
 
     {"desktop/wire", {"common"}},
     {"desktop/records", {"common", "desktop/wire"}},
-    {"desktop/sync", {"common", "desktop/wire", "desktop/records"}},
-    {"desktop/commands", {"common", "desktop/wire", "desktop/records", "desktop/sync"}},
+    {"desktop/transfer", {"common", "desktop/wire", "desktop/records"}},
+    {"desktop/commands", {"common", "desktop/wire", "desktop/records", "desktop/transfer"}},
     {"desktop/main.cpp", {"common", "desktop"}},
 };
 

@@ -5,7 +5,7 @@
 #include "desktop/commands/commands_delete.h"
 #include "desktop/commands/commands_device.h"
 #include "desktop/commands/commands_time.h"
-#include "desktop/sync/mapping.h"
+#include "desktop/transfer/mapping.h"
 #include "desktop/wire/request.h"
 #include "desktop/wire/xml_records.h"
 #include "tests/desktop/fixtures.h"

@@ -6,7 +6,7 @@
 #include <map>
 #include <nlohmann/json.hpp>
 
-#include "desktop/sync/mapping.h"
+#include "desktop/transfer/mapping.h"
 #include "tests/desktop/push_fixture.h"
 
 namespace desktop::testing {

@@ -8,7 +8,7 @@
 #include <functional>
 #include <nlohmann/json.hpp>
 
-#include "desktop/sync/mapping.h"
+#include "desktop/transfer/mapping.h"
 #include "tests/desktop/fixtures.h"
 
 namespace desktop::testing {

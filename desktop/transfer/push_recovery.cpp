@@ -1,11 +1,11 @@
-#include "desktop/sync/push_recovery.h"
+#include "desktop/transfer/push_recovery.h"
 
 #include <algorithm>
 #include <set>
 #include <utility>
 
 #include "desktop/records/record_kind.h"
-#include "desktop/sync/push_records.h"
+#include "desktop/transfer/push_records.h"
 #include "desktop/wire/upload.h"
 
 namespace desktop {

@@ -1,4 +1,4 @@
-#include "desktop/sync/record_writers.h"
+#include "desktop/transfer/record_writers.h"
 
 #include <array>
 #include <cerrno>
@@ -19,7 +19,7 @@
 #include "desktop/records/phone_records.h"
 #include "desktop/records/task_xml.h"
 #include "desktop/records/wire_losses.h"
-#include "desktop/sync/state_hash.h"
+#include "desktop/transfer/state_hash.h"
 #include "desktop/wire/error.h"
 
 namespace desktop {

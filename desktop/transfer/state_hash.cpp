@@ -1,4 +1,4 @@
-#include "desktop/sync/state_hash.h"
+#include "desktop/transfer/state_hash.h"
 
 #include <utility>
 

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "desktop/commands/commands_pull.h"
-#include "desktop/sync/mapping.h"
+#include "desktop/transfer/mapping.h"
 #include "tests/desktop/fixtures.h"
 #include "tests/desktop/push_fixture.h"
 

@@ -1,4 +1,4 @@
-#include "desktop/sync/journal.h"
+#include "desktop/transfer/journal.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>

@@ -1,4 +1,4 @@
-#include "desktop/sync/push_session.h"
+#include "desktop/transfer/push_session.h"
 
 #include <algorithm>
 #include <utility>

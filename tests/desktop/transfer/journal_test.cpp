@@ -1,4 +1,4 @@
-#include "desktop/sync/journal.h"
+#include "desktop/transfer/journal.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "desktop/sync/push_records.h"
+#include "desktop/transfer/push_records.h"
 
 #include <fmt/format.h>
 
@@ -18,7 +18,7 @@
 #include "desktop/records/contact_xml.h"
 #include "desktop/records/task_xml.h"
 #include "desktop/records/wire_losses.h"
-#include "desktop/sync/state_hash.h"
+#include "desktop/transfer/state_hash.h"
 #include "desktop/wire/error.h"
 #include "desktop/wire/upload.h"
 #include "desktop/wire/xml_records.h"

@@ -14,10 +14,10 @@
 #include <unordered_set>
 #include <vector>
 
-#include "desktop/sync/mapping.h"
-#include "desktop/sync/push_check.h"
-#include "desktop/sync/push_records.h"
-#include "desktop/sync/push_recovery.h"
+#include "desktop/transfer/mapping.h"
+#include "desktop/transfer/push_check.h"
+#include "desktop/transfer/push_records.h"
+#include "desktop/transfer/push_recovery.h"
 #include "desktop/wire/connection.h"
 #include "desktop/wire/upload.h"
 

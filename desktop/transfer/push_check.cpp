@@ -1,4 +1,4 @@
-#include "desktop/sync/push_check.h"
+#include "desktop/transfer/push_check.h"
 
 #include <fmt/format.h>
 
@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "desktop/records/record_kind.h"
-#include "desktop/sync/found_items.h"
+#include "desktop/transfer/found_items.h"
 #include "desktop/wire/error.h"
 
 namespace desktop {

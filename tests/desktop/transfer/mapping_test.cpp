@@ -1,4 +1,4 @@
-#include "desktop/sync/mapping.h"
+#include "desktop/transfer/mapping.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

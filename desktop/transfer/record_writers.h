@@ -10,7 +10,7 @@
 #include "common/calendar/zone.h"
 #include "common/formats/vcard/vcard.h"
 #include "desktop/records/record_kind.h"
-#include "desktop/sync/mapping.h"
+#include "desktop/transfer/mapping.h"
 
 namespace desktop {
 

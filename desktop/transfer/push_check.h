@@ -5,8 +5,8 @@
 #include <set>
 #include <span>
 
-#include "desktop/sync/mapping.h"
-#include "desktop/sync/push_records.h"
+#include "desktop/transfer/mapping.h"
+#include "desktop/transfer/push_records.h"
 #include "desktop/wire/connection.h"
 
 namespace desktop {

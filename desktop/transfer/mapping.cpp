@@ -1,4 +1,4 @@
-#include "desktop/sync/mapping.h"
+#include "desktop/transfer/mapping.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>

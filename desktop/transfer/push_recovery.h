@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
-#include "desktop/sync/found_items.h"
-#include "desktop/sync/mapping.h"
+#include "desktop/transfer/found_items.h"
+#include "desktop/transfer/mapping.h"
 #include "desktop/wire/connection.h"
 
 namespace desktop {

@@ -1,9 +1,9 @@
-#include "desktop/sync/found_items.h"
+#include "desktop/transfer/found_items.h"
 
 #include <fmt/format.h>
 
 #include "desktop/records/record_kind.h"
-#include "desktop/sync/state_hash.h"
+#include "desktop/transfer/state_hash.h"
 #include "desktop/wire/download.h"
 #include "desktop/wire/error.h"
 #include "desktop/wire/status_text.h"

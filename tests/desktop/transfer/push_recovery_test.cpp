@@ -1,5 +1,5 @@
 // A push after one that was broken off while the handheld goes on with what it has.
-#include "desktop/sync/push_recovery.h"
+#include "desktop/transfer/push_recovery.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

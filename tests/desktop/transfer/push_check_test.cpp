@@ -1,11 +1,11 @@
 // What a push learns from the handheld before it sends anything.
-#include "desktop/sync/push_check.h"
+#include "desktop/transfer/push_check.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "desktop/commands/commands_pull.h"
-#include "desktop/sync/mapping.h"
+#include "desktop/transfer/mapping.h"
 #include "desktop/wire/download.h"
 #include "tests/desktop/push_fixture.h"
 

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <unordered_map>
 
-#include "desktop/sync/journal.h"
+#include "desktop/transfer/journal.h"
 #include "desktop/wire/target.h"
 #include "desktop/wire/xml_records.h"
 

@@ -4,8 +4,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include "desktop/sync/mapping.h"
-#include "desktop/sync/push_session.h"
+#include "desktop/transfer/mapping.h"
+#include "desktop/transfer/push_session.h"
 #include "tests/desktop/push_fixture.h"
 
 namespace desktop::testing {
