@@ -13,8 +13,6 @@ constexpr char kBeginWrite[] = "BEGIN IMMEDIATE";
 constexpr char kCommit[] = "COMMIT";
 constexpr char kSavepoint[] = "SAVEPOINT write";
 constexpr char kRelease[] = "RELEASE write";
-constexpr char kSmallCache[] = "PRAGMA cache_size = -1024";
-constexpr char kOrdinaryCache[] = "PRAGMA cache_size = -4096";
 
 }  // namespace
 
@@ -73,7 +71,6 @@ void Store::Rollback() {
 HRESULT Store::BeginSnapshot() {
   if (!snapshotOpen_ && !group_) {
     RETURN_IF_FAILED(Run(kBegin, "sqlite3_step:begin"));
-    BoundCache(kSmallCache);
     snapshotOpen_ = true;
     ++snapshotNumber_;
   }
@@ -83,12 +80,6 @@ HRESULT Store::BeginSnapshot() {
 
 void Store::EndSnapshot() {
   if (--snapshots_ == 0 && snapshotOpen_) CloseSnapshot();
-}
-
-void Store::BoundCache(const char* sql) {
-  if (std::exchange(cacheBound_, sql) != sql) {
-    sqlite3_exec(database_, sql, nullptr, nullptr, nullptr);
-  }
 }
 
 void Store::CloseSnapshot() {
@@ -112,7 +103,6 @@ HRESULT Store::BeginTransaction(WriteGroup* group) {
   RETURN_IF_FAILED(CommitPending());
   // A snapshot that another connection has written past could not be turned into a write.
   if (snapshotOpen_) CloseSnapshot();
-  if (cacheBound_) BoundCache(kOrdinaryCache);
   if (!turn_.Await()) return kStoreBusy;
   const HRESULT status = Run(kBeginWrite, "sqlite3_step:begin");
   if (Succeeded(status)) {

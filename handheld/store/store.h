@@ -231,8 +231,6 @@ class Store {
   // Behind a write of the open group that failed. `sound` tells whether that one is undone.
   void KeepPending(WriteGroup& group, HRESULT status, bool sound);
   void CloseSnapshot();
-  // Who reads a snapshot goes from row to row and comes back to few pages; who writes does not.
-  void BoundCache(const char* sql);
   void Rollback();
   bool InTransaction() const;
 
@@ -251,7 +249,6 @@ class Store {
   int snapshots_ = 0;
   bool snapshotOpen_ = false;
   std::uint64_t snapshotNumber_ = 0;
-  const char* cacheBound_ = nullptr;  // as it was set last
 };
 
 }  // namespace ce::host

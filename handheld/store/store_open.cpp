@@ -16,7 +16,7 @@ constexpr char kSettings[] =
     "PRAGMA synchronous = FULL;"
     "PRAGMA foreign_keys = ON;"
     "PRAGMA trusted_schema = OFF;"
-    "PRAGMA cache_size = -4096;"
+    "PRAGMA cache_size = -512;"
     "PRAGMA journal_size_limit = 4194304;";
 
 // Two connections that make the same new store would meet in SQLite's change to the write-ahead

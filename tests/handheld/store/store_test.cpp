@@ -71,7 +71,7 @@ TEST_F(StoreFile, IsOpenedForFullSynchronisationWithABoundedCache) {
   };
   EXPECT_EQ(number("PRAGMA synchronous"), 2);
   EXPECT_EQ(number("PRAGMA foreign_keys"), 1);
-  EXPECT_EQ(number("PRAGMA cache_size"), -4096);
+  EXPECT_EQ(number("PRAGMA cache_size"), -512);
   EXPECT_EQ(number("PRAGMA busy_timeout"), 10000);
 }
 
