@@ -68,6 +68,7 @@ bool IsXmlSpace(std::u16string_view text) {
 }
 
 std::string XmlText(std::string_view text) {
+  if (text.empty()) return {};
   const std::string valid = RepairUtf8(text);
   std::string xml;
   xml.reserve(valid.size());

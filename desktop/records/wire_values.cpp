@@ -29,7 +29,10 @@ int DigitsAt(std::string_view text, std::size_t at, std::size_t width) {
 }  // namespace
 
 std::string Element(std::string_view name, std::string_view innerXml) {
-  return fmt::format("<{0}>{1}</{0}>", name, innerXml);
+  std::string element;
+  element.reserve(2 * name.size() + innerXml.size() + 5);
+  element.append("<").append(name).append(">").append(innerXml);
+  return element.append("</").append(name).append(">");
 }
 
 std::string ElementUnlessEmpty(std::string_view name, std::string_view innerXml) {

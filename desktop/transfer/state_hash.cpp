@@ -16,6 +16,7 @@ namespace {
 using calendar::Zone;
 
 std::string Normal(std::string text) {
+  if (text.empty()) return text;  // as most fields are
   constexpr std::string_view kXmlBlanks = " \t\n";
   text = text::NormalizeLineBreaks(std::move(text));
   const std::size_t first = text.find_first_not_of(kXmlBlanks);
