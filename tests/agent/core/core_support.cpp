@@ -2,30 +2,12 @@
 
 #include "agent/core/listener.h"
 #include "agent/log/log.h"
-#include "common/text/unicode.h"
 #include "handheld/network/listen_options.h"
 #include "handheld/network/select.h"
 #include "handheld/network/socket_watcher.h"
 #include "handheld/system/threads.h"
 
 namespace corvane::testing {
-
-std::string Invoke::Body() const {
-  const std::string dllName = text::ToUtf16Le(dll + u'\0');
-  const std::string functionName = text::ToUtf16Le(function + u'\0');
-  const auto length = [](const std::string& name) {
-    return static_cast<std::uint32_t>(name.size() / 2);
-  };
-  return Word(kInvokeRequest) + Word(0xAAAAAAAA) + Word(0xBBBBBBBB) +
-         Word(dllNameLength.value_or(length(dllName))) + dllName + Word(0xCCCCCCCC) +
-         Word(functionNameLength.value_or(length(functionName))) + functionName +
-         Word(inputCount.value_or(static_cast<std::uint32_t>(input.size()))) + input +
-         Word(streamed ? 1 : 0);
-}
-
-std::string Record(const std::string& body) {
-  return Word(static_cast<std::uint32_t>(body.size())) + body;
-}
 
 RequestBody Received(const std::string& body) {
   RequestBody received{};
@@ -57,7 +39,7 @@ Connection::Connection() {
   any.sin_port = ce::HostToNetworkShort(AGENT_PORT);
   EXPECT_EQ(ce::bind(listener, &any, sizeof(any)), 0);
   EXPECT_EQ(ce::listen(listener, 1), 0);
-  client_ = std::make_unique<Client>(port);
+  client_ = std::make_unique<RawConnection>(port);
   socket_ = ce::accept(listener, nullptr, nullptr);
   EXPECT_NE(socket_, ce::INVALID_SOCKET);
   ce::closesocket(listener);

@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <optional>
 #include <semaphore>
 #include <string>
 #include <string_view>
@@ -13,50 +12,16 @@
 #include "agent/core/request_dispatcher.h"
 #include "platform/sockets.h"
 #include "tests/support/test_handheld.h"
-#include "tests/support/words.h"
+#include "tests/support/wire/raw_connection.h"
+#include "tests/support/wire/wire_bytes.h"
 
 namespace corvane::testing {
 
-// An invoke request, in the form that a desktop sends. What is not given is right.
-struct Invoke {
-  std::u16string function{};
-  std::string input{};
-  bool streamed = false;
-  std::u16string dll = u"agent.dll";
-  std::optional<std::uint32_t> dllNameLength{};
-  std::optional<std::uint32_t> functionNameLength{};
-  std::optional<std::uint32_t> inputCount{};
-
-  // Names carry their terminator.
-  std::string Body() const;
-};
-std::string Record(const std::string& body);  // with its length before it
 RequestBody Received(const std::string& body);
 std::string QuitBody();
 
 // The reply to a buffered request.
 std::string Reply(std::int32_t status, const std::string& output);
-
-// A desktop's socket on the host. A wait that is too long fails the test.
-class Client {
- public:
-  explicit Client(std::uint16_t port, const std::string& address = "127.0.0.1");
-  Client(const Client&) = delete;
-  Client& operator=(const Client&) = delete;
-  ~Client() { Close(); }
-
-  // Whether a connection is taken; it is closed at once.
-  static bool Reaches(std::uint16_t port, const std::string& address);
-
-  void Send(const std::string& bytes);
-  std::string Receive(std::size_t bytes);
-  std::string ReceiveToEnd();
-  void EndSending();
-  void Close();
-
- private:
-  int fd_;
-};
 
 // A client and the agent's end of its connection, which Drop closes if nothing else has.
 class Connection {
@@ -64,7 +29,7 @@ class Connection {
   Connection();
   ~Connection();
 
-  Client& client() { return *client_; }
+  RawConnection& client() { return *client_; }
   ce::SOCKET socket() const { return socket_; }
   // Serves what the client has sent so far.
   void Serve();
@@ -72,7 +37,7 @@ class Connection {
   std::string Drop();
 
  private:
-  std::unique_ptr<Client> client_;
+  std::unique_ptr<RawConnection> client_;
   ce::SOCKET socket_;
 };
 

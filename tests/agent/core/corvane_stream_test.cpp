@@ -34,7 +34,7 @@ TEST_F(CorvaneStreams, ReadsWhatOneReceiveDelivers) {
 }
 
 TEST_F(CorvaneStreams, ReadsNothingAtTheEndAndThenKnowsIt) {
-  connection_.client().EndSending();
+  connection_.client().FinishSending();
   EXPECT_FALSE(stream_.Ended());
   EXPECT_EQ(stream_.Read(buffer_, 4, &count_), ce::S_OK);
   EXPECT_EQ(count_, 0u);

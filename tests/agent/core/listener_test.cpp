@@ -20,7 +20,7 @@ namespace corvane {
 namespace {
 
 using testing::AgentTest;
-using testing::Client;
+using testing::RawConnection;
 
 using ::testing::ElementsAre;
 using testing::Invoke;
@@ -33,6 +33,14 @@ constexpr ce::DWORD kNegative = 0x80004005;
 
 ce::DWORD AddressWord(int a, int b, int c, int d) {
   return static_cast<ce::DWORD>(a | b << 8 | c << 16) | static_cast<ce::DWORD>(d) << 24;
+}
+
+// Whether a connection is taken; it is closed at once.
+bool Reaches(std::uint16_t port, const std::string& address) try {
+  const RawConnection knock(port, address);
+  return true;
+} catch (const std::runtime_error&) {
+  return false;
 }
 
 template <typename Condition>
@@ -87,13 +95,13 @@ class ListenerTest : public AgentTest {
   void PassTimeFast() { ce::host::SetTimeLapse(60'000); }
 
   std::string Ask(const std::string& record) {
-    Client client(port_, address_);
+    RawConnection client(port_, address_);
     client.Send(record);
-    client.EndSending();
+    client.FinishSending();
     return client.Receive(20);
   }
   // Lets the accept loop look at the quit flag, if it has not already.
-  bool Knock() { return Client::Reaches(port_, address_); }
+  bool Knock() { return Reaches(port_, address_); }
   void QuitAndWait() {
     QuitRequested = 1;
     Knock();
@@ -108,8 +116,8 @@ class ListenerTest : public AgentTest {
   std::uint16_t port_ = 0;
 };
 
-const std::string kEcho = Record(Invoke{.function = u"Echo"}.Body());
-const std::string kWait = Record(Invoke{.function = u"Wait"}.Body());
+const std::string kEcho = Record(Invoke{.function = "Echo"}.Body());
+const std::string kWait = Record(Invoke{.function = "Wait"}.Body());
 
 TEST_F(ListenerTest, EndsWhenItIsIdleForAPeriod) {
   handheld_.SetAgentValue(u"Logging", 1);
@@ -144,21 +152,22 @@ TEST_F(ListenerTest, ServesConnectionAfterConnection) {
 
 TEST_F(ListenerTest, ServesSeveralConnectionsAtOnce) {
   StartListening();
-  Client first(port_);
-  Client second(port_);
-  Client third(port_);
-  for (Client* client : {&first, &second, &third}) client->Send(kWait);
+  RawConnection first(port_);
+  RawConnection second(port_);
+  RawConnection third(port_);
+  for (RawConnection* client : {&first, &second, &third}) client->Send(kWait);
   WaitFor([] { return testing::g_waiting == 3; });
   EXPECT_EQ(ActiveRequestCount, 4);
   testing::g_release.release(3);
-  for (Client* client : {&first, &second, &third}) EXPECT_EQ(client->Receive(20), Reply(0, ""));
+  for (RawConnection* client : {&first, &second, &third})
+    EXPECT_EQ(client->Receive(20), Reply(0, ""));
   QuitAndWait();
 }
 
 TEST_F(ListenerTest, RunsOnWhileARequestIsUnderWay) {
   const auto selects = CountSelects();
   StartListening();
-  Client client(port_);
+  RawConnection client(port_);
   client.Send(kWait);
   WaitFor([] { return testing::g_waiting == 1; });
   PassTimeFast();
@@ -175,7 +184,7 @@ TEST_F(ListenerTest, RunsOnWhileARequestIsUnderWay) {
 TEST_F(ListenerTest, QuitRequestEndsItWhenSelectReturnsNextAndNotAtOnce) {
   const auto selects = CountSelects();
   StartListening();
-  Client client(port_);
+  RawConnection client(port_);
   WaitFor([&] { return selects.calls() == 2; });  // waits for another connection
   client.Send(Record(testing::QuitBody()));
   WaitFor([] { return QuitRequested == 1; });
@@ -372,11 +381,11 @@ TEST_F(ListenerTest, AcceptThatFailsCostsOneThreadThatDoesNothing) {
 TEST_F(ListenerTest, ThreadThatCannotStartAnswersNothing) {
   const auto plan = ce::host::FaultPlan::FailNthCall("CreateThread", 1, 8);
   StartListening();
-  Client lost(port_);
+  RawConnection lost(port_);
   lost.Send(kEcho);
   EXPECT_EQ(Ask(kEcho), Reply(0, ""));
   EXPECT_TRUE(plan.fired());
-  lost.EndSending();
+  lost.FinishSending();
   EXPECT_EQ(lost.ReceiveToEnd(), "");
   QuitAndWait();
 }
@@ -408,7 +417,7 @@ TEST_F(ListenerTest, SurvivesEveryFailingCall) {
     if (failed == "select") {
       const std::string where = listening.get();
       const int port = std::stoi(where.substr(where.find(':') + 1));
-      EXPECT_TRUE(Client::Reaches(static_cast<std::uint16_t>(port), "127.0.0.1"));
+      EXPECT_TRUE(Reaches(static_cast<std::uint16_t>(port), "127.0.0.1"));
     }
     EXPECT_EQ(Result(), failed == "WSAStartup" ? 1 : 0) << failed;
     if (failed.empty()) break;

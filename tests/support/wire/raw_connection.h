@@ -10,8 +10,8 @@ namespace corvane::testing {
 
 class RawConnection {
  public:
-  // Connects to 127.0.0.1; throws std::runtime_error when nobody listens.
-  explicit RawConnection(std::uint16_t port);
+  // Throws std::runtime_error when nobody listens.
+  explicit RawConnection(std::uint16_t port, const std::string& address = "127.0.0.1");
   ~RawConnection();
   RawConnection(RawConnection&& other) noexcept;
   RawConnection(const RawConnection&) = delete;
@@ -22,7 +22,8 @@ class RawConnection {
   // Exactly this many bytes; fewer when the connection ends first.
   std::string Receive(std::size_t bytes);
   std::string ReceiveToEnd();
-  // What has come, at most `room` bytes; waits for the first. 0 when the connection has ended.
+  // What has come, at most `room` bytes; waits for the first. 0 when the connection has ended,
+  // be it by a reset: what the agent has not read turns its closing into one.
   std::size_t ReceiveSome(char* to, std::size_t room);
   std::uint32_t ReceiveWord();  // little-endian; throws when the connection ends first
 

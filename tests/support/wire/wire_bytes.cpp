@@ -12,9 +12,12 @@ std::string Utf16(std::string_view text) {
 
 std::string Invoke::Body() const {
   const std::string name = function + (terminated ? std::string(1, '\0') : std::string());
-  return Word(kind) + reserved + Word(static_cast<std::uint32_t>(dll.size())) + Utf16(dll) +
-         unused + Word(static_cast<std::uint32_t>(name.size())) + Utf16(name) +
-         Word(static_cast<std::uint32_t>(input.size())) + input + Word(streamFlag);
+  const auto length = [](const std::optional<std::uint32_t>& given, const std::string& text) {
+    return Word(given.value_or(static_cast<std::uint32_t>(text.size())));
+  };
+  return Word(kind) + reserved + length(dllNameLength, dll) + Utf16(dll) + unused +
+         length(functionNameLength, name) + Utf16(name) + length(inputCount, input) + input +
+         Word(streamFlag);
 }
 
 std::string Record(std::string_view body) {

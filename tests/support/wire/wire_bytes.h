@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <initializer_list>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,7 +29,7 @@ inline const std::string kDeclaration = R"(<?XML version="1.0" encoding="UTF-8"?
 
 std::string Utf16(std::string_view text);  // ASCII widened, no terminator
 
-// The fields of an invoke body; lengths follow the names unless they are set.
+// The fields of an invoke body.
 struct Invoke {
   std::string function = {};
   std::string input = {};
@@ -38,6 +39,10 @@ struct Invoke {
   std::uint32_t kind = kInvoke;
   std::string reserved = std::string(8, '\0');
   std::string unused = std::string(4, '\0');
+  // Instead of the lengths of what is sent.
+  std::optional<std::uint32_t> dllNameLength = {};
+  std::optional<std::uint32_t> functionNameLength = {};
+  std::optional<std::uint32_t> inputCount = {};
 
   std::string Body() const;
 };
