@@ -93,7 +93,7 @@ struct IXMLDOMDocument : IXMLDOMNode {
                                               IXMLDOMProcessingInstruction** instruction) = 0;
   virtual HRESULT createAttribute(BSTR name, IXMLDOMAttribute** attribute) = 0;
   // A borrowed VT_ARRAY | VT_UI1 holding one document. Ill-formed input: a negative code and an
-  // empty document. Replaces what was loaded before.
+  // empty document. Replaces what was loaded before, also by nothing (VT_EMPTY: S_FALSE).
   virtual HRESULT load(VARIANT source, VARIANT_BOOL* successful) = 0;
   // A borrowed VT_UNKNOWN that answers IStream; UTF-8.
   virtual HRESULT save(VARIANT target) = 0;

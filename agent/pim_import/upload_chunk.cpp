@@ -13,9 +13,9 @@ using namespace ce;
 
 namespace {
 
-constexpr std::size_t kFirstCapacity = 64 * 1024;
+constexpr DWORD kMostAtOnce = DWORD{1} << 30;
 
-// Whether the handheld would give out a block of this size. It is not touched, so it costs nothing.
+// Whether the handheld would give out a block of this size.
 bool IsWithinBound(std::size_t bytes) {
   return static_cast<bool>(LocalPtr<BYTE>(LocalAlloc(LMEM_FIXED, bytes)));
 }
@@ -37,43 +37,31 @@ HRESULT ReadChunkCount(CorvaneStream* stream, DWORD* count) {
   return status;
 }
 
+HRESULT UploadChunk::Allocate(DWORD count) {
+  if (!IsWithinBound(std::size_t{count} + 1)) return LastErrorStatus();
+  VARIANT* const variant = array_.put();
+  variant->parray = SafeArrayCreateVector(VT_UI1, 0, count);
+  if (!variant->parray) return LastErrorStatus();
+  variant->vt = VT_ARRAY | VT_UI1;
+  void* memory = nullptr;
+  RETURN_IF_FAILED(SafeArrayAccessData(variant->parray, &memory));
+  data_ = static_cast<BYTE*>(memory);
+  return SafeArrayUnaccessData(variant->parray);
+}
+
 bool UploadChunk::Receive(CorvaneStream* stream, DWORD count, HRESULT* status) {
-  const std::size_t whole = std::size_t{count} + 1;
-  if ((whole > kFirstCapacity && !IsWithinBound(whole)) || !Grow(whole)) {
-    *status = LastErrorStatus();
-    return false;
-  }
+  // Memory that ran out shows as a positive code.
+  *status = Allocate(count);
+  if (*status != S_OK) return false;
   while (size_ < count) {
-    if (size_ + std::size_t{1} == capacity_ && !Grow(whole)) {
-      *status = LastErrorStatus();
-      return false;
-    }
     DWORD read = 0;
-    *status = stream->Read(buffer_.get() + size_,
-                           static_cast<DWORD>(std::min<std::size_t>(count, capacity_ - 1)) - size_,
-                           &read);
+    *status = stream->Read(data_ + size_, std::min(count - size_, kMostAtOnce), &read);
     if (*status == S_OK) {
       size_ += read;
       LOG(u"cbBytes actually read %ld", size_);
     }
     if (*status != S_OK || stream->Ended()) return false;
   }
-  buffer_.get()[size_] = 0;
-  return true;
-}
-
-bool UploadChunk::Grow(std::size_t whole) {
-  const std::size_t wanted = std::min(whole, capacity_ == 0 ? kFirstCapacity : 2 * capacity_);
-  if (capacity_ == 0) {
-    buffer_.reset(LocalAlloc(LMEM_FIXED, wanted));
-    if (!buffer_) return false;
-  } else {
-    void* const grown = LocalReAlloc(buffer_.get(), wanted, LMEM_MOVEABLE);
-    if (!grown) return false;
-    static_cast<void>(buffer_.detach());
-    buffer_.reset(grown);
-  }
-  capacity_ = wanted;
   return true;
 }
 

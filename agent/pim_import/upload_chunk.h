@@ -12,22 +12,24 @@ class CorvaneStream;
 // status is that of the last read, positive when it failed.
 ce::HRESULT ReadChunkCount(CorvaneStream* stream, ce::DWORD* count);
 
-// Grows with the bytes that arrive, whatever count was announced.
+// Lies in the array that a document is loaded from. Bytes that have not come cost nothing, whatever
+// count was announced.
 class UploadChunk {
  public:
   // Reads `count` bytes. False ends the request: memory ran out or a count is beyond the
   // handheld's bound on blocks (`*status` is the last error), or the connection ended first.
   [[nodiscard]] bool Receive(CorvaneStream* stream, ce::DWORD count, ce::HRESULT* status);
 
-  const ce::BYTE* data() const { return buffer_.get(); }  // with a 0 byte behind the last
+  const ce::BYTE* data() const { return data_; }
   ce::DWORD size() const { return size_; }
+  // All of it, once it has been received.
+  const ce::VARIANT& array() const { return array_.get(); }
 
  private:
-  // Room for at least one more byte and the 0 byte.
-  bool Grow(std::size_t whole);
+  ce::HRESULT Allocate(ce::DWORD count);
 
-  ce::LocalPtr<ce::BYTE> buffer_;
-  std::size_t capacity_ = 0;
+  ce::Variant array_;
+  ce::BYTE* data_ = nullptr;
   ce::DWORD size_ = 0;
 };
 

@@ -10,8 +10,10 @@ class UploadDocument {
  public:
   // Makes the parser and switches off all that reaches beyond the bytes it is given.
   [[nodiscard]] ce::HRESULT Create();
-  // Replaces what was loaded before.
-  [[nodiscard]] ce::HRESULT Load(const ce::BYTE* bytes, ce::DWORD count);
+  // Of an array of bytes; replaces what was loaded before.
+  [[nodiscard]] ce::HRESULT Load(const ce::VARIANT& bytes);
+  // Gives back the memory of what was loaded.
+  void Clear();
   // Null, with success, when the document has no root or the root no children. The root keeps the
   // children alive.
   [[nodiscard]] ce::HRESULT FirstRecord(ce::ComPtr<ce::IXMLDOMNode>* record);

@@ -69,13 +69,15 @@ bool ApplyChunk(DWORD count, UploadDocument* document, IPOutlookTransactions* ap
     LOG(u"There are %ld bytes available", count);
     if (!chunk.Receive(stream, count, status)) return false;
     if (LoggingIsOn()) LogBinary(chunk.data(), chunk.size());
-    *status = document->Load(chunk.data(), chunk.size());
+    *status = document->Load(chunk.array());
   }
   if (Succeeded(*status)) {
     RecordGroup group(app, stream);
     *status = ApplyRecords(document, &group);
     group.Finish();
   }
+  // The desktop may take its time until the next one.
+  document->Clear();
   return Succeeded(*status);
 }
 

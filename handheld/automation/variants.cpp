@@ -1,7 +1,11 @@
 #include <cstdlib>
+#include <exception>
+#include <new>
+#include <optional>
 #include <utility>
 
 #include "handheld/base/fault.h"
+#include "handheld/base/upload_memory.h"
 #include "platform/automation.h"
 #include "platform/status.h"
 
@@ -9,9 +13,27 @@ namespace ce {
 
 struct SAFEARRAY {
   DWORD elements;
+  host::UploadMemory::Share share;
 
   BYTE* data() { return reinterpret_cast<BYTE*>(this + 1); }
 };
+
+namespace {
+
+// Documents travel in arrays. A small one waits for nobody.
+constexpr DWORD kSmallArray = 64 * 1024;
+
+std::optional<host::UploadMemory::Share> ShareFor(DWORD bytes) {
+  using host::UploadMemory;
+  if (bytes <= kSmallArray) return UploadMemory::Share();
+  try {
+    return host::SharedUploadMemory().Take(UploadMemory::Use::kReceived, bytes);
+  } catch (const std::exception&) {
+    return std::nullopt;
+  }
+}
+
+}  // namespace
 
 void VariantInit(VARIANT* variant) {
   if (variant) *variant = VARIANT{};
@@ -45,13 +67,14 @@ SAFEARRAY* SafeArrayCreateVector(VARTYPE type, LONG lowerBound, DWORD elements) 
     SetLastError(ERROR_INVALID_PARAMETER);
     return nullptr;
   }
-  auto* array = static_cast<SAFEARRAY*>(std::calloc(1, sizeof(SAFEARRAY) + elements));
-  if (array) {
-    array->elements = elements;
-  } else {
+  std::optional<host::UploadMemory::Share> share = ShareFor(elements);
+  // What nobody has written into costs nothing.
+  void* const memory = share ? std::calloc(1, sizeof(SAFEARRAY) + elements) : nullptr;
+  if (!memory) {
     SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return nullptr;
   }
-  return array;
+  return new (memory) SAFEARRAY{elements, std::move(*share)};
 }
 
 HRESULT SafeArrayAccessData(SAFEARRAY* array, void** data) {
@@ -69,6 +92,7 @@ HRESULT SafeArrayUnaccessData(SAFEARRAY* array) {
 }
 
 HRESULT SafeArrayDestroy(SAFEARRAY* array) {
+  if (array) array->~SAFEARRAY();
   std::free(array);
   return S_OK;
 }

@@ -18,6 +18,7 @@ inline constexpr char16_t kYomiFields[] = u"YomiFields";            // DWORD, 0:
 inline constexpr char16_t kPeerTimeout[] = u"PeerTimeout";          // DWORD, seconds (600)
 inline constexpr char16_t kRequestTimeout[] = u"RequestTimeout";    // DWORD, seconds (30)
 inline constexpr char16_t kMaxBlock[] = u"MaxBlock";                // DWORD, bytes (256 MiB)
+inline constexpr char16_t kUploadMemory[] = u"UploadMemory";        // DWORD, bytes (512 MiB)
 inline constexpr char16_t kMaxContactText[] = u"MaxContactText";    // DWORD, characters (1023)
 inline constexpr char16_t kMaxBody[] = u"MaxBody";                  // DWORD, bytes (61440)
 inline constexpr char16_t kMaxSubject[] = u"MaxSubject";            // DWORD, characters (4095)

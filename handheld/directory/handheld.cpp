@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "common/text/unicode.h"
+#include "handheld/base/upload_memory.h"
 #include "handheld/clock/handheld_clock.h"
 #include "handheld/clock/zone.h"
 #include "handheld/directory/directory_lock.h"
@@ -147,6 +148,12 @@ Handheld* Handheld::Current() {
 
 void Handheld::MakeCurrent(Handheld* handheld) {
   g_current = handheld;
+  if (handheld) handheld->LimitUploads();
+}
+
+void Handheld::LimitUploads() const {
+  SharedUploadMemory().SetLimits(Number(setting::kUploadMemory, UploadMemory::kDefaultBytes),
+                                 std::chrono::seconds(RequestTimeout()));
 }
 
 DWORD Handheld::Number(const char16_t* name, DWORD fallback) const {
@@ -183,6 +190,7 @@ std::u16string Handheld::Text(const char16_t* name, std::u16string_view fallback
 void Handheld::Set(const char16_t* name, DWORD value) {
   StoreSetting(*registry_, directory_, name, RegistryValue::Number(value));
   if (std::u16string_view(name) == setting::kMaxBlock) maxBlock_ = value;
+  if (Current() == this) LimitUploads();
 }
 
 void Handheld::Set(const char16_t* name, std::u16string_view value) {

@@ -82,6 +82,9 @@ class Handheld {
   std::optional<TIME_ZONE_INFORMATION> ZoneRules() const;
 
  private:
+  // Tells the bounds of the process's uploads.
+  void LimitUploads() const;
+
   // A number, and the registry's version that has it.
   using Remembered = std::atomic<std::uint64_t>;
   static constexpr std::uint64_t kNothing = ~std::uint64_t{0};

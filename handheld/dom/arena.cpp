@@ -37,6 +37,24 @@ void* Arena::AllocateBlock(std::size_t bytes) {
   return block->memory();
 }
 
+void* Arena::Take(std::size_t bytes) {
+  const std::size_t size = (bytes + kAlignment - 1) / kAlignment;
+  if (size < kSizes && free_[size]) {
+    Piece* const piece = std::exchange(free_[size], free_[size]->next);
+    ASAN_UNPOISON_MEMORY_REGION(piece + 1, bytes);
+    return piece + 1;
+  }
+  return new (Allocate(sizeof(Piece) + bytes)) Piece{this, nullptr} + 1;
+}
+
+void Arena::GiveBack(void* memory, std::size_t bytes) {
+  ASAN_POISON_MEMORY_REGION(memory, bytes);
+  const std::size_t size = (bytes + kAlignment - 1) / kAlignment;
+  if (size >= kSizes) return;
+  Piece* const piece = static_cast<Piece*>(memory) - 1;
+  piece->next = std::exchange(piece->arena->free_[size], piece);
+}
+
 void Arena::Clear() {
   while (blocks_) {
     Block* const block = std::exchange(blocks_, blocks_->before);
@@ -46,6 +64,7 @@ void Arena::Clear() {
   next_ = nullptr;
   left_ = 0;
   blockSize_ = 0;
+  free_ = {};
 }
 
 }  // namespace ce::host::dom

@@ -3,6 +3,7 @@
 
 #include <sanitizer/asan_interface.h>
 
+#include <array>
 #include <cstddef>
 #include <cstring>
 #include <string_view>
@@ -34,13 +35,20 @@ class Arena {
   // Gives everything back.
   void Clear();
 
-  // What was allocated is not used any more: a sanitizer reports who does.
-  static void Abandon([[maybe_unused]] void* memory, [[maybe_unused]] std::size_t bytes) {
-    ASAN_POISON_MEMORY_REGION(memory, bytes);
-  }
+  // As Allocate, for what may be given back before the rest: then it serves for the next of its
+  // size, and until then a sanitizer reports who uses it.
+  void* Take(std::size_t bytes);
+  static void GiveBack(void* memory, std::size_t bytes);
 
  private:
   static constexpr std::size_t kAlignment = alignof(void*);
+
+  // In front of what is given back by itself.
+  struct Piece {
+    Arena* arena;
+    Piece* next;  // that is free, too
+  };
+  static constexpr std::size_t kSizes = 32;
 
   struct Block;
 
@@ -50,6 +58,7 @@ class Arena {
   std::byte* next_ = nullptr;  // of the block that is being filled
   std::size_t left_ = 0;
   std::size_t blockSize_ = 0;
+  std::array<Piece*, kSizes> free_{};  // by their bytes, in units of the alignment
 };
 
 }  // namespace ce::host::dom

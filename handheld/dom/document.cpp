@@ -1,6 +1,9 @@
 #include "handheld/dom/document.h"
 
+#include <algorithm>
 #include <new>
+#include <span>
+#include <utility>
 
 #include "common/text/xml_text.h"
 #include "handheld/automation/com_classes.h"
@@ -20,6 +23,13 @@ using methods::View;
 // Safe for scripts' callers (1) and for untrusted data (2).
 constexpr DWORD kSafetyOptions = 3;
 
+// What a document may cost beside its own bytes, whatever it holds: more than any does.
+std::size_t MostMemory(std::size_t bytes) {
+  constexpr std::size_t kTimes = 7;
+  constexpr std::size_t kLeast = 4096;
+  return kTimes * bytes + kLeast;
+}
+
 // False for what is no name.
 bool KeepName(Document& document, BSTR name, Name& kept) {
   kept = KnownName(View(name));
@@ -33,8 +43,17 @@ bool KeepName(Document& document, BSTR name, Name& kept) {
 
 void Document::Empty() {
   DropChildren();
+  memory_.GiveBack();
   // Nodes that are held from outside stay, and their memory with them.
-  if (nodes_.count() == 0) arena_.Clear();
+  if (nodes_.count() > 0) return;
+  arena_.Clear();
+  tapes_.clear();
+}
+
+void Document::Play(std::unique_ptr<const Tape> tape) {
+  tapes_.push_back(std::move(tape));
+  memory_.Keep(tapes_.back()->bytes());
+  LieOn(*tapes_.back(), Tape::kDocument);
 }
 
 void* Document::ExtraInterface(const GUID& iid) {
@@ -43,13 +62,11 @@ void* Document::ExtraInterface(const GUID& iid) {
 
 HRESULT Document::get_documentElement(IXMLDOMElement** element) {
   return Guarded("IXMLDOMDocument::get_documentElement", element, [&] {
-    for (Node* node = firstChild(); node; node = node->next()) {
-      if (node->kind() != NodeKind::kElement) continue;
-      *element = static_cast<Element*>(node);
-      (*element)->AddRef();
-      return S_OK;
-    }
-    return S_FALSE;
+    auto* const root = static_cast<Element*>(MakeAnyChildElement());
+    if (!root) return S_FALSE;
+    *element = root;
+    root->AddRef();
+    return S_OK;
   });
 }
 
@@ -87,12 +104,18 @@ HRESULT Document::createAttribute(BSTR name, IXMLDOMAttribute** attribute) {
 
 HRESULT Document::load(VARIANT source, VARIANT_BOOL* successful) {
   return Guarded("IXMLDOMDocument::load", successful, [&] {
+    if (source.vt == VT_EMPTY) {
+      Empty();
+      return S_FALSE;
+    }
     if (source.vt != (VT_ARRAY | VT_UI1) || !source.parray) return E_INVALIDARG;
     void* data = nullptr;
     RETURN_IF_FAILED(SafeArrayAccessData(source.parray, &data));
     Empty();
-    HRESULT status = Load(*this, {static_cast<const BYTE*>(data), SafeArrayGetCount(source.parray)},
-                          preserveWhiteSpace_);
+    const std::span bytes(static_cast<const BYTE*>(data), SafeArrayGetCount(source.parray));
+    memory_ = *SharedUploadMemory().Take(UploadMemory::Use::kTree, MostMemory(bytes.size()));
+    HRESULT status = Load(*this, bytes, preserveWhiteSpace_,
+                          std::min<std::size_t>(kMaxTreeBytes, memory_.bytes()));
     const HRESULT unaccess = SafeArrayUnaccessData(source.parray);
     if (Succeeded(status)) status = unaccess;
     if (Failed(status)) {

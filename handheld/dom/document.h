@@ -1,6 +1,10 @@
 // The document: it makes all nodes, is the root of the tree, loads and saves it.
 #pragma once
 
+#include <memory>
+#include <vector>
+
+#include "handheld/base/upload_memory.h"
 #include "handheld/dom/arena.h"
 #include "handheld/dom/node_object.h"
 
@@ -14,6 +18,8 @@ class Document final : public NodeObject<IXMLDOMDocument>, public IObjectSafety 
   Arena& arena() { return arena_; }
   // Those that live.
   ObjectGroup& nodes() { return nodes_; }
+  // Begins to make its nodes, of which it has none, of a tape.
+  void Play(std::unique_ptr<const Tape> tape);
 
   std::u16string_view Name() const override { return u"#document"; }
 
@@ -50,8 +56,11 @@ class Document final : public NodeObject<IXMLDOMDocument>, public IObjectSafety 
   void Empty();
 
   CountedAlive counted_;
+  UploadMemory::Share memory_;
   Arena arena_;
   ObjectGroup nodes_;
+  // The last one is played; nodes that are held from outside lie on the others.
+  std::vector<std::unique_ptr<const Tape>> tapes_;
   bool preserveWhiteSpace_ = false;
   DWORD safety_ = 0;
 };

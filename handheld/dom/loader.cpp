@@ -53,9 +53,8 @@ const char* Chars(const xmlChar* text) {
 
 class Loader {
  public:
-  Loader(Document& document, const ByteSource& source, bool preserveWhiteSpace,
-         std::size_t maxTreeBytes)
-      : source_(source), builder_(document, preserveWhiteSpace, kMaxDepth, maxTreeBytes) {}
+  Loader(Tape& tape, const ByteSource& source, bool preserveWhiteSpace, std::size_t maxTreeBytes)
+      : source_(source), builder_(tape, preserveWhiteSpace, kMaxDepth, maxTreeBytes) {}
 
   HRESULT Run();
   LoadWork work() const { return {names_.most()}; }
@@ -107,7 +106,9 @@ HRESULT Loader::Run() {
   xmlCtxtReadIO(parser.get(), Read, nullptr, this, nullptr, nullptr, kOptions);
   if (Failed(status_)) return status_;
   if (parser->errNo == XML_ERR_NO_MEMORY) return E_OUTOFMEMORY;
-  return parser->wellFormed && ReadToTheEnd(*parser) ? S_OK : E_FAIL;
+  if (!parser->wellFormed || !ReadToTheEnd(*parser)) return E_FAIL;
+  builder_.End();
+  return S_OK;
 }
 
 xmlSAXHandler Loader::Handler() {
@@ -268,9 +269,14 @@ HRESULT Load(Document& document, std::span<const BYTE> bytes, bool preserveWhite
     std::call_once(initialised, xmlInitParser);
     const ByteSource source(bytes);
     if (!MarkupIsBounded(bytes, source.layout())) return E_FAIL;
-    Loader loader(document, source, preserveWhiteSpace, maxTreeBytes);
-    const HRESULT status = loader.Run();
-    if (work) *work = loader.work();
+    auto tape = std::make_unique<Tape>();
+    HRESULT status = E_FAIL;
+    {
+      Loader loader(*tape, source, preserveWhiteSpace, maxTreeBytes);
+      status = loader.Run();
+      if (work) *work = loader.work();
+    }
+    if (Succeeded(status)) document.Play(std::move(tape));
     return status;
   } catch (const std::exception&) {
     return E_OUTOFMEMORY;

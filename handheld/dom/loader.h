@@ -10,7 +10,7 @@ namespace ce::host::dom {
 inline constexpr int kMaxDepth = 256;        // nested elements
 inline constexpr int kMaxNamespaces = 1024;  // declared around one place
 inline constexpr std::size_t kLongName = 200;
-// What the tree may take: its nodes, and two bytes for each unit of their names and values.
+// What the tree may take as it lies on its tape.
 inline constexpr std::size_t kMaxTreeBytes = std::size_t{1} << 30;
 
 // What a load has taken.
@@ -18,8 +18,8 @@ struct LoadWork {
   std::size_t mostNames = 0;  // that were looked through at a time
 };
 
-// Appends what the bytes hold to the empty `document`. On failure (E_FAIL when ill-formed or beyond
-// a bound, E_OUTOFMEMORY) part of it may be there. A document with a document type is refused, so
+// Gives the empty `document` what the bytes hold, or on failure nothing (E_FAIL when ill-formed or
+// beyond a bound, E_OUTOFMEMORY). A document with a document type is refused, so
 // that nothing but the bytes is read and nothing in them is expanded but character references and
 // the predefined entities. Comments, instructions and CDATA sections become nodes; the declaration
 // becomes an instruction that says UTF-8, the encoding in which the document will be saved.

@@ -4,11 +4,12 @@
 
 namespace ce::host::dom {
 
-void NodeList::PushBack(Node* node) {
-  node->previous_ = last;
-  node->next_ = nullptr;
-  (last ? last->next_ : first) = node;
-  last = node;
+void NodeList::Insert(Node* node, Node* before) {
+  Node* const behind = before ? before->next_ : first;
+  node->previous_ = before;
+  node->next_ = behind;
+  (before ? before->next_ : first) = node;
+  (behind ? behind->previous_ : last) = node;
 }
 
 void NodeList::Remove(Node* node) {
@@ -51,7 +52,82 @@ void Node::DropAll(NodeList& list) {
   }
 }
 
-bool Node::MayContain(const Node& child) const {
+Node* Node::MakeChild(Tape::Cell cell, Node* before) {
+  Node* const there = before ? before->next_ : children_.first;
+  if (there && there->cell_ == cell) return there;
+  Node* const node = MakeNode(*document_, *tape_, cell);
+  children_.Insert(node, before);
+  node->owner_ = this;
+  return node;
+}
+
+Node* Node::MakeFirstChild() {
+  if (!tape_) return children_.first;
+  const Tape::Cell cell = tape_->FirstChild(cell_);
+  return cell == Tape::kNone ? nullptr : MakeChild(cell, nullptr);
+}
+
+Node* Node::MakeNextSibling() {
+  if (!owner_ || !owner_->tape_) return next_;
+  const Tape::Cell cell = owner_->tape_->NextChild(cell_, owner_->cell_);
+  return cell == Tape::kNone ? nullptr : owner_->MakeChild(cell, this);
+}
+
+template <typename Wanted>
+Node* Node::MakeFirst(Wanted wanted) {
+  Tape::Cell cell = tape_->FirstChild(cell_);
+  while (cell != Tape::kNone &&
+         !(tape_->KindOf(cell) == NodeKind::kElement && wanted(tape_->TextOf(cell)))) {
+    cell = tape_->NextChild(cell, cell_);
+  }
+  if (cell == Tape::kNone) return nullptr;
+  Node* before = nullptr;
+  for (Node* node = children_.first; node && node->cell_ < cell; node = node->next_) before = node;
+  return MakeChild(cell, before);
+}
+
+Node* Node::MakeChildElement(std::u16string_view name) {
+  if (tape_) {
+    return MakeFirst([&](std::u16string_view text) { return text == name; });
+  }
+  for (Node* node = children_.first; node; node = node->next_) {
+    if (node->kind_ == NodeKind::kElement && node->Name() == name) return node;
+  }
+  return nullptr;
+}
+
+Node* Node::MakeAnyChildElement() {
+  if (tape_) {
+    return MakeFirst([](std::u16string_view) { return true; });
+  }
+  for (Node* node = children_.first; node; node = node->next_) {
+    if (node->kind_ == NodeKind::kElement) return node;
+  }
+  return nullptr;
+}
+
+void Node::LeaveTape() {
+  if (!tape_) return;
+  TakeAttributes();
+  Node* before = nullptr;
+  for (Tape::Cell cell = tape_->FirstChild(cell_); cell != Tape::kNone;
+       cell = tape_->NextChild(cell, cell_)) {
+    before = MakeChild(cell, before);
+  }
+  tape_ = nullptr;
+}
+
+void Node::GoUnlessNeeded() {
+  Node* node = kind_ == NodeKind::kAttribute ? owner_ : this;
+  while (node && node->owner_ && node->owner_->tape_ && node->tape_ && node->IsHeldInside() &&
+         !node->children_.first && !node->AttributesAreHeld()) {
+    Node* const owner = node->owner_;
+    Disown(owner->children_, node);
+    node = owner;
+  }
+}
+
+bool Node::MayContain(const Node& child) {
   switch (child.kind_) {
     case NodeKind::kDocument:
     case NodeKind::kAttribute:
@@ -76,20 +152,17 @@ HRESULT Node::AppendChild(Node& child) {
   if (child.document_ != document_) return E_INVALIDARG;
   if (!MayContain(child)) return E_FAIL;
   // Only a node with children can be above this one.
-  for (const Node* node = this; node; node = child.firstChild() ? node->owner_ : nullptr) {
+  for (const Node* node = this; node; node = child.children_.first ? node->owner_ : nullptr) {
     if (node == &child) return E_FAIL;
   }
+  LeaveTape();
   // The caller holds the child, so it outlives the moment without an owner.
-  if (child.owner_) Disown(child.owner_->children_, &child);
+  if (child.owner_) {
+    child.owner_->LeaveTape();
+    Disown(child.owner_->children_, &child);
+  }
   Share(children_, &child);
   return S_OK;
-}
-
-Node* Node::FindChildElement(std::u16string_view name) const {
-  for (Node* node = firstChild(); node; node = node->next()) {
-    if (node->kind_ == NodeKind::kElement && node->Name() == name) return node;
-  }
-  return nullptr;
 }
 
 HRESULT NodeBehind(IXMLDOMNode* node, Node** core) {

@@ -37,13 +37,13 @@ HRESULT GetValue(Node& node, VARIANT* value) {
 
 HRESULT GetFirstChild(Node& node, IXMLDOMNode** child) {
   return Guarded("IXMLDOMNode::get_firstChild", child,
-                 [&] { return HandOut(node.firstChild(), child); });
+                 [&] { return HandOut(node.MakeFirstChild(), child); });
 }
 
 HRESULT GetNextSibling(Node& node, IXMLDOMNode** sibling) {
   return Guarded("IXMLDOMNode::get_nextSibling", sibling, [&] {
     // Attributes are no siblings of each other.
-    return HandOut(node.kind() == NodeKind::kAttribute ? nullptr : node.next(), sibling);
+    return HandOut(node.kind() == NodeKind::kAttribute ? nullptr : node.MakeNextSibling(), sibling);
   });
 }
 
@@ -69,7 +69,7 @@ HRESULT SelectSingleNode(Node& node, BSTR query, IXMLDOMNode** found) {
   return Guarded("IXMLDOMNode::selectSingleNode", found, [&] {
     const std::u16string_view name = View(query);
     if (!text::IsXmlName(name)) return E_INVALIDARG;
-    return HandOut(node.FindChildElement(name), found);
+    return HandOut(node.MakeChildElement(name), found);
   });
 }
 

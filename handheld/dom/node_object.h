@@ -64,7 +64,9 @@ class NodeObject : public Dispatched<UncountedObject<Interface, IXMLDOMNode, IDi
   DWORD Release() override {
     Document* const held = Object::references() == 1 + Owners() ? &document() : nullptr;
     const DWORD count = Object::Release();
-    if (held) methods::ReleaseDocument(*held);
+    if (!held) return count;
+    if (count > 0) GoUnlessNeeded();
+    methods::ReleaseDocument(*held);
     return count;
   }
 

@@ -13,10 +13,10 @@ template <typename Interface>
 class TreeNode : public NodeObject<Interface> {
  public:
   static void* operator new(std::size_t bytes, Document& document) {
-    return document.arena().Allocate(bytes);
+    return document.arena().Take(bytes);
   }
   static void operator delete(void*, Document&) {}
-  static void operator delete(void* node, std::size_t bytes) { Arena::Abandon(node, bytes); }
+  static void operator delete(void* node, std::size_t bytes) { Arena::GiveBack(node, bytes); }
 
  protected:
   TreeNode(NodeKind kind, Document* document) : NodeObject<Interface>(kind, document) {
@@ -90,19 +90,23 @@ class Element final : public TreeNode<IXMLDOMElement> {
   std::u16string_view Name() const override { return name_.text; }
   const dom::Name& name() const { return name_; }
 
-  const Node* firstAttribute() const { return attributes_.first; }
-  Node* FindAttribute(std::u16string_view name) const;
-  // Appends an attribute whose name the element does not have; one of its references passes to the
-  // element.
-  void AdoptAttribute(Attribute* attribute) { Adopt(attributes_, attribute); }
+  const Node* firstAttribute() {
+    TakeAttributes();
+    return attributes_.first;
+  }
+  Node* FindAttribute(std::u16string_view name);
   // Replaces an attribute of the same name. E_INVALIDARG for an attribute of another element.
   HRESULT SetAttribute(Node& attribute);
 
  private:
   ~Element() override { DropAll(attributes_); }
 
+  void TakeAttributes() override;
+  bool AttributesAreHeld() const override;
+
   const dom::Name name_;
   NodeList attributes_;
+  bool attributesTaken_ = false;
 };
 
 // Keeps the element alive.

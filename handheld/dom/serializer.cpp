@@ -14,7 +14,7 @@ void WriteName(Utf8Writer& out, const Name& name) {
   }
 }
 
-void OpenElement(Utf8Writer& out, const Element& element) {
+void OpenElement(Utf8Writer& out, Element& element) {
   out.Written("<");
   WriteName(out, element.name());
   for (const Node* node = element.firstAttribute(); node; node = node->next()) {
@@ -51,10 +51,10 @@ void WriteComment(Utf8Writer& out, const Node& comment) {
 }
 
 // The whole node, or the start of one that has children.
-void Open(Utf8Writer& out, const Node& node) {
+void Open(Utf8Writer& out, Node& node) {
   switch (node.kind()) {
     case NodeKind::kElement:
-      return OpenElement(out, static_cast<const Element&>(node));
+      return OpenElement(out, static_cast<Element&>(node));
     case NodeKind::kText:
       return out.Text(node.Value(), Escape::kText);
     case NodeKind::kCdata:
@@ -73,10 +73,10 @@ void Open(Utf8Writer& out, const Node& node) {
 
 }  // namespace
 
-HRESULT Save(const Node& document, ISequentialStream* stream) {
+HRESULT Save(Node& document, ISequentialStream* stream) {
   Utf8Writer out(stream);
   // A walk by the tree's own links: depth costs no stack.
-  const Node* node = document.firstChild();
+  Node* node = document.firstChild();
   while (node) {
     Open(out, *node);
     if (node->firstChild()) {

@@ -7,6 +7,6 @@
 namespace ce::host::dom {
 
 // S_OK, or the stream's failure. Text of any content gives a well-formed document.
-[[nodiscard]] HRESULT Save(const Node& document, ISequentialStream* stream);
+[[nodiscard]] HRESULT Save(Node& document, ISequentialStream* stream);
 
 }  // namespace ce::host::dom

@@ -1,116 +1,119 @@
 #include "handheld/dom/tree_builder.h"
 
+#include <algorithm>
+#include <cstdint>
+
 #include "common/text/unicode.h"
 #include "common/text/xml_text.h"
-#include "handheld/dom/nodes.h"
 
 namespace ce::host::dom {
-namespace {
 
-// Text buffers beyond this are given back rather than kept for the next node.
-constexpr std::size_t kLargeText = 16 * 1024;
-
-void Decode(std::string_view utf8, std::u16string& text) {
-  if (!text::AppendFromUtf8(text, utf8)) throw TreeBuilder::BadDocument{};
+void TreeBuilder::Charge(std::size_t bytes) const {
+  if (bytes > maxBytes_ || tape_.bytes() > maxBytes_ - bytes) throw BadDocument{};
 }
 
-void Empty(std::u16string& text) {
-  text.clear();
-  if (text.capacity() > kLargeText) text.shrink_to_fit();
+Tape::Cell TreeBuilder::Add(NodeKind kind, Tape::Place text, Tape::Place second) {
+  Charge(Tape::kCellBytes);
+  return tape_.Add(kind, text, second);
 }
 
-}  // namespace
-
-void TreeBuilder::Charge(std::size_t bytes) {
-  if (bytes > bytesLeft_) throw BadDocument{};
-  bytesLeft_ -= bytes;
+void TreeBuilder::Append(std::string_view text) {
+  if (!text::IsValidUtf8(text)) throw BadDocument{};
+  const std::size_t units = text::Utf16Length(text);
+  Charge((units + 1) * sizeof(char16_t));
+  text::DecodeWtf8(text, tape_.ExtendText(units));
 }
 
-void TreeBuilder::ChargeNode(std::size_t size, std::string_view text) {
-  Charge(size + sizeof(char16_t) * text::Utf16Length(text));
+void TreeBuilder::Append(std::u16string_view text) {
+  Charge((text.size() + 1) * sizeof(char16_t));
+  std::copy(text.begin(), text.end(), tape_.ExtendText(text.size()));
 }
 
-std::u16string_view TreeBuilder::Keep(std::string_view text) {
-  Empty(decoded_);
-  Decode(text, decoded_);
-  return document_.arena().Keep(decoded_);
+Tape::Place TreeBuilder::Keep(std::string_view text) {
+  const Tape::Place place = tape_.Here();
+  Append(text);
+  tape_.EndText();
+  return place;
 }
 
-Name TreeBuilder::KeepName(const char* prefix, const char* name) {
-  Empty(decoded_);
+Tape::Place TreeBuilder::Keep(std::u16string_view text) {
+  const Tape::Place place = tape_.Here();
+  Append(text);
+  tape_.EndText();
+  return place;
+}
+
+Tape::Place TreeBuilder::KeepName(const char* prefix, const char* name) {
+  // The parser has each name in one place.
+  const auto mixed =
+      reinterpret_cast<std::uintptr_t>(name) * 31 + reinterpret_cast<std::uintptr_t>(prefix) * 17;
+  KnownPlace& known = names_[(mixed >> 3 ^ mixed >> 12) % names_.size()];
+  if (known.name == name && known.prefix == prefix) return known.place;
+  const Tape::Place place = tape_.Here();
   if (prefix) {
-    Decode(prefix, decoded_);
-    decoded_ += u':';
+    Append(std::string_view(prefix));
+    Append(u":");
   }
-  Decode(name, decoded_);
-  return {document_.arena().Keep(decoded_)};
+  Append(std::string_view(name));
+  tape_.EndText();
+  known = {prefix, name, place};
+  return place;
 }
 
 void TreeBuilder::Declaration(std::u16string_view target, std::u16string_view data) {
-  Charge(sizeof(dom::Instruction) + sizeof(char16_t) * (target.size() + data.size()));
-  Arena& arena = document_.arena();
-  Append(new (document_) dom::Instruction(&document_, arena.Keep(target), arena.Keep(data)));
+  const Tape::Place kept = Keep(target);
+  Add(NodeKind::kInstruction, kept, Keep(data));
 }
 
 void TreeBuilder::StartElement(const char* prefix, const char* name) {
   FlushText();
-  if (++depth_ > maxDepth_) throw BadDocument{};
-  if (prefix) Charge(sizeof(char16_t) * (text::Utf16Length(prefix) + 1));
-  ChargeNode(sizeof(Element), name);
-  auto* element = new (document_) Element(&document_, KeepName(prefix, name));
-  Append(element);
-  current_ = element;
+  if (open_.size() >= static_cast<std::size_t>(maxDepth_)) throw BadDocument{};
+  open_.push_back(Add(NodeKind::kElement, KeepName(prefix, name)));
 }
 
 void TreeBuilder::Attribute(const char* prefix, const char* name, std::string_view value) {
-  if (prefix) Charge(sizeof(char16_t) * (text::Utf16Length(prefix) + 1));
-  ChargeNode(sizeof(dom::Attribute), name);
-  ChargeNode(0, value);
-  const Name keptName = KeepName(prefix, name);
-  static_cast<Element*>(current_)->AdoptAttribute(
-      new (document_) dom::Attribute(&document_, keptName, Keep(value)));
+  const Tape::Place kept = KeepName(prefix, name);
+  Add(NodeKind::kAttribute, kept, Keep(value));
 }
 
 void TreeBuilder::EndElement() {
   FlushText();
-  --depth_;
-  current_ = current_->owner();
+  tape_.End(open_.back());
+  open_.pop_back();
 }
 
 void TreeBuilder::Characters(std::string_view text) {
-  ChargeNode(0, text);
-  Decode(text, text_);
+  if (!inText_) text_ = tape_.Here();
+  inText_ = true;
+  Append(text);
 }
 
 void TreeBuilder::CdataSection(std::string_view text) {
   FlushText();
-  ChargeNode(sizeof(Text), text);
-  Append(new (document_) Text(NodeKind::kCdata, &document_, Keep(text)));
+  Add(NodeKind::kCdata, Keep(text));
 }
 
 void TreeBuilder::Comment(const char* text) {
   FlushText();
-  ChargeNode(sizeof(dom::Comment), text);
-  Append(new (document_) dom::Comment(NodeKind::kComment, &document_, Keep(text)));
+  Add(NodeKind::kComment, Keep(std::string_view(text)));
 }
 
 void TreeBuilder::Instruction(const char* target, const char* data) {
   FlushText();
-  ChargeNode(sizeof(dom::Instruction), target);
-  if (data) ChargeNode(0, data);
-  const std::u16string_view keptTarget = Keep(target);
-  Append(new (document_) dom::Instruction(&document_, keptTarget, Keep(data ? data : "")));
+  const Tape::Place kept = Keep(std::string_view(target));
+  Add(NodeKind::kInstruction, kept, Keep(std::string_view(data ? data : "")));
 }
 
 void TreeBuilder::FlushText() {
-  if (text_.empty()) return;
-  if (preserveWhiteSpace_ || !text::IsXmlSpace(text_)) {
-    Charge(sizeof(Text));
-    Append(new (document_) Text(NodeKind::kText, &document_, document_.arena().Keep(text_)));
-  } else {
-    bytesLeft_ += sizeof(char16_t) * text_.size();
+  if (!inText_) return;
+  inText_ = false;
+  const std::u16string_view text = tape_.TextFrom(text_);
+  if (text.empty() || (!preserveWhiteSpace_ && text::IsXmlSpace(text))) {
+    tape_.CutText(text_);
+    return;
   }
-  Empty(text_);
+  tape_.EndText();
+  Add(NodeKind::kText, text_);
 }
 
 }  // namespace ce::host::dom

@@ -1,11 +1,11 @@
-// Turns what a parser reports into nodes.
+// Puts what a parser reports on a tape.
 #pragma once
 
-#include <string>
+#include <array>
 #include <string_view>
+#include <vector>
 
-#include "handheld/dom/document.h"
-#include "handheld/dom/known_names.h"
+#include "handheld/dom/tape.h"
 
 namespace ce::host::dom {
 
@@ -15,16 +15,16 @@ class TreeBuilder {
  public:
   struct BadDocument {};
 
-  TreeBuilder(Document& document, bool preserveWhiteSpace, int maxDepth, std::size_t maxBytes)
-      : document_(document),
+  TreeBuilder(Tape& tape, bool preserveWhiteSpace, int maxDepth, std::size_t maxBytes)
+      : tape_(tape),
         preserveWhiteSpace_(preserveWhiteSpace),
         maxDepth_(maxDepth),
-        bytesLeft_(maxBytes),
-        current_(&document) {}
+        maxBytes_(maxBytes) {}
 
   // The declaration; the target as it was written.
   void Declaration(std::u16string_view target, std::u16string_view data);
-  // Prefixes may be null. Attributes belong to the element started last.
+  // Prefixes may be null. Names lie where they are as long as the parser does. Attributes belong to
+  // the element started last.
   void StartElement(const char* prefix, const char* name);
   void Attribute(const char* prefix, const char* name, std::string_view value);
   void EndElement();
@@ -33,25 +33,37 @@ class TreeBuilder {
   void CdataSection(std::string_view text);
   void Comment(const char* text);
   void Instruction(const char* target, const char* data);
+  // The whole document.
+  void End() { tape_.End(Tape::kDocument); }
 
  private:
-  // Takes memory from the budget. Called before a node is made, and before its text.
-  void Charge(std::size_t bytes);
-  void ChargeNode(std::size_t size, std::string_view text);
-  void FlushText();
-  // The text, and that of a qualified name, in the document's memory.
-  std::u16string_view Keep(std::string_view text);
-  Name KeepName(const char* prefix, const char* name);
-  void Append(Node* node) { current_->AdoptChild(node); }
+  // The place of a name that was met.
+  struct KnownPlace {
+    const char* prefix = nullptr;
+    const char* name = nullptr;
+    Tape::Place place = 0;
+  };
 
-  Document& document_;
+  // Refuses what the budget has no room for.
+  void Charge(std::size_t bytes) const;
+  Tape::Cell Add(NodeKind kind, Tape::Place text, Tape::Place second = 0);
+  void FlushText();
+  // Each puts text on the tape behind what is there.
+  void Append(std::string_view text);
+  void Append(std::u16string_view text);
+  // Where the text, with its end, and a qualified name are.
+  Tape::Place Keep(std::string_view text);
+  Tape::Place Keep(std::u16string_view text);
+  Tape::Place KeepName(const char* prefix, const char* name);
+
+  Tape& tape_;
   const bool preserveWhiteSpace_;
   const int maxDepth_;
-  std::size_t bytesLeft_;
-  Node* current_;
-  int depth_ = 0;
-  std::u16string text_;     // of the node that is to come
-  std::u16string decoded_;  // what Keep is at work on
+  const std::size_t maxBytes_;
+  std::vector<Tape::Cell> open_;
+  bool inText_ = false;
+  Tape::Place text_ = 0;  // where that of the node that is to come begins
+  std::array<KnownPlace, 256> names_{};
 };
 
 }  // namespace ce::host::dom

@@ -7,6 +7,7 @@
 #include <cstddef>
 
 #include "handheld/base/fault.h"
+#include "handheld/base/upload_memory.h"
 #include "handheld/network/socket_errors.h"
 
 namespace ce {
@@ -34,6 +35,19 @@ INT FailTransfer(Socket& socket, int error) {
   return FailSocketCall(SocketErrorFromErrno(error));
 }
 
+// The peer may be waited for only as long as others who need its share of memory have patience.
+class WaitForPeer {
+ public:
+  explicit WaitForPeer(Socket& socket) : wait_(SharedUploadMemory(), CutOff, &socket) {}
+
+ private:
+  static void CutOff(void* socket) {
+    ::shutdown(static_cast<Socket*>(socket)->fd.get(), SHUT_RDWR);
+  }
+
+  const UploadMemory::PeerWait wait_;
+};
+
 using Bytes = std::span<const std::byte>;
 
 ::iovec VectorOf(Bytes bytes) {
@@ -43,6 +57,7 @@ using Bytes = std::span<const std::byte>;
 // Sends what the socket holds, then `bytes`; 0, or an errno. A call ends with part of them when its
 // time is up; that part is progress, and the time begins anew.
 int SendAll(Socket& socket, Bytes bytes) {
+  const WaitForPeer wait(socket);
   Bytes held = socket.held.bytes();
   socket.held.Clear();
   do {
@@ -92,6 +107,7 @@ INT recv(SOCKET socket, void* buffer, INT bytes, INT flags) {
     if (count >= 0) return static_cast<INT>(count);
     if (errno != EAGAIN && errno != EINTR) return host::FailTransfer(*source, errno);
   }
+  const host::WaitForPeer wait(*source);
   if (!source->awaited.WaitForBytes()) return host::FailTransfer(*source, EAGAIN);
   for (;;) {
     const ssize_t count = ::recv(source->fd.get(), buffer, static_cast<std::size_t>(bytes), 0);

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "agent/pim_import/upload_document.h"
+#include "tests/support/byte_array.h"
 
 namespace corvane::testing {
 
@@ -14,10 +15,7 @@ class ParsedRecord {
   explicit ParsedRecord(const std::string& record) {
     const std::string text = "<root>" + record + "</root>";
     EXPECT_EQ(document_.Create(), ce::S_OK);
-    EXPECT_EQ(document_.Load(reinterpret_cast<const ce::BYTE*>(text.data()),
-                             static_cast<ce::DWORD>(text.size())),
-              ce::S_OK)
-        << text;
+    EXPECT_EQ(document_.Load(ByteArray(text).get()), ce::S_OK) << text;
     EXPECT_EQ(document_.FirstRecord(&record_), ce::S_OK);
   }
 

@@ -2,7 +2,15 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "agent/pim_import/upload_document.h"
 #include "handheld/base/fault.h"
+#include "handheld/base/upload_memory.h"
+#include "tests/support/byte_array.h"
 #include "tests/support/upload_runs.h"
 
 namespace corvane::testing {
@@ -14,6 +22,18 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 constexpr char kDocument[] = "<root><CONTACT/></root>";
+
+// The most that the process has had of the host's memory since then, in bytes.
+void ForgetPeakMemory() {
+  std::ofstream("/proc/self/clear_refs") << "5";
+}
+std::size_t PeakMemory() {
+  std::ifstream status("/proc/self/status");
+  std::string line;
+  while (std::getline(status, line) && !line.starts_with("VmHWM:")) continue;
+  EXPECT_TRUE(status) << "the host does not tell";
+  return std::stoul("0" + line.substr(line.find_first_of("0123456789"))) * 1024;
+}
 
 class UploadChunks : public PimTest {
  protected:
@@ -73,9 +93,32 @@ TEST_F(UploadChunks, GrowWithTheBytesThatArrive) {
 }
 
 TEST_F(UploadChunks, CostNothingBeforeTheyArrive) {
-  const auto plan = FaultPlan::CountOnly("LocalReAlloc");
-  EXPECT_THAT(Broken(Word(100 << 20) + "<root>").replies, IsEmpty());
-  EXPECT_EQ(plan.calls(), 0u);
+  ForgetPeakMemory();
+  const std::size_t before = PeakMemory();
+  EXPECT_THAT(Broken(Word(200 << 20) + "<root>").replies, IsEmpty());
+  EXPECT_LT(PeakMemory(), before + (50 << 20));
+}
+
+TEST_F(UploadChunks, GiveTheirMemoryBackBeforeTheNextIsAwaited) {
+  const auto plan = FaultPlan::CountOnly();
+  EXPECT_EQ(Upload({kDocument}).replies.size(), 1u);
+  const std::vector<std::string> calls = plan.names();
+  // The document is loaded, answered and emptied.
+  const auto answer = std::find(calls.rbegin(), calls.rend(), "send");
+  const auto awaited = std::find(answer.base(), calls.end(), "recv");
+  EXPECT_EQ(std::count(answer.base(), awaited, "IXMLDOMDocument::load"), 1);
+  EXPECT_NE(awaited, calls.end());
+}
+
+TEST_F(UploadChunks, GiveTheirMemoryBackWhenTheyAreCleared) {
+  UploadDocument document;
+  ASSERT_EQ(document.Create(), S_OK);
+  ASSERT_EQ(document.Load(ByteArray(kDocument).get()), S_OK);
+  EXPECT_GT(host::SharedUploadMemory().taken(), 0u);
+  document.Clear();
+  EXPECT_EQ(host::SharedUploadMemory().taken(), 0u);
+  ComPtr<IXMLDOMNode> record;
+  EXPECT_EQ(document.FirstRecord(&record), S_FALSE);
 }
 
 TEST_F(UploadChunks, BeyondTheBoundEndTheRequest) {
@@ -95,7 +138,7 @@ TEST_F(UploadChunks, WithinTheBoundAreTaken) {
 
 TEST_F(UploadChunks, EndWhenMemoryRunsOut) {
   const std::string large = "<root>" + std::string(1 << 20, ' ') + "<CONTACT/></root>";
-  for (const char* call : {"LocalAlloc", "LocalReAlloc"}) {
+  for (const char* call : {"LocalAlloc", "SafeArrayCreateVector"}) {
     const auto plan = FaultPlan::FailCalls(call, ERROR_NOT_ENOUGH_MEMORY);
     const UploadAnswer answer = Upload({large});
     EXPECT_THAT(answer.replies, IsEmpty()) << call;

@@ -194,9 +194,21 @@ TEST_F(LoadMemory, NodesOfEveryKindAreCharged) {
   for (const std::string piece :
        {"<a/>", "<a>x</a>", "<![CDATA[x]]>", "<!--x-->", "<?p?>", "<a b='x'/>"}) {
     const std::string bytes = "<r>" + Repeated(piece, 10'000) + "</r>";
-    EXPECT_EQ(LoadWithin(16 << 20, bytes), S_OK) << piece;
-    EXPECT_EQ(LoadWithin(512 << 10, bytes), E_FAIL) << piece;
+    EXPECT_EQ(LoadWithin(1 << 20, bytes), S_OK) << piece;
+    EXPECT_EQ(LoadWithin(64 << 10, bytes), E_FAIL) << piece;
   }
+}
+
+TEST_F(LoadMemory, NoDocumentTakesMoreThanAFewTimesItsBytes) {
+  std::string names;
+  for (int i = 0; i < 10'000; ++i) names += "<n" + std::to_string(i) + "/>";
+  for (const std::string piece :
+       {"<a/>", "<a/>1", "<a>1</a>", "<a b=''/>", "<a b='' c=''/>", "<?p?>", "<!---->",
+        "1<![CDATA[]]>", "\xC3\xA4<a/>", "&#9;<a/>", "<a xmlns=''/>"}) {
+    const std::string bytes = "<r>" + Repeated(piece, 10'000) + "</r>";
+    EXPECT_EQ(LoadWithin(5 * bytes.size(), bytes), S_OK) << piece;
+  }
+  EXPECT_EQ(LoadWithin(5 * names.size(), "<r>" + names + "</r>"), S_OK);
 }
 
 TEST_F(LoadMemory, TextsAreCharged) {

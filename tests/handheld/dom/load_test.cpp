@@ -231,6 +231,7 @@ TEST_F(Load, ReplacesWhatWasLoadedBefore) {
 TEST_F(Load, TheSourceMustBeAByteArray) {
   const Document document = MakeDocument();
   VARIANT source;
+  source.vt = VT_NULL;
   VARIANT_BOOL successful = VARIANT_TRUE;
   EXPECT_EQ(document->load(source, &successful), E_INVALIDARG);
   EXPECT_EQ(successful, VARIANT_FALSE);
