@@ -25,6 +25,10 @@ HRESULT RecordDocument::Send(CorvaneStream* stream) {
   return status;
 }
 
+bool IsHeard(const CorvaneStream* stream) {
+  return !stream || !stream->Ended() || LoggingIsOn();
+}
+
 HRESULT EndDownload(CorvaneStream* stream, HRESULT status) {
   if (stream) {
     static_cast<void>(WriteWordAhead(stream, 0));

@@ -25,6 +25,11 @@ class RecordDocument {
   ce::ComPtr<ce::IXMLDOMElement> root_;
 };
 
+// Whether what a download sends still reaches somebody: its desktop, or a reader of the log. A
+// failure to send does not end a walk, whose further steps would be in the log; but without one
+// nobody could ever tell that they were taken.
+bool IsHeard(const CorvaneStream* stream);
+
 // How many records travel in the first document of a download, and in each behind it.
 struct DocumentSizes {
   ce::DWORD first;
@@ -32,9 +37,9 @@ struct DocumentSizes {
 };
 
 // Calls `addNext(document, &more)`, which adds a record to the document that it opens, until it
-// fails or sets `more` to false; sends each document that is full, and what is left at the end. A
-// failure leaves the unfinished document unsent. The status of the last step: that of the last
-// document, positive when the connection was lost.
+// fails, sets `more` to false or nobody hears of it any more; sends each document that is full, and
+// what is left at the end. A failure leaves the unfinished document unsent. The status of the last
+// step: that of the last document, positive when the connection was lost.
 template <typename AddNext>
 [[nodiscard]] ce::HRESULT SendRecords(CorvaneStream* stream, DocumentSizes sizes, AddNext addNext) {
   RecordDocument document;
@@ -45,6 +50,7 @@ template <typename AddNext>
       RETURN_IF_FAILED(sent);
       left = sizes.others;
     }
+    if (!IsHeard(stream)) return sent;
     bool more = true;
     RETURN_IF_FAILED(addNext(document, &more));
     if (!more) return document.isOpen() ? document.Send(stream) : sent;

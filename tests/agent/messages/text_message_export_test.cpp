@@ -241,8 +241,25 @@ TEST_F(TextMessageExport, AttemptsTheTrailerAlsoOnABrokenConnection) {
   const auto plan = FaultPlan::FailCalls("send", WSAECONNRESET);
   const DownloadAnswer answer = Export();
   EXPECT_TRUE(answer.documents.empty());
-  EXPECT_EQ(plan.calls(), 6u) << "two documents and the trailer, two writes each";
+  EXPECT_EQ(plan.calls(), 4u) << "a document and the trailer, two writes each";
   EXPECT_GE(answer.returned, 0) << "a broken connection is no failure by its sign";
+}
+
+TEST_F(TextMessageExport, LooksAtNoFurtherFoldersMessagesOnABrokenConnection) {
+  filler_->AddMany(u"/Inbox", 2);
+  filler_->AddMany(u"/Outbox", 2);
+  const auto plan = FaultPlan::FailCalls("send", WSAECONNRESET);
+  Export();
+  EXPECT_EQ(plan.calls(), 4u);
+}
+
+TEST_F(TextMessageExport, GoesOnForTheLogOnABrokenConnection) {
+  filler_->AddMany(u"/Inbox", 2);
+  filler_->AddMany(u"/Outbox", 1);
+  SwitchLogOn();
+  const auto plan = FaultPlan::FailCalls("send", WSAECONNRESET);
+  Export();
+  EXPECT_EQ(plan.calls(), 8u) << "three documents and the trailer, two writes each";
 }
 
 TEST_F(TextMessageExport, LogsItsSteps) {

@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 #include "agent/pim_export/download_requests.h"
 #include "handheld/base/fault.h"
 #include "tests/support/call_filler.h"
@@ -140,9 +142,27 @@ TEST_F(DownloadAll, AttemptsTheTrailerAlsoOnABrokenConnection) {
   const auto plan = FaultPlan::FailCalls("send", WSAECONNRESET);
   const StreamedAnswer answer = RunStreamed(DownloadAllPIMRecords, Word(1));
   EXPECT_EQ(answer.bytes, "");
-  // Two documents and the trailer, two writes each.
-  EXPECT_EQ(plan.calls(), 6u);
+  // A document and the trailer, two writes each.
+  EXPECT_EQ(plan.calls(), 4u);
   EXPECT_GE(answer.status, 0) << "a broken connection is no failure by its sign";
+}
+
+TEST_F(DownloadAll, ReadsNoMoreRecordsThanItKnowsToBeLost) {
+  AddContacts(20);
+  const auto plan = FaultPlan::FailCalls("send", WSAECONNRESET);
+  RunStreamed(DownloadAllPIMRecords, Word(1));
+  EXPECT_EQ(plan.calls(), 4u);
+}
+
+TEST_F(DownloadAll, GoesOnForTheLogOnABrokenConnection) {
+  AddContacts(12);
+  SwitchLogOn();
+  const auto plan = FaultPlan::FailCalls("send", WSAECONNRESET);
+  RunStreamed(DownloadAllPIMRecords, Word(1));
+  // Three documents and the trailer, two writes each.
+  EXPECT_EQ(plan.calls(), 8u);
+  const std::vector<std::string> messages = LogMessages();
+  EXPECT_EQ(std::count(messages.begin(), messages.end(), "AddContactToXML returned 0"), 12);
 }
 
 TEST_F(DownloadAll, AnswersTheLastDocumentOnABrokenConnection) {
