@@ -4,7 +4,7 @@
 
 #include "common/calendar/zone.h"
 #include "common/formats/items/identity.h"
-#include "common/text/text.h"
+#include "desktop/merge/item.h"
 #include "desktop/records/appointment_xml.h"
 #include "desktop/records/contact_xml.h"
 #include "desktop/records/record_kind.h"
@@ -15,17 +15,8 @@ namespace {
 
 using calendar::Zone;
 
-std::string Normal(std::string text) {
-  if (text.empty()) return text;  // as most fields are
-  constexpr std::string_view kXmlBlanks = " \t\n";
-  text = text::NormalizeLineBreaks(std::move(text));
-  const std::size_t first = text.find_first_not_of(kXmlBlanks);
-  if (first == std::string::npos) return {};
-  return text.substr(first, text.find_last_not_of(kXmlBlanks) + 1 - first);
-}
-
 void NormalizeTexts(XmlElement& element) {
-  element.text = Normal(std::move(element.text));
+  element.text = CommonText(std::move(element.text));
   for (XmlElement& child : element.children) NormalizeTexts(child);
 }
 
@@ -43,8 +34,8 @@ std::string StateHash(const formats::Contact& contact) {
                                    ContactField::kYomiLastName}) {
     state[field].clear();
   }
-  for (std::string& text : state.fields) text = Normal(std::move(text));
-  for (std::string& category : state.categories) category = Normal(std::move(category));
+  for (std::string& text : state.fields) text = CommonText(std::move(text));
+  for (std::string& category : state.categories) category = CommonText(std::move(category));
   return formats::ContentHash(ContactToXml(formats::WithFileAs(state)));
 }
 

@@ -5,10 +5,10 @@
 #include <chrono>
 #include <string>
 
+#include "common/calendar/pattern_words.h"
 #include "common/calendar/wall_time.h"
 #include "common/formats/items/item_json.h"
 #include "common/formats/json/message_json.h"
-#include "handheld/tool/pattern_words.h"
 #include "handheld/tool/records.h"
 #include "handheld/tool/table.h"
 

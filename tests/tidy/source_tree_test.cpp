@@ -89,8 +89,10 @@ const std::map<std::string, std::set<std::string>> kMayInclude = {
 
     {"desktop/wire", {"common"}},
     {"desktop/records", {"common", "desktop/wire"}},
-    {"desktop/transfer", {"common", "desktop/wire", "desktop/records"}},
-    {"desktop/commands", {"common", "desktop/wire", "desktop/records", "desktop/transfer"}},
+    {"desktop/merge", {"common"}},
+    {"desktop/transfer", {"common", "desktop/merge", "desktop/wire", "desktop/records"}},
+    {"desktop/commands",
+     {"common", "desktop/merge", "desktop/wire", "desktop/records", "desktop/transfer"}},
     {"desktop/main.cpp", {"common", "desktop"}},
 };
 

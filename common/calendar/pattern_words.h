@@ -5,10 +5,10 @@
 
 #include "common/calendar/pattern.h"
 
-namespace tool {
+namespace calendar {
 
 // "weekly on Mon, Wed until 2008-06-30", "every 2 months on the last Fri"; "recurring" for a
 // pattern that is not valid.
-std::string PatternWords(const calendar::Pattern& pattern);
+std::string PatternWords(const Pattern& pattern);
 
-}  // namespace tool
+}  // namespace calendar

@@ -1,12 +1,9 @@
-#include "handheld/tool/pattern_words.h"
+#include "common/calendar/pattern_words.h"
 
 #include <gtest/gtest.h>
 
-namespace tool::testing {
+namespace calendar::testing {
 namespace {
-
-using calendar::Pattern;
-using calendar::PatternType;
 
 struct WordsCase {
   Pattern pattern;
@@ -49,4 +46,4 @@ TEST(PatternWords, SaysLittleOfOneThatIsNotValid) {
 }
 
 }  // namespace
-}  // namespace tool::testing
+}  // namespace calendar::testing

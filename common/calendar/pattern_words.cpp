@@ -1,4 +1,4 @@
-#include "handheld/tool/pattern_words.h"
+#include "common/calendar/pattern_words.h"
 
 #include <fmt/core.h>
 
@@ -6,11 +6,8 @@
 
 #include "common/calendar/wall_time.h"
 
-namespace tool {
+namespace calendar {
 namespace {
-
-using calendar::Pattern;
-using calendar::PatternType;
 
 constexpr const char* kDays[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
 constexpr const char* kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
@@ -67,11 +64,11 @@ std::string Days(const Pattern& pattern) {
 }  // namespace
 
 std::string PatternWords(const Pattern& pattern) {
-  if (!calendar::IsValid(pattern)) return "recurring";
+  if (!IsValid(pattern)) return "recurring";
   std::string words = Days(pattern);
   if (pattern.until) words += " until " + formats::IsoDate(*pattern.until);
   if (pattern.occurrences) words += fmt::format(", {} times", *pattern.occurrences);
   return words;
 }
 
-}  // namespace tool
+}  // namespace calendar
