@@ -107,7 +107,8 @@ void Listener::Run() {
 void Listener::Pass() {
   ce::fd_set readable{};
   AddToSet(socket_, readable);
-  const ce::INT ready = ce::select(0, &readable, nullptr, nullptr, &kSelectPeriod);
+  const ce::timeval period = {IdleSeconds.load(std::memory_order_relaxed), kSelectPeriod.tv_usec};
+  const ce::INT ready = ce::select(0, &readable, nullptr, nullptr, &period);
   if (ready == 0) return Idle();
   if (ready == ce::SOCKET_ERROR) {
     error_ = ce::LastErrorStatus();
@@ -133,6 +134,7 @@ void Listener::AcceptOne() {
 
 }  // namespace
 
+std::atomic<ce::LONG> IdleSeconds{kSelectPeriod.tv_sec};
 std::atomic<ce::LONG> ActiveRequestCount{1};
 std::atomic<ce::DWORD> QuitRequested{0};
 

@@ -12,6 +12,8 @@ inline constexpr ce::WORD AGENT_PORT = 2005;
 // The microsecond is part of the period.
 inline constexpr ce::timeval kSelectPeriod = {60, 1};
 
+// Takes the place of the select period's seconds. Set it before WinMain.
+extern std::atomic<ce::LONG> IdleSeconds;
 // 1 plus the handleRequest threads that run now. Changed by interlocked operations only.
 extern std::atomic<ce::LONG> ActiveRequestCount;
 // Nonzero ends the accept loop when select returns next.

@@ -1,5 +1,6 @@
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <poll.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 
@@ -13,6 +14,7 @@
 #include "handheld/base/fault.h"
 #include "handheld/directory/handheld.h"
 #include "handheld/network/awaited_requests.h"
+#include "handheld/network/listen_options.h"
 #include "handheld/network/socket_errors.h"
 #include "handheld/network/socket_table.h"
 #include "handheld/network/socket_watcher.h"
@@ -75,6 +77,24 @@ int AcceptDescriptor(int listener, ::sockaddr_storage* peer) {
   }
 }
 
+// Whether another connection waits.
+bool HasAnother(int listener) {
+  ::pollfd poll{listener, POLLIN, 0};
+  return ::poll(&poll, 1, 0) == 1;
+}
+
+// As AcceptDescriptor, for somebody who may connect; others are shown the door.
+UniqueFd AcceptAllowed(const Socket& listener, ::sockaddr_storage* peer) {
+  for (;;) {
+    UniqueFd fd(AcceptDescriptor(listener.fd.get(), peer));
+    if (!fd || !listener.agentPort || MayConnect(AnyAddressOf(*peer))) return fd;
+    fd.reset();
+    if (HasAnother(listener.fd.get())) continue;
+    errno = ECONNABORTED;
+    return fd;
+  }
+}
+
 // The device's form of an IPv4 address, also of one that an IPv6 socket shows in its own form; all
 // zero for others.
 sockaddr_in DeviceAddress(const ::sockaddr_storage& address) {
@@ -104,7 +124,7 @@ SOCKET Accept(SOCKET listener, sockaddr_in* address, DWORD* error) {
   *error = kWsaInvalid;
   if (socket->state != SocketState::kListening) return INVALID_SOCKET;
   ::sockaddr_storage peer{};
-  UniqueFd fd(AcceptDescriptor(socket->fd.get(), &peer));
+  UniqueFd fd = AcceptAllowed(*socket, &peer);
   *error = SocketErrorFromErrno(errno);
   if (!fd) return INVALID_SOCKET;
   const AwaitedRequest::Patience patience = CurrentPatience();

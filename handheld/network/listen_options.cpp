@@ -58,6 +58,17 @@ ListenOptions CurrentListenOptions() {
   return Options();
 }
 
+bool MayConnect(const AnyAddress& address) {
+  const std::lock_guard guard(g_lock);
+  const std::vector<AddressRange>& allowed = Options().allowed;
+  const auto contains = [&](const AddressRange& range) { return range.Contains(address); };
+  if (allowed.empty() || std::ranges::any_of(allowed, contains)) return true;
+  static AnyAddress refusedLast{};
+  if (std::exchange(refusedLast, address) != address && Options().onRefusal)
+    Options().onRefusal(TextOf(address));
+  return false;
+}
+
 bool ParseListenAddress(std::string_view text, std::string* address, std::uint16_t* port,
                         std::string* error) {
   if (const std::string whole(text); IsIp6(whole)) {

@@ -5,6 +5,9 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include "handheld/network/address_range.h"
 
 namespace ce::host {
 
@@ -17,8 +20,14 @@ struct ListenOptions {
   // Closing the listener leaves it listening for the next one that binds, so that no connection is
   // refused meanwhile.
   bool keepListening = false;
+  // Who may connect; everybody when there are none.
+  std::vector<AddressRange> allowed = {};
   // Told once of each listener that listens, with its real address: "127.0.0.1:2005".
   std::function<void(const std::string& address)> onListening;
+  // Told before that of a listener that other computers can reach.
+  std::function<void(const std::string& address)> onOpenToNetwork = {};
+  // Told of the address of somebody who may not connect, once for as long as it is the same one.
+  std::function<void(const std::string& address)> onRefusal = {};
   // Told when bind or listen failed, with a message for people.
   std::function<void(const std::string& message)> onFailure;
 };
@@ -26,6 +35,9 @@ struct ListenOptions {
 // For listeners bound from now on.
 void SetListenOptions(ListenOptions options);
 ListenOptions CurrentListenOptions();
+
+// Whether somebody from this address may connect; says so when not.
+bool MayConnect(const AnyAddress& address);
 
 // Ends a listener that keepListening holds; nothing when there is none.
 void CloseKeptListener();

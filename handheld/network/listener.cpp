@@ -57,12 +57,28 @@ std::string AddressText(const ::sockaddr* address, socklen_t length) {
   return (isIp4 ? host : "[" + std::string(host) + "]") + ":" + port;
 }
 
-// Of the address that the socket is bound to; empty when it has none.
+// The address that the socket is bound to; of no family when it has none.
+::sockaddr_storage BoundAddress(int fd) {
+  ::sockaddr_storage address{};
+  socklen_t length = sizeof(address);
+  if (::getsockname(fd, reinterpret_cast<::sockaddr*>(&address), &length) != 0) return {};
+  return address;
+}
+
+// Empty when it has none.
 std::string BoundAddressText(int fd) {
-  ::sockaddr_storage storage{};
-  auto* const address = reinterpret_cast<::sockaddr*>(&storage);
-  socklen_t length = sizeof(storage);
-  return ::getsockname(fd, address, &length) == 0 ? AddressText(address, length) : "";
+  const ::sockaddr_storage address = BoundAddress(fd);
+  const bool isIp4 = address.ss_family == PF_INET;
+  return AddressText(reinterpret_cast<const ::sockaddr*>(&address),
+                     isIp4 ? sizeof(::sockaddr_in) : sizeof(::sockaddr_in6));
+}
+
+void TellWhereItListens(int fd) {
+  const ListenOptions options = CurrentListenOptions();
+  const std::string address = BoundAddressText(fd);
+  if (options.onOpenToNetwork && !IsLoopback(AnyAddressOf(BoundAddress(fd))))
+    options.onOpenToNetwork(address);
+  if (options.onListening) options.onListening(address);
 }
 
 bool IsAgentPort(const sockaddr_in* address) {
@@ -196,10 +212,7 @@ INT ListenOrTell(SOCKET handle, INT backlog, DWORD fault) {
     return FailSocketCall(failure.code);
   }
   socket->state = SocketState::kListening;
-  if (socket->agentPort && !socket->announced.exchange(true)) {
-    const ListenOptions options = CurrentListenOptions();
-    if (options.onListening) options.onListening(BoundAddressText(fd));
-  }
+  if (socket->agentPort && !socket->announced.exchange(true)) TellWhereItListens(fd);
   return 0;
 }
 

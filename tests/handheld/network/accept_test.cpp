@@ -1,10 +1,12 @@
 #include <fcntl.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 
 #include "handheld/base/fault.h"
+#include "handheld/network/listen_options.h"
 #include "handheld/network/socket_errors.h"
 #include "handheld/network/socket_table.h"
 #include "handheld/network/socket_watcher.h"
@@ -17,7 +19,19 @@ namespace {
 
 using ce::host::FaultPlan;
 
-class Accepting : public LoopbackTest {};
+class Accepting : public LoopbackTest {
+ protected:
+  void Allow(std::initializer_list<const char*> networks) {
+    ce::host::ListenOptions options = ce::host::CurrentListenOptions();
+    std::string error;
+    for (const char* network : networks)
+      options.allowed.push_back(ce::host::AddressRange::Parse(network, &error).value());
+    options.onRefusal = [this](const std::string& address) { refusals_.push_back(address); };
+    ce::host::SetListenOptions(std::move(options));
+  }
+
+  std::vector<std::string> refusals_;
+};
 
 TEST_F(Accepting, TellsWhoConnects) {
   const ce::SOCKET listener = Listen();
@@ -44,6 +58,26 @@ TEST_F(Accepting, GivesASocketThatSendsAtOnceAndIsNotInherited) {
   ASSERT_EQ(::getsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &noDelay, &length), 0);
   EXPECT_NE(noDelay, 0);
   EXPECT_EQ(::fcntl(fd, F_GETFD), FD_CLOEXEC);
+}
+
+TEST_F(Accepting, HangsUpOnThoseWhoMayNotConnectAndDoesNotWaitForOthers) {
+  const ce::SOCKET listener = Listen();
+  Allow({"192.0.2.0/24"});
+  Peer first(Port());
+  Peer second(Port());
+  EXPECT_EQ(ce::accept(listener, nullptr, nullptr), ce::INVALID_SOCKET);
+  EXPECT_EQ(ce::GetLastError(), ce::host::kWsaConnectionAborted);
+  EXPECT_TRUE(first.SeesEnd());
+  EXPECT_TRUE(second.SeesEnd());
+  EXPECT_THAT(refusals_, ::testing::ElementsAre("127.0.0.1"));
+}
+
+TEST_F(Accepting, LetsThoseConnectWhoMay) {
+  const ce::SOCKET listener = Listen();
+  Allow({"192.0.2.0/24", "127.0.0.0/8"});
+  Peer peer(Port());
+  Accept(listener);
+  EXPECT_TRUE(refusals_.empty());
 }
 
 TEST_F(Accepting, RefusesWhatDoesNotListen) {
