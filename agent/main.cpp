@@ -8,6 +8,7 @@
 
 #include "agent/core/listener.h"
 #include "agent/log/log.h"
+#include "common/command_line/description.h"
 #include "handheld/directory/handheld.h"
 #include "handheld/network/awaited_requests.h"
 #include "handheld/network/end_signals.h"
@@ -112,6 +113,7 @@ int ParseAndRun(int argc, char** argv) {
   Options options;
   CLI::App app("The synchronisation agent of a handheld: serves a desktop over TCP.", "corvane");
   app.set_version_flag("--version", "corvane " CORVANE_VERSION);
+  command_line::AddDescription(app);
   app.add_option("--handheld", options.handheld, "The handheld's directory")
       ->required()
       ->type_name("DIR");
@@ -131,8 +133,8 @@ int ParseAndRun(int argc, char** argv) {
       ->check(CLI::Range(1, 1000000).description(""));
   app.add_flag("--stay", options.stay, "Start afresh when that time has passed, instead of ending");
   app.footer(
-      "Ends by itself when nothing has come for that time, or when the desktop asks it to. SIGTERM\n"
-      "or SIGINT ends it when the requests under way are done, a second one at once.\n"
+      "Ends by itself when nothing has come for that time, or when the desktop asks it to.\n"
+      "SIGTERM or SIGINT ends it when the requests under way are done, a second one at once.\n"
       "Exit codes: 0 ended as asked, 1 failed, 2 wrong use.");
   try {
     app.parse(argc, argv);

@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "common/command_line/description.h"
 #include "common/text/text.h"
 #include "desktop/commands/clock_text.h"
 #include "desktop/commands/commands_agent.h"
@@ -77,18 +78,12 @@ void AddJson(CLI::App& command, CommandLine& line) {
 template <typename T, typename Chosen>
 CLI::Option* AddChoice(CLI::App& command, const std::string& name, Chosen& chosen,
                        const std::map<std::string, T>& choices, const std::string& help) {
-  return command.add_option_function<std::string>(
-      name,
-      [&chosen, choices, name](const std::string& word) {
-        const auto found = choices.find(word);
-        if (found == choices.end()) {
-          std::string words;
-          for (const auto& choice : choices) words += (words.empty() ? "" : ", ") + choice.first;
-          throw CLI::ValidationError(name, word + " is none of " + words);
-        }
-        chosen = found->second;
-      },
-      help);
+  std::vector<std::string> words;
+  for (const auto& choice : choices) words.push_back(choice.first);
+  return command
+      .add_option_function<std::string>(
+          name, [&chosen, choices](const std::string& word) { chosen = choices.at(word); }, help)
+      ->check(CLI::IsMember(words));
 }
 
 void AddOids(CLI::App& command, std::vector<Oid>& oids) {
@@ -131,7 +126,7 @@ void AddKind(CLI::App& command, RecordKind& kind, std::initializer_list<RecordKi
              const std::string& help) {
   std::map<std::string, RecordKind> choices;
   for (const RecordKind each : kinds) choices.emplace(WordsOf(each).argument, each);
-  AddChoice(command, "what", kind, choices, help)->required()->type_name("");
+  AddChoice(command, "what", kind, choices, help)->required()->type_name("KIND");
 }
 
 // Kind, identifiers and format may stand in any order on the command line.
@@ -315,7 +310,7 @@ void AddAgent(CLI::App& app, CommandLine& line) {
       {{"on", LoggingLevel::kOn}, {"verbose", LoggingLevel::kVerbose}, {"off", LoggingLevel::kOff}},
       "on, verbose or off")
       ->required()
-      ->type_name("");
+      ->type_name("STATE");
   logging.callback(ToRun(line, SetLogging, line.logging));
   app.add_subcommand("quit", "Asks the agent to end")->callback(ToRun(line, Quit));
 }
@@ -345,6 +340,7 @@ int Run(int argc, char** argv) {
   CommandLine line;
   CLI::App app("Talks to the synchronisation agent of a handheld.", "corvane-desktop");
   app.set_version_flag("--version", "corvane-desktop " CORVANE_VERSION);
+  command_line::AddDescription(app);
   // Not required: CLI11 would ask for one before it names a word that it does not know.
   app.require_subcommand(0, 1);
   app.fallthrough();

@@ -9,6 +9,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "common/command_line/description.h"
 #include "handheld/tool/card_commands.h"
 #include "handheld/tool/clock_commands.h"
 #include "handheld/tool/export_records.h"
@@ -298,6 +299,7 @@ int ParseAndRun(int argc, char** argv) {
   Command chosen;
   CLI::App app("Makes, fills, shows and maintains a virtual handheld.", "corvane-device");
   app.set_version_flag("--version", "corvane-device " CORVANE_VERSION);
+  command_line::AddDescription(app);
   // Not required: CLI11 would ask for one before it names a word that it does not know.
   app.require_subcommand(0, 1);
   app.footer("Exit codes: 0 all done, 1 failed, 2 wrong use, 3 partly done.");

@@ -33,6 +33,36 @@ TEST_F(Install, PutsTheThreeProgramsInPlaceAndTheyRun) {
   EXPECT_THAT(names, ::testing::ElementsAre("corvane", "corvane-desktop", "corvane-device"));
 }
 
+TEST_F(Install, PutsManualsCompletionUnitsAndDocumentsInPlace) {
+  for (const char* path :
+       {"share/man/man1/corvane.1", "share/man/man1/corvane-device-import.1",
+        "share/man/man5/corvane-handheld.5", "share/man/man7/corvane-service.7",
+        "share/bash-completion/completions/corvane-desktop",
+        "share/zsh/site-functions/_corvane-desktop",
+        "share/fish/vendor_completions.d/corvane-desktop.fish",
+        "lib/systemd/system/corvane@.socket", "lib/systemd/system/corvane@.service",
+        "share/systemd/user/corvane@.socket", "share/systemd/user/corvane@.service",
+        "lib/sysusers.d/corvane.conf", "share/doc/corvane/README.md",
+        "share/doc/corvane/SECURITY.md", "share/doc/corvane/CHANGELOG.md",
+        "share/doc/corvane/docs/security.md", "share/doc/corvane/examples/samples/people.vcf"})
+    EXPECT_TRUE(fs::is_regular_file(Path("root/") + path)) << path;
+}
+
+TEST_F(Install, HasUnitsThatStartTheProgramWhereItIs) {
+  for (const char* unit :
+       {"lib/systemd/system/corvane@.service", "share/systemd/user/corvane@.service"}) {
+    const std::string text = directory_.Read(std::string("root/") + unit);
+    EXPECT_THAT(text, ::testing::HasSubstr("\nExecStart=" + Path("root/bin/corvane") + " "));
+  }
+}
+
+TEST_F(Install, HasAUnitThatMayDoLittle) {
+  const Ended rating = Shell("systemd-analyze security --offline=yes --threshold=15 '" +
+                             Path("root/lib/systemd/system/corvane@.service") + "'");
+  EXPECT_EQ(rating.code, 0) << rating.out << rating.err;
+  EXPECT_THAT(rating.out, ::testing::HasSubstr("Overall exposure level"));
+}
+
 TEST_F(Install, LeavesOutWhatOnlyADebuggerReads) {
   for (const char* name : {"corvane", "corvane-device", "corvane-desktop"}) {
     const Ended sections =
