@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <random>
 #include <system_error>
@@ -104,19 +105,58 @@ void AtomicFile::Link(const std::filesystem::path& target) {
   temporary_ = name;
 }
 
-void AtomicFile::Commit(std::string_view suffix) {
+void AtomicFile::Finish() {
   Flush();
   if (!direct_ && fsync(file_) != 0) Fail("write");
-  std::filesystem::path target = path_;
-  target += suffix;
-  if (!direct_ && temporary_.empty()) Link(target);
+}
+
+void AtomicFile::Close() {
   const int file = file_;
   file_ = -1;
   if (close(file) != 0) Fail("write");
+}
+
+void AtomicFile::Commit(std::string_view suffix) {
+  Finish();
+  std::filesystem::path target = path_;
+  target += suffix;
+  if (!direct_ && temporary_.empty()) Link(target);
+  Close();
   if (direct_) return;
   if (!temporary_.empty() && rename(temporary_.c_str(), target.c_str()) != 0) Fail("write");
   temporary_.clear();
   SyncDirectoryOf(path_);
+}
+
+// A file system that cannot tell whether the name is free gets it by way of a look before.
+bool AtomicFile::LinkNew() {
+  if (temporary_.empty()) {
+    const std::string self = fmt::format("{}/{}", kOpenFiles, file_);
+    return linkat(AT_FDCWD, self.c_str(), AT_FDCWD, path_.c_str(), AT_SYMLINK_FOLLOW) == 0;
+  }
+  if (renameat2(AT_FDCWD, temporary_.c_str(), AT_FDCWD, path_.c_str(), RENAME_NOREPLACE) == 0) {
+    return true;
+  }
+  if (errno != EINVAL && errno != ENOSYS) return false;
+  struct stat status {};
+  if (lstat(path_.c_str(), &status) == 0) {
+    errno = EEXIST;
+    return false;
+  }
+  return rename(temporary_.c_str(), path_.c_str()) == 0;
+}
+
+bool AtomicFile::CommitNew() {
+  if (direct_) return false;
+  Finish();
+  if (!LinkNew()) {
+    if (errno != EEXIST) Fail("write");
+    return false;
+  }
+  temporary_.clear();
+  Close();
+  SyncDirectoryOf(path_);
+  return true;
 }
 
 void MakePrivateDirectories(const std::filesystem::path& path) {

@@ -29,11 +29,17 @@ class AtomicFile {
   // On the disk when it returns. With a suffix, as a file of that longer name, and the file that
   // was named stays as it is. Call it once.
   void Commit(std::string_view suffix = {});
+  // Like Commit, but another file never gives way: false, with nothing written, when there is one
+  // of the name. Call one of the two, once.
+  [[nodiscard]] bool CommitNew();
 
  private:
   void OpenTemporary(mode_t mode);
   void Flush();
+  void Finish();
+  void Close();
   void Link(const std::filesystem::path& target);
+  [[nodiscard]] bool LinkNew();
   [[nodiscard]] std::filesystem::path NameBeside() const;
   [[noreturn]] void Fail(std::string_view what) const;
 

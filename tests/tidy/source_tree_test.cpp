@@ -92,6 +92,7 @@ const std::map<std::string, std::set<std::string>> kMayInclude = {
     {"desktop/wire", {"common"}},
     {"desktop/records", {"common", "desktop/wire"}},
     {"desktop/merge", {"common"}},
+    {"desktop/folder", {"common", "desktop/merge"}},
     {"desktop/transfer", {"common", "desktop/merge", "desktop/wire", "desktop/records"}},
     {"desktop/commands",
      {"common", "desktop/merge", "desktop/wire", "desktop/records", "desktop/transfer"}},

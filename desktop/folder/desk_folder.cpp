@@ -1,0 +1,224 @@
+#include "desktop/folder/desk_folder.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+#include "common/files/atomic_file.h"
+#include "common/formats/items/identity.h"
+#include "common/text/text.h"
+#include "desktop/folder/desk_reader.h"
+#include "desktop/folder/file_edit.h"
+#include "desktop/folder/file_names.h"
+#include "desktop/folder/known_items.h"
+#include "desktop/folder/plain_file.h"
+
+namespace desktop {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Of the file systems in use.
+constexpr std::chrono::seconds kCoarsestClock{2};
+constexpr std::string_view kSubfolders[] = {kContactsFolder, kCalendarFolder, kTasksFolder};
+
+bool IsAskedFor(const DeskParts& parts, std::string_view subfolder) {
+  return subfolder == kContactsFolder ? parts.contacts : parts.calendar;
+}
+
+void RefuseLink(const fs::path& directory) {
+  std::error_code ignored;
+  if (!fs::is_symlink(fs::symlink_status(directory, ignored))) return;
+  throw files::Error(directory.string() + " is a link; a folder of its own is needed");
+}
+
+std::string SubfolderOfPath(const fs::path& file) {
+  return file.empty() ? std::string() : file.begin()->string();
+}
+
+// A file's name as the folder gives it: below one of the subfolders, and no deeper.
+bool IsDeskPath(const fs::path& file) {
+  const std::string subfolder = SubfolderOfPath(file);
+  return std::distance(file.begin(), file.end()) == 2 && file.filename() != ".." &&
+         std::find(std::begin(kSubfolders), std::end(kSubfolders), subfolder) !=
+             std::end(kSubfolders);
+}
+
+class FolderReader {
+ public:
+  FolderReader(const fs::path& root, const calendar::Zone& zone, const DeskFiles& known,
+               std::chrono::system_clock::time_point now)
+      : root_(root), zone_(zone), known_(known), now_(now) {}
+
+  DeskContents Read(const DeskParts& parts) {
+    for (const std::string_view subfolder : kSubfolders) {
+      if (IsAskedFor(parts, subfolder)) ReadSubfolder(subfolder);
+    }
+    for (const auto& [path, file] : known_) {
+      if (!IsAskedFor(parts, SubfolderOfPath(path))) contents_.files.emplace(path, file);
+    }
+    GiveKeys(contents_.files, known_, contents_.notices);
+    std::stable_sort(contents_.notices.begin(), contents_.notices.end(),
+                     [](const DeskNotice& a, const DeskNotice& b) {
+                       return std::pair(a.file, a.line) < std::pair(b.file, b.line);
+                     });
+    return std::move(contents_);
+  }
+
+ private:
+  void ReadSubfolder(std::string_view subfolder);
+  void Look(const fs::directory_entry& entry, const fs::path& file);
+  void ReadFile(const fs::path& file);
+  void LeaveAlone(const fs::path& file, std::string why);
+
+  const fs::path& root_;
+  const calendar::Zone& zone_;
+  const DeskFiles& known_;
+  const std::chrono::system_clock::time_point now_;
+  DeskContents contents_;
+};
+
+void FolderReader::ReadSubfolder(std::string_view subfolder) {
+  const fs::path directory = root_ / subfolder;
+  RefuseLink(directory);
+  std::error_code error;
+  fs::directory_iterator entries(directory, error);
+  if (error == std::errc::no_such_file_or_directory) return;
+  const fs::directory_iterator end;
+  for (; !error && entries != end; entries.increment(error)) {
+    const fs::path name = entries->path().filename();
+    const bool hidden = name.string().starts_with('.');
+    if (hidden || !text::EqualsNoCase(name.extension().string(), ExtensionOf(subfolder))) continue;
+    Look(*entries, fs::path(subfolder) / name);
+  }
+  if (error) {
+    throw files::Error(fmt::format("cannot read {}: {}", directory.string(), error.message()));
+  }
+}
+
+void FolderReader::Look(const fs::directory_entry& entry, const fs::path& file) {
+  std::error_code error;
+  switch (entry.symlink_status(error).type()) {
+    case fs::file_type::not_found:
+      return;  // gone since
+    case fs::file_type::regular:
+      break;
+    case fs::file_type::symlink:
+      return LeaveAlone(file, "a link, left alone");
+    default:
+      return LeaveAlone(file, "not a file, left alone");
+  }
+  const auto known = known_.find(file.string());
+  const bool same = known != known_.end() && !known->second.stamp.empty() &&
+                    known->second.stamp == StampOf(entry.path()).text;
+  if (same) {
+    contents_.files.emplace(file.string(), known->second);
+  } else {
+    ReadFile(file);
+  }
+}
+
+void FolderReader::ReadFile(const fs::path& file) {
+  FileBytes read;
+  try {
+    read = ReadPlainFile(root_ / file);
+  } catch (const files::Error& error) {
+    std::error_code ignored;
+    if (!fs::exists(fs::symlink_status(root_ / file, ignored))) return;
+    return LeaveAlone(file, fmt::format("{}; left alone", error.what()));
+  }
+  ++contents_.filesRead;
+  DeskReading reading = ReadDeskBytes(file, read.bytes, zone_);
+  if (!reading.whole) return LeaveAlone(file, "empty or cut off, left alone");
+  // A change that comes right after it may leave the same stamp.
+  const bool settled = read.stamp.changed + kCoarsestClock < now_;
+  contents_.files[file.string()] = {settled ? read.stamp.text : std::string(), true,
+                                    std::move(reading.items)};
+  std::move(reading.notices.begin(), reading.notices.end(), std::back_inserter(contents_.notices));
+}
+
+void FolderReader::LeaveAlone(const fs::path& file, std::string why) {
+  DeskFile left;
+  if (const auto known = known_.find(file.string()); known != known_.end()) left = known->second;
+  left.stamp.clear();
+  left.readable = false;
+  contents_.files[file.string()] = std::move(left);
+  contents_.notices.push_back({DeskTrouble::kLeftAlone, file, 0, std::move(why)});
+}
+
+void ThrowIfRefused(const DeskOutcome& outcome) {
+  if (!outcome.refused) return;
+  throw FileChanged(fmt::format("{}: {} {}", outcome.item.file.string(),
+                                DisplayName(outcome.item.item), fmt::join(outcome.losses, "; ")));
+}
+
+}  // namespace
+
+DeskFolder::DeskFolder(fs::path root, calendar::Zone zone, Clock clock)
+    : root_(std::move(root)), zone_(std::move(zone)), clock_(std::move(clock)) {}
+
+void DeskFolder::Make() const {
+  for (const std::string_view subfolder : kSubfolders) {
+    files::MakePrivateDirectories(root_ / subfolder);
+  }
+}
+
+DeskContents DeskFolder::Read(const DeskParts& parts, const DeskFiles& known) const {
+  return FolderReader(root_, zone_, known, clock_()).Read(parts);
+}
+
+DeskOutcome DeskFolder::Add(Item item) const {
+  if (UidOf(item).empty()) SetUid(item, formats::NewUid());
+  const std::string subfolder(SubfolderOf(KindOf(item)));
+  RefuseLink(root_ / subfolder);
+  files::MakePrivateDirectories(root_ / subfolder);
+  DeskText text = TextOfItem(item, zone_);
+  const fs::path name = FileStemFor(UidOf(item)) + std::string(ExtensionOf(subfolder));
+  DeskReading reading = ReadDeskBytes(fs::path(subfolder) / name, text.bytes, zone_);
+  DeskOutcome outcome;
+  outcome.losses = std::move(text.losses);
+  if (reading.items.size() != 1) {
+    outcome.refused = true;
+    outcome.item.item = std::move(item);
+    return outcome;
+  }
+  outcome.item = std::move(reading.items.front());
+  outcome.item.key = KeyOf(outcome.item.item);
+  outcome.item.file =
+      fs::path(subfolder) / WriteToFreeName(text.bytes, root_ / subfolder / name).filename();
+  return outcome;
+}
+
+std::vector<DeskOutcome> DeskFolder::Edit(std::span<const DeskEdit> edits,
+                                          const fs::path& trash) const {
+  std::vector<DeskOutcome> outcomes(edits.size());
+  const auto now = std::chrono::floor<std::chrono::seconds>(clock_());
+  std::map<fs::path, std::vector<FileWish>> byFile;
+  for (std::size_t i = 0; i < edits.size(); ++i) {
+    outcomes[i].item = edits[i].item;
+    byFile[edits[i].item.file].push_back({&edits[i], &outcomes[i]});
+  }
+  for (auto& [file, wishes] : byFile) {
+    if (!IsDeskPath(file)) throw files::Error(file.string() + " is no file of the folder");
+    RefuseLink(root_ / file.parent_path());
+    EditDeskFile({root_, zone_, trash, now}, file, std::move(wishes));
+  }
+  return outcomes;
+}
+
+DeskOutcome DeskFolder::Change(const DeskItem& item, const Item& to) const {
+  const DeskEdit edit{item, to};
+  DeskOutcome outcome = std::move(Edit({&edit, 1}, {}).front());
+  ThrowIfRefused(outcome);
+  return outcome;
+}
+
+void DeskFolder::Remove(const DeskItem& item, const fs::path& trash) const {
+  const DeskEdit edit{item, std::nullopt};
+  ThrowIfRefused(Edit({&edit, 1}, trash).front());
+}
+
+}  // namespace desktop

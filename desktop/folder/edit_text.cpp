@@ -1,0 +1,239 @@
+#include "desktop/folder/edit_text.h"
+
+#include <algorithm>
+#include <optional>
+#include <span>
+#include <utility>
+
+#include "common/formats/icalendar/icalendar.h"
+#include "common/formats/lines/vcard_property.h"
+#include "common/text/text.h"
+#include "common/text/unicode.h"
+#include "desktop/folder/card_edit.h"
+#include "desktop/folder/desk_reader.h"
+
+namespace desktop {
+namespace {
+
+bool SaysAnItem(std::string_view name) {
+  return name == "VCARD" || name == "VEVENT" || name == "VTODO";
+}
+
+// What frames items, and what they refer to.
+bool IsFrame(std::string_view name) {
+  return name == "VCALENDAR" || name == "VTIMEZONE";
+}
+
+}  // namespace
+
+TextEdit::TextEdit(std::string_view bytes, calendar::Zone zone, std::chrono::sys_seconds when)
+    : zone_(std::move(zone)),
+      when_(when),
+      file_(bytes),
+      parts_(FindParts(file_.text())),
+      western_(!text::IsValidUtf8(file_.text())) {
+  for (std::size_t i = 0; i < parts_.parts.size(); ++i) {
+    const FilePart& part = parts_.parts[i];
+    if (!SaysAnItem(part.name)) continue;
+    partAt_.emplace(parts_.lines[part.first].content.line, i);
+    if (part.name == "VCARD") continue;
+    std::string uid = UidOfPart(i);
+    if (!uid.empty()) seriesOf_[part.name + ":" + std::move(uid)].push_back(i);
+  }
+}
+
+std::string TextEdit::UidOfPart(std::size_t index) const {
+  return TextOfLine(index, "UID");
+}
+
+std::string TextEdit::TextOfLine(std::size_t index, std::string_view name) const {
+  const FilePart& part = parts_.parts[index];
+  std::size_t inner = 0;
+  for (std::size_t i = part.first + 1; i <= part.last; ++i) {
+    const formats::ContentLine& line = parts_.lines[i].content;
+    if (text::StartsWithNoCase(line.text, "BEGIN:")) ++inner;
+    if (text::StartsWithNoCase(line.text, "END:") && inner > 0) --inner;
+    if (inner > 0 || !text::StartsWithNoCase(line.text, name)) continue;
+    const std::optional<formats::Property> property = formats::ParseProperty(line);
+    if (property && property->name == name) return formats::TextOf(*property);
+  }
+  return {};
+}
+
+std::vector<std::size_t> TextEdit::PartsOf(std::size_t line) const {
+  const auto at = partAt_.find(line);
+  if (at == partAt_.end()) return {};
+  const FilePart& part = parts_.parts[at->second];
+  if (part.name == "VCARD") return {at->second};
+  const std::string uid = UidOfPart(at->second);
+  const auto series = seriesOf_.find(part.name + ":" + uid);
+  return series == seriesOf_.end() ? std::vector<std::size_t>{at->second} : series->second;
+}
+
+std::size_t TextEdit::BeginOf(std::size_t part) const {
+  return parts_.lines[parts_.parts[part].first].begin;
+}
+
+std::size_t TextEdit::EndOf(std::size_t part) const {
+  return parts_.lines[parts_.parts[part].last].end;
+}
+
+bool TextEdit::IsTouched(std::size_t line) const {
+  const std::vector<std::size_t> parts = PartsOf(line);
+  return std::any_of(parts.begin(), parts.end(),
+                     [&](std::size_t part) { return touched_.contains(part); });
+}
+
+void TextEdit::Replace(std::size_t begin, std::size_t end, std::string text) {
+  splices_[begin] = {end, std::move(text)};
+}
+
+// Why the item cannot be edited; nothing when it can.
+std::optional<std::string> TextEdit::Obstacle(const std::vector<std::size_t>& parts) const {
+  if (parts.empty()) return "no item begins there";
+  if (file_.damaged()) return "the file's character set is damaged";
+  for (const std::size_t part : parts) {
+    if (!parts_.parts[part].whole) return "the " + parts_.parts[part].name + " has no end";
+  }
+  return std::nullopt;
+}
+
+TextChange TextEdit::Remove(std::size_t line, const Item& item) {
+  const std::vector<std::size_t> parts = PartsOf(line);
+  if (const std::optional<std::string> obstacle = Obstacle(parts)) return {false, {*obstacle}};
+  if (KindOf(item) != ItemKind::kContact && UidOfPart(parts.front()) != UidOf(item)) {
+    return {false, {"is one of several that the file says together"}};
+  }
+  for (const std::size_t part : parts) {
+    Replace(BeginOf(part), EndOf(part), {});
+    touched_.insert(part);
+  }
+  return {true, {}};
+}
+
+bool TextEdit::IsEmpty() const {
+  for (std::size_t i = 0; i < parts_.parts.size(); ++i) {
+    const FilePart& part = parts_.parts[i];
+    const bool within = part.parent != kNoPart && parts_.parts[part.parent].name != "VCALENDAR";
+    if (within || IsFrame(part.name)) continue;
+    const auto splice = splices_.find(BeginOf(i));
+    if (splice == splices_.end() || !splice->second.text.empty()) return false;
+  }
+  return true;
+}
+
+std::string TextEdit::CutOut(std::size_t line) const {
+  const std::vector<std::size_t> own = PartsOf(line);
+  std::string text;
+  std::size_t from = 0;
+  for (std::size_t i = 0; i < parts_.parts.size(); ++i) {
+    const FilePart& part = parts_.parts[i];
+    const bool within = part.parent != kNoPart && parts_.parts[part.parent].name != "VCALENDAR";
+    const bool kept = std::find(own.begin(), own.end(), i) != own.end();
+    if (within || kept || IsFrame(part.name)) continue;
+    text += file_.text().substr(from, BeginOf(i) - from);
+    from = EndOf(i);
+  }
+  return file_.BytesOf(text + file_.text().substr(from));
+}
+
+// The first line's end counts for the part.
+LineStyle TextEdit::StyleOfPart(std::size_t part) const {
+  LineStyle style = StyleOf(std::string_view(file_.text()).substr(BeginOf(part)));
+  style.western = western_;
+  return style;
+}
+
+TextChange TextEdit::Change(std::size_t line, const Item& from, const Item& to) {
+  const std::vector<std::size_t> parts = PartsOf(line);
+  if (const std::optional<std::string> obstacle = Obstacle(parts)) return {false, {*obstacle}};
+  if (KindOf(from) != KindOf(to)) return {false, {"is of another kind"}};
+  TextChange change{true, {}};
+  const FilePart& part = parts_.parts[parts.front()];
+  if (const auto* contact = std::get_if<formats::Contact>(&to)) {
+    const auto lines = std::span(parts_.lines).subspan(part.first, part.last - part.first + 1);
+    EditedPart edited = EditCard(file_.text(), lines, *contact, StyleOfPart(parts.front()), when_);
+    change.losses = std::move(edited.losses);
+    Replace(BeginOf(parts.front()), EndOf(parts.front()), std::move(edited.text));
+  } else {
+    if (UidOfPart(parts.front()) != UidOf(from)) {
+      return {false, {"is one of several that the file says together"}};
+    }
+    ChangeCalendar(parts, to, change);
+  }
+  touched_.insert(parts.begin(), parts.end());
+  return change;
+}
+
+void TextEdit::ChangeCalendar(const std::vector<std::size_t>& parts, const Item& to,
+                              TextChange& change) {
+  DeskText text = TextOfItem(to, zone_);
+  change.losses = std::move(text.losses);
+  const FileParts written = FindParts(text.bytes);
+  const LineStyle style = StyleOfPart(parts.front());
+  std::string items;
+  for (const FilePart& part : written.parts) {
+    if (!SaysAnItem(part.name)) continue;
+    for (std::size_t i = part.first; i <= part.last; ++i) {
+      items += BytesOf(RawLine::Of(written.lines[i].content.text), style);
+    }
+  }
+  if (items.find("TZID=" + zone_.name()) != std::string::npos) DefineZone(parts.front(), to);
+  Replace(BeginOf(parts.front()), EndOf(parts.front()), std::move(items));
+  for (std::size_t i = 1; i < parts.size(); ++i) Replace(BeginOf(parts[i]), EndOf(parts[i]), {});
+}
+
+// Behind the zones that the calendar has; all appointments that need it share one definition.
+void TextEdit::DefineZone(std::size_t part, const Item& written) {
+  const std::size_t calendar = parts_.parts[part].parent;
+  std::size_t place = kNoPart;
+  bool behindItems = false;
+  for (std::size_t i = 0; i < parts_.parts.size(); ++i) {
+    if (parts_.parts[i].parent != calendar || i == calendar) continue;
+    if (parts_.parts[i].name != "VTIMEZONE") {
+      if (place == kNoPart) place = BeginOf(i);
+      behindItems = true;
+      continue;
+    }
+    if (!behindItems) place = EndOf(i);
+    if (TextOfLine(i, "TZID") == zone_.name()) return;
+  }
+  const auto* appointment = std::get_if<formats::Appointment>(&written);
+  if (place == kNoPart || appointment == nullptr) return;
+  std::vector<formats::Appointment>& zoned = zoned_[place];
+  zoned.push_back(*appointment);
+  const formats::CalendarText text = formats::WriteICalendar(zoned, {}, zone_);
+  const FileParts parts = FindParts(text.bytes);
+  for (const FilePart& each : parts.parts) {
+    if (each.name != "VTIMEZONE") continue;
+    std::string definition;
+    for (std::size_t i = each.first; i <= each.last; ++i) {
+      definition += BytesOf(RawLine::Of(parts.lines[i].content.text), StyleOfPart(part));
+    }
+    insertions_[place] = std::move(definition);
+  }
+}
+
+std::string TextEdit::bytes() const {
+  std::string text;
+  std::size_t from = 0;
+  auto insertion = insertions_.begin();
+  const auto copyTo = [&](std::size_t end) {
+    for (; insertion != insertions_.end() && insertion->first <= end; ++insertion) {
+      text += file_.text().substr(from, insertion->first - from);
+      text += insertion->second;
+      from = insertion->first;
+    }
+    text += file_.text().substr(from, end - from);
+    from = end;
+  };
+  for (const auto& [begin, splice] : splices_) {
+    copyTo(begin);
+    text += splice.text;
+    from = splice.end;
+  }
+  copyTo(file_.text().size());
+  return file_.BytesOf(text);
+}
+
+}  // namespace desktop
