@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "handheld/base/fault.h"
+#include "handheld/store/store_copy.h"
 #include "handheld/store/store_error.h"
 #include "platform/status.h"
 
@@ -301,6 +302,12 @@ std::string MigrationSql(std::int64_t from, DWORD firstOid) {
   return sql + "PRAGMA user_version = " + std::to_string(kStoreFormat) + ";COMMIT;";
 }
 
+// The store as it is before it is brought up to date, beside it: "store.db.format-3".
+HRESULT KeepCopy(sqlite3* database, std::int64_t format) {
+  const std::string path = sqlite3_db_filename(database, "main");
+  return CopyDatabase(database, path + ".format-" + std::to_string(format));
+}
+
 // A store that its own tables can be read from, as far as that can be told without reading it all.
 HRESULT CheckTables(sqlite3* database, std::string& problem) {
   std::int64_t ignored = 0;
@@ -322,7 +329,8 @@ HRESULT BringUpToDate(sqlite3* database, DWORD firstOid, std::string& problem) {
   Identity identity;
   RETURN_IF_FAILED(Identify(database, identity, problem));
   if (identity.format < kStoreFormat) {
-    const HRESULT status = Execute(database, MigrationSql(identity.format, firstOid));
+    HRESULT status = identity.format > 0 ? KeepCopy(database, identity.format) : S_OK;
+    if (Succeeded(status)) status = Execute(database, MigrationSql(identity.format, firstOid));
     if (Failed(status)) {
       sqlite3_exec(database, "ROLLBACK", nullptr, nullptr, nullptr);
       problem = StoreStatusText(status);

@@ -50,6 +50,29 @@ TEST_F(StoreMigration, KeepsTheContactsAndTakesAppointmentsAndTasks) {
   EXPECT_EQ(CheckStore(*handheld_), std::vector<std::string>{});
 }
 
+TEST_F(StoreMigration, KeepsACopyOfTheOlderFormatBesideTheStore) {
+  const auto app = LoggedOn();
+  const std::filesystem::path store = handheld_->storePath();
+  std::filesystem::path copy = store;
+  copy += ".format-1";
+  ASSERT_TRUE(std::filesystem::exists(copy));
+  EXPECT_EQ(std::filesystem::status(copy).permissions(),
+            std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+  EXPECT_EQ(app->Logoff(), S_OK);
+  std::filesystem::remove(store);
+  std::filesystem::rename(copy, store);
+  EXPECT_EQ(Format(), "1");
+  EXPECT_EQ(Contacts(), before_);
+  LoggedOn();
+  EXPECT_EQ(Contacts(), before_);
+}
+
+TEST_F(StoreMigration, IsRefusedWhenItsCopyFindsNoRoom) {
+  const auto plan = FaultPlan::FailCalls("sqlite3_backup_step", ERROR_DISK_FULL);
+  EXPECT_EQ(NewApp()->Logon(0), kStoreDiskFull);
+  EXPECT_EQ(Format(), "1");
+}
+
 TEST_F(StoreMigration, ThatFailsLeavesTheStoreAsItWas) {
   const auto app = NewApp();
   int ofSchema = 0;
