@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <exception>
@@ -11,7 +12,9 @@
 #include <iostream>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "common/command_line/description.h"
@@ -23,6 +26,7 @@
 #include "desktop/commands/commands_device.h"
 #include "desktop/commands/commands_pull.h"
 #include "desktop/commands/commands_push.h"
+#include "desktop/commands/commands_sync.h"
 #include "desktop/commands/commands_time.h"
 #include "desktop/wire/target.h"
 #include "desktop/wire/xml_records.h"
@@ -51,6 +55,7 @@ struct CommandLine {
   PullOptions pull;
   PushOptions push;
   DeleteOptions remove;
+  SyncCommand sync;
   RecordKind keys = RecordKind::kContacts;
   std::optional<UtcTime> time;
   LoggingLevel logging = LoggingLevel::kOn;
@@ -109,15 +114,16 @@ void AddMapping(CLI::App& command, std::optional<std::filesystem::path>& mapping
       ->type_name("FILE");
 }
 
+calendar::Zone ZoneFrom(const std::string& name) {
+  const std::optional<calendar::Zone> found = calendar::Zone::Find(name);
+  if (!found) throw CLI::ValidationError("--zone", name + " is no time zone");
+  return *found;
+}
+
 void AddZone(CLI::App& command, calendar::Zone& zone) {
   command
       .add_option_function<std::string>(
-          "--zone",
-          [&zone](const std::string& name) {
-            const std::optional<calendar::Zone> found = calendar::Zone::Find(name);
-            if (!found) throw CLI::ValidationError("--zone", name + " is no time zone");
-            zone = *found;
-          },
+          "--zone", [&zone](const std::string& name) { zone = ZoneFrom(name); },
           "The handheld's time zone, such as Europe/Berlin; this computer's by default")
       ->type_name("NAME");
 }
@@ -204,6 +210,71 @@ void AddDelete(CLI::App& app, CommandLine& line) {
     }
     run();
   });
+}
+
+void AddKinds(CLI::App& command, std::set<RecordKind>& kinds) {
+  command
+      .add_option_function<std::vector<std::string>>(
+          "--kinds",
+          [&kinds](const std::vector<std::string>& words) {
+            const std::set<RecordKind> all = std::exchange(kinds, {});
+            for (const std::string& word : words) {
+              const auto found = std::ranges::find_if(
+                  all, [&](RecordKind kind) { return WordsOf(kind).argument == word; });
+              if (found == all.end()) {
+                throw CLI::ValidationError(
+                    "--kinds", word + " is none of contacts, calendar, tasks, messages, calls");
+              }
+              kinds.insert(*found);
+            }
+          },
+          "Only these, with commas: contacts, calendar, tasks, messages, calls")
+      ->delimiter(',')
+      ->type_name("KINDS");
+}
+
+void AddSync(CLI::App& app, CommandLine& line) {
+  CLI::App& command = *app.add_subcommand("sync", "A folder and the handheld, brought in step");
+  SyncOptions& sync = line.sync.sync;
+  command
+      .add_option(
+          "folder", sync.folder,
+          "With contacts/, calendar/, tasks/, messages/ and calls/; what is missing is made")
+      ->required()
+      ->type_name("FOLDER");
+  command
+      .add_option_function<std::string>(
+          "--zone", [&sync](const std::string& name) { sync.zone = ZoneFrom(name); },
+          "The handheld's time zone, such as Europe/Berlin; remembered from then on")
+      ->type_name("NAME");
+  AddKinds(command, sync.kinds);
+  AddChoice<ConflictPolicy>(command, "--conflict", sync.conflict,
+                            {{"keep-both", ConflictPolicy::kKeepBoth},
+                             {"desk", ConflictPolicy::kDesk},
+                             {"handheld", ConflictPolicy::kHandheld},
+                             {"ask", ConflictPolicy::kAsk}},
+                            "What becomes of an item in which both sides have changed the same: "
+                            "keep-both (the default), desk, handheld or ask")
+      ->type_name("POLICY");
+  command
+      .add_option_function<std::string>(
+          "--country",
+          [&sync](const std::string& code) {
+            if (!PhoneNumbers::IsCountry(code)) {
+              throw CLI::ValidationError("--country", code + " is no country of ISO 3166");
+            }
+            sync.country = code;
+          },
+          "Where telephone numbers without a country are dialled, such as DE; remembered from "
+          "then on, the locale's by default")
+      ->type_name("CODE");
+  command.add_flag("--allow-deletions", sync.allowDeletions,
+                   "Even when most of a side, or all of it, is gone");
+  command.add_flag("--dry-run", sync.dryRun, "Show what would be done, change nothing");
+  command.add_flag("--json", line.sync.json, "The plan and what became of it as JSON");
+  command.add_flag("-q,--quiet", line.sync.quiet, "Only what went wrong");
+  command.add_flag("-v,--verbose", line.sync.verbose, "Each notice by itself");
+  command.callback(ToRun(line, Sync, line.sync));
 }
 
 void AddKeys(CLI::App& app, CommandLine& line) {
@@ -349,6 +420,7 @@ int Run(int argc, char** argv) {
   AddPull(app, line);
   AddPush(app, line);
   AddDelete(app, line);
+  AddSync(app, line);
   AddKeys(app, line);
   AddTime(app, line);
   AddDevice(app, line);

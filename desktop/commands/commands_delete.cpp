@@ -1,9 +1,7 @@
 #include "desktop/commands/commands_delete.h"
 
 #include <fmt/format.h>
-#include <poll.h>
 
-#include <cerrno>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,14 +16,6 @@
 namespace desktop {
 namespace {
 
-void AwaitInput(const Console& console, int interruptFd) {
-  if (console.inFd < 0) return;
-  pollfd watched[2] = {{console.inFd, POLLIN, 0}, {interruptFd, POLLIN, 0}};
-  while (poll(watched, 2, -1) < 0 && errno == EINTR) {
-  }
-  if (watched[1].revents != 0) throw Interrupted();
-}
-
 // Whether there is leave to delete all, or somebody to be asked for it.
 bool CanBeAllowed(bool yes, std::string_view what, const Console& console) {
   if (yes || console.inIsTerminal) return true;
@@ -39,9 +29,7 @@ bool IsAllowed(const ConnectionOptions& connection, bool yes, std::string_view w
   console.err << fmt::format("Delete all {} on the handheld at {}? [y/N] ", what,
                              ToString(connection.target))
               << std::flush;
-  AwaitInput(console, connection.interruptFd);
-  std::string answer;
-  std::getline(console.in, answer);
+  const std::string answer = ReadAnswer(console, connection.interruptFd);
   if (answer == "y" || answer == "Y" || answer == "yes") return true;
   console.err << "nothing deleted\n";
   return false;

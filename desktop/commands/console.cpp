@@ -1,12 +1,14 @@
 #include "desktop/commands/console.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
 #include <exception>
 #include <new>
+#include <string>
 
 #include "common/text/text.h"
 #include "desktop/wire/error.h"
@@ -37,6 +39,18 @@ int RunGuarded(const Console& console, const std::function<int()>& command) {
 
 void TellProblem(const Console& console, std::string_view problem) {
   console.err << "corvane-desktop: " << text::Shown(problem) << '\n';
+}
+
+std::string ReadAnswer(const Console& console, int interruptFd) {
+  if (console.inFd >= 0) {
+    pollfd watched[2] = {{console.inFd, POLLIN, 0}, {interruptFd, POLLIN, 0}};
+    while (poll(watched, 2, -1) < 0 && errno == EINTR) {
+    }
+    if (watched[1].revents != 0) throw Interrupted();
+  }
+  std::string answer;
+  std::getline(console.in, answer);
+  return answer;
 }
 
 void FlushOutput(const Console& console) {

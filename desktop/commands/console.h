@@ -4,6 +4,7 @@
 #include <functional>
 #include <istream>
 #include <ostream>
+#include <string>
 #include <string_view>
 
 namespace desktop {
@@ -24,6 +25,10 @@ int RunGuarded(const Console& console, const std::function<int()>& command);
 
 // A line "corvane-desktop: ..." on the error output.
 void TellProblem(const Console& console, std::string_view problem);
+
+// The next line of the input, empty at its end. Throws Interrupted when interruptFd, a
+// ConnectionOptions', becomes readable before it comes.
+std::string ReadAnswer(const Console& console, int interruptFd);
 
 // Throws Error when the output did not take all that was written.
 void FlushOutput(const Console& console);

@@ -70,30 +70,13 @@ PushRecord FromItem(std::string place, std::string_view kind, const Item& item, 
   return record;
 }
 
-PushRecord FromContact(std::string place, const formats::Contact& contact) {
-  return FromItem(std::move(place), kContactKind, contact,
-                  ContactToXml(formats::WithFileAs(contact)), WireLosses(contact));
-}
-
-PushRecord FromAppointment(std::string place, const formats::Appointment& appointment,
-                           const Zone& zone) {
-  return FromItem(std::move(place), kAppointmentKind, appointment,
-                  AppointmentToXml(Normalized(appointment, SeriesEnd::kCount), zone),
-                  WireLosses(appointment, zone));
-}
-
-PushRecord FromTask(std::string place, const formats::Task& task) {
-  return FromItem(std::move(place), kTaskKind, task, TaskToXml(Normalized(task, SeriesEnd::kCount)),
-                  WireLosses(task));
-}
-
 std::vector<PushRecord> FromVCards(const std::filesystem::path& path, std::string_view bytes,
                                    std::ostream& notices) {
   const formats::VCardFile file = formats::ReadVCards(bytes);
   std::vector<PushRecord> records;
   for (const formats::ParsedContact& parsed : file.contacts) {
     Report(path, parsed.notices, notices);
-    records.push_back(FromContact(Place(path, parsed.line), parsed.contact));
+    records.push_back(RecordOf(Place(path, parsed.line), parsed.contact));
   }
   Report(path, file.notices, notices);
   if (records.empty()) throw Error(fmt::format("{}: no vCard in it", path.string()));
@@ -109,11 +92,10 @@ std::vector<PushRecord> FromICalendar(const std::filesystem::path& path, std::st
   Report(path, file.notices, notices);
   std::multimap<std::size_t, PushRecord> byLine;
   for (const formats::ParsedAppointment& parsed : file.appointments) {
-    byLine.emplace(parsed.line,
-                   FromAppointment(Place(path, parsed.line), parsed.appointment, zone));
+    byLine.emplace(parsed.line, RecordOf(Place(path, parsed.line), parsed.appointment, zone));
   }
   for (const formats::ParsedTask& parsed : file.tasks) {
-    byLine.emplace(parsed.line, FromTask(Place(path, parsed.line), parsed.task));
+    byLine.emplace(parsed.line, RecordOf(Place(path, parsed.line), parsed.task));
   }
   std::vector<PushRecord> records;
   for (auto& entry : byLine) records.push_back(std::move(entry.second));
@@ -122,9 +104,9 @@ std::vector<PushRecord> FromICalendar(const std::filesystem::path& path, std::st
 
 PushRecord FromElement(std::string place, const XmlElement& element, const Zone& zone) {
   const std::string_view kind = KindOfElement(element.name);
-  if (kind == kContactKind) return FromContact(std::move(place), ContactFromXml(element));
-  if (kind == kTaskKind) return FromTask(std::move(place), TaskFromXml(element, zone));
-  return FromAppointment(std::move(place), AppointmentFromXml(element, zone), zone);
+  if (kind == kContactKind) return RecordOf(std::move(place), ContactFromXml(element));
+  if (kind == kTaskKind) return RecordOf(std::move(place), TaskFromXml(element, zone));
+  return RecordOf(std::move(place), AppointmentFromXml(element, zone), zone);
 }
 
 PushRecord FromXmlRecord(const std::filesystem::path& path, Record& parsed, const Zone& zone) {
@@ -162,6 +144,22 @@ std::vector<PushRecord> FromXml(const std::filesystem::path& path, std::string_v
 }
 
 }  // namespace
+
+PushRecord RecordOf(std::string place, const formats::Contact& contact) {
+  return FromItem(std::move(place), kContactKind, contact,
+                  ContactToXml(formats::WithFileAs(contact)), WireLosses(contact));
+}
+
+PushRecord RecordOf(std::string place, const formats::Appointment& appointment, const Zone& zone) {
+  return FromItem(std::move(place), kAppointmentKind, appointment,
+                  AppointmentToXml(Normalized(appointment, SeriesEnd::kCount), zone),
+                  WireLosses(appointment, zone));
+}
+
+PushRecord RecordOf(std::string place, const formats::Task& task) {
+  return FromItem(std::move(place), kTaskKind, task, TaskToXml(Normalized(task, SeriesEnd::kCount)),
+                  WireLosses(task));
+}
 
 std::vector<PushRecord> ReadPushFile(const std::filesystem::path& path, const Zone& zone,
                                      std::ostream& notices) {

@@ -8,6 +8,9 @@
 #include <vector>
 
 #include "common/calendar/zone.h"
+#include "common/formats/items/appointment.h"
+#include "common/formats/items/contact.h"
+#include "common/formats/items/task.h"
 #include "desktop/records/record_kind.h"
 #include "desktop/wire/xml_records.h"
 
@@ -34,6 +37,12 @@ struct PushRecord {
 // vCard or iCalendar file though it should be.
 std::vector<PushRecord> ReadPushFile(const std::filesystem::path& path, const calendar::Zone& zone,
                                      std::ostream& notices);
+
+// As ReadPushFile makes it of the item, which stands at that place.
+PushRecord RecordOf(std::string place, const formats::Contact& contact);
+PushRecord RecordOf(std::string place, const formats::Appointment& appointment,
+                    const calendar::Zone& zone);
+PushRecord RecordOf(std::string place, const formats::Task& task);
 
 // StateHash of the record as the agent will read it. It takes as long as reading it, and most
 // records that have not changed never need it.

@@ -119,7 +119,7 @@ bool PushRecovery::SortOut(const FoundItems& found) {
 void PushRecovery::DeleteSurplus() {
   constexpr std::size_t kAtOnce = 20;
   for (const auto& [kind, oids] : std::exchange(surplus_, {})) {
-    if (oids.empty()) continue;
+    if (oids.empty() || twice_ == Surplus::kLeave) continue;
     Upload upload(connection_);
     for (std::size_t i = 0; i < oids.size(); i += kAtOnce) {
       std::vector<std::string> records;

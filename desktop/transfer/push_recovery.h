@@ -21,10 +21,13 @@ namespace desktop {
 // What does not come to its end throws Error, or Interrupted.
 class PushRecovery {
  public:
+  // What becomes of an item that is there twice.
+  enum class Surplus { kDelete, kLeave };
+
   // Connection and mapping must outlive this object. `quiet` is how long none must have come.
   PushRecovery(const ConnectionOptions& connection, Mapping& mapping,
-               std::chrono::milliseconds quiet)
-      : connection_(connection), mapping_(mapping), quiet_(quiet) {}
+               std::chrono::milliseconds quiet, Surplus surplus = Surplus::kDelete)
+      : connection_(connection), mapping_(mapping), quiet_(quiet), twice_(surplus) {}
 
   // Finds the items that the mapping expects among those of the handheld that it does not know, and
   // takes in their OIDs; what is not found is expected no longer. Connects to nobody when none are
@@ -55,6 +58,7 @@ class PushRecovery {
   const ConnectionOptions& connection_;
   Mapping& mapping_;
   const std::chrono::milliseconds quiet_;
+  const Surplus twice_;
   std::map<std::string, Items> missing_;             // by state
   std::map<std::string, std::vector<Oid>> surplus_;  // to be deleted, by the name of the kind
   std::size_t deleted_ = 0;

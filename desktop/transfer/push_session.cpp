@@ -33,11 +33,12 @@ PushPolicy Careful(PushPolicy policy) {
 }  // namespace
 
 PushSession::PushSession(const ConnectionOptions& connection, const PushPolicy& policy,
-                         Mapping& mapping, PushHandler onResult)
+                         Mapping& mapping, PushHandler onResult, PushRecovery* recovery)
     : connection_(connection),
       policy_(Careful(policy)),
       mapping_(mapping),
-      onResult_(std::move(onResult)) {}
+      onResult_(std::move(onResult)),
+      recovery_(recovery == nullptr ? ownRecovery_ : *recovery) {}
 
 PushSession::Planned PushSession::Plan(const PushRecord& record) const {
   if (record.ownOid) {

@@ -61,9 +61,10 @@ using PushHandler = std::function<void(const PushResult&)>;
 
 class PushSession {
  public:
-  // The mapping must outlive the session.
+  // The mapping must outlive the session; so must a recovery that has looked for what is expected
+  // already, with the same mapping.
   PushSession(const ConnectionOptions& connection, const PushPolicy& policy, Mapping& mapping,
-              PushHandler onResult);
+              PushHandler onResult, PushRecovery* recovery = nullptr);
   PushSession(const PushSession&) = delete;
   PushSession& operator=(const PushSession&) = delete;
 
@@ -118,7 +119,8 @@ class PushSession {
   PushPolicy policy_;
   Mapping& mapping_;
   PushHandler onResult_;
-  PushRecovery recovery_{connection_, mapping_, policy_.quiet};
+  PushRecovery ownRecovery_{connection_, mapping_, policy_.quiet};
+  PushRecovery& recovery_;
   std::map<Oid, ItemState> checked_;
   std::set<Oid> missing_;  // named for deletion, and not there
   std::set<Oid> added_;    // by this session

@@ -2,6 +2,7 @@
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -95,6 +96,9 @@ void FakeAgent::Serve(const std::vector<Script>& scripts) {
     if (socket < 0) return;
     // Whoever comes after the last script is refused.
     if (++connections_ == scripts.size()) shutdown(listener_, SHUT_RDWR);
+    // An answer of several small pieces does not wait for what the desktop has acknowledged.
+    const int on = 1;
+    setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     Peer peer(socket);
     script(peer);
     peer.Close();

@@ -59,7 +59,7 @@ INSTANTIATE_TEST_SUITE_P(
                              {"init", "set", "info", "check", "import", "show", "export", "remove",
                               "registry", "clock", "--version"}},
                       Naming{"corvane-desktop",
-                             {"pull", "push", "delete", "time", "logging", "quit", "--to",
+                             {"pull", "push", "delete", "sync", "time", "logging", "quit", "--to",
                               "--timeout", "--version"}}),
     [](const auto& each) {
       std::string name = each.param.program;

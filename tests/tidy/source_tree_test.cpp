@@ -95,8 +95,12 @@ const std::map<std::string, std::set<std::string>> kMayInclude = {
     {"desktop/merge", {"common"}},
     {"desktop/folder", {"common", "desktop/merge"}},
     {"desktop/transfer", {"common", "desktop/merge", "desktop/wire", "desktop/records"}},
+    {"desktop/sync",
+     {"common", "desktop/merge", "desktop/folder", "desktop/wire", "desktop/records",
+      "desktop/transfer"}},
     {"desktop/commands",
-     {"common", "desktop/merge", "desktop/wire", "desktop/records", "desktop/transfer"}},
+     {"common", "desktop/merge", "desktop/folder", "desktop/wire", "desktop/records",
+      "desktop/transfer", "desktop/sync"}},
     {"desktop/main.cpp", {"common", "desktop"}},
 
     {"packaging/reference", {}},

@@ -1,0 +1,151 @@
+#include "desktop/commands/sync_report.h"
+
+#include <fmt/format.h>
+
+#include <nlohmann/json.hpp>
+#include <utility>
+
+#include "desktop/records/record_kind.h"
+#include "desktop/sync/handheld_items.h"
+
+namespace desktop {
+namespace {
+
+using nlohmann::ordered_json;
+
+// Lines that differ in their number alone, in the order of the first of each.
+class Tally {
+ public:
+  void Add(const std::string& what, std::string_view ofWhat, std::string_view ofWhatAlone) {
+    const auto [place, isNew] = places_.emplace(fmt::format("{}\n{}", what, ofWhat), rows_.size());
+    if (isNew) rows_.push_back({what, std::string(ofWhat), std::string(ofWhatAlone), 0});
+    ++rows_[place->second].count;
+  }
+
+  [[nodiscard]] std::vector<std::string> Lines() const {
+    std::vector<std::string> lines;
+    for (const Row& row : rows_) {
+      lines.push_back(
+          fmt::format("{}: {} {}", row.what, row.count, row.count == 1 ? row.one : row.several));
+    }
+    return lines;
+  }
+
+ private:
+  struct Row {
+    std::string what;
+    std::string several;
+    std::string one;
+    std::size_t count;
+  };
+  std::map<std::string, std::size_t> places_;
+  std::vector<Row> rows_;
+};
+
+ordered_json ToJson(const std::vector<FieldConflict>& conflicts) {
+  ordered_json array = ordered_json::array();
+  for (const FieldConflict& each : conflicts) {
+    array.push_back({{"field", each.field}, {"desk", each.desk}, {"handheld", each.handheld}});
+  }
+  return array;
+}
+
+ordered_json ToJson(const Action& action) {
+  ordered_json object = {{"kind", NameOf(action.kind)},
+                         {"name", action.name},
+                         {"action", NameOf(action.happening)},
+                         {"desk", NameOf(action.desk)},
+                         {"handheld", NameOf(action.handheld)}};
+  if (action.deskNow != nullptr) object["file"] = action.deskNow->file.string();
+  if (action.handheldNow != nullptr) object["oid"] = action.handheldNow->oid;
+  if (action.joined) object["joined"] = true;
+  if (!action.deskFields.empty()) object["deskFields"] = action.deskFields;
+  if (!action.handheldFields.empty()) object["handheldFields"] = action.handheldFields;
+  if (!action.conflicts.empty()) object["conflicts"] = ToJson(action.conflicts);
+  return object;
+}
+
+ordered_json ToJson(const SyncCounts& counts) {
+  return {{"added", counts.added},         {"changed", counts.changed},
+          {"deleted", counts.deleted},     {"merged", counts.merged},
+          {"conflicts", counts.conflicts}, {"desk", counts.desk},
+          {"handheld", counts.handheld}};
+}
+
+ordered_json ActionsToJson(const Plan& plan, const SyncResults& results, bool dryRun) {
+  ordered_json actions = ordered_json::array();
+  for (std::size_t i = 0; i < plan.actions.size(); ++i) {
+    const Happening happening = plan.actions[i].happening;
+    if (happening == Happening::kNote || happening == Happening::kForget) continue;
+    ordered_json object = ToJson(plan.actions[i]);
+    if (!dryRun) {
+      object["done"] = results.items[i].done;
+      if (!results.items[i].problem.empty()) object["problem"] = results.items[i].problem;
+      if (!results.items[i].losses.empty()) object["losses"] = results.items[i].losses;
+    }
+    actions.push_back(std::move(object));
+  }
+  return actions;
+}
+
+}  // namespace
+
+std::vector<std::string> NoticeLines(const std::vector<DeskNotice>& notices, bool each) {
+  std::vector<std::string> lines;
+  Tally tally;
+  for (const DeskNotice& notice : notices) {
+    const std::string property = notice.text.substr(0, notice.text.find(':'));
+    const bool named = property.size() < notice.text.size();
+    if (each || !named || notice.trouble == DeskTrouble::kLeftAlone) {
+      lines.push_back(ToText(notice));
+      continue;
+    }
+    const std::string folder = notice.file.begin()->string();
+    if (folder == "contacts") {
+      tally.Add(property, "contacts", "contact");
+    } else {
+      tally.Add(property, "in " + folder, "in " + folder);
+    }
+  }
+  for (std::string& line : tally.Lines()) {
+    lines.push_back(std::move(line) + " (the handheld does not hold it; -v tells more)");
+  }
+  return lines;
+}
+
+std::vector<std::string> LossLines(const Plan& plan, const SyncResults& results, bool each) {
+  std::vector<std::string> lines;
+  Tally tally;
+  for (std::size_t i = 0; i < results.items.size(); ++i) {
+    const Action& action = plan.actions[i];
+    const KindWords& words = WordsOf(RecordKindOf(action.kind));
+    for (const std::string& loss : results.items[i].losses) {
+      if (each) {
+        lines.push_back(fmt::format("{} {}: {}", words.name, action.name, loss));
+      } else {
+        tally.Add(loss, words.plural, words.name);
+      }
+    }
+  }
+  return each ? lines : tally.Lines();
+}
+
+std::string ToText(const ArchiveAddition& addition) {
+  return fmt::format("{}: add {}", addition.file.string(), addition.added);
+}
+
+std::string SyncToJson(const SyncPlan& plan, const SyncResults& results, bool dryRun) {
+  ordered_json object = {{"dryRun", dryRun},
+                         {"actions", ActionsToJson(plan.items, results, dryRun)},
+                         {"archives", ordered_json::array()},
+                         {"notices", plan.items.notices}};
+  for (const ArchiveAddition& each : plan.archive) {
+    object["archives"].push_back({{"file", each.file.string()}, {"added", each.added}});
+  }
+  if (!plan.items.stop.empty()) object["stopped"] = plan.items.stop;
+  if (!results.problem.empty()) object["problem"] = results.problem;
+  object["summary"] = ToJson(results.counts);
+  return object.dump(2, ' ', false, ordered_json::error_handler_t::replace);
+}
+
+}  // namespace desktop

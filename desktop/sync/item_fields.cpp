@@ -1,0 +1,91 @@
+#include "desktop/sync/item_fields.h"
+
+#include <cstddef>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+
+namespace desktop {
+namespace {
+
+using formats::Appointment;
+using formats::Contact;
+using formats::Task;
+
+class Differences {
+ public:
+  template <typename T>
+  void Compare(std::string_view name, const T& a, const T& b) {
+    if (a != b) names_.emplace_back(name);
+  }
+  std::vector<std::string> names() && { return std::move(names_); }
+
+ private:
+  std::vector<std::string> names_;
+};
+
+void CompareFields(const Contact& a, const Contact& b, Differences& differences) {
+  for (std::size_t i = 0; i < formats::kContactFieldCount; ++i) {
+    const auto field = static_cast<formats::ContactField>(i);
+    differences.Compare(ContactFieldName(field), a[field], b[field]);
+  }
+  differences.Compare("Categories", a.categories, b.categories);
+  differences.Compare("Birthday", a.birthday, b.birthday);
+  differences.Compare("Anniversary", a.anniversary, b.anniversary);
+}
+
+void CompareFields(const Appointment& a, const Appointment& b, Differences& differences) {
+  differences.Compare("Subject", a.subject, b.subject);
+  differences.Compare("Location", a.location, b.location);
+  differences.Compare("Body", a.body, b.body);
+  differences.Compare("AllDayEvent", a.allDay, b.allDay);
+  differences.Compare("Start", a.start, b.start);
+  differences.Compare("End", a.end, b.end);
+  differences.Compare("BusyStatus", a.busyStatus, b.busyStatus);
+  differences.Compare("Categories", a.categories, b.categories);
+  differences.Compare("Private", a.isPrivate, b.isPrivate);
+  differences.Compare("Reminder", a.reminderMinutes, b.reminderMinutes);
+  const bool both = a.series && b.series;
+  if (!both) differences.Compare("Recurrence", a.series, b.series);
+  if (!both) return;
+  differences.Compare("Recurrence", a.series->pattern, b.series->pattern);
+  differences.Compare("deleted occurrences", a.series->deleted, b.series->deleted);
+  differences.Compare("changed occurrences", a.series->changed, b.series->changed);
+}
+
+void CompareFields(const Task& a, const Task& b, Differences& differences) {
+  differences.Compare("Subject", a.subject, b.subject);
+  differences.Compare("Body", a.body, b.body);
+  differences.Compare("Categories", a.categories, b.categories);
+  differences.Compare("StartDate", a.start, b.start);
+  differences.Compare("DueDate", a.due, b.due);
+  differences.Compare("Reminder", a.reminder, b.reminder);
+  differences.Compare("Private", a.isPrivate, b.isPrivate);
+  differences.Compare("Complete", a.complete, b.complete);
+  differences.Compare("DateCompleted", a.completed, b.completed);
+  differences.Compare("Importance", a.importance, b.importance);
+  differences.Compare("Recurrence", a.pattern, b.pattern);
+}
+
+}  // namespace
+
+std::vector<std::string> DifferentFields(const Item& a, const Item& b) {
+  const Item commonA = CommonForm(a);
+  const Item commonB = CommonForm(b);
+  Differences differences;
+  std::visit(
+      [&](const auto& first) {
+        using Kind = std::remove_cvref_t<decltype(first)>;
+        CompareFields(first, std::get<Kind>(commonB), differences);
+      },
+      commonA);
+  return std::move(differences).names();
+}
+
+std::string Listed(const std::vector<std::string>& names) {
+  std::string text;
+  for (const std::string& name : names) text += (text.empty() ? "" : ", ") + name;
+  return text;
+}
+
+}  // namespace desktop

@@ -1,0 +1,39 @@
+// Compares what both sides have with what they had, and says what is to be done. It changes nothing
+// and asks nobody but the person, of a conflict.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "common/calendar/zone.h"
+#include "desktop/merge/phone_numbers.h"
+#include "desktop/sync/memory.h"
+#include "desktop/sync/plan.h"
+#include "desktop/sync/sides.h"
+
+namespace desktop {
+
+enum class ConflictPolicy { kKeepBoth, kDesk, kHandheld, kAsk };
+
+enum class ConflictAnswer { kKeepBoth, kDesk, kHandheld, kLeave };
+struct ConflictQuestion {
+  ItemKind kind;
+  const std::string& name;
+  const std::vector<FieldConflict>& conflicts;
+};
+using AskPerson = std::function<ConflictAnswer(const ConflictQuestion& question)>;
+
+struct PlanPolicy {
+  ConflictPolicy conflict = ConflictPolicy::kKeepBoth;
+  AskPerson ask;  // nothing where nobody can be asked: then the item is left alone
+  bool allowDeletions = false;
+  calendar::Zone zone = calendar::Zone::OfHost();
+  PhoneNumbers numbers{""};
+};
+
+// Of the kinds that the handheld's side has. The sides must outlive the plan.
+Plan MakePlan(const Sides& sides, const Memory& memory, const std::vector<InFlight>& inFlight,
+              const PlanPolicy& policy);
+
+}  // namespace desktop

@@ -1,0 +1,235 @@
+#include "desktop/sync/sync_run.h"
+
+#include <fmt/format.h>
+
+#include <cstdlib>
+#include <map>
+#include <utility>
+
+#include "desktop/folder/desk_folder.h"
+#include "desktop/records/record_kind.h"
+#include "desktop/sync/history.h"
+#include "desktop/sync/memory.h"
+#include "desktop/sync/sides.h"
+#include "desktop/sync/state_folder.h"
+#include "desktop/transfer/push_recovery.h"
+#include "desktop/wire/error.h"
+
+namespace desktop {
+namespace {
+
+constexpr char kZoneNote[] = "zone";
+constexpr char kCountryNote[] = "country";
+constexpr char kAddressNote[] = "address";
+
+class SyncRun {
+ public:
+  SyncRun(const ConnectionOptions& connection, const SyncOptions& options)
+      : connection_(connection),
+        options_(options),
+        state_(options.folder, options.dryRun ? StateFolder::Use::kLook : StateFolder::Use::kRun),
+        memory_(state_.memory(), state_.hasHistory()),
+        mapping_(state_.mapping()),
+        recovery_(connection, mapping_, options.quiet,
+                  options.dryRun ? PushRecovery::Surplus::kLeave : PushRecovery::Surplus::kDelete),
+        zone_(ZoneToUse()),
+        folder_(options.folder, zone_) {}
+
+  void Run(const SyncListener& listener) {
+    Recover();
+    ReadSides();
+    MakePlans();
+    listener.onPlan(plan_);
+    results_.items.resize(plan_.items.actions.size());
+    results_.whole = plan_.items.leftAlone == 0;
+    if (!plan_.items.stop.empty()) {
+      results_.problem = plan_.items.stop;
+    } else if (options_.dryRun) {
+      for (const Action& action : plan_.items.actions) Count(action, results_.counts);
+    } else {
+      Execute();
+    }
+    listener.onEnd(plan_, results_);
+  }
+
+ private:
+  calendar::Zone ZoneToUse() {
+    const std::string known = memory_.Note(kZoneNote);
+    if (options_.zone) {
+      if (!known.empty() && known != options_.zone->name()) {
+        throw Error(
+            fmt::format("the folder is kept in step with a handheld in the zone {}, and "
+                        "not in {}",
+                        known, options_.zone->name()));
+      }
+      return *options_.zone;
+    }
+    if (!known.empty()) {
+      const std::optional<calendar::Zone> zone = calendar::Zone::Find(known);
+      if (!zone) throw Error(known + ", the handheld's zone, is no time zone of this computer");
+      return *zone;
+    }
+    calendar::Zone zone = calendar::Zone::OfHost();
+    plan_.notices.push_back(fmt::format(
+        "the handheld is taken to be in this computer's time zone, {}: --zone says otherwise",
+        zone.name()));
+    return zone;
+  }
+
+  [[nodiscard]] std::string Country() const {
+    if (options_.country) return *options_.country;
+    if (std::string known = memory_.Note(kCountryNote); !known.empty()) return known;
+    for (const char* const name : {"LC_ALL", "LC_TELEPHONE", "LANG"}) {
+      const char* const locale = std::getenv(name);
+      if (locale == nullptr || *locale == '\0') continue;
+      return PhoneNumbers::CountryOfLocale(locale);
+    }
+    return {};
+  }
+
+  // What a run before this one may have added without hearing of it. All that is known is known to
+  // the mapping then, so that nothing else is taken for it.
+  void Recover() {
+    if (mapping_.expected().empty()) return;
+    for (const Link& link : memory_.links()) {
+      const std::string kind(NameOf(link.kind));
+      const bool known =
+          mapping_.FindOid(link.oid) != nullptr || mapping_.FindUid(kind, link.key) != nullptr;
+      if (!known) mapping_.Put({link.oid, kind, link.key, {}, {}});
+    }
+    recovery_.AdoptExpected();
+  }
+
+  void ReadSides() {
+    KnownRecords known;
+    for (const Link& link : memory_.links()) known.emplace(link.oid, link.recordHash);
+    for (const ItemKind kind : {ItemKind::kContact, ItemKind::kAppointment, ItemKind::kTask}) {
+      if (!options_.kinds.contains(RecordKindOf(kind))) continue;
+      sides_.handheld[kind] = ReadHandheld(connection_, kind, zone_, known);
+    }
+    parts_.contacts = sides_.handheld.contains(ItemKind::kContact);
+    parts_.calendar = sides_.handheld.contains(ItemKind::kAppointment) ||
+                      sides_.handheld.contains(ItemKind::kTask);
+    DeskContents contents = folder_.Read(parts_, memory_.Desk());
+    sides_.desk = std::move(contents.files);
+    plan_.deskNotices = std::move(contents.notices);
+    for (const auto& [name, stamp] : memory_.stamps()) {
+      const auto file = sides_.desk.find(name);
+      if (file != sides_.desk.end() && file->second.stamp == stamp) sides_.unchanged.insert(name);
+    }
+  }
+
+  [[nodiscard]] std::vector<InFlight> FindInFlight() const {
+    std::set<Oid> linked;
+    for (const Link& link : memory_.links()) linked.insert(link.oid);
+    std::vector<InFlight> inFlight;
+    for (const Intent& intent : memory_.intents()) {
+      if (linked.contains(intent.oid)) continue;
+      inFlight.push_back(
+          {intent.kind, {}, intent.uid, intent.oid, {}, intent.recordHash, intent.made});
+    }
+    for (const auto& [oid, item] : mapping_.items()) {
+      if (linked.contains(oid)) continue;
+      for (const auto& [kind, items] : sides_.handheld) {
+        if (item.kind != NameOf(kind)) continue;
+        inFlight.push_back({kind, item.uid, {}, oid, item.state, {}, {}});
+      }
+    }
+    return inFlight;
+  }
+
+  void MakePlans() {
+    const PlanPolicy policy{options_.conflict, options_.ask, options_.allowDeletions, zone_,
+                            PhoneNumbers(Country())};
+    plan_.items = MakePlan(sides_, memory_, FindInFlight(), policy);
+    for (const RecordKind kind : {RecordKind::kMessages, RecordKind::kCalls}) {
+      if (!options_.kinds.contains(kind)) continue;
+      ArchivePlan archive = PlanArchive(connection_, options_.folder, kind);
+      for (ArchiveAddition& each : archive.additions) plan_.archive.push_back(std::move(each));
+      for (std::string& notice : archive.notices) plan_.notices.push_back(std::move(notice));
+    }
+    const std::string address = memory_.Note(kAddressNote);
+    if (!memory_.links().empty() && address != ToString(connection_.target)) {
+      plan_.notices.push_back(fmt::format("the handheld that was at {} is now at {}", address,
+                                          ToString(connection_.target)));
+    }
+  }
+
+  void Step(std::string_view what) const {
+    if (options_.hook) options_.hook(what);
+  }
+
+  void SaveHistory(const History& history, const std::string& time) const {
+    SavedRun run{time, {}, {}, {}};
+    SyncCounts counts;
+    std::set<std::string> touched;
+    for (const Action& action : plan_.items.actions) {
+      Count(action, counts);
+      const bool touches = action.desk == Effect::kChange || action.desk == Effect::kDelete;
+      if (touches) touched.insert(action.deskNow->file.string());
+    }
+    run.what = "before a sync: " + ToText(counts);
+    for (const auto& [kind, items] : sides_.handheld) run.kinds.push_back(kind);
+    Step("save the history");
+    history.Save(run, options_.folder, touched, sides_, memory_.path());
+  }
+
+  void Execute() {
+    folder_.Make();
+    const History history(state_.history());
+    const auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+    const std::string time = history.NewTime(now);
+    const Execution::Means means{connection_, folder_, state_.trash(), memory_,      mapping_,
+                                 recovery_,   zone_,   time,           options_.hook};
+    Execution execution(means, plan_.items, sides_, parts_);
+    execution.Remember({{kZoneNote, zone_.name()},
+                        {kCountryNote, Country()},
+                        {kAddressNote, ToString(connection_.target)}});
+    try {
+      if (plan_.items.HasEffects()) SaveHistory(history, time);
+      execution.Run();
+      for (const ArchiveAddition& addition : plan_.archive) {
+        Step("add to an archive");
+        desktop::Execute(addition, options_.folder);
+        results_.begun = true;
+      }
+      if (plan_.items.HasEffects()) history.Prune(now);
+    } catch (const Error& problem) {
+      results_.problem = problem.what();
+    }
+    TakeResults(execution);
+  }
+
+  void TakeResults(const Execution& execution) {
+    results_.items = execution.results();
+    results_.begun = results_.begun || execution.begun();
+    for (std::size_t i = 0; i < results_.items.size(); ++i) {
+      const Action& action = plan_.items.actions[i];
+      const bool left = action.happening == Happening::kLeave;
+      if (results_.items[i].done || left) Count(action, results_.counts);
+      if (!results_.items[i].done) results_.whole = false;
+    }
+  }
+
+  const ConnectionOptions& connection_;
+  const SyncOptions& options_;
+  SyncPlan plan_;
+  SyncResults results_;
+  StateFolder state_;
+  Memory memory_;
+  Mapping mapping_;
+  PushRecovery recovery_;
+  calendar::Zone zone_;
+  DeskFolder folder_;
+  DeskParts parts_;
+  Sides sides_;
+};
+
+}  // namespace
+
+void Synchronise(const ConnectionOptions& connection, const SyncOptions& options,
+                 const SyncListener& listener) {
+  SyncRun(connection, options).Run(listener);
+}
+
+}  // namespace desktop
