@@ -11,4 +11,10 @@ class HandheldError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// Another program has the handheld; the message names it.
+class HandheldInUse : public HandheldError {
+ public:
+  using HandheldError::HandheldError;
+};
+
 }  // namespace ce::host

@@ -37,7 +37,7 @@ DirectoryLock::DirectoryLock(const std::filesystem::path& directory, std::string
   if (::flock(file_.get(), LOCK_EX | LOCK_NB) != 0) {
     const int error = errno;
     if (error == EWOULDBLOCK) {
-      throw HandheldError(directory.string() + " is in use by " + Holder(file_.get()));
+      throw HandheldInUse(directory.string() + " is in use by " + Holder(file_.get()));
     }
     throw HandheldError(path.string() + " cannot be locked: " + std::strerror(error));
   }

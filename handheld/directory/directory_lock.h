@@ -12,7 +12,7 @@ namespace ce::host {
 // holder, for whoever finds the directory locked.
 class DirectoryLock {
  public:
-  // Throws HandheldError: "DIRECTORY is in use by corvane (process 123)".
+  // Throws HandheldInUse, "DIRECTORY is in use by corvane (process 123)", or HandheldError.
   DirectoryLock(const std::filesystem::path& directory, std::string_view program);
   ~DirectoryLock();
 

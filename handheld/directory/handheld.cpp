@@ -83,9 +83,10 @@ std::vector<NamedRegistryValue> InitialSettings(const HandheldSettings& settings
           {setting::kFirstOid, number(settings.firstOid)}};
 }
 
-std::shared_ptr<Registry> LoadRegistry(const fs::path& directory) {
+std::shared_ptr<Registry> LoadRegistry(const fs::path& directory,
+                                       std::span<const Migration> migrations) {
   std::shared_ptr<Registry> registry = Registry::Load(RegistryFile(directory));
-  MigrateHandheld(directory, *registry, Handheld::kFormatVersion, kMigrations);
+  MigrateHandheld(directory, *registry, Handheld::kFormatVersion, migrations);
   return registry;
 }
 
@@ -130,10 +131,19 @@ std::unique_ptr<Handheld> Handheld::Open(const fs::path& directory, std::string_
   return std::unique_ptr<Handheld>(new Handheld(directory, std::move(lock)));
 }
 
+std::unique_ptr<Handheld> Handheld::OpenToLook(const fs::path& directory,
+                                               std::string_view program) {
+  try {
+    return Open(directory, program);
+  } catch (const HandheldInUse&) {
+    return std::unique_ptr<Handheld>(new Handheld(directory, nullptr));
+  }
+}
+
 Handheld::Handheld(const fs::path& directory, std::unique_ptr<DirectoryLock> lock)
     : directory_(fs::absolute(directory)),
       lock_(std::move(lock)),
-      registry_(LoadRegistry(directory_)),
+      registry_(LoadRegistry(directory_, lock_ ? kMigrations : std::span<const Migration>())),
       clock_(std::make_unique<Clock>(*registry_)),
       maxBlock_(Number(setting::kMaxBlock, kDefaultMaxBlock)) {}
 
@@ -187,13 +197,19 @@ std::u16string Handheld::Text(const char16_t* name, std::u16string_view fallback
   return value ? value->AsText().value_or(std::u16string(fallback)) : std::u16string(fallback);
 }
 
+void Handheld::RequireOwnership() const {
+  if (IsShared()) throw HandheldInUse(directory_.string() + " is in use by another program");
+}
+
 void Handheld::Set(const char16_t* name, DWORD value) {
+  RequireOwnership();
   StoreSetting(*registry_, directory_, name, RegistryValue::Number(value));
   if (std::u16string_view(name) == setting::kMaxBlock) maxBlock_ = value;
   if (Current() == this) LimitUploads();
 }
 
 void Handheld::Set(const char16_t* name, std::u16string_view value) {
+  RequireOwnership();
   StoreSetting(*registry_, directory_, name, RegistryValue::Text(value));
 }
 

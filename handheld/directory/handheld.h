@@ -47,9 +47,12 @@ class Handheld {
   static void Create(const std::filesystem::path& directory, const HandheldSettings& settings);
 
   // Opens and locks a handheld. `program` is named to whoever finds it locked. An older format is
-  // migrated, a newer one refused. Throws HandheldError.
+  // migrated, a newer one refused. Throws HandheldInUse, HandheldError.
   static std::unique_ptr<Handheld> Open(const std::filesystem::path& directory,
                                         std::string_view program);
+  // As Open, to look at it: also while another program has it, which may change it meanwhile.
+  static std::unique_ptr<Handheld> OpenToLook(const std::filesystem::path& directory,
+                                              std::string_view program);
   ~Handheld();
   Handheld(const Handheld&) = delete;
   Handheld& operator=(const Handheld&) = delete;
@@ -58,6 +61,9 @@ class Handheld {
   static Handheld* Current();
   static void MakeCurrent(Handheld* handheld);
 
+  // Another program has it, too: nothing can be set, and its store can only be read.
+  bool IsShared() const { return !lock_; }
+
   const std::filesystem::path& directory() const { return directory_; }
   std::filesystem::path filesRoot() const { return directory_ / "files"; }
   std::filesystem::path storePath() const { return directory_ / "store.db"; }
@@ -65,7 +71,8 @@ class Handheld {
   Clock& clock() { return *clock_; }
 
   // The handheld's own settings; the fallback when the value is missing or of another type.
-  // Thread-safe. Set is durable on return and throws HandheldError when it cannot be.
+  // Thread-safe. Set is durable on return and throws HandheldError when it cannot be, as it cannot
+  // in one that is shared.
   DWORD Number(const char16_t* name, DWORD fallback) const;
   std::u16string Text(const char16_t* name, std::u16string_view fallback) const;
   void Set(const char16_t* name, DWORD value);
@@ -91,6 +98,7 @@ class Handheld {
 
   Handheld(const std::filesystem::path& directory, std::unique_ptr<DirectoryLock> lock);
 
+  void RequireOwnership() const;
   DWORD Number(Remembered& remembered, const char16_t* name, DWORD fallback) const;
 
   const std::filesystem::path directory_;

@@ -10,6 +10,7 @@
 #include <concepts>
 #include <cstdint>
 #include <deque>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -126,8 +127,9 @@ class WriteGroup {
 
 class Store {
  public:
-  // Opens the handheld's store, making it or bringing it up to date first. On failure `problem`
-  // says what is wrong, worded for the handheld's owner.
+  // Opens the handheld's store, making it or bringing it up to date first. Of a handheld that is
+  // shared nothing can be written, and a snapshot is held from the first read on. On failure
+  // `problem` says what is wrong, worded for the handheld's owner.
   [[nodiscard]] static HRESULT Open(Handheld& handheld, std::unique_ptr<Store>& store,
                                     std::string& problem);
   // As Open, but leaves the file as it is: a store that does not exist or has another format is a
@@ -176,6 +178,8 @@ class Store {
     found = Changes() > 0;
     return S_OK;
   }
+  // See CopyDatabase of store_copy.h.
+  [[nodiscard]] HRESULT CopyTo(const std::filesystem::path& to);
   // Rows that the last write changed.
   int Changes() const;
 
@@ -220,6 +224,8 @@ class Store {
  private:
   Store() = default;
 
+  [[nodiscard]] static HRESULT OpenToLook(const Handheld& handheld, std::unique_ptr<Store>& store,
+                                          std::string& problem);
   [[nodiscard]] HRESULT Connect(const std::string& path, bool create, std::string& problem);
   // Ahead of the need, so that a commit cannot fail for want of its statement.
   [[nodiscard]] HRESULT PrepareTransactions();

@@ -244,6 +244,8 @@ std::vector<std::string> CheckStore(const Handheld& handheld) {
   std::unique_ptr<Store> store;
   std::string problem;
   if (Failed(Store::OpenExisting(handheld, store, problem))) return {Sentence(handheld, problem)};
+  if (const HRESULT status = store->BeginSnapshot(); Failed(status))
+    return {Sentence(handheld, StoreStatusText(status))};
   return Check(handheld, *store).Run();
 }
 

@@ -5,6 +5,7 @@
 
 #include "handheld/base/fault.h"
 #include "handheld/store/store.h"
+#include "handheld/store/store_copy.h"
 #include "handheld/store/store_error.h"
 #include "handheld/store/store_schema.h"
 
@@ -96,7 +97,18 @@ HRESULT Store::Connect(const std::string& path, bool create, std::string& proble
   return Worded(status, problem);
 }
 
+HRESULT Store::OpenToLook(const Handheld& handheld, std::unique_ptr<Store>& store,
+                          std::string& problem) {
+  RETURN_IF_FAILED(OpenExisting(handheld, store, problem));
+  const char* const sql = "PRAGMA query_only = ON";
+  HRESULT status = StoreStatus(sqlite3_exec(store->database_, sql, nullptr, nullptr, nullptr));
+  if (Succeeded(status)) status = store->BeginSnapshot();
+  if (Failed(status)) store.reset();
+  return Worded(status, problem);
+}
+
 HRESULT Store::Open(Handheld& handheld, std::unique_ptr<Store>& store, std::string& problem) {
+  if (handheld.IsShared()) return OpenToLook(handheld, store, problem);
   const std::lock_guard guard(OpenLock());
   store.reset();
   if (!Exists(handheld) && handheld.Number(kStoreCreated, 0) != 0) {
@@ -122,6 +134,10 @@ HRESULT Store::OpenExisting(const Handheld& handheld, std::unique_ptr<Store>& st
   RETURN_IF_FAILED(CheckFormat(opened->database_, problem));
   store = std::move(opened);
   return S_OK;
+}
+
+HRESULT Store::CopyTo(const std::filesystem::path& to) {
+  return CopyDatabase(database_, to);
 }
 
 }  // namespace ce::host

@@ -57,13 +57,13 @@ using Command = std::function<Outcome(const Report&)>;
 // `run` takes the handheld in use, if it is to be there, and the report.
 template <typename Run>
 CLI::App* AddCommand(CLI::App& app, const char* name, const char* description, Arguments& a,
-                     Command& chosen, Run run) {
+                     Command& chosen, Run run, tool::Use use = tool::Use::kChange) {
   CLI::App* command = app.add_subcommand(name, description);
   command->add_option("DIR", a.directory, "The handheld's directory")->required();
   Command whole;
   if constexpr (std::is_invocable_v<Run, Session&, const Report&>) {
-    whole = [&a, run](const Report& report) {
-      Session session(a.directory);
+    whole = [&a, run, use](const Report& report) {
+      Session session(a.directory, use);
       return run(session, report);
     };
   } else {
@@ -99,10 +99,12 @@ void AddHandheldCommands(CLI::App& app, Arguments& a, Command& chosen) {
 
   auto* info = AddCommand(
       app, "info", "Say what it is", a, chosen,
-      [&](auto& session, auto& report) { return tool::ShowHandheld(session, a.json, report); });
+      [&](auto& session, auto& report) { return tool::ShowHandheld(session, a.json, report); },
+      tool::Use::kLook);
   info->add_flag("--json", a.json, "As JSON");
 
-  AddCommand(app, "check", "Look for damage in the store", a, chosen, tool::CheckHandheld);
+  AddCommand(app, "check", "Look for damage in the store", a, chosen, tool::CheckHandheld,
+             tool::Use::kLook);
 }
 
 void AddKind(CLI::App& command, Arguments& a) {
@@ -134,7 +136,7 @@ Outcome RunExport(const Arguments& a, const Report& report) {
       .file = a.output,
       .vcardVersion = a.vcardVersion == "4.0" ? VCardVersion::k40 : VCardVersion::k30,
       .jsonLines = a.format == "json"};
-  Session session(a.directory);
+  Session session(a.directory, tool::Use::kLook);
   return WithRecord(a.kind, [&](auto record) {
     return tool::ExportRecords<decltype(record)>(session, options, report);
   });
@@ -205,12 +207,12 @@ void AddExport(CLI::App& app, Arguments& a, Command& chosen) {
 
 void AddItemCommands(CLI::App& app, Arguments& a, Command& chosen) {
   AddImport(app, a, chosen);
-  auto* show =
-      AddCommand(app, "show", "List what is on it", a, chosen, [&](auto& session, auto& report) {
-        return WithRecord(a.kind, [&](auto record) {
-          return tool::ShowRecords<decltype(record)>(session, a.json, report);
-        });
-      });
+  const auto list = [&](Session& session, const Report& report) {
+    return WithRecord(a.kind, [&](auto record) {
+      return tool::ShowRecords<decltype(record)>(session, a.json, report);
+    });
+  };
+  auto* show = AddCommand(app, "show", "List what is on it", a, chosen, list, tool::Use::kLook);
   AddKind(*show, a);
   show->add_flag("--json", a.json, "As JSON");
 

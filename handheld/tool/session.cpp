@@ -7,6 +7,16 @@
 namespace tool {
 namespace {
 
+std::unique_ptr<ce::host::Handheld> OpenHandheld(const std::filesystem::path& directory,
+                                                 Use use) try {
+  constexpr char kProgram[] = "corvane-device";
+  return use == Use::kLook ? ce::host::Handheld::OpenToLook(directory, kProgram)
+                           : ce::host::Handheld::Open(directory, kProgram);
+} catch (const ce::host::HandheldInUse& error) {
+  throw ce::host::HandheldError(std::string(error.what()) +
+                                ": change it with corvane-desktop, or end that program first");
+}
+
 template <typename Box>
 Box& Opened(ce::host::Handheld& handheld, std::unique_ptr<Box>& box) {
   if (!box) {
@@ -19,8 +29,8 @@ Box& Opened(ce::host::Handheld& handheld, std::unique_ptr<Box>& box) {
 
 }  // namespace
 
-Session::Session(const std::filesystem::path& directory)
-    : handheld_(ce::host::Handheld::Open(directory, "corvane-device")) {
+Session::Session(const std::filesystem::path& directory, Use use)
+    : handheld_(OpenHandheld(directory, use)) {
   ce::host::Handheld::MakeCurrent(handheld_.get());
 }
 

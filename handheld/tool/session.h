@@ -13,10 +13,13 @@
 
 namespace tool {
 
+// What a command does with a handheld. To look at one is possible while its agent serves.
+enum class Use { kChange, kLook };
+
 class Session {
  public:
   // Throws ce::host::HandheldError.
-  explicit Session(const std::filesystem::path& directory);
+  explicit Session(const std::filesystem::path& directory, Use use = Use::kChange);
   ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;

@@ -64,10 +64,10 @@ TEST_F(AgentStart, NamesTheProgramThatUsesTheHandheld) {
   StartAgent(handheld);
   const std::string user = "in use by corvane (process " + std::to_string(agent().pid()) + ")";
   ExpectRefusal(Start(handheld), user);
-  const Ended device = Device({"show", handheld, "contacts"});
+  const Ended device = Device({"set", handheld, "owner", "Ada"});
   EXPECT_EQ(device.code, 1);
   EXPECT_EQ(device.out, "");
-  EXPECT_THAT(device.err, HasSubstr(user));
+  EXPECT_THAT(device.err, HasSubstr(user + ": change it with corvane-desktop, or end that"));
   EXPECT_EQ(Desktop({"time", "get"}).code, 0) << "the first one goes on serving";
 }
 

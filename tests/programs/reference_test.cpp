@@ -191,7 +191,7 @@ TEST(HandheldPage, NamesEverySetting) {
   const std::string page = ReadFile(SourcePath("packaging/man/corvane-handheld.5.in"));
   const Words settings = Found(ReadFile(SourcePath("handheld/base/settings.h")), "u\"(\\w+)\"");
   EXPECT_GT(settings.size(), 15u);
-  for (const std::string& name : settings) EXPECT_THAT(page, ::testing::HasSubstr(name));
+  for (const std::string& name : settings) EXPECT_NE(page.find(name), page.npos) << name;
 }
 
 }  // namespace
