@@ -3,21 +3,18 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <optional>
 #include <string_view>
 #include <vector>
 
 #include "common/formats/icalendar/icalendar.h"
 #include "common/text/unicode.h"
+#include "fuzz/require.h"
 
 namespace {
 
 using formats::local_days;
-
-void Require(bool condition) {
-  if (!condition) std::abort();
-}
+using fuzz::Require;
 
 void RequireText(const std::string& text) {
   Require(text::IsValidUtf8(text));

@@ -3,18 +3,15 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string_view>
 
 #include "common/formats/icalendar/pattern_rule.h"
+#include "fuzz/require.h"
 
 namespace {
 
 using calendar::Pattern;
-
-void Require(bool condition) {
-  if (!condition) std::abort();
-}
+using fuzz::Require;
 
 std::optional<Pattern> PatternOf(std::string_view text, calendar::local_days start) {
   const std::optional<formats::RecurrenceRule> rule = formats::RecurrenceRule::Parse(text);

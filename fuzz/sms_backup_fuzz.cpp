@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <sstream>
 #include <string_view>
 #include <vector>
@@ -12,15 +11,13 @@
 #include "common/formats/items/identity.h"
 #include "common/formats/json/message_json.h"
 #include "common/text/unicode.h"
+#include "fuzz/require.h"
 
 namespace {
 
 using formats::Call;
 using formats::TextMessage;
-
-void Require(bool condition) {
-  if (!condition) std::abort();
-}
+using fuzz::Require;
 
 struct Items {
   std::vector<TextMessage> messages;

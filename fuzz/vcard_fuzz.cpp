@@ -2,17 +2,15 @@
 // read again without a loss.
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string_view>
 
 #include "common/formats/vcard/vcard.h"
 #include "common/text/unicode.h"
+#include "fuzz/require.h"
 
 namespace {
 
-void Require(bool condition) {
-  if (!condition) std::abort();
-}
+using fuzz::Require;
 
 void RequireUtf8(const formats::Contact& contact) {
   Require(text::IsValidUtf8(contact.uid));

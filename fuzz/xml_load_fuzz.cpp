@@ -1,10 +1,9 @@
 // Any bytes: what loads can be walked and saved, and what was saved loads and saves again the same.
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 
+#include "fuzz/require.h"
 #include "handheld/base/com_object.h"
 #include "platform/com_ptr.h"
 #include "platform/xml_dom.h"
@@ -12,12 +11,7 @@
 namespace {
 
 using ce::ComPtr;
-
-void Require(bool condition, const char* what) {
-  if (condition) return;
-  std::fprintf(stderr, "%s\n", what);
-  std::abort();
-}
+using fuzz::Require;
 
 class StringStream final : public ce::IStream {
  public:
@@ -64,10 +58,11 @@ ComPtr<ce::IXMLDOMDocument> Load(const std::string& bytes, ce::VARIANT_BOOL pres
   ce::SafeArrayUnaccessData(value->parray);
   ce::VARIANT_BOOL successful = ce::VARIANT_FALSE;
   const ce::HRESULT status = document->load(source.get(), &successful);
-  Require(ce::Failed(status) == (successful == ce::VARIANT_FALSE), "load contradicts itself");
+  Require(ce::Failed(status) == (successful == ce::VARIANT_FALSE),
+          "a load's status is its success");
   if (ce::Failed(status)) {
     ComPtr<ce::IXMLDOMNode> child;
-    Require(document->get_firstChild(child.put()) == ce::S_FALSE, "a failed load left nodes");
+    Require(document->get_firstChild(child.put()) == ce::S_FALSE, "a failed load leaves no nodes");
     return nullptr;
   }
   return document;
@@ -75,9 +70,9 @@ ComPtr<ce::IXMLDOMDocument> Load(const std::string& bytes, ce::VARIANT_BOOL pres
 
 void Walk(ce::IXMLDOMNode* node) {
   ce::Bstr name;
-  Require(node->get_nodeName(name.put()) == ce::S_OK && !name.empty(), "a node without a name");
+  Require(node->get_nodeName(name.put()) == ce::S_OK && !name.empty(), "a node has a name");
   ce::Variant value;
-  Require(ce::Succeeded(node->get_nodeValue(value.put())), "a value cannot be read");
+  Require(ce::Succeeded(node->get_nodeValue(value.put())), "a value can be read");
   ComPtr<ce::IXMLDOMNode> child;
   node->get_firstChild(child.put());
   while (child) {
@@ -93,7 +88,7 @@ std::string Save(const ComPtr<ce::IXMLDOMDocument>& document) {
   ce::VARIANT target;
   target.vt = ce::VT_UNKNOWN;
   target.punkVal = &stream;
-  Require(document->save(target) == ce::S_OK, "save failed");
+  Require(document->save(target) == ce::S_OK, "a document can be saved");
   return stream.content;
 }
 
@@ -116,8 +111,8 @@ void RoundTrip(const std::string& bytes, ce::VARIANT_BOOL preserve) {
   Walk(document.get());
   const std::string saved = Save(document);
   const auto again = Load(saved, preserve);
-  Require(static_cast<bool>(again), "what was saved does not load");
-  Require(Save(again) == WithLineFeeds(saved), "what was saved saves differently");
+  Require(static_cast<bool>(again), "what was saved loads");
+  Require(Save(again) == WithLineFeeds(saved), "what was saved saves the same");
 }
 
 }  // namespace
@@ -126,6 +121,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string bytes(reinterpret_cast<const char*>(data), size);
   RoundTrip(bytes, ce::VARIANT_FALSE);
   RoundTrip(bytes, ce::VARIANT_TRUE);
-  Require(ce::host::LiveComObjects() == 0, "an object is still alive");
+  Require(ce::host::LiveComObjects() == 0, "no object stays alive");
   return 0;
 }
