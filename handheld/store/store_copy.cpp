@@ -12,6 +12,7 @@
 #include "handheld/base/fault.h"
 #include "handheld/base/unique_fd.h"
 #include "handheld/store/store_error.h"
+#include "platform/status.h"
 
 namespace ce::host {
 namespace {
