@@ -65,14 +65,18 @@ class RowTable {
  public:
   RowTable(const Versions<Slots>& versions, const Alike& alike) : alike_(alike) {
     Add(&Row::winnerBase, versions.winnerBase);
-    Link(&Row::loserBase, versions.loserBase, &Row::winnerBase, versions.winnerBase, nullptr);
+    LinkEqual(&Row::loserBase, versions.loserBase, &Row::winnerBase, versions.winnerBase);
+    LinkInPlace(&Row::loserBase, versions.loserBase, &Row::winnerBase);
     Add(&Row::loserBase, versions.loserBase);
-    Link(&Row::winner, versions.winner, &Row::winnerBase, versions.winnerBase, nullptr);
-    Link(&Row::loser, versions.loser, &Row::loserBase, versions.loserBase, nullptr);
-    // What one side has just added may be what only the other one had, or has added as well.
-    Link(&Row::winner, versions.winner, &Row::loser, versions.loser, &Row::winnerBase);
+    LinkEqual(&Row::winner, versions.winner, &Row::winnerBase, versions.winnerBase);
+    LinkEqual(&Row::loser, versions.loser, &Row::loserBase, versions.loserBase);
+    AddCommon(versions.winner, versions.loser);
+    LinkInPlace(&Row::winner, versions.winner, &Row::winnerBase);
+    LinkInPlace(&Row::loser, versions.loser, &Row::loserBase);
+    // What one side has just added may be what only the other one had.
+    LinkEqual(&Row::winner, versions.winner, &Row::loser, versions.loser, &Row::winnerBase);
+    LinkEqual(&Row::loser, versions.loser, &Row::winner, versions.winner, &Row::loserBase);
     Add(&Row::winner, versions.winner);
-    Link(&Row::loser, versions.loser, &Row::winner, versions.winner, &Row::loserBase);
     Add(&Row::loser, versions.loser);
   }
 
@@ -92,27 +96,50 @@ class RowTable {
     }
   }
 
-  // Finds the rows of entries by what the rows have of another version. With a base given, in rows
-  // without it alone; without one, an entry that took the place of another is that one changed.
-  void Link(RowSlot member, const Slots& slots, RowSlot known, const Slots& knownSlots,
-            RowSlot base) {
-    const auto pass = [&](const auto& fits) {
-      for (std::size_t i = 0; i < slots.size(); ++i) {
-        if (slots[i].empty() || IsLinked(member, i)) continue;
-        const auto row = std::ranges::find_if(rows_, [&](const Row& each) {
-          return each.*known && !(each.*member) && (base == nullptr || !(each.*base)) &&
-                 fits(i, *(each.*known));
-        });
-        if (row != rows_.end()) (*row).*member = i;
+  // What both sides have and neither had.
+  void AddCommon(const Slots& winner, const Slots& loser) {
+    for (std::size_t i = 0; i < winner.size(); ++i) {
+      if (winner[i].empty() || IsLinked(&Row::winner, i)) continue;
+      for (std::size_t j = 0; j < loser.size(); ++j) {
+        if (loser[j].empty() || IsLinked(&Row::loser, j)) continue;
+        if (!SameText(winner[i], loser[j]) && !alike_(winner[i], loser[j])) continue;
+        rows_.push_back({{}, i, {}, j});
+        break;
       }
+    }
+  }
+
+  // Gives entries to rows that have none in that version, by what they have in another one.
+  template <typename Fits>
+  void Link(RowSlot member, const Slots& slots, const Fits& fits) {
+    for (std::size_t i = 0; i < slots.size(); ++i) {
+      if (slots[i].empty() || IsLinked(member, i)) continue;
+      const auto row = std::ranges::find_if(
+          rows_, [&](const Row& each) { return !(each.*member) && fits(each, i); });
+      if (row != rows_.end()) (*row).*member = i;
+    }
+  }
+
+  // By the text. With a base given, in rows without it alone.
+  void LinkEqual(RowSlot member, const Slots& slots, RowSlot known, const Slots& knownSlots,
+                 RowSlot base = nullptr) {
+    const auto isOpen = [&](const Row& row) {
+      return row.*known && (base == nullptr || !(row.*base));
     };
-    const auto equal = [&](std::size_t i, std::size_t j) {
-      return SameText(slots[i], knownSlots[j]);
+    const auto equal = [&](const Row& row, std::size_t i) {
+      return isOpen(row) && SameText(slots[i], knownSlots[*(row.*known)]);
     };
-    pass([&](std::size_t i, std::size_t j) { return i == j && equal(i, j); });
-    pass(equal);
-    pass([&](std::size_t i, std::size_t j) { return alike_(slots[i], knownSlots[j]); });
-    if (base == nullptr) pass([](std::size_t i, std::size_t j) { return i == j; });
+    Link(member, slots,
+         [&](const Row& row, std::size_t i) { return row.*known == i && equal(row, i); });
+    Link(member, slots, equal);
+    Link(member, slots, [&](const Row& row, std::size_t i) {
+      return isOpen(row) && alike_(slots[i], knownSlots[*(row.*known)]);
+    });
+  }
+
+  // An entry that took the place of another is that one changed.
+  void LinkInPlace(RowSlot member, const Slots& slots, RowSlot known) {
+    Link(member, slots, [&](const Row& row, std::size_t i) { return row.*known == i; });
   }
 
   const Alike& alike_;
@@ -139,6 +166,11 @@ std::vector<Outcome> OutcomesOf(const Versions<Slots>& versions, const Alike& al
     outcome.flow =
         FlowOf(TextIn(versions.winnerBase, row.winnerBase), outcome.winnerText,
                TextIn(versions.loserBase, row.loserBase), outcome.loserText, SameText, agree);
+    if (outcome.flow == Flow::kConflict && outcome.loserText.empty()) {
+      outcome.flow = Flow::kToLoser;
+    } else if (outcome.flow == Flow::kConflict && outcome.winnerText.empty()) {
+      outcome.flow = Flow::kToWinner;
+    }
     if (outcome.flow == Flow::kToWinner) outcome.winnerText = outcome.loserText;
     if (outcome.flow == Flow::kToLoser || outcome.flow == Flow::kConflict) {
       outcome.loserText = outcome.winnerText;
@@ -198,6 +230,7 @@ struct Wish {
 Wish WishOf(const Outcome& outcome, const Versions<Slots>& versions, bool forWinner) {
   const Row& row = outcome.row;
   bool winners = forWinner ? !row.movedByLoser() || row.movedByWinner() : row.movedByWinner();
+  if (row.isNew()) winners = true;  // so that both sides have the same order
   if (!row.winner) winners = false;
   if (!row.loser) winners = true;
   const Slots& source = winners ? versions.winner : versions.loser;

@@ -173,6 +173,18 @@ void MergeDifference(const Versions<Difference>& versions, local_days day,
                        conflicts);
 }
 
+// What only one side has otherwise than its series, and did not change, the other one may have as
+// well, where that is as its own series was: there it must not follow the series.
+void KeepValues(const Appointment& own, local_days day, const Difference& other, Difference& out) {
+  if (!own.series || out.deleted || other.deleted) return;
+  const Occurrence usual = UsualOn(own, day);
+  if (other.subject && !out.subject) out.subject = usual.subject;
+  if (other.location && !out.location) out.location = usual.location;
+  if (other.body && !out.body) out.body = usual.body;
+  if (other.when && !out.when) out.when = WhenOf(usual);
+  if (other.busyStatus && !out.busyStatus) out.busyStatus = usual.busyStatus;
+}
+
 }  // namespace
 
 When WhenOf(const Occurrence& occurrence) {
@@ -200,6 +212,8 @@ void MergeExceptions(const Versions<Appointment>& versions, MergeConflicts& conf
     MergeDifference({On(winnerBase, day), On(winner, day), On(loserBase, day), On(loser, day),
                      winnerOut[day], loserOut[day]},
                     day, conflicts);
+    KeepValues(versions.winner, day, loserOut[day], winnerOut[day]);
+    KeepValues(versions.loser, day, winnerOut[day], loserOut[day]);
   }
   SetDifferences(versions.winnerOut, winnerOut);
   SetDifferences(versions.loserOut, loserOut);

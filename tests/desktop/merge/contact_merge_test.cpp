@@ -130,6 +130,7 @@ INSTANTIATE_TEST_SUITE_P(
         EmailCase{"ChangedHereAddedThere", {"a"}, {"a2"}, {"a", "h"}, {"a2", "h"}},
         EmailCase{"RemovedHereAddedThere", {"a", "b"}, {"b"}, {"a", "b", "h"}, {"b", "h"}},
         EmailCase{"RemovedHereChangedOtherThere", {"a", "b"}, {"b"}, {"a", "b2"}, {"b2"}},
+        EmailCase{"RemovedHereChangedThere", {"a", "b"}, {"b"}, {"a2", "b"}, {"a2", "b"}},
         EmailCase{"RemovedOnBoth", {"a", "b"}, {"b"}, {"b"}, {"b"}},
         EmailCase{"DifferentOnesRemoved", {"a", "b", "c"}, {"b", "c"}, {"a", "b"}, {"b"}},
         EmailCase{"DifferentOnesChanged", {"a", "b"}, {"a2", "b"}, {"a", "b2"}, {"a2", "b2"}},
