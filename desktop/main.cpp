@@ -20,6 +20,7 @@
 #include "common/command_line/description.h"
 #include "common/text/text.h"
 #include "desktop/commands/clock_text.h"
+#include "desktop/commands/command_options.h"
 #include "desktop/commands/commands_agent.h"
 #include "desktop/commands/commands_convert.h"
 #include "desktop/commands/commands_delete.h"
@@ -79,62 +80,6 @@ void AddJson(CLI::App& command, CommandLine& line) {
   command.add_flag("--json", line.json, "As JSON");
 }
 
-// An option or a positional that takes one of a few words.
-template <typename T, typename Chosen>
-CLI::Option* AddChoice(CLI::App& command, const std::string& name, Chosen& chosen,
-                       const std::map<std::string, T>& choices, const std::string& help) {
-  std::vector<std::string> words;
-  for (const auto& choice : choices) words.push_back(choice.first);
-  return command
-      .add_option_function<std::string>(
-          name, [&chosen, choices](const std::string& word) { chosen = choices.at(word); }, help)
-      ->check(CLI::IsMember(words));
-}
-
-void AddOids(CLI::App& command, std::vector<Oid>& oids) {
-  command
-      .add_option_function<std::vector<std::string>>(
-          "--oid",
-          [&oids](const std::vector<std::string>& texts) {
-            for (const std::string& text : texts) {
-              const std::optional<Oid> oid = ParseOid(text);
-              if (!oid) throw CLI::ValidationError("--oid", text + " is no object identifier");
-              oids.push_back(*oid);
-            }
-          },
-          "Only these object identifiers")
-      ->type_name("N");
-}
-
-void AddMapping(CLI::App& command, std::optional<std::filesystem::path>& mapping) {
-  command
-      .add_option("--map", mapping,
-                  "Which item here is which there; default "
-                  "$XDG_STATE_HOME/corvane/HOST_PORT.json or below ~/.local/state")
-      ->type_name("FILE");
-}
-
-calendar::Zone ZoneFrom(const std::string& name) {
-  const std::optional<calendar::Zone> found = calendar::Zone::Find(name);
-  if (!found) throw CLI::ValidationError("--zone", name + " is no time zone");
-  return *found;
-}
-
-void AddZone(CLI::App& command, calendar::Zone& zone) {
-  command
-      .add_option_function<std::string>(
-          "--zone", [&zone](const std::string& name) { zone = ZoneFrom(name); },
-          "The handheld's time zone, such as Europe/Berlin; this computer's by default")
-      ->type_name("NAME");
-}
-
-void AddKind(CLI::App& command, RecordKind& kind, std::initializer_list<RecordKind> kinds,
-             const std::string& help) {
-  std::map<std::string, RecordKind> choices;
-  for (const RecordKind each : kinds) choices.emplace(WordsOf(each).argument, each);
-  AddChoice(command, "what", kind, choices, help)->required()->type_name("KIND");
-}
-
 // Kind, identifiers and format may stand in any order on the command line.
 void BringTogether(const std::optional<FormatWord>& format, PullOptions& pull) {
   if (!WordsOf(pull.kind).isItem && !pull.oids.empty()) {
@@ -167,6 +112,8 @@ void AddPull(CLI::App& app, CommandLine& line) {
       ->type_name("VERSION");
   command.add_option("-o,--output", line.pull.output, "Where to, instead of the standard output")
       ->type_name("FILE");
+  command.add_flag("--overwrite", line.pull.overwrite,
+                   "Replace an output that holds more than the handheld sends");
   AddMapping(command, line.pull.mapping);
   command.footer("More than 4 GiB are not taken for an answer: it would never end.");
   command.callback([&line, run = ToRun(line, Pull, line.pull)] {
@@ -187,10 +134,15 @@ void AddPush(CLI::App& app, CommandLine& line) {
       ->check(CLI::Range(1, 10000).description(""));
   command.add_flag("--force", line.push.policy.force,
                    "Send what has not changed or what the check finds in conflict, too");
-  command.add_flag("--dry-run", line.push.policy.dryRun, "Show what would be sent, send nothing");
+  command.add_flag("--dry-run", line.push.policy.dryRun,
+                   "Look at the handheld and show what would be sent, send nothing");
   command.add_flag("--json", line.push.json, "The results as JSON");
   AddZone(command, line.push.zone);
   AddMapping(command, line.push.mapping);
+  line.push.policy.recognise = true;
+  AddCountry(command, line.push.country,
+             "Where telephone numbers without a country are dialled, such as DE; the locale's by "
+             "default");
   command.callback(ToRun(line, Push, line.push));
 }
 
@@ -210,27 +162,6 @@ void AddDelete(CLI::App& app, CommandLine& line) {
     }
     run();
   });
-}
-
-void AddKinds(CLI::App& command, std::set<RecordKind>& kinds) {
-  command
-      .add_option_function<std::vector<std::string>>(
-          "--kinds",
-          [&kinds](const std::vector<std::string>& words) {
-            const std::set<RecordKind> all = std::exchange(kinds, {});
-            for (const std::string& word : words) {
-              const auto found = std::ranges::find_if(
-                  all, [&](RecordKind kind) { return WordsOf(kind).argument == word; });
-              if (found == all.end()) {
-                throw CLI::ValidationError(
-                    "--kinds", word + " is none of contacts, calendar, tasks, messages, calls");
-              }
-              kinds.insert(*found);
-            }
-          },
-          "Only these, with commas: contacts, calendar, tasks, messages, calls")
-      ->delimiter(',')
-      ->type_name("KINDS");
 }
 
 void AddSync(CLI::App& app, CommandLine& line) {
@@ -256,18 +187,9 @@ void AddSync(CLI::App& app, CommandLine& line) {
                             "What becomes of an item in which both sides have changed the same: "
                             "keep-both (the default), desk, handheld or ask")
       ->type_name("POLICY");
-  command
-      .add_option_function<std::string>(
-          "--country",
-          [&sync](const std::string& code) {
-            if (!PhoneNumbers::IsCountry(code)) {
-              throw CLI::ValidationError("--country", code + " is no country of ISO 3166");
-            }
-            sync.country = code;
-          },
-          "Where telephone numbers without a country are dialled, such as DE; remembered from "
-          "then on, the locale's by default")
-      ->type_name("CODE");
+  AddCountry(command, sync.country,
+             "Where telephone numbers without a country are dialled, such as DE; remembered from "
+             "then on, the locale's by default");
   command.add_flag("--allow-deletions", sync.allowDeletions,
                    "Even when most of a side, or all of it, is gone");
   command.add_flag("--dry-run", sync.dryRun, "Show what would be done, change nothing");

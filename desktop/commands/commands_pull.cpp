@@ -11,6 +11,7 @@
 #include "desktop/commands/progress.h"
 #include "desktop/records/phone_records.h"
 #include "desktop/transfer/mapping.h"
+#include "desktop/transfer/record_count.h"
 #include "desktop/transfer/record_writers.h"
 #include "desktop/wire/download.h"
 #include "desktop/wire/error.h"
@@ -81,6 +82,7 @@ class PullRun {
     const std::string problem = DownloadUntilProblem();
     progress_.Hide();
     if (!problem.empty() && written_ == 0) throw Error(problem);
+    if (problem.empty()) RefuseLess();
     if (problem.empty() && options_.oids.empty()) ForgetVanished();
     // An output whose UIDs the mapping does not know would be added a second time when pushed.
     if (mapping_ != nullptr) mapping_->Save();
@@ -206,6 +208,18 @@ class PullRun {
     console_.out << fmt::format("{}: {} {}\n", text::Shown(file.string()), written_,
                                 written_ == 1 ? words_.name : words_.plural);
     FlushOutput(console_);
+  }
+
+  // What came complete takes the place of the file.
+  void RefuseLess() const {
+    if (!options_.output || options_.overwrite) return;
+    if (!std::filesystem::is_regular_file(*options_.output)) return;
+    const std::uint64_t held = CountRecords(files::ReadWholeFile(*options_.output), options_.kind,
+                                            options_.format.value_or(words_.formats[0]));
+    if (written_ >= held) return;
+    throw Error(fmt::format(
+        "{} holds {} {} and the handheld has sent {}: it stays as it is; --overwrite replaces it",
+        options_.output->string(), held, held == 1 ? words_.name : words_.plural, written_));
   }
 
   void ReportPartial(const std::string& problem) {

@@ -19,6 +19,7 @@ struct PullOptions {
   std::optional<RecordFormat> format;  // one that the kind can be had in; nothing for the usual one
   formats::VCardVersion version = formats::VCardVersion::k30;
   std::optional<std::filesystem::path> output;  // nothing for the standard output
+  bool overwrite = false;                       // an output that holds more records than have come
   // Nothing for the target's own; used by kVcf and kIcs alone.
   std::optional<std::filesystem::path> mapping;
   calendar::Zone zone = calendar::Zone::OfHost();  // the handheld's
@@ -28,7 +29,8 @@ struct PullOptions {
 // off after some complete documents: what they held then goes to the output with ".partial" added
 // to its name, or to the standard output. That gets items once they are all there, and the
 // telephone's records as they come (a backup file at the end). An interrupted one leaves no file.
-// A complete pull to a file says on the standard output how many records were pulled. What a format
+// An output that exists and holds more records than have come stays as it is: that is kFailed. A
+// complete pull to a file says on the standard output how many records were pulled. What a format
 // cannot say, and what the handheld leaves out of a message, goes to the error output.
 int Pull(const ConnectionOptions& connection, const PullOptions& options, const Console& console);
 

@@ -2,12 +2,14 @@
 
 #include <fmt/format.h>
 
+#include <map>
 #include <utility>
 
 #include "common/text/text.h"
 #include "desktop/commands/progress.h"
 #include "desktop/commands/push_report.h"
 #include "desktop/transfer/mapping.h"
+#include "desktop/transfer/push_check.h"
 #include "desktop/wire/error.h"
 
 namespace desktop {
@@ -20,9 +22,30 @@ void PrintResult(const PushResult& result, const Console& console) {
   if (!result.xml.empty()) console.out << "  " << text::Shown(result.xml) << '\n';
 }
 
+bool IsSent(PushOutcome outcome) {
+  return outcome == PushOutcome::kAdded || outcome == PushOutcome::kAddedAnew ||
+         outcome == PushOutcome::kChanged;
+}
+
 void PrintLosses(const PushRecord& record, const Console& console) {
   for (const std::string& loss : record.losses) {
     console.err << text::Shown(record.place + ": " + loss) << '\n';
+  }
+}
+
+// Some handhelds ignore them, and take the rest of the contact in.
+void PrintUnkeptNames(const ConnectionOptions& connection, const std::vector<PushResult>& results,
+                      Progress& progress, const Console& console) {
+  std::map<Oid, const PushRecord*> sent;
+  for (const PushResult& result : results) {
+    if (IsSent(result.outcome)) sent[result.oid] = result.record;
+  }
+  for (const auto& [record, names] : FindUnkeptNames(connection, sent)) {
+    progress.Hide();
+    for (const std::string& name : names) {
+      console.err << text::Shown(record->place + ": " + name + ": the handheld does not keep it")
+                  << '\n';
+    }
   }
 }
 
@@ -60,6 +83,7 @@ int RunPush(const ConnectionOptions& connection, const PushPolicy& policy,
     }
   };
   attempt([&] { session.Run(records); });
+  if (code == kDone) attempt([&] { PrintUnkeptNames(connection, results, progress, console); });
   attempt([&] { known.Save(); });
   progress.Hide();
   if (const std::size_t late = session.deletedLatecomers(); late > 0) {
@@ -80,7 +104,9 @@ int Push(const ConnectionOptions& connection, const PushOptions& options, const 
         records.push_back(std::move(record));
       }
     }
-    return RunPush(connection, options.policy, options.mapping, records, {"Pushing", options.json},
+    PushPolicy policy = options.policy;
+    policy.country = options.country.value_or(PhoneNumbers::CountryOfHost());
+    return RunPush(connection, policy, options.mapping, records, {"Pushing", options.json},
                    console);
   });
 }

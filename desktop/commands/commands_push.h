@@ -20,6 +20,7 @@ struct PushOptions {
   bool json = false;
   calendar::Zone zone = calendar::Zone::OfHost();  // the handheld's
   std::optional<std::filesystem::path> mapping;    // nothing for the target's own
+  std::optional<std::string> country;              // of PushPolicy; nothing for the locale's
 };
 
 // Reads all files before it sends anything. Says on the output what became of each record, and on

@@ -44,6 +44,7 @@ constexpr std::array kRows = {
         "sent, but not answered, it may have been done (OID {})", true, true},
     Row{PushOutcome::kNotSent, "not sent", "not sent (OID {})", true},
     Row{PushOutcome::kWouldAdd, "would add", "would be added", false, true},
+    Row{PushOutcome::kWouldAddAnew, "would add anew", "was gone, would be added anew", false, true},
     Row{PushOutcome::kWouldChange, "would change", "would be changed (OID {})", false, true},
     Row{PushOutcome::kWouldDelete, "would delete", "would be deleted (OID {})", false},
 };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdlib>
 #include <optional>
 
 #include "common/text/text.h"
@@ -141,6 +142,14 @@ std::string KeyOfDigits(const ReadNumber& number, const NumberingPlan* plan) {
 
 PhoneNumbers::PhoneNumbers(std::string_view country)
     : plan_(FindPlanOf(text::ToUpperAscii(country))) {}
+
+std::string PhoneNumbers::CountryOfHost() {
+  for (const char* const name : {"LC_ALL", "LC_TELEPHONE", "LANG"}) {
+    const char* const locale = std::getenv(name);
+    if (locale != nullptr && *locale != '\0') return CountryOfLocale(locale);
+  }
+  return {};
+}
 
 std::string PhoneNumbers::CountryOfLocale(std::string_view locale) {
   const std::size_t line = locale.find('_');

@@ -16,6 +16,8 @@ class PhoneNumbers {
   // has the same digits.
   explicit PhoneNumbers(std::string_view country);
 
+  // That of this process's locale; empty for none.
+  static std::string CountryOfHost();
   // The country of a locale such as "de_AT.UTF-8"; empty for none.
   static std::string CountryOfLocale(std::string_view locale);
   static bool IsCountry(std::string_view code);

@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <cstdlib>
 #include <map>
 #include <utility>
 
@@ -79,12 +78,7 @@ class SyncRun {
   [[nodiscard]] std::string Country() const {
     if (options_.country) return *options_.country;
     if (std::string known = memory_.Note(kCountryNote); !known.empty()) return known;
-    for (const char* const name : {"LC_ALL", "LC_TELEPHONE", "LANG"}) {
-      const char* const locale = std::getenv(name);
-      if (locale == nullptr || *locale == '\0') continue;
-      return PhoneNumbers::CountryOfLocale(locale);
-    }
-    return {};
+    return PhoneNumbers::CountryOfHost();
   }
 
   // What a run before this one may have added without hearing of it. All that is known is known to

@@ -2,15 +2,24 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <utility>
-#include <vector>
 
+#include "desktop/records/contact_xml.h"
 #include "desktop/records/record_kind.h"
 #include "desktop/transfer/found_items.h"
+#include "desktop/wire/download.h"
 #include "desktop/wire/error.h"
+#include "desktop/wire/status_text.h"
 
 namespace desktop {
 namespace {
+
+using formats::Contact;
+using formats::ContactField;
+
+constexpr ContactField kPhoneticNames[] = {
+    ContactField::kYomiFirstName, ContactField::kYomiLastName, ContactField::kYomiCompanyName};
 
 constexpr auto kNoSuchItem = static_cast<std::int32_t>(0x80070057);
 constexpr auto kNotFound = static_cast<std::int32_t>(0x80070002);
@@ -62,23 +71,55 @@ std::map<Oid, ItemState> CheckMapped(const ConnectionOptions& connection, const 
   return states;
 }
 
-std::set<Oid> FindMissing(const ConnectionOptions& connection,
-                          std::span<const PushRecord> records) {
+std::set<Oid> FindMissing(const ConnectionOptions& connection, std::span<const PushRecord> records,
+                          Named named) {
   std::map<RecordKind, std::vector<Oid>> oids;
-  std::set<Oid> named;
+  std::set<Oid> wanted;
   for (const PushRecord& record : records) {
-    if (!record.deletes || !record.ownOid || !named.insert(*record.ownOid).second) continue;
+    if (!record.ownOid || (named == Named::kToDelete && !record.deletes)) continue;
+    if (!wanted.insert(*record.ownOid).second) continue;
     oids[*KindNamed(record.kind)].push_back(*record.ownOid);
   }
   const FoundItems found = FindItems(connection, oids);
   std::set<Oid> missing;
-  for (const Oid oid : named) {
+  for (const Oid oid : wanted) {
     const auto failed = found.failed.find(oid);
     const bool told = failed != found.failed.end();
     if (!told && !found.states.contains(oid)) ThrowNothingAbout(oid);
     if (told && (failed->second == kNoSuchItem || failed->second == kNotFound)) missing.insert(oid);
   }
   return missing;
+}
+
+std::map<const PushRecord*, std::vector<std::string>> FindUnkeptNames(
+    const ConnectionOptions& connection, const std::map<Oid, const PushRecord*>& sent) {
+  std::map<Oid, Contact> contacts;
+  std::vector<Oid> oids;
+  for (const auto& [oid, record] : sent) {
+    if (record->kind != kContactKind || record->deletes) continue;
+    Contact contact = ContactFromXml(ElementOf(*record));
+    if (std::ranges::all_of(kPhoneticNames, [&](auto name) { return contact[name].empty(); })) {
+      continue;
+    }
+    contacts.emplace(oid, std::move(contact));
+    oids.push_back(oid);
+  }
+  std::map<const PushRecord*, std::vector<std::string>> unkept;
+  if (oids.empty()) return unkept;
+  const auto look = [&](const std::string& document) {
+    for (const Record& record : ParseRecords(document)) {
+      const auto found = contacts.find(record.oid.value_or(0));
+      if (found == contacts.end() || KindOfElement(record.element.name) != kContactKind) continue;
+      const Contact kept = ContactFromXml(record.element);
+      for (const ContactField name : kPhoneticNames) {
+        if (found->second[name].empty() || !kept[name].empty()) continue;
+        unkept[sent.at(found->first)].emplace_back(formats::ContactFieldName(name));
+      }
+    }
+  };
+  const std::int32_t status = DownloadSpecific(connection, RecordKind::kContacts, oids, look);
+  if (status != 0) throw Error("the handheld broke off: " + StatusText(status));
+  return unkept;
 }
 
 }  // namespace desktop

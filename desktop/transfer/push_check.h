@@ -4,6 +4,8 @@
 #include <map>
 #include <set>
 #include <span>
+#include <string>
+#include <vector>
 
 #include "desktop/transfer/mapping.h"
 #include "desktop/transfer/push_records.h"
@@ -26,8 +28,16 @@ enum class ItemState {
 std::map<Oid, ItemState> CheckMapped(const ConnectionOptions& connection, const Mapping& mapping,
                                      std::span<const PushRecord> records);
 
-// Of the items that records name to be deleted, those that the handheld does not have. Connects to
-// nobody when none are named. Throws Error as above.
-std::set<Oid> FindMissing(const ConnectionOptions& connection, std::span<const PushRecord> records);
+enum class Named { kToDelete, kAtAll };
+
+// Of the items that records name themselves, to be deleted or at all, those that the handheld does
+// not have. Connects to nobody when none are named. Throws Error as above.
+std::set<Oid> FindMissing(const ConnectionOptions& connection, std::span<const PushRecord> records,
+                          Named named = Named::kToDelete);
+
+// Of contacts that were sent, with the OIDs that they have, the phonetic names that the handheld
+// did not keep: the fields of each. Connects to nobody when none was sent.
+std::map<const PushRecord*, std::vector<std::string>> FindUnkeptNames(
+    const ConnectionOptions& connection, const std::map<Oid, const PushRecord*>& sent);
 
 }  // namespace desktop

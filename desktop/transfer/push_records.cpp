@@ -178,7 +178,11 @@ std::vector<PushRecord> ReadPushFile(const std::filesystem::path& path, const Zo
 
 std::string StateOf(const PushRecord& record) {
   if (!record.state.empty()) return record.state;
-  return StateHash(ParseRecords(DocumentOf({&record.xml, 1}))[0].element);
+  return StateHash(ElementOf(record));
+}
+
+XmlElement ElementOf(const PushRecord& record) {
+  return std::move(ParseRecords(DocumentOf({&record.xml, 1}))[0].element);
 }
 
 PushRecord DeletionOf(RecordKind kind, Oid oid) {

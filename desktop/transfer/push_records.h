@@ -48,6 +48,9 @@ PushRecord RecordOf(std::string place, const formats::Task& task);
 // records that have not changed never need it.
 std::string StateOf(const PushRecord& record);
 
+// The record as the agent will read it.
+XmlElement ElementOf(const PushRecord& record);
+
 // Asks for the deletion of an item.
 PushRecord DeletionOf(RecordKind kind, Oid oid);
 

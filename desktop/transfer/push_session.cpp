@@ -49,7 +49,7 @@ PushSession::Planned PushSession::Plan(const PushRecord& record) const {
     return planned;
   }
   const MappedItem* item = FindMapped(mapping_, record);
-  if (item == nullptr) return {&record, std::nullopt};
+  if (item == nullptr) return PlanUnmapped(record);
   Planned planned{&record, item->oid};
   const auto checked = checked_.find(item->oid);
   if (checked != checked_.end()) {
@@ -64,20 +64,35 @@ PushSession::Planned PushSession::Plan(const PushRecord& record) const {
   return planned;
 }
 
+PushSession::Planned PushSession::PlanUnmapped(const PushRecord& record) const {
+  const auto found = recognised_.find(&record);
+  if (found == recognised_.end()) return {&record, std::nullopt};
+  Planned planned{&record, found->second.oid};
+  planned.verified = true;
+  planned.recognised = &found->second;
+  if (policy_.force) return planned;
+  if (found->second.hash.empty()) {
+    planned.settled = PushOutcome::kConflict;
+  } else if (found->second.hash == record.hash) {
+    planned.settled = PushOutcome::kUnchanged;
+  }
+  return planned;
+}
+
 void PushSession::LookAtHandheld(std::span<const PushRecord> records) {
-  recovery_.AdoptExpected();
+  if (!policy_.dryRun) recovery_.AdoptExpected();
   if (!policy_.force) checked_ = CheckMapped(connection_, mapping_, records);
-  missing_ = FindMissing(connection_, records);
+  missing_ = FindMissing(connection_, records, policy_.dryRun ? Named::kAtAll : Named::kToDelete);
+  if (policy_.recognise) {
+    recognised_ = Recognise(connection_, mapping_, records, PhoneNumbers(policy_.country));
+  }
 }
 
 void PushSession::Run(std::span<const PushRecord> records) {
   std::size_t next = 0;
-  if (policy_.dryRun) {
-    for (const PushRecord& record : records) ReportWould(record);
-    return;
-  }
   try {
     if (!records.empty()) LookAtHandheld(records);
+    for (; policy_.dryRun && next < records.size(); ++next) ReportWould(records[next]);
     while (next < records.size()) {
       const PushRecord& record = records[next];
       // What becomes of the first of two decides what the second is.
@@ -96,7 +111,7 @@ void PushSession::Run(std::span<const PushRecord> records) {
     throw;
   }
   Finish();
-  recovery_.DeleteLatecomers();
+  if (!policy_.dryRun) recovery_.DeleteLatecomers();
 }
 
 void PushSession::Finish() {
@@ -205,7 +220,12 @@ void PushSession::Drain() {
 }
 
 PushResult PushSession::ResultOf(const Planned& settled) {
+  const PushRecord& record = *settled.record;
   if (settled.settled == PushOutcome::kNotFound) mapping_.Remove(*settled.oid);
+  if (settled.settled == PushOutcome::kUnchanged && settled.recognised != nullptr) {
+    mapping_.Put({*settled.oid, record.kind, record.uid, record.content, record.hash,
+                  settled.recognised->state});
+  }
   return {settled.record, *settled.settled, settled.oid.value_or(0), 0, {}};
 }
 
@@ -260,20 +280,39 @@ void PushSession::Tell() {
   results_.clear();
 }
 
+// What Run would make of it, after those before it.
+PushOutcome PushSession::WouldBe(const Planned& planned, const std::string& key) const {
+  const PushRecord& record = *planned.record;
+  const auto before = record.ownOid ? would_.end() : would_.find(key);
+  if (before != would_.end()) {
+    return !policy_.force && before->second == record.hash ? PushOutcome::kUnchanged
+                                                           : PushOutcome::kWouldChange;
+  }
+  if (planned.settled) return *planned.settled;
+  if (record.deletes) {
+    return planned.oid ? PushOutcome::kWouldDelete : PushOutcome::kNothingToDelete;
+  }
+  const bool gone = planned.gone || (record.ownOid && missing_.contains(*record.ownOid));
+  if (gone) return PushOutcome::kWouldAddAnew;
+  return planned.oid ? PushOutcome::kWouldChange : PushOutcome::kWouldAdd;
+}
+
 void PushSession::ReportWould(const PushRecord& record) {
   const Planned planned = Plan(record);
-  PushResult result{&record, PushOutcome::kWouldAdd, planned.oid.value_or(0), 0, {}};
   const std::string key = KeyOf(record);
-  const bool again = !key.empty() && !keys_.insert(key).second;
-  if (planned.settled || (again && !planned.oid && !record.content.empty())) {
-    result.outcome = PushOutcome::kUnchanged;
-  } else {
-    result.xml = ToSend(record, planned.oid);
-    if (record.deletes) {
-      result.outcome = PushOutcome::kWouldDelete;
-    } else if (planned.oid || again) {
-      result.outcome = PushOutcome::kWouldChange;
-    }
+  PushResult result{&record, WouldBe(planned, key), planned.oid.value_or(0), 0, {}};
+  switch (result.outcome) {
+    case PushOutcome::kWouldDelete:
+      missing_.insert(*planned.oid);
+      [[fallthrough]];
+    case PushOutcome::kWouldAdd:
+    case PushOutcome::kWouldAddAnew:
+    case PushOutcome::kWouldChange:
+      result.xml = ToSend(record, planned.gone ? std::nullopt : planned.oid);
+      if (!key.empty()) would_[key] = record.hash;
+      break;
+    default:
+      break;
   }
   onResult_(result);
 }

@@ -16,6 +16,7 @@
 
 #include "desktop/transfer/mapping.h"
 #include "desktop/transfer/push_check.h"
+#include "desktop/transfer/push_recognition.h"
 #include "desktop/transfer/push_records.h"
 #include "desktop/transfer/push_recovery.h"
 #include "desktop/wire/connection.h"
@@ -37,6 +38,7 @@ enum class PushOutcome {
   kUnanswered,   // sent, but the connection failed before the answer: it may have been done
   kNotSent,
   kWouldAdd,
+  kWouldAddAnew,
   kWouldChange,
   kWouldDelete,
 };
@@ -53,7 +55,11 @@ struct PushPolicy {
   std::size_t chunk = 20;    // records to a document, at least 1
   std::size_t ahead = 2000;  // records that may be on the way; 0 for one chunk after the other
   bool force = false;        // send unchanged ones too, whatever the handheld has there
-  bool dryRun = false;       // connect to nobody, change no mapping
+  bool dryRun = false;       // look at the handheld, but send nothing and change no mapping
+  // Look for what the handheld has already though the mapping does not know it. Numbers are those
+  // of this country, by PhoneNumbers.
+  bool recognise = false;
+  std::string country = {};
   std::chrono::milliseconds quiet{1000};  // of PushRecovery
 };
 
@@ -69,7 +75,9 @@ class PushSession {
   PushSession& operator=(const PushSession&) = delete;
 
   // Hands out one result a record, in their order. Looks first at what the handheld has under the
-  // OIDs that the mapping gives, and for what a push before this one may have added. What a chunk
+  // OIDs that the mapping gives, and for what a push before this one may have added. A record that
+  // is there already is unchanged, and remembered; one that is there with other content, too, is a
+  // conflict. What a chunk
   // may add is on the disk before it is sent, and what was answered is remembered before it is
   // handed out; the mapping itself is left to the caller to save. When the connection or the
   // mapping's file fails, or the person interrupts (chunks on the way are brought to their end),
@@ -87,6 +95,7 @@ class PushSession {
     bool verified = false;                    // the handheld has its item
     bool gone = false;                        // the handheld has it no more
     std::string state = {};                   // StateOf the record, of one that may be added
+    const Recognised* recognised = nullptr;   // the item, if the mapping does not know it
   };
   // Records that travel in one document, and those between them that need not.
   struct Chunk {
@@ -97,6 +106,7 @@ class PushSession {
   };
 
   [[nodiscard]] Planned Plan(const PushRecord& record) const;
+  [[nodiscard]] Planned PlanUnmapped(const PushRecord& record) const;
   void LookAtHandheld(std::span<const PushRecord> records);
   void Add(const PushRecord& record);
   [[nodiscard]] bool IsFull(const Chunk& chunk) const;
@@ -114,6 +124,7 @@ class PushSession {
   void TakeWhatWasAnswered(bool wait);
   void GiveUp(std::span<const PushRecord> notPlanned);
   void ReportWould(const PushRecord& record);
+  [[nodiscard]] PushOutcome WouldBe(const Planned& planned, const std::string& key) const;
 
   ConnectionOptions connection_;
   PushPolicy policy_;
@@ -122,14 +133,16 @@ class PushSession {
   PushRecovery ownRecovery_{connection_, mapping_, policy_.quiet};
   PushRecovery& recovery_;
   std::map<Oid, ItemState> checked_;
-  std::set<Oid> missing_;  // named for deletion, and not there
+  RecognisedItems recognised_;
+  std::set<Oid> missing_;  // named by records, and not there: for deletion, in a dry run all
   std::set<Oid> added_;    // by this session
   std::optional<Upload> upload_;
   std::deque<Chunk> onTheWay_;  // sent, in part at least, and not answered for to the end
   std::size_t recordsOnTheWay_ = 0;
-  std::deque<Chunk> group_;               // not sent
-  std::unordered_set<std::string> keys_;  // of the records of both; of all in a dry run
-  std::vector<PushResult> results_;       // not handed out yet
+  std::deque<Chunk> group_;                   // not sent
+  std::unordered_set<std::string> keys_;      // of the records of both
+  std::map<std::string, std::string> would_;  // hashes of what a dry run would send, by key
+  std::vector<PushResult> results_;           // not handed out yet
 };
 
 }  // namespace desktop

@@ -53,6 +53,7 @@ class Store {
   bool ended = false;
   std::map<Oid, std::string> items;
   std::string refused;  // a record that holds this text fails
+  std::string forgets;  // the name of an element that it does not keep
 
  private:
   void TakeUpload(Peer& peer, std::size_t mostAnswers) {
@@ -109,8 +110,15 @@ class Store {
     }
     while (items.contains(next_)) ++next_;
     const Oid stored = items.contains(oid) ? oid : next_++;
-    items[stored] = record.bytes;
+    items[stored] = Kept(record.bytes);
     return Word(stored) + Word(0);
+  }
+
+  std::string Kept(std::string bytes) const {
+    const std::size_t first = forgets.empty() ? std::string::npos : bytes.find("<" + forgets + ">");
+    if (first == std::string::npos) return bytes;
+    const std::string end = "</" + forgets + ">";
+    return bytes.erase(first, bytes.find(end) + end.size() - first);
   }
 
   std::mutex mutex_;

@@ -102,6 +102,42 @@ TEST_F(DesktopPush, PushesTheSamplesAsTheMaintenanceImportsThem) {
   EXPECT_EQ(Contacts(Path("handheld")), AsCarried(Contacts(imported)));
 }
 
+TEST_F(DesktopPush, AddsNothingThatTheMaintenanceHasImported) {
+  StopAgent(SIGTERM);
+  const std::string handheld = MakeHandheld("imported", "ja-JP");
+  Device({"import", handheld, Sample("people.vcf")});
+  StartAgent(handheld);
+  const Ended dry = Desktop({"push", "--dry-run", Sample("people.vcf")});
+  EXPECT_THAT(dry.err, HasSubstr("27 unchanged\n"));
+  const Ended push = Desktop({"push", Sample("people.vcf")});
+  EXPECT_EQ(push.code, 0);
+  EXPECT_THAT(push.err, HasSubstr("27 unchanged\n"));
+}
+
+TEST_F(DesktopPush, KnowsAHandheldUnderAnotherPort) {
+  Desktop({"push", Sample("people.vcf")});
+  StopAgent(SIGTERM);
+  StartAgent(Path("handheld"));
+  EXPECT_THAT(Desktop({"push", Sample("people.vcf")}).err, HasSubstr("27 unchanged\n"));
+}
+
+TEST_F(DesktopPush, NamesPhoneticNamesThatTheHandheldIgnores) {
+  StopAgent(SIGTERM);
+  StartAgent(MakeHandheld("western"));
+  const std::string file = File(
+      "sato.vcf",
+      "BEGIN:VCARD\nVERSION:3.0\nUID:s\nN:Sato;Eri;;;\nX-PHONETIC-LAST-NAME:satou\nEND:VCARD\n");
+  EXPECT_EQ(Desktop({"push", file}).err,
+            file + ":1: YomiLastName: the handheld does not keep it\n1 added\n");
+}
+
+TEST_F(DesktopPush, SaysThatWhatIsToBeDeletedIsNotThere) {
+  const Ended ended = Desktop({"delete", "contacts", "--oid", "99999"});
+  EXPECT_EQ(ended.code, 3);
+  EXPECT_EQ(ended.out, "contact: not found (OID 99999)\n");
+  EXPECT_EQ(ended.err, "1 not found\n");
+}
+
 TEST_F(DesktopPush, DeletesTheContactsNamed) {
   Desktop({"push", Sample("people.vcf")});
   const Ended ended = Desktop({"delete", "contacts", "--oid", "1", "--oid", "5"});

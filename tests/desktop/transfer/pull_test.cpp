@@ -281,8 +281,33 @@ TEST_F(PullXmlTest, SaysHowManyContactsAreInTheFile) {
   EXPECT_EQ(out(), name + ": 2 contacts\n");
   EXPECT_EQ(err(), "");
   console_.out.str("");
+  options_.overwrite = true;
   EXPECT_EQ(RunAgainst(Word(0) + Counted(Document(kFirst)) + kTrailer), kDone);
   EXPECT_EQ(out(), name + ": 1 contact\n");
+}
+
+TEST_F(PullXmlTest, LeavesAFileThatHoldsMore) {
+  ToFile();
+  EXPECT_EQ(RunAgainst(kTwoDocuments), kDone);
+  const std::string held = directory_.Read("out");
+  console_.out.str("");
+  EXPECT_EQ(RunAgainst(Word(0) + Counted(Document(kFirst)) + kTrailer), kFailed);
+  EXPECT_EQ(out(), "");
+  EXPECT_EQ(err(), "corvane-desktop: " + (directory_ / "out").string() +
+                       " holds 2 contacts and the handheld has sent 1: it stays as it is; "
+                       "--overwrite replaces it\n");
+  EXPECT_EQ(directory_.Read("out"), held);
+  EXPECT_EQ(RunAgainst(Word(0) + kTrailer), kFailed);
+  EXPECT_EQ(directory_.Read("out"), held);
+  EXPECT_EQ(RunAgainst(kTwoDocuments), kDone);
+}
+
+TEST_F(PullTest, RemembersNothingOfAPullThatItDidNotWrite) {
+  ToFile();
+  EXPECT_EQ(RunAgainst(kTwoDocuments), kDone);
+  const std::string mapping = directory_.Read("map.json");
+  EXPECT_EQ(RunAgainst(Word(0) + kTrailer), kFailed);
+  EXPECT_EQ(directory_.Read("map.json"), mapping);
 }
 
 TEST_F(PullXmlTest, SaysNothingOfAFileThatIsOnlyThereInPart) {

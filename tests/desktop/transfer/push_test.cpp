@@ -184,7 +184,8 @@ TEST_F(PushTest, ShowsInADryRunWhatItWouldSend) {
   const std::string mapping = directory_.Read("map.json");
   Input(Card("u1", "Leeds") + Card("u2", "Ray"));
   options_.policy.dryRun = true;
-  EXPECT_EQ(Run(NobodyThere()), kDone);
+  EXPECT_EQ(PushTo(store_), kDone);
+  EXPECT_THAT(store_.requests, ElementsAre("UploadPIMRecords", "DownloadSpecificPIMRecords"));
   EXPECT_THAT(out(), HasSubstr("Leeds: would be changed (OID 101)\n  <CONTACT Oid=\"101\">"));
   EXPECT_THAT(out(), HasSubstr("Ray: would be added\n  <CONTACT><LAST_NAME>Ray</LAST_NAME>"));
   EXPECT_EQ(directory_.Read("map.json"), mapping);

@@ -1,0 +1,89 @@
+#include "desktop/commands/command_options.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "desktop/merge/phone_numbers.h"
+
+namespace desktop {
+
+void AddOids(CLI::App& command, std::vector<Oid>& oids) {
+  command
+      .add_option_function<std::vector<std::string>>(
+          "--oid",
+          [&oids](const std::vector<std::string>& texts) {
+            for (const std::string& text : texts) {
+              const std::optional<Oid> oid = ParseOid(text);
+              if (!oid) throw CLI::ValidationError("--oid", text + " is no object identifier");
+              oids.push_back(*oid);
+            }
+          },
+          "Only these object identifiers")
+      ->type_name("N");
+}
+
+void AddMapping(CLI::App& command, std::optional<std::filesystem::path>& mapping) {
+  command
+      .add_option("--map", mapping,
+                  "Which item here is which there; default "
+                  "$XDG_STATE_HOME/corvane/HOST_PORT.json or below ~/.local/state")
+      ->type_name("FILE");
+}
+
+calendar::Zone ZoneFrom(const std::string& name) {
+  const std::optional<calendar::Zone> found = calendar::Zone::Find(name);
+  if (!found) throw CLI::ValidationError("--zone", name + " is no time zone");
+  return *found;
+}
+
+void AddZone(CLI::App& command, calendar::Zone& zone) {
+  command
+      .add_option_function<std::string>(
+          "--zone", [&zone](const std::string& name) { zone = ZoneFrom(name); },
+          "The handheld's time zone, such as Europe/Berlin; this computer's by default")
+      ->type_name("NAME");
+}
+
+void AddCountry(CLI::App& command, std::optional<std::string>& country, const std::string& help) {
+  command
+      .add_option_function<std::string>(
+          "--country",
+          [&country](const std::string& code) {
+            if (!PhoneNumbers::IsCountry(code)) {
+              throw CLI::ValidationError("--country", code + " is no country of ISO 3166");
+            }
+            country = code;
+          },
+          help)
+      ->type_name("CODE");
+}
+
+void AddKind(CLI::App& command, RecordKind& kind, std::initializer_list<RecordKind> kinds,
+             const std::string& help) {
+  std::map<std::string, RecordKind> choices;
+  for (const RecordKind each : kinds) choices.emplace(WordsOf(each).argument, each);
+  AddChoice(command, "what", kind, choices, help)->required()->type_name("KIND");
+}
+
+void AddKinds(CLI::App& command, std::set<RecordKind>& kinds) {
+  command
+      .add_option_function<std::vector<std::string>>(
+          "--kinds",
+          [&kinds](const std::vector<std::string>& words) {
+            const std::set<RecordKind> all = std::exchange(kinds, {});
+            for (const std::string& word : words) {
+              const auto found = std::ranges::find_if(
+                  all, [&](RecordKind kind) { return WordsOf(kind).argument == word; });
+              if (found == all.end()) {
+                throw CLI::ValidationError(
+                    "--kinds", word + " is none of contacts, calendar, tasks, messages, calls");
+              }
+              kinds.insert(*found);
+            }
+          },
+          "Only these, with commas: contacts, calendar, tasks, messages, calls")
+      ->delimiter(',')
+      ->type_name("KINDS");
+}
+
+}  // namespace desktop

@@ -1,0 +1,42 @@
+// Options that several commands have.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <initializer_list>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "common/calendar/zone.h"
+#include "desktop/records/record_kind.h"
+
+namespace desktop {
+
+// An option or a positional that takes one of a few words.
+template <typename T, typename Chosen>
+CLI::Option* AddChoice(CLI::App& command, const std::string& name, Chosen& chosen,
+                       const std::map<std::string, T>& choices, const std::string& help) {
+  std::vector<std::string> words;
+  for (const auto& choice : choices) words.push_back(choice.first);
+  return command
+      .add_option_function<std::string>(
+          name, [&chosen, choices](const std::string& word) { chosen = choices.at(word); }, help)
+      ->check(CLI::IsMember(words));
+}
+
+void AddOids(CLI::App& command, std::vector<Oid>& oids);
+void AddMapping(CLI::App& command, std::optional<std::filesystem::path>& mapping);
+// What does not exist is wrong usage.
+calendar::Zone ZoneFrom(const std::string& name);
+void AddZone(CLI::App& command, calendar::Zone& zone);
+void AddCountry(CLI::App& command, std::optional<std::string>& country, const std::string& help);
+// A positional that takes one of the kinds' arguments.
+void AddKind(CLI::App& command, RecordKind& kind, std::initializer_list<RecordKind> kinds,
+             const std::string& help);
+// Some of the kinds that `kinds` begins with, all by default.
+void AddKinds(CLI::App& command, std::set<RecordKind>& kinds);
+
+}  // namespace desktop

@@ -1,0 +1,64 @@
+#include "desktop/transfer/record_count.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "common/calendar/zone.h"
+#include "common/formats/backup/sms_backup.h"
+#include "common/formats/icalendar/icalendar.h"
+#include "common/formats/vcard/vcard.h"
+#include "desktop/wire/error.h"
+#include "desktop/wire/xml_records.h"
+
+namespace desktop {
+namespace {
+
+std::size_t CountOfCalendar(std::string_view bytes) {
+  if (!formats::LooksLikeICalendar(bytes)) return 0;
+  const formats::CalendarFile file = formats::ReadICalendar(bytes, *calendar::Zone::Find("UTC"));
+  return file.appointments.size() + file.tasks.size();
+}
+
+std::size_t CountOfXml(std::string_view bytes) {
+  try {
+    return ParseRecords(bytes).size();
+  } catch (const Error&) {
+    return 0;
+  }
+}
+
+std::size_t CountOfArray(std::string_view bytes) {
+  const auto array = nlohmann::json::parse(bytes, nullptr, false);
+  return array.is_array() ? array.size() : 0;
+}
+
+std::size_t CountOfLines(std::string_view bytes) {
+  return static_cast<std::size_t>(std::ranges::count(bytes, '\n'));
+}
+
+std::size_t CountOfBackup(std::string_view bytes) {
+  std::size_t count = 0;
+  formats::ReadBackup(bytes, {[&](const formats::TextMessage&, std::size_t) { ++count; },
+                              [&](const formats::Call&, std::size_t) { ++count; }});
+  return count;
+}
+
+}  // namespace
+
+std::size_t CountRecords(std::string_view bytes, RecordKind kind, RecordFormat format) {
+  switch (format) {
+    case RecordFormat::kVcf:
+      return formats::ReadVCards(bytes).contacts.size();
+    case RecordFormat::kIcs:
+      return CountOfCalendar(bytes);
+    case RecordFormat::kXml:
+      return CountOfXml(bytes);
+    case RecordFormat::kJson:
+      return WordsOf(kind).isItem ? CountOfArray(bytes) : CountOfLines(bytes);
+    case RecordFormat::kSmsBackup:
+      return CountOfBackup(bytes);
+  }
+  return 0;
+}
+
+}  // namespace desktop

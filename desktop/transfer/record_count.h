@@ -1,0 +1,15 @@
+// How much a file of records holds.
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+#include "desktop/records/record_kind.h"
+
+namespace desktop {
+
+// The records in a file of that format, which a pull of the kind writes; of what cannot be
+// understood as one, none.
+std::size_t CountRecords(std::string_view bytes, RecordKind kind, RecordFormat format);
+
+}  // namespace desktop
