@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "common/command_line/description.h"
+#include "handheld/tool/backup_commands.h"
 #include "handheld/tool/card_commands.h"
 #include "handheld/tool/clock_commands.h"
 #include "handheld/tool/export_records.h"
@@ -50,6 +51,7 @@ struct Arguments {
   std::optional<std::string> name, typedValue;
   std::string time;
   std::string file, target;
+  std::optional<std::string> verified;
 };
 
 using Command = std::function<Outcome(const Report&)>;
@@ -296,6 +298,40 @@ void AddFileCommands(CLI::App& app, Arguments& a, Command& chosen) {
   });
 }
 
+Outcome RunBackup(const Arguments& a, const Report& report) {
+  if (a.verified) return tool::VerifyBackup(*a.verified, report);
+  Session session(a.directory, tool::Use::kLook);
+  return tool::BackUp(session, a.file, report);
+}
+
+void AddCopyCommands(CLI::App& app, Arguments& a, Command& chosen) {
+  auto* backup = app.add_subcommand("backup", "Put it all into one file, also while it is served");
+  backup->add_option("DIR", a.directory, "The handheld's directory");
+  backup->add_option("FILE", a.file, "The file (a tar archive); - for the standard output");
+  backup->add_option("--verify", a.verified, "Make none, but see whether this one can be restored")
+      ->type_name("FILE");
+  backup->parse_complete_callback([&a] {
+    if (a.verified ? !a.directory.empty() : a.file.empty())
+      throw CLI::ValidationError("backup", "it takes DIR and FILE, or --verify and a FILE");
+  });
+  backup->callback([&] { chosen = [&a](const Report& report) { return RunBackup(a, report); }; });
+
+  auto* restore = app.add_subcommand("restore", "Make a handheld of a backup");
+  restore->add_option("FILE", a.file, "The backup; - for the standard input")->required();
+  restore->add_option("DIR", a.directory, "Where to, a directory that is empty or not yet there")
+      ->required();
+  restore->callback([&] {
+    chosen = [&a](const Report& report) { return tool::Restore(a.file, a.directory, report); };
+  });
+
+  auto* clone = AddCommand(
+      app, "clone", "Make a second handheld that is the same", a, chosen,
+      [&](auto& session, auto& report) { return tool::Clone(session, a.target, report); },
+      tool::Use::kLook);
+  clone->add_option("NEW", a.target, "Its directory, one that is empty or not yet there")
+      ->required();
+}
+
 int ParseAndRun(int argc, char** argv) {
   Arguments arguments;
   Command chosen;
@@ -309,6 +345,7 @@ int ParseAndRun(int argc, char** argv) {
   AddItemCommands(app, arguments, chosen);
   AddFileCommands(app, arguments, chosen);
   AddSystemCommands(app, arguments, chosen);
+  AddCopyCommands(app, arguments, chosen);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

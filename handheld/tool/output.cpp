@@ -4,10 +4,11 @@
 
 namespace tool {
 
-Output::Output(const std::optional<std::filesystem::path>& file, const Report& report)
+Output::Output(const std::optional<std::filesystem::path>& file, const Report& report,
+               files::Access access)
     : std::ostream(static_cast<std::streambuf*>(this)), report_(report) {
   exceptions(std::ios::badbit);
-  if (file) file_.emplace(*file);
+  if (file) file_.emplace(*file, access);
 }
 
 void Output::Finish() {

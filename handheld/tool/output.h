@@ -15,7 +15,8 @@ namespace tool {
 // written throws files::Error, whatever of the stream is called.
 class Output : private std::streambuf, public std::ostream {
  public:
-  Output(const std::optional<std::filesystem::path>& file, const Report& report);
+  Output(const std::optional<std::filesystem::path>& file, const Report& report,
+         files::Access access = files::Access::kByUmask);
   void Finish();
 
  private:

@@ -1,0 +1,127 @@
+#include "handheld/tool/handheld_copy.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <vector>
+
+#include "common/files/atomic_file.h"
+#include "common/files/error.h"
+#include "handheld/base/unique_fd.h"
+#include "handheld/store/store.h"
+
+namespace tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+using files::ArchiveEntry;
+using files::EntryKind;
+
+class FileWalk {
+ public:
+  FileWalk(const fs::path& root, const Report& report,
+           const std::function<void(const ArchiveEntry&)>& visit)
+      : root_(root), report_(report), visit_(visit) {}
+
+  bool Run() {
+    Enter("files");
+    return whole_;
+  }
+
+ private:
+  void Enter(const std::string& path) {
+    struct ::stat status {};
+    if (::lstat((root_ / path).c_str(), &status) != 0) return;  // it has gone meanwhile
+    ArchiveEntry entry{.path = path, .modified = status.st_mtime};
+    if (S_ISREG(status.st_mode)) {
+      entry.size = static_cast<std::uint64_t>(status.st_size);
+    } else if (S_ISLNK(status.st_mode)) {
+      std::error_code gone;
+      entry.kind = EntryKind::kLink;
+      entry.target = fs::read_symlink(root_ / path, gone).string();
+    } else if (S_ISDIR(status.st_mode)) {
+      entry.kind = EntryKind::kDirectory;
+    } else {
+      return LeaveOut(path, "neither a file nor a directory");
+    }
+    visit_(entry);
+    if (entry.kind == EntryKind::kDirectory) List(path, status.st_dev);
+  }
+
+  void List(const std::string& path, ::dev_t volume) {
+    if (volume_ == 0) volume_ = volume;
+    if (volume_ != volume) return LeaveOut(path, "what is on another volume, a storage card");
+    std::vector<std::string> names;
+    for (const fs::directory_entry& each : fs::directory_iterator(root_ / path))
+      names.push_back(each.path().filename().string());
+    std::ranges::sort(names);
+    for (const std::string& name : names) Enter(path + '/' + name);
+  }
+
+  void LeaveOut(const std::string& path, const char* what) {
+    whole_ = false;
+    Tell(report_.err, "{}: {}: left out: {}\n", root_.string(), path, what);
+  }
+
+  const fs::path root_;
+  const Report& report_;
+  const std::function<void(const ArchiveEntry&)>& visit_;
+  ::dev_t volume_ = 0;
+  bool whole_ = true;
+};
+
+}  // namespace
+
+WorkDirectory::WorkDirectory(const fs::path& parent) {
+  std::string name = (parent / ".corvane.XXXXXX").string();
+  if (!::mkdtemp(name.data()))
+    throw files::Error(parent.string() + ": no directory can be made: " + std::strerror(errno));
+  path_ = name;
+}
+
+WorkDirectory::~WorkDirectory() {
+  std::error_code ignored;
+  if (!path_.empty()) fs::remove_all(path_, ignored);
+}
+
+void WorkDirectory::KeepAs(const fs::path& name) {
+  const ce::host::UniqueFd directory(::open(path_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!directory || ::syncfs(directory.get()) != 0 || ::rename(path_.c_str(), name.c_str()) != 0) {
+    throw files::Error(name.string() + " cannot be made: " + std::strerror(errno));
+  }
+  path_.clear();
+  files::SyncDirectoryOf(name);
+}
+
+fs::path ParentOfNew(const fs::path& directory) {
+  std::error_code error;
+  if (fs::exists(fs::symlink_status(directory, error)) &&
+      !(fs::is_directory(fs::symlink_status(directory)) && fs::is_empty(directory, error)))
+    throw files::Error(directory.string() + " is not empty");
+  const fs::path whole = fs::absolute(directory).lexically_normal();
+  return (whole.has_filename() ? whole : whole.parent_path()).parent_path();
+}
+
+bool CopyStore(Session& session, const fs::path& to) {
+  using ce::host::Store;
+  if (!Store::Exists(session.handheld())) return false;
+  std::unique_ptr<Store> store;
+  std::string problem;
+  if (ce::Failed(Store::OpenExisting(session.handheld(), store, problem)) ||
+      ce::Failed(store->CopyTo(to)))
+    throw files::Error(session.handheld().storePath().string() + " cannot be copied" +
+                       (problem.empty() ? "" : ": it " + problem));
+  return true;
+}
+
+bool ForEachFile(Session& session, const Report& report,
+                 const std::function<void(const ArchiveEntry&)>& visit) {
+  return FileWalk(session.handheld().directory(), report, visit).Run();
+}
+
+}  // namespace tool
