@@ -8,8 +8,9 @@
 
 namespace ce::host {
 
-// Held from construction on; let go by destruction or the end of the process. The file names the
-// holder, for whoever finds the directory locked.
+// Held from construction on; let go by destruction or the end of the process. The directory itself
+// is locked, and the file in it, which names the holder for whoever finds it so: to remove the file
+// lets nobody in.
 class DirectoryLock {
  public:
   // Throws HandheldInUse, "DIRECTORY is in use by corvane (process 123)", or HandheldError.
@@ -17,6 +18,7 @@ class DirectoryLock {
   ~DirectoryLock();
 
  private:
+  UniqueFd directory_;
   UniqueFd file_;
 };
 

@@ -1,6 +1,7 @@
 #include "common/formats/json/message_json.h"
 
 #include <algorithm>
+#include <functional>
 #include <sstream>
 
 #include "common/files/stream_pieces.h"
@@ -58,10 +59,15 @@ bool IsCall(const nlohmann::ordered_json& object) {
 }
 
 template <typename Item>
-Item ItemOf(const nlohmann::ordered_json& object, std::size_t line, NoticeList& notices) {
+void TakeItem(const nlohmann::ordered_json& object, std::size_t line,
+              const std::function<void(const Item&, std::size_t)>& sink, NoticeList& notices) {
   Item item;
-  TakeFields(object, item, [&](const std::string& problem) { notices.Add(line, problem); });
-  return item;
+  const auto tell = [&](const std::string& problem) { notices.Add(line, problem); };
+  if (!TakeFields(object, item, tell)) {
+    notices.Add(line, "nothing in it is of a message or a call: left out");
+  } else if (sink) {
+    sink(item, line);
+  }
 }
 
 void TakeLine(std::string_view text, std::size_t line, const ItemSink& sink, NoticeList& notices) {
@@ -75,11 +81,9 @@ void TakeLine(std::string_view text, std::size_t line, const ItemSink& sink, Not
   if (!object.is_object()) {
     notices.Add(line, "not a JSON object: " + text::Excerpt(text));
   } else if (IsCall(object)) {
-    const Call call = ItemOf<Call>(object, line, notices);
-    if (sink.call) sink.call(call, line);
+    TakeItem<Call>(object, line, sink.call, notices);
   } else {
-    const TextMessage message = ItemOf<TextMessage>(object, line, notices);
-    if (sink.message) sink.message(message, line);
+    TakeItem<TextMessage>(object, line, sink.message, notices);
   }
 }
 

@@ -28,11 +28,11 @@ std::string MessageToJson(const TextMessage& message, std::string_view oid = {})
 std::string CallToJson(const Call& call, std::string_view oid = {});
 
 // Reads both kinds, in any order; a line is told to be a call by a name that only calls have. Never
-// fails: a line that is no object, a name that is not known and a value that does not fit are
-// notices, and what else the line has is kept. Beyond what is written, "flags" and "callerId" may
-// be numbers, "from" and those in "to" may be texts (the address), a time may have an offset or
-// none (then it is UTC). Memory is that of one line, of at most kLongestJsonLine bytes. Whether a
-// stream could be read to its end is its state (bad).
+// fails: a line that is no object or has no name that is known, another name and a value that does
+// not fit are notices, and what else the line has is kept. Beyond what is written, "flags" and
+// "callerId" may be numbers, "from" and those in "to" may be texts (the address), a time may have
+// an offset or none (then it is UTC). Memory is that of one line, of at most kLongestJsonLine
+// bytes. Whether a stream could be read to its end is its state (bad).
 inline constexpr std::size_t kLongestJsonLine = 16 << 20;
 std::vector<Notice> ReadJsonLines(std::istream& in, const ItemSink& sink);
 std::vector<Notice> ReadJsonLines(std::string_view bytes, const ItemSink& sink);

@@ -73,8 +73,9 @@ std::string Difference(const Item& item, const Item& other, const Field<Item> (&
 }
 
 template <typename Item, std::size_t count>
-void Take(const Json& object, Item& item, const Field<Item> (&fields)[count],
+bool Take(const Json& object, Item& item, const Field<Item> (&fields)[count],
           const ProblemSink& problem) {
+  bool any = false;
   for (const auto& [name, value] : object.items()) {
     const std::string_view key = name;
     if (key == "oid") continue;
@@ -82,10 +83,14 @@ void Take(const Json& object, Item& item, const Field<Item> (&fields)[count],
         std::find_if(fields, fields + count, [&](const auto& f) { return f.name == key; });
     if (field == fields + count) {
       problem(text::Excerpt(key) + ": not a known name");
-    } else if (!field->take(value, item)) {
+      continue;
+    }
+    any = true;
+    if (!field->take(value, item)) {
       problem(std::string(key) + ": this value does not fit: " + text::Excerpt(OnOneLine(value)));
     }
   }
+  return any;
 }
 
 }  // namespace
@@ -117,12 +122,12 @@ std::string DifferenceAsJson(const Call& item, const Call& other) {
   return Difference(item, other, kCallFields);
 }
 
-void TakeFields(const Json& object, TextMessage& message, const ProblemSink& problem) {
-  Take(object, message, kMessageFields, problem);
+bool TakeFields(const Json& object, TextMessage& message, const ProblemSink& problem) {
+  return Take(object, message, kMessageFields, problem);
 }
 
-void TakeFields(const Json& object, Call& call, const ProblemSink& problem) {
-  Take(object, call, kCallFields, problem);
+bool TakeFields(const Json& object, Call& call, const ProblemSink& problem) {
+  return Take(object, call, kCallFields, problem);
 }
 
 bool IsCallFieldAlone(std::string_view name) {

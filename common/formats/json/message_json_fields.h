@@ -24,10 +24,11 @@ std::string OnOneLine(const nlohmann::ordered_json& object);
 std::string DifferenceAsJson(const TextMessage& item, const TextMessage& other);
 std::string DifferenceAsJson(const Call& item, const Call& other);
 
-// Sets the fields that the object has. What cannot be used stays as it was and is a problem.
-void TakeFields(const nlohmann::ordered_json& object, TextMessage& message,
+// Sets the fields that the object has; false when it has none. What cannot be used stays as it was
+// and is a problem.
+bool TakeFields(const nlohmann::ordered_json& object, TextMessage& message,
                 const ProblemSink& problem);
-void TakeFields(const nlohmann::ordered_json& object, Call& call, const ProblemSink& problem);
+bool TakeFields(const nlohmann::ordered_json& object, Call& call, const ProblemSink& problem);
 
 // Discarded for a text that is no JSON. What is nested more deeply than any item is left out of it.
 nlohmann::ordered_json ParseJson(std::string_view text);

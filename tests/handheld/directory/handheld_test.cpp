@@ -145,6 +145,16 @@ TEST_F(HandheldOpen, LocksTheDirectoryAndSaysWhoHasIt) {
   EXPECT_EQ(OpenError(), "");
 }
 
+TEST_F(HandheldOpen, StaysLockedWithoutTheFileThatNamesTheHolder) {
+  Handheld::Create(Path(), {});
+  auto first = Handheld::Open(Path(), "corvane");
+  fs::remove(Path() / ".lock");
+  EXPECT_EQ(OpenError(), Path().string() + " is in use by another program");
+  EXPECT_EQ(OpenError(), Path().string() + " is in use by another program");
+  first.reset();
+  EXPECT_EQ(OpenError(), "");
+}
+
 TEST_F(HandheldOpen, TakesOverFromAProgramThatDied) {
   Handheld::Create(Path(), {});
   directory_.Write("device/.lock", "1 corvane\n");

@@ -59,7 +59,8 @@ TEST(MessageJson, WritesIllFormedTextAsReplacementCharacters) {
 }
 
 TEST(MessageJson, ReadsBothKindsInAnyOrderWithTheirLines) {
-  const Items items = ReadJsonText("\xEF\xBB\xBF{\"text\":\"a\"}\r\n\n  \n{\"number\":\"1\"}\n{}");
+  const Items items =
+      ReadJsonText("\xEF\xBB\xBF{\"text\":\"a\"}\r\n\n  \n{\"number\":\"1\"}\n{\"text\":\"\"}");
   EXPECT_THAT(items.messages, SizeIs(2));
   EXPECT_THAT(items.calls, SizeIs(1));
   EXPECT_THAT(items.lines, ElementsAre(1u, 4u, 5u));
@@ -92,6 +93,20 @@ TEST(MessageJson, IgnoresAnOid) {
   EXPECT_THAT(ReadJsonText(R"({"oid":"00AB","text":"a"})").notices, IsEmpty());
 }
 
+TEST(MessageJson, LeavesOutALineOfNothing) {
+  const Items items = ReadJsonText("{}\n{\"oid\":\"00AB\"}\n{\"text\":\"a\"}\n");
+  EXPECT_THAT(items.lines, ElementsAre(3u));
+  EXPECT_THAT(items.notices, ElementsAre("1: nothing in it is of a message or a call: left out",
+                                         "2: nothing in it is of a message or a call: left out"));
+}
+
+TEST(MessageJson, ReadsAnEmptyMessageThatWasWritten) {
+  const Items items = ReadJsonText(MessageToJson({}) + "\n" + CallToJson({}));
+  EXPECT_THAT(items.messages, ElementsAre(TextMessage()));
+  EXPECT_THAT(items.calls, ElementsAre(Call()));
+  EXPECT_THAT(items.notices, IsEmpty());
+}
+
 struct OddCase {
   const char* name;
   const char* line;
@@ -100,14 +115,14 @@ struct OddCase {
 class OddJsonTest : public ::testing::TestWithParam<OddCase> {};
 
 TEST_P(OddJsonTest, IsNoticedAndTheRestIsKept) {
-  const Items items = ReadJsonText(std::string("{}\n") + GetParam().line);
+  const Items items = ReadJsonText(std::string("{\"text\":\"a\"}\n") + GetParam().line);
   EXPECT_THAT(items.notices, ElementsAre(std::string("2: ") + GetParam().notice));
 }
 
 INSTANTIATE_TEST_SUITE_P(
     MessageJson, OddJsonTest,
     ::testing::Values(
-        OddCase{"UnknownName", R"({"colour":"red"})", "colour: not a known name"},
+        OddCase{"UnknownName", R"({"colour":"red","text":"a"})", "colour: not a known name"},
         OddCase{"NumberForText", R"({"text":5})", "text: this value does not fit: 5"},
         OddCase{"NoTime", R"({"time":"noon"})", R"(time: this value does not fit: "noon")"},
         OddCase{"UnknownFlag", R"({"flags":["read","blue"]})",
@@ -159,7 +174,8 @@ TEST(MessageJson, ReadsLinesLongerThanAPieceOfTheFile) {
 }
 
 TEST(MessageJson, PassesOverALineThatIsTooLong) {
-  const std::string line = "{\"text\":\"" + std::string(kLongestJsonLine, 'x') + "\"}\n{}\n";
+  const std::string line =
+      "{\"text\":\"" + std::string(kLongestJsonLine, 'x') + "\"}\n{\"text\":\"\"}\n";
   const Items items = ReadJsonText(line);
   EXPECT_THAT(items.lines, ElementsAre(2u));
   EXPECT_THAT(items.notices, ElementsAre("1: a line this long is not read"));
