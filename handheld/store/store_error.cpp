@@ -41,7 +41,11 @@ struct StatusText {
 };
 
 constexpr StatusText kTexts[] = {
-    {kStoreMissing, "is missing although this handheld had one"},
+    {kStoreMissing,
+     "is missing or empty although this handheld had one. Put back a copy of the file; or, to "
+     "begin "
+     "with an empty store whose identifiers start anew, delete the value StoreCreated of the key "
+     "Handheld in registry.reg"},
     {kStoreCannotOpen, "cannot be opened"},
     {kStoreDiskFull, "cannot grow: the disk is full"},
     {kStoreBusy, "is in use by another program"},

@@ -57,10 +57,14 @@ HRESULT Worded(HRESULT status, std::string& problem) {
   return status;
 }
 
+bool IsNew(const Handheld& handheld) {
+  return handheld.Number(kStoreCreated, 0) == 0;
+}
+
 // Once the handheld knows of its store, a store that has gone missing is not replaced by an empty
 // one, which would give identifiers away again.
 HRESULT RememberStore(Handheld& handheld, std::string& problem) {
-  if (handheld.Number(kStoreCreated, 0) != 0) return S_OK;
+  if (!IsNew(handheld)) return S_OK;
   try {
     handheld.Set(kStoreCreated, DWORD{1});
     return S_OK;
@@ -111,13 +115,12 @@ HRESULT Store::Open(Handheld& handheld, std::unique_ptr<Store>& store, std::stri
   if (handheld.IsShared()) return OpenToLook(handheld, store, problem);
   const std::lock_guard guard(OpenLock());
   store.reset();
-  if (!Exists(handheld) && handheld.Number(kStoreCreated, 0) != 0) {
-    return Worded(kStoreMissing, problem);
-  }
+  const bool isNew = IsNew(handheld);
+  if (!isNew && !Exists(handheld)) return Worded(kStoreMissing, problem);
   std::unique_ptr<Store> opened(new Store);
-  RETURN_IF_FAILED(opened->Connect(handheld.storePath().string(), true, problem));
+  RETURN_IF_FAILED(opened->Connect(handheld.storePath().string(), isNew, problem));
   RETURN_IF_FAILED(
-      BringUpToDate(opened->database_, handheld.Number(setting::kFirstOid, 1), problem));
+      BringUpToDate(opened->database_, isNew, handheld.Number(setting::kFirstOid, 1), problem));
   RETURN_IF_FAILED(Worded(UseWriteAheadLog(opened->database_), problem));
   RETURN_IF_FAILED(RememberStore(handheld, problem));
   store = std::move(opened);
@@ -129,9 +132,10 @@ HRESULT Store::OpenExisting(const Handheld& handheld, std::unique_ptr<Store>& st
   const std::lock_guard guard(OpenLock());
   store.reset();
   if (!Exists(handheld)) return Worded(kStoreMissing, problem);
+  const bool isNew = IsNew(handheld);
   std::unique_ptr<Store> opened(new Store);
   RETURN_IF_FAILED(opened->Connect(handheld.storePath().string(), false, problem));
-  RETURN_IF_FAILED(CheckFormat(opened->database_, problem));
+  RETURN_IF_FAILED(CheckFormat(opened->database_, isNew, problem));
   store = std::move(opened);
   return S_OK;
 }

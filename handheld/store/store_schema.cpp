@@ -262,7 +262,7 @@ struct Identity {
   bool IsEmpty() const { return format == 0 && applicationId == 0 && objects == 0; }
 };
 
-HRESULT Identify(sqlite3* database, Identity& identity, std::string& problem) {
+HRESULT Identify(sqlite3* database, bool mayBeEmpty, Identity& identity, std::string& problem) {
   HRESULT status = ReadNumber(database, "PRAGMA user_version", identity.format);
   if (Succeeded(status)) {
     status = ReadNumber(database, "PRAGMA application_id", identity.applicationId);
@@ -273,6 +273,10 @@ HRESULT Identify(sqlite3* database, Identity& identity, std::string& problem) {
   if (Failed(status)) {
     problem = StoreStatusText(status);
     return status;
+  }
+  if (identity.IsEmpty() && !mayBeEmpty) {
+    problem = StoreStatusText(kStoreMissing);
+    return kStoreMissing;
   }
   if (!identity.IsEmpty() && identity.applicationId != kStoreApplicationId) {
     problem = "is another program's database";
@@ -325,9 +329,9 @@ HRESULT CheckTables(sqlite3* database, std::string& problem) {
 
 }  // namespace
 
-HRESULT BringUpToDate(sqlite3* database, DWORD firstOid, std::string& problem) {
+HRESULT BringUpToDate(sqlite3* database, bool mayBeEmpty, DWORD firstOid, std::string& problem) {
   Identity identity;
-  RETURN_IF_FAILED(Identify(database, identity, problem));
+  RETURN_IF_FAILED(Identify(database, mayBeEmpty, identity, problem));
   if (identity.format < kStoreFormat) {
     HRESULT status = identity.format > 0 ? KeepCopy(database, identity.format) : S_OK;
     if (Succeeded(status)) status = Execute(database, MigrationSql(identity.format, firstOid));
@@ -340,9 +344,9 @@ HRESULT BringUpToDate(sqlite3* database, DWORD firstOid, std::string& problem) {
   return CheckTables(database, problem);
 }
 
-HRESULT CheckFormat(sqlite3* database, std::string& problem) {
+HRESULT CheckFormat(sqlite3* database, bool mayBeEmpty, std::string& problem) {
   Identity identity;
-  RETURN_IF_FAILED(Identify(database, identity, problem));
+  RETURN_IF_FAILED(Identify(database, mayBeEmpty, identity, problem));
   if (identity.format != kStoreFormat) {
     problem = "has the older format " + std::to_string(identity.format);
     return kStoreDamaged;

@@ -18,12 +18,13 @@ inline constexpr char16_t kStoreCreated[] = u"StoreCreated";
 // Identifiers run to here.
 inline constexpr std::int64_t kLastOid = 0xFFFFFFFF;
 
-// Takes the database to kStoreFormat, an empty one from the beginning, in one transaction. Of one
-// that has an older format a copy stays beside it, named after that: "store.db.format-3".
-// On failure nothing has changed and `problem` says why.
-[[nodiscard]] HRESULT BringUpToDate(sqlite3* database, DWORD firstOid, std::string& problem);
+// Takes the database to kStoreFormat, an empty one from the beginning if it may be empty, in one
+// transaction. Of one that has an older format a copy stays beside it, named after that:
+// "store.db.format-3". On failure nothing has changed and `problem` says why.
+[[nodiscard]] HRESULT BringUpToDate(sqlite3* database, bool mayBeEmpty, DWORD firstOid,
+                                    std::string& problem);
 
 // S_OK when the database is a store of exactly kStoreFormat.
-[[nodiscard]] HRESULT CheckFormat(sqlite3* database, std::string& problem);
+[[nodiscard]] HRESULT CheckFormat(sqlite3* database, bool mayBeEmpty, std::string& problem);
 
 }  // namespace ce::host

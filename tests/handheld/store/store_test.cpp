@@ -119,10 +119,36 @@ TEST_F(StoreFile, CutShortIsRefusedOrReportedByTheCheck) {
 TEST_F(StoreFile, ThatWentMissingIsNotReplacedByAnEmptyOne) {
   AddContact(LoggedOn(), u"Ada");
   fs::remove(path());
-  ExpectRefused(kStoreMissing, "is missing although this handheld had one");
+  ExpectRefused(kStoreMissing, "is missing or empty although this handheld had one");
   EXPECT_FALSE(fs::exists(path()));
-  Write("");
-  ExpectRefused(kStoreMissing, "is missing although this handheld had one");
+  for (const char* content : {"", "x"}) {
+    Write(content);
+    EXPECT_TRUE(Failed(LogonStatus())) << content;
+    EXPECT_THAT(DescribeStoreProblem(*handheld_), HasSubstr(path().string())) << content;
+    EXPECT_EQ(Content(), content);
+  }
+}
+
+TEST_F(StoreFile, ThatWasEmptiedIsNotFilledAnew) {
+  AddContact(LoggedOn(), u"Ada");
+  fs::remove(path());
+  ASSERT_TRUE(RunSql(*handheld_, "CREATE TABLE t (x); DROP TABLE t; VACUUM"));
+  const std::string before = Content();
+  EXPECT_FALSE(before.empty());
+  ExpectRefused(kStoreMissing, "Put back a copy of the file");
+  EXPECT_EQ(Content(), before);
+}
+
+TEST_F(StoreFile, OfAHandheldThatDoesNotKnowOfItIsServedAndKnownThen) {
+  AddContact(LoggedOn(), u"Ada");
+  handheld_->Set(kStoreCreated, DWORD{0});
+  EXPECT_EQ(LogonStatus(), S_OK);
+  EXPECT_EQ(handheld_->Number(kStoreCreated, 0), 1u);
+  fs::remove(path());
+  ExpectRefused(kStoreMissing, "is missing or empty");
+  // Its owner may begin anew.
+  handheld_->Set(kStoreCreated, DWORD{0});
+  EXPECT_EQ(LogonStatus(), S_OK);
 }
 
 TEST_F(StoreFile, ThatIsADirectoryIsRefused) {
