@@ -67,6 +67,7 @@ class Handheld {
   const std::filesystem::path& directory() const { return directory_; }
   std::filesystem::path filesRoot() const { return directory_ / "files"; }
   std::filesystem::path storePath() const { return directory_ / "store.db"; }
+  std::filesystem::path reservePath() const { return directory_ / "store.reserve"; }
   Registry& registry() { return *registry_; }
   Clock& clock() { return *clock_; }
 

@@ -18,6 +18,7 @@ HRESULT MessageSession::Delete(std::int64_t folder, const BYTE* entryId, std::si
   static constexpr char kSql[] = "DELETE FROM messages WHERE entry_id = ?1 AND folder = ?2";
   found = false;
   if (!store_) return E_FAIL;
+  store_->PrepareToDelete();
   return store_->Write(&deletions_, [&]() -> HRESULT {
     Statement remove;
     RETURN_IF_FAILED(store_->Prepare(kSql, remove));

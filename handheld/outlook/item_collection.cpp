@@ -46,6 +46,7 @@ HRESULT ItemList::Delete(std::uint32_t oid) {
   Store* store = session_->store();
   if (!store) return E_FAIL;
   undo_.reserve(kDeletesPerCommit);
+  store->PrepareToDelete();
   HRESULT status = store->Write(this, [&] {
     const HRESULT deleted = kind_.remove(*store, oid);
     if (Succeeded(deleted)) Forget(oid);

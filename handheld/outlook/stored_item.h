@@ -175,6 +175,7 @@ class StoredItem : public Base {
       if (!store) return E_FAIL;
       if (oid_ == 0) return S_OK;
       if (const auto list = list_.lock()) return list->Delete(oid_);
+      store->PrepareToDelete();
       return store->Write(nullptr, [&] { return DeleteItem<Fields>(*store, oid_); });
     });
   }

@@ -112,11 +112,13 @@ HRESULT CallLog::Count(std::int64_t& count) {
 
 HRESULT CallLog::Delete(std::int64_t id, bool& found) {
   static constexpr char kSql[] = "DELETE FROM calls WHERE id = ?1";
+  store().PrepareToDelete();
   return Change("CallLog::Delete", [&] { return store().Change(kSql, kStep, found, id); });
 }
 
 HRESULT CallLog::Clear() {
   static constexpr char kSql[] = "DELETE FROM calls";
+  store().PrepareToDelete();
   return Change("CallLog::Clear", [&] { return store().Run(kSql, kStep); });
 }
 

@@ -117,12 +117,14 @@ HRESULT MessageStores::Count(std::int64_t folder, std::int64_t& count) {
 HRESULT MessageStores::Delete(std::int64_t message, bool& found) {
   static constexpr char kSql[] = "DELETE FROM messages WHERE id = ?1";
   found = false;
+  store().PrepareToDelete();
   return Change("MessageStores::Delete",
                 [&] { return store().Change(kSql, kStep, found, message); });
 }
 
 HRESULT MessageStores::Clear(std::int64_t folder) {
   static constexpr char kSql[] = "DELETE FROM messages WHERE folder = ?1";
+  store().PrepareToDelete();
   return Change("MessageStores::Clear", [&] { return store().Run(kSql, kStep, folder); });
 }
 

@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 
 #include "handheld/base/fault.h"
+#include "handheld/store/reserve.h"
 #include "handheld/store/store_error.h"
 
 namespace ce::host {
@@ -24,6 +25,8 @@ Store::~Store() {
     sqlite3_finalize(cached.statement);
   }
   sqlite3_close(database_);
+  // A deletion may have used it up; the log's room is free now.
+  if (!reserve_.empty()) KeepReserve(reserve_);
 }
 
 HRESULT Store::Prepare(const char* sql, Statement& statement) {
@@ -54,6 +57,13 @@ HRESULT Store::PrepareTransactions() {
     RETURN_IF_FAILED(Prepare(sql, statement));
   }
   return S_OK;
+}
+
+void Store::PrepareToDelete() {
+  if (!ReleaseReserve(reserve_) || InTransaction()) return;
+  // What lies in the log moves to the database, for which there may have been no room until now.
+  // Where readers stand in the way it does so at one of the next commits.
+  sqlite3_wal_checkpoint_v2(database_, nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
 }
 
 int Store::Changes() const {

@@ -138,7 +138,7 @@ class Store {
                                             std::string& problem);
   // False as well for a file without content, which is what is left when making it fails early.
   static bool Exists(const Handheld& handheld);
-  // Commits what is pending.
+  // Commits what is pending, and keeps room for deletions.
   ~Store();
   Store(const Store&) = delete;
   Store& operator=(const Store&) = delete;
@@ -180,6 +180,9 @@ class Store {
   }
   // See CopyDatabase of store_copy.h.
   [[nodiscard]] HRESULT CopyTo(const std::filesystem::path& to);
+  // To be called in front of a write that deletes: on a full volume it gives the write the room
+  // that is kept for that.
+  void PrepareToDelete();
   // Rows that the last write changed.
   int Changes() const;
 
@@ -247,6 +250,7 @@ class Store {
   };
 
   sqlite3* database_ = nullptr;
+  std::filesystem::path reserve_;  // the file that keeps room for deletions
   WriteTurn turn_;                 // while a transaction that writes is open
   std::deque<Cached> statements_;  // which stay where they are
   WriteGroup* group_ = nullptr;    // whose transaction is open

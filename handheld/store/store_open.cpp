@@ -123,6 +123,7 @@ HRESULT Store::Open(Handheld& handheld, std::unique_ptr<Store>& store, std::stri
       BringUpToDate(opened->database_, isNew, handheld.Number(setting::kFirstOid, 1), problem));
   RETURN_IF_FAILED(Worded(UseWriteAheadLog(opened->database_), problem));
   RETURN_IF_FAILED(RememberStore(handheld, problem));
+  opened->reserve_ = handheld.reservePath();
   store = std::move(opened);
   return S_OK;
 }
