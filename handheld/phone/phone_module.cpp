@@ -146,9 +146,9 @@ HRESULT PhoneGetCallLogEntry(HANDLE log, CALLLOGENTRY* entry) {
 }
 
 HRESULT PhoneCloseCallLog(HANDLE log) {
-  return Guarded("PhoneCloseCallLog", [&] {
-    return FindHandle<OpenCallLog>(log) && ObjectHandles().Close(log) ? S_OK : kInvalidHandle;
-  });
+  // Closed whatever is answered: nobody would try again.
+  const bool closed = FindHandle<OpenCallLog>(log) && ObjectHandles().Close(log);
+  return Guarded("PhoneCloseCallLog", [&] { return closed ? S_OK : kInvalidHandle; });
 }
 
 // The row's function is found by the type that the header gives its name.
