@@ -25,10 +25,12 @@
 #include "desktop/commands/commands_convert.h"
 #include "desktop/commands/commands_delete.h"
 #include "desktop/commands/commands_device.h"
+#include "desktop/commands/commands_pair.h"
 #include "desktop/commands/commands_pull.h"
 #include "desktop/commands/commands_push.h"
 #include "desktop/commands/commands_sync.h"
 #include "desktop/commands/commands_time.h"
+#include "desktop/config/pair.h"
 #include "desktop/wire/target.h"
 #include "desktop/wire/xml_records.h"
 
@@ -57,6 +59,9 @@ struct CommandLine {
   PushOptions push;
   DeleteOptions remove;
   SyncCommand sync;
+  PlaceOptions place;
+  PairOptions pair;
+  std::set<RecordKind> pairKinds{std::begin(kPairKinds), std::end(kPairKinds)};
   RecordKind keys = RecordKind::kContacts;
   std::optional<UtcTime> time;
   LoggingLevel logging = LoggingLevel::kOn;
@@ -92,6 +97,71 @@ void BringTogether(const std::optional<FormatWord>& format, PullOptions& pull) {
   pull.format = format->format;
 }
 
+void AddPlace(CLI::App& command, CommandLine& line) {
+  command.add_option("--pair", line.place.pair, "The handheld of that pair, with its zone")
+      ->type_name("NAME");
+  AddZone(command, line.place.zone,
+          "The handheld's time zone, such as Europe/Berlin; by default that of the pair with its "
+          "address, or else this computer's");
+}
+
+int PullFrom(const ConnectionOptions& connection, const PlaceOptions& place, PullOptions& pull,
+             const Console& console) {
+  return RunGuarded(console, [&] {
+    ConnectionOptions there = connection;
+    const Place chosen = ChoosePlace(place, there);
+    pull.zone = chosen.zone;
+    pull.zoneIsGuessed = chosen.zoneIsGuessed;
+    return Pull(there, pull, console);
+  });
+}
+
+int PushTo(const ConnectionOptions& connection, const PlaceOptions& place, PushOptions& push,
+           const Console& console) {
+  return RunGuarded(console, [&] {
+    ConnectionOptions there = connection;
+    const Place chosen = ChoosePlace(place, there);
+    push.zone = chosen.zone;
+    push.zoneIsGuessed = chosen.zoneIsGuessed;
+    push.country = chosen.country;
+    return Push(there, push, console);
+  });
+}
+
+int WritePairWith(const ConnectionOptions& connection, const PlaceOptions& place, PairOptions& pair,
+                  const Console& console) {
+  if (place.addressGiven) pair.address = connection.target;
+  return SetPair(connection, pair, console);
+}
+
+void AddPair(CLI::App& app, CommandLine& line) {
+  CLI::App& command = *app.add_subcommand(
+      "pair",
+      "A folder and a handheld under a name, with --to for its address; without options "
+      "what is known of it, without a name of all");
+  command.add_option("name", line.pair.name, "Of letters, digits, - and _")->type_name("NAME");
+  command.add_option("--folder", line.pair.folder, "Where the desk has its files")
+      ->type_name("FOLDER");
+  AddZone(command, line.pair.zone,
+          "The handheld's time zone, such as Europe/Berlin; asked for when it is left out");
+  AddCountry(command, line.pair.country,
+             "Where telephone numbers without a country are dialled, such as DE");
+  AddKinds(command, line.pairKinds);
+  std::map<std::string, std::string> policies;
+  for (const std::string_view policy : kPairPolicies) policies.emplace(policy, policy);
+  AddChoice<std::string>(command, "--conflict", line.pair.policy, policies,
+                         "What becomes of an item in which both sides have changed the same: "
+                         "keep-both, desk, handheld or ask")
+      ->type_name("POLICY");
+  command.callback([&line, &command, run = ToRun(line, WritePairWith, line.place, line.pair)] {
+    const bool all = line.pairKinds.size() == std::size(kPairKinds);
+    if (command.count("--kinds") > 0) {
+      line.pair.kinds = all ? std::set<RecordKind>() : line.pairKinds;
+    }
+    run();
+  });
+}
+
 void AddPull(CLI::App& app, CommandLine& line) {
   CLI::App& command = *app.add_subcommand(
       "pull", "Contacts, calendar, tasks, text messages or calls from the handheld");
@@ -104,7 +174,7 @@ void AddPull(CLI::App& app, CommandLine& line) {
                         "vcf (contacts), ics (calendar, tasks) and json (messages, calls: an "
                         "object a line) are the defaults; xml or json; smsbackup (messages, calls)")
       ->type_name("FORMAT");
-  AddZone(command, line.pull.zone);
+  AddPlace(command, line);
   AddChoice<formats::VCardVersion>(
       command, "--vcard-version", line.pull.version,
       {{"3.0", formats::VCardVersion::k30}, {"4.0", formats::VCardVersion::k40}},
@@ -116,7 +186,7 @@ void AddPull(CLI::App& app, CommandLine& line) {
                    "Replace an output that holds more than the handheld sends");
   AddMapping(command, line.pull.mapping);
   command.footer("More than 4 GiB are not taken for an answer: it would never end.");
-  command.callback([&line, run = ToRun(line, Pull, line.pull)] {
+  command.callback([&line, run = ToRun(line, PullFrom, line.place, line.pull)] {
     BringTogether(line.format, line.pull);
     run();
   });
@@ -137,13 +207,13 @@ void AddPush(CLI::App& app, CommandLine& line) {
   command.add_flag("--dry-run", line.push.policy.dryRun,
                    "Look at the handheld and show what would be sent, send nothing");
   command.add_flag("--json", line.push.json, "The results as JSON");
-  AddZone(command, line.push.zone);
+  AddPlace(command, line);
   AddMapping(command, line.push.mapping);
   line.push.policy.recognise = true;
-  AddCountry(command, line.push.country,
-             "Where telephone numbers without a country are dialled, such as DE; the locale's by "
-             "default");
-  command.callback(ToRun(line, Push, line.push));
+  AddCountry(command, line.place.country,
+             "Where telephone numbers without a country are dialled, such as DE; the pair's or the "
+             "locale's by default");
+  command.callback(ToRun(line, PushTo, line.place, line.push));
 }
 
 void AddDelete(CLI::App& app, CommandLine& line) {
@@ -173,11 +243,8 @@ void AddSync(CLI::App& app, CommandLine& line) {
           "With contacts/, calendar/, tasks/, messages/ and calls/; what is missing is made")
       ->required()
       ->type_name("FOLDER");
-  command
-      .add_option_function<std::string>(
-          "--zone", [&sync](const std::string& name) { sync.zone = ZoneFrom(name); },
-          "The handheld's time zone, such as Europe/Berlin; remembered from then on")
-      ->type_name("NAME");
+  AddZone(command, sync.zone,
+          "The handheld's time zone, such as Europe/Berlin; remembered from then on");
   AddKinds(command, sync.kinds);
   AddChoice<ConflictPolicy>(command, "--conflict", sync.conflict,
                             {{"keep-both", ConflictPolicy::kKeepBoth},
@@ -315,6 +382,7 @@ void AddConnection(CLI::App& app, CommandLine& line) {
            const std::optional<Target> target = ParseTarget(text);
            if (!target) throw CLI::ValidationError("--to", text + " is no HOST[:PORT]");
            line.connection.target = *target;
+           line.place.addressGiven = true;
          },
          "Where the agent listens; default 127.0.0.1:2005")
       ->type_name("HOST[:PORT]");
@@ -343,6 +411,7 @@ int Run(int argc, char** argv) {
   AddPush(app, line);
   AddDelete(app, line);
   AddSync(app, line);
+  AddPair(app, line);
   AddKeys(app, line);
   AddTime(app, line);
   AddDevice(app, line);

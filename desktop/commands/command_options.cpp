@@ -36,11 +36,10 @@ calendar::Zone ZoneFrom(const std::string& name) {
   return *found;
 }
 
-void AddZone(CLI::App& command, calendar::Zone& zone) {
+void AddZone(CLI::App& command, std::optional<calendar::Zone>& zone, const std::string& help) {
   command
       .add_option_function<std::string>(
-          "--zone", [&zone](const std::string& name) { zone = ZoneFrom(name); },
-          "The handheld's time zone, such as Europe/Berlin; this computer's by default")
+          "--zone", [&zone](const std::string& name) { zone = ZoneFrom(name); }, help)
       ->type_name("NAME");
 }
 

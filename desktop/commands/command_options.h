@@ -31,7 +31,7 @@ void AddOids(CLI::App& command, std::vector<Oid>& oids);
 void AddMapping(CLI::App& command, std::optional<std::filesystem::path>& mapping);
 // What does not exist is wrong usage.
 calendar::Zone ZoneFrom(const std::string& name);
-void AddZone(CLI::App& command, calendar::Zone& zone);
+void AddZone(CLI::App& command, std::optional<calendar::Zone>& zone, const std::string& help);
 void AddCountry(CLI::App& command, std::optional<std::string>& country, const std::string& help);
 // A positional that takes one of the kinds' arguments.
 void AddKind(CLI::App& command, RecordKind& kind, std::initializer_list<RecordKind> kinds,

@@ -8,6 +8,7 @@
 
 #include "common/files/atomic_file.h"
 #include "common/text/text.h"
+#include "desktop/commands/commands_pair.h"
 #include "desktop/commands/progress.h"
 #include "desktop/records/phone_records.h"
 #include "desktop/transfer/mapping.h"
@@ -256,10 +257,18 @@ class PullRun {
   std::uint64_t errors_ = 0;
 };
 
+bool PullGoesByZone(const PullOptions& options) {
+  return (options.kind == RecordKind::kAppointments || options.kind == RecordKind::kTasks) &&
+         options.format != RecordFormat::kXml;
+}
+
 }  // namespace
 
 int Pull(const ConnectionOptions& connection, const PullOptions& options, const Console& console) {
-  return RunGuarded(console, [&] { return PullRun(connection, options, console).Run(); });
+  return RunGuarded(console, [&] {
+    if (options.zoneIsGuessed && PullGoesByZone(options)) TellGuessedZone(options.zone, console);
+    return PullRun(connection, options, console).Run();
+  });
 }
 
 }  // namespace desktop

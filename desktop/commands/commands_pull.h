@@ -23,6 +23,7 @@ struct PullOptions {
   // Nothing for the target's own; used by kVcf and kIcs alone.
   std::optional<std::filesystem::path> mapping;
   calendar::Zone zone = calendar::Zone::OfHost();  // the handheld's
+  bool zoneIsGuessed = false;                      // and to be told when times go by it
 };
 
 // kPartlyDone when the handheld reported errors for some identifiers, or when the download broke

@@ -2,10 +2,12 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <map>
 #include <utility>
 
 #include "common/text/text.h"
+#include "desktop/commands/commands_pair.h"
 #include "desktop/commands/progress.h"
 #include "desktop/commands/push_report.h"
 #include "desktop/transfer/mapping.h"
@@ -20,6 +22,11 @@ void PrintResult(const PushResult& result, const Console& console) {
   if (!result.record->title.empty()) console.out << text::Shown(result.record->title) << ": ";
   console.out << OutcomeText(result) << '\n';
   if (!result.xml.empty()) console.out << "  " << text::Shown(result.xml) << '\n';
+}
+
+// A record with a state is sent as it stands.
+bool GoesByZone(const PushRecord& record) {
+  return record.kind != kContactKind && record.state.empty();
 }
 
 bool IsSent(PushOutcome outcome) {
@@ -103,6 +110,9 @@ int Push(const ConnectionOptions& connection, const PushOptions& options, const 
       for (PushRecord& record : ReadPushFile(file, options.zone, console.err)) {
         records.push_back(std::move(record));
       }
+    }
+    if (options.zoneIsGuessed && std::ranges::any_of(records, GoesByZone)) {
+      TellGuessedZone(options.zone, console);
     }
     PushPolicy policy = options.policy;
     policy.country = options.country.value_or(PhoneNumbers::CountryOfHost());

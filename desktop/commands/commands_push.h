@@ -19,6 +19,7 @@ struct PushOptions {
   PushPolicy policy;
   bool json = false;
   calendar::Zone zone = calendar::Zone::OfHost();  // the handheld's
+  bool zoneIsGuessed = false;                      // and to be told when times go by it
   std::optional<std::filesystem::path> mapping;    // nothing for the target's own
   std::optional<std::string> country;              // of PushPolicy; nothing for the locale's
 };

@@ -64,7 +64,9 @@ std::string AsCarried(const std::string& json) {
 }
 
 ProcessOptions ToolTest::Options(int listener) const {
-  return {.environment = {{"XDG_STATE_HOME", Path("state")}, {"HOME", Path("home")}},
+  return {.environment = {{"XDG_STATE_HOME", Path("state")},
+                          {"XDG_CONFIG_HOME", Path("config")},
+                          {"HOME", Path("home")}},
           .listener = listener,
           .captureErrors = true};
 }

@@ -98,9 +98,10 @@ const std::map<std::string, std::set<std::string>> kMayInclude = {
     {"desktop/sync",
      {"common", "desktop/merge", "desktop/folder", "desktop/wire", "desktop/records",
       "desktop/transfer"}},
+    {"desktop/config", {"common", "desktop/merge", "desktop/wire", "desktop/records"}},
     {"desktop/commands",
-     {"common", "desktop/merge", "desktop/folder", "desktop/wire", "desktop/records",
-      "desktop/transfer", "desktop/sync"}},
+     {"common", "desktop/config", "desktop/merge", "desktop/folder", "desktop/wire",
+      "desktop/records", "desktop/transfer", "desktop/sync"}},
     {"desktop/main.cpp", {"common", "desktop"}},
 
     {"packaging/reference", {}},
