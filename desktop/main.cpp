@@ -28,6 +28,7 @@
 #include "desktop/commands/commands_pair.h"
 #include "desktop/commands/commands_pull.h"
 #include "desktop/commands/commands_push.h"
+#include "desktop/commands/commands_restore.h"
 #include "desktop/commands/commands_sync.h"
 #include "desktop/commands/commands_time.h"
 #include "desktop/config/pair.h"
@@ -62,6 +63,7 @@ struct CommandLine {
   PlaceOptions place;
   PairOptions pair;
   std::set<RecordKind> pairKinds{std::begin(kPairKinds), std::end(kPairKinds)};
+  RestoreCommand restore;
   RecordKind keys = RecordKind::kContacts;
   std::optional<UtcTime> time;
   LoggingLevel logging = LoggingLevel::kOn;
@@ -266,6 +268,19 @@ void AddSync(CLI::App& app, CommandLine& line) {
   command.callback(ToRun(line, Sync, line.sync));
 }
 
+void AddRestore(CLI::App& app, CommandLine& line) {
+  CLI::App& command = *app.add_subcommand(
+      "restore", "A folder and the handheld, brought back to what they were before a sync");
+  command.add_option("folder", line.restore.folder, "That has been synchronised")
+      ->required()
+      ->type_name("FOLDER");
+  command
+      .add_option("time", line.restore.time,
+                  "As it is listed when left out, or latest for the last sync")
+      ->type_name("TIME");
+  command.callback(ToRun(line, RestoreSync, line.restore));
+}
+
 void AddKeys(CLI::App& app, CommandLine& line) {
   CLI::App& command = *app.add_subcommand("keys", "The elements that the handheld's records have");
   AddKind(command, line.keys,
@@ -412,6 +427,7 @@ int Run(int argc, char** argv) {
   AddDelete(app, line);
   AddSync(app, line);
   AddPair(app, line);
+  AddRestore(app, line);
   AddKeys(app, line);
   AddTime(app, line);
   AddDevice(app, line);

@@ -14,7 +14,6 @@ Database::Database(std::filesystem::path path, Open open) : path_(std::move(path
       SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | (open == Open::kNew ? SQLITE_OPEN_CREATE : 0);
   try {
     if (sqlite3_open_v2(path_.c_str(), &handle_, flags, nullptr) != SQLITE_OK) Fail();
-    Run("PRAGMA synchronous = FULL; PRAGMA foreign_keys = ON;");
   } catch (...) {
     sqlite3_close(handle_);
     throw;

@@ -10,6 +10,7 @@
 #include "common/text/text.h"
 #include "desktop/records/record_kind.h"
 #include "desktop/sync/handheld_items.h"
+#include "desktop/sync/in_flight.h"
 #include "desktop/sync/item_fields.h"
 #include "desktop/transfer/state_hash.h"
 #include "desktop/wire/error.h"
@@ -70,9 +71,13 @@ std::string Execution::KeyOf(std::size_t action) const {
 void Execution::NoteIntents() {
   std::vector<Intent> intents;
   for (const Action& action : plan_.actions) {
-    if (action.desk != Effect::kAdd || action.handheldNow == nullptr) continue;
-    intents.push_back({action.kind, UidOf(*action.deskTo), action.handheldNow->oid,
-                       action.handheldNow->hash, means_.time});
+    if (action.desk != Effect::kAdd) continue;
+    Intent intent{action.kind, UidOf(*action.deskTo), 0, {}, means_.time};
+    if (action.handheldNow != nullptr) {
+      intent.oid = action.handheldNow->oid;
+      intent.recordHash = action.handheldNow->hash;
+    }
+    intents.push_back(std::move(intent));
   }
   if (intents.empty()) return;
   Step("note what becomes a file");
@@ -137,13 +142,14 @@ void Execution::SendToHandheld() {
     const Action& action = plan_.actions[i];
     const bool sends = action.handheld == Effect::kAdd || action.handheld == Effect::kChange;
     if (!sends || !IsOpen(i)) continue;
-    const std::string key = KeyOf(i);
+    const bool adds = action.handheld == Effect::kAdd;
+    const std::string key = (adds ? kAddition : kAlteration) + KeyOf(i);
     const std::string kind(NameOf(action.kind));
     records.push_back(RecordFor(*action.handheldTo, key, means_.zone));
     actionOf.push_back(i);
     const MappedItem* const known = means_.mapping.FindUid(kind, key);
     if (known != nullptr) means_.mapping.Remove(known->oid);
-    if (action.handheld == Effect::kChange) {
+    if (!adds) {
       // Its hash is that of no record, so that it is sent.
       means_.mapping.Put(
           {action.handheldNow->oid, kind, key, {}, {}, StateOfRecord(action.handheldNow->record)});

@@ -5,6 +5,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "desktop/merge/field_words.h"
+
 namespace desktop {
 namespace {
 
@@ -16,7 +18,7 @@ class Differences {
  public:
   template <typename T>
   void Compare(std::string_view name, const T& a, const T& b) {
-    if (a != b) names_.emplace_back(name);
+    if (a != b && (names_.empty() || names_.back() != name)) names_.emplace_back(name);
   }
   std::vector<std::string> names() && { return std::move(names_); }
 
@@ -27,7 +29,7 @@ class Differences {
 void CompareFields(const Contact& a, const Contact& b, Differences& differences) {
   for (std::size_t i = 0; i < formats::kContactFieldCount; ++i) {
     const auto field = static_cast<formats::ContactField>(i);
-    differences.Compare(ContactFieldName(field), a[field], b[field]);
+    differences.Compare(FieldWords(field), a[field], b[field]);
   }
   differences.Compare("Categories", a.categories, b.categories);
   differences.Compare("Birthday", a.birthday, b.birthday);
@@ -37,11 +39,11 @@ void CompareFields(const Contact& a, const Contact& b, Differences& differences)
 void CompareFields(const Appointment& a, const Appointment& b, Differences& differences) {
   differences.Compare("Subject", a.subject, b.subject);
   differences.Compare("Location", a.location, b.location);
-  differences.Compare("Body", a.body, b.body);
-  differences.Compare("AllDayEvent", a.allDay, b.allDay);
-  differences.Compare("Start", a.start, b.start);
-  differences.Compare("End", a.end, b.end);
-  differences.Compare("BusyStatus", a.busyStatus, b.busyStatus);
+  differences.Compare("Note", a.body, b.body);
+  differences.Compare("When", a.allDay, b.allDay);
+  differences.Compare("When", a.start, b.start);
+  differences.Compare("When", a.end, b.end);
+  differences.Compare("Busy status", a.busyStatus, b.busyStatus);
   differences.Compare("Categories", a.categories, b.categories);
   differences.Compare("Private", a.isPrivate, b.isPrivate);
   differences.Compare("Reminder", a.reminderMinutes, b.reminderMinutes);
@@ -49,20 +51,20 @@ void CompareFields(const Appointment& a, const Appointment& b, Differences& diff
   if (!both) differences.Compare("Recurrence", a.series, b.series);
   if (!both) return;
   differences.Compare("Recurrence", a.series->pattern, b.series->pattern);
-  differences.Compare("deleted occurrences", a.series->deleted, b.series->deleted);
-  differences.Compare("changed occurrences", a.series->changed, b.series->changed);
+  differences.Compare("Deleted occurrences", a.series->deleted, b.series->deleted);
+  differences.Compare("Changed occurrences", a.series->changed, b.series->changed);
 }
 
 void CompareFields(const Task& a, const Task& b, Differences& differences) {
   differences.Compare("Subject", a.subject, b.subject);
-  differences.Compare("Body", a.body, b.body);
+  differences.Compare("Note", a.body, b.body);
   differences.Compare("Categories", a.categories, b.categories);
-  differences.Compare("StartDate", a.start, b.start);
-  differences.Compare("DueDate", a.due, b.due);
+  differences.Compare("Start", a.start, b.start);
+  differences.Compare("Due", a.due, b.due);
   differences.Compare("Reminder", a.reminder, b.reminder);
   differences.Compare("Private", a.isPrivate, b.isPrivate);
   differences.Compare("Complete", a.complete, b.complete);
-  differences.Compare("DateCompleted", a.completed, b.completed);
+  differences.Compare("Complete", a.completed, b.completed);
   differences.Compare("Importance", a.importance, b.importance);
   differences.Compare("Recurrence", a.pattern, b.pattern);
 }

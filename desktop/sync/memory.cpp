@@ -76,6 +76,7 @@ std::filesystem::path Made(const std::filesystem::path& path, bool mustExist) {
 Memory::Memory(const std::filesystem::path& path, bool mustExist)
     : database_(Made(path, mustExist), Database::Open::kExisting) {
   try {
+    database_.Run("PRAGMA synchronous = FULL; PRAGMA foreign_keys = ON;");
     Query version(database_, "PRAGMA user_version");
     version.Step();
     if (version.Number(0) != kMemoryVersion) {

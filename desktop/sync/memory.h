@@ -38,7 +38,8 @@ struct Bases {
   std::string record;  // as it came from the handheld
 };
 
-// An item that a run is about to make a file of.
+// An item that a run is about to make a file of: one of the handheld's, or the second of two of a
+// conflict, which has no OID.
 struct Intent {
   ItemKind kind = ItemKind::kContact;
   std::string uid;  // that it will have there

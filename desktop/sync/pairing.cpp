@@ -59,6 +59,10 @@ class Pairer {
     for (const InFlight& each : inFlight) {
       if (each.kind != kind_) continue;
       const DeskItem* const desk = each.uid.empty() ? Find(byKey, each.key) : Find(byUid, each.uid);
+      if (each.oid == 0 && desk != nullptr && !IsTaken(desk)) {
+        result_.pairs.push_back({{}, desk});
+        result_.pairs.back().link.made = each.made;
+      }
       const HandheldItem* const handheld = Find(byOid, each.oid);
       if (handheld == nullptr || handheld->unreadable) continue;
       if (desk == nullptr && CompleteLink(each, *handheld)) continue;
@@ -127,6 +131,7 @@ class Pairer {
  private:
   static bool IsAsPut(const InFlight& each, const HandheldItem& handheld) {
     if (!each.recordHash.empty()) return each.recordHash == handheld.hash;
+    if (each.state.empty()) return false;
     return each.state == StateHash(ParseRecords("<root>" + handheld.record + "</root>")[0].element);
   }
 
@@ -159,6 +164,11 @@ class Pairer {
     if (each.key.empty() || pair == result_.pairs.end()) return false;
     if (pair->handheld == nullptr) pair->handheld = &handheld;
     return pair->handheld == &handheld;
+  }
+
+  [[nodiscard]] bool IsTaken(const DeskItem* desk) const {
+    return std::ranges::any_of(result_.pairs,
+                               [&](const Pairing& pair) { return pair.desk == desk; });
   }
 
   // The items of pairs from that one on are not new any more.

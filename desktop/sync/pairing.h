@@ -6,6 +6,7 @@
 
 #include "common/calendar/zone.h"
 #include "desktop/merge/phone_numbers.h"
+#include "desktop/sync/in_flight.h"
 #include "desktop/sync/memory.h"
 #include "desktop/sync/sides.h"
 

@@ -16,9 +16,6 @@
 namespace desktop {
 namespace {
 
-constexpr std::string_view kCopyMark =
-    "(As it was on the handheld, when it had been changed there and on the desk.)";
-
 std::string& BodyOf(Item& item) {
   struct {
     std::string& operator()(formats::Contact& contact) const {

@@ -4,10 +4,12 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "common/calendar/zone.h"
 #include "desktop/merge/phone_numbers.h"
+#include "desktop/sync/in_flight.h"
 #include "desktop/sync/memory.h"
 #include "desktop/sync/plan.h"
 #include "desktop/sync/sides.h"
@@ -31,6 +33,10 @@ struct PlanPolicy {
   calendar::Zone zone = calendar::Zone::OfHost();
   PhoneNumbers numbers{""};
 };
+
+// The last line in the note of the second of two that were one before a conflict.
+inline constexpr std::string_view kCopyMark =
+    "(As it was on the handheld, when it had been changed there and on the desk.)";
 
 // Of the kinds that the handheld's side has. The sides must outlive the plan.
 Plan MakePlan(const Sides& sides, const Memory& memory, const std::vector<InFlight>& inFlight,

@@ -2,12 +2,14 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <map>
 #include <utility>
 
 #include "desktop/folder/desk_folder.h"
 #include "desktop/records/record_kind.h"
 #include "desktop/sync/history.h"
+#include "desktop/sync/in_flight.h"
 #include "desktop/sync/memory.h"
 #include "desktop/sync/sides.h"
 #include "desktop/sync/state_folder.h"
@@ -35,12 +37,12 @@ class SyncRun {
         folder_(options.folder, zone_) {}
 
   void Run(const SyncListener& listener) {
-    Recover();
+    AdoptUnheardOf(memory_, mapping_, recovery_);
     ReadSides();
     MakePlans();
     listener.onPlan(plan_);
     results_.items.resize(plan_.items.actions.size());
-    results_.whole = plan_.items.leftAlone == 0;
+    results_.whole = !IsLeavingSomething();
     if (!plan_.items.stop.empty()) {
       results_.problem = plan_.items.stop;
     } else if (options_.dryRun) {
@@ -81,19 +83,6 @@ class SyncRun {
     return PhoneNumbers::CountryOfHost();
   }
 
-  // What a run before this one may have added without hearing of it. All that is known is known to
-  // the mapping then, so that nothing else is taken for it.
-  void Recover() {
-    if (mapping_.expected().empty()) return;
-    for (const Link& link : memory_.links()) {
-      const std::string kind(NameOf(link.kind));
-      const bool known =
-          mapping_.FindOid(link.oid) != nullptr || mapping_.FindUid(kind, link.key) != nullptr;
-      if (!known) mapping_.Put({link.oid, kind, link.key, {}, {}});
-    }
-    recovery_.AdoptExpected();
-  }
-
   void ReadSides() {
     KnownRecords known;
     for (const Link& link : memory_.links()) known.emplace(link.oid, link.recordHash);
@@ -113,29 +102,10 @@ class SyncRun {
     }
   }
 
-  [[nodiscard]] std::vector<InFlight> FindInFlight() const {
-    std::set<Oid> linked;
-    for (const Link& link : memory_.links()) linked.insert(link.oid);
-    std::vector<InFlight> inFlight;
-    for (const Intent& intent : memory_.intents()) {
-      if (linked.contains(intent.oid)) continue;
-      inFlight.push_back(
-          {intent.kind, {}, intent.uid, intent.oid, {}, intent.recordHash, intent.made});
-    }
-    for (const auto& [oid, item] : mapping_.items()) {
-      if (linked.contains(oid)) continue;
-      for (const auto& [kind, items] : sides_.handheld) {
-        if (item.kind != NameOf(kind)) continue;
-        inFlight.push_back({kind, item.uid, {}, oid, item.state, {}, {}});
-      }
-    }
-    return inFlight;
-  }
-
   void MakePlans() {
     const PlanPolicy policy{options_.conflict, options_.ask, options_.allowDeletions, zone_,
                             PhoneNumbers(Country())};
-    plan_.items = MakePlan(sides_, memory_, FindInFlight(), policy);
+    plan_.items = MakePlan(sides_, memory_, FindInFlight(memory_, mapping_), policy);
     for (const RecordKind kind : {RecordKind::kMessages, RecordKind::kCalls}) {
       if (!options_.kinds.contains(kind)) continue;
       ArchivePlan archive = PlanArchive(connection_, options_.folder, kind);
@@ -192,6 +162,13 @@ class SyncRun {
       results_.problem = problem.what();
     }
     TakeResults(execution);
+  }
+
+  [[nodiscard]] bool IsLeavingSomething() const {
+    return plan_.items.leftAlone > 0 ||
+           std::ranges::any_of(plan_.deskNotices, [](const DeskNotice& notice) {
+             return notice.trouble == DeskTrouble::kLeftAlone;
+           });
   }
 
   void TakeResults(const Execution& execution) {

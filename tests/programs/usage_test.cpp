@@ -59,8 +59,8 @@ INSTANTIATE_TEST_SUITE_P(
                              {"init", "set", "info", "check", "import", "show", "export", "remove",
                               "registry", "clock", "--version"}},
                       Naming{"corvane-desktop",
-                             {"pull", "push", "delete", "sync", "time", "logging", "quit", "--to",
-                              "--timeout", "--version"}}),
+                             {"pull", "push", "delete", "sync", "restore", "time", "logging",
+                              "quit", "--to", "--timeout", "--version"}}),
     [](const auto& each) {
       std::string name = each.param.program;
       std::replace(name.begin(), name.end(), '-', '_');

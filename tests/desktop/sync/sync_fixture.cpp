@@ -101,11 +101,11 @@ std::vector<DeskItem> SyncWorld::DeskItems(ItemKind kind) const {
   return items;
 }
 
-DeskItem SyncWorld::DeskNamed(ItemKind kind, const std::string& name) const {
-  for (const DeskItem& item : DeskItems(kind)) {
-    if (TestItemFrom(item.item).name == name) return item;
+DeskItem SyncWorld::FindOnDesk(ItemKind kind, const TestItem& item) const {
+  for (const DeskItem& each : DeskItems(kind)) {
+    if (TestItemFrom(each.item) == item) return each;
   }
-  throw std::logic_error(name + " is not on the desk");
+  throw std::logic_error(item.name + " is not on the desk");
 }
 
 std::map<Oid, Item> SyncWorld::HandheldItems(ItemKind kind) const {
@@ -117,11 +117,11 @@ std::map<Oid, Item> SyncWorld::HandheldItems(ItemKind kind) const {
   return items;
 }
 
-Oid SyncWorld::OidNamed(ItemKind kind, const std::string& name) const {
-  for (const auto& [oid, item] : HandheldItems(kind)) {
-    if (TestItemFrom(item).name == name) return oid;
+Oid SyncWorld::FindOnHandheld(ItemKind kind, const TestItem& item) const {
+  for (const auto& [oid, each] : HandheldItems(kind)) {
+    if (TestItemFrom(each) == item) return oid;
   }
-  throw std::logic_error(name + " is not on the handheld");
+  throw std::logic_error(item.name + " is not on the handheld");
 }
 
 void SyncWorld::WriteFile(const fs::path& file, const Item& item) const {
@@ -139,19 +139,19 @@ void SyncWorld::AddOnDesk(ItemKind kind, const TestItem& item) {
   WriteFile(options_.folder / kFolders[which] / (name + kExtensions[which]), made);
 }
 
-void SyncWorld::ChangeOnDesk(ItemKind kind, const TestItem& item) {
-  const DeskItem now = DeskNamed(kind, item.name);
-  Item changed = ItemFrom(kind, item);
+void SyncWorld::ChangeOnDesk(ItemKind kind, const TestItem& item, const TestItem& to) {
+  const DeskItem now = FindOnDesk(kind, item);
+  Item changed = ItemFrom(kind, to);
   SetUid(changed, UidOf(now.item));
   WriteFile(options_.folder / now.file, changed);
 }
 
-void SyncWorld::RemoveFromDesk(ItemKind kind, const std::string& name) {
-  fs::remove(options_.folder / DeskNamed(kind, name).file);
+void SyncWorld::RemoveFromDesk(ItemKind kind, const TestItem& item) {
+  fs::remove(options_.folder / FindOnDesk(kind, item).file);
 }
 
-void SyncWorld::RenameFileOnDesk(ItemKind kind, const std::string& name) {
-  const fs::path file = options_.folder / DeskNamed(kind, name).file;
+void SyncWorld::RenameFileOnDesk(ItemKind kind, const TestItem& item) {
+  const fs::path file = options_.folder / FindOnDesk(kind, item).file;
   fs::rename(file, file.parent_path() /
                        ("renamed-" + std::to_string(++files_) + file.extension().string()));
 }
@@ -161,12 +161,12 @@ void SyncWorld::AddOnHandheld(ItemKind kind, const TestItem& item) {
   store_.items[nextOid_++] = RecordFor(ItemFrom(kind, item), {}, Berlin()).xml;
 }
 
-void SyncWorld::ChangeOnHandheld(ItemKind kind, const TestItem& item) {
-  store_.items[OidNamed(kind, item.name)] = RecordFor(ItemFrom(kind, item), {}, Berlin()).xml;
+void SyncWorld::ChangeOnHandheld(ItemKind kind, const TestItem& item, const TestItem& to) {
+  store_.items[FindOnHandheld(kind, item)] = RecordFor(ItemFrom(kind, to), {}, Berlin()).xml;
 }
 
-void SyncWorld::RemoveFromHandheld(ItemKind kind, const std::string& name) {
-  store_.items.erase(OidNamed(kind, name));
+void SyncWorld::RemoveFromHandheld(ItemKind kind, const TestItem& item) {
+  store_.items.erase(FindOnHandheld(kind, item));
 }
 
 std::vector<TestItem> SyncWorld::Desk(ItemKind kind) const {

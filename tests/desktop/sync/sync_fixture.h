@@ -47,15 +47,16 @@ class SyncWorld {
  public:
   SyncWorld() { options_.folder = directory_ / "desk"; }
 
-  // As a person's program writes, changes and removes it there, by the item's name.
+  // As a person's program writes, changes and removes it there. What is changed or removed must be
+  // there as `item`.
   void AddOnDesk(ItemKind kind, const TestItem& item);
-  void ChangeOnDesk(ItemKind kind, const TestItem& item);
-  void RemoveFromDesk(ItemKind kind, const std::string& name);
-  void RenameFileOnDesk(ItemKind kind, const std::string& name);
+  void ChangeOnDesk(ItemKind kind, const TestItem& item, const TestItem& to);
+  void RemoveFromDesk(ItemKind kind, const TestItem& item);
+  void RenameFileOnDesk(ItemKind kind, const TestItem& item);
   // As a person does it on the handheld.
   void AddOnHandheld(ItemKind kind, const TestItem& item);
-  void ChangeOnHandheld(ItemKind kind, const TestItem& item);
-  void RemoveFromHandheld(ItemKind kind, const std::string& name);
+  void ChangeOnHandheld(ItemKind kind, const TestItem& item, const TestItem& to);
+  void RemoveFromHandheld(ItemKind kind, const TestItem& item);
 
   // Sorted.
   std::vector<TestItem> Desk(ItemKind kind) const;
@@ -75,8 +76,8 @@ class SyncWorld {
  private:
   static SyncOptions Options();
   std::vector<DeskItem> DeskItems(ItemKind kind) const;
-  DeskItem DeskNamed(ItemKind kind, const std::string& name) const;
-  Oid OidNamed(ItemKind kind, const std::string& name) const;
+  DeskItem FindOnDesk(ItemKind kind, const TestItem& item) const;
+  Oid FindOnHandheld(ItemKind kind, const TestItem& item) const;
   std::map<Oid, Item> HandheldItems(ItemKind kind) const;
   void WriteFile(const std::filesystem::path& file, const Item& item) const;
 

@@ -89,17 +89,18 @@ class SyncMatrix : public ::testing::TestWithParam<std::tuple<ItemKind, std::siz
 
   // On the side that it is new on, an item that was known is another one with the same content.
   void Become(bool onDesk, const std::string& what) {
+    const TestItem known{"Ada", "0", {}};
     const TestItem changed{"Ada", onDesk ? "D" : "H", {}};
-    const TestItem replaced{"Ada", IsKnown() ? "0" : changed.first, {}};
+    const TestItem added = IsKnown() ? known : changed;
     const bool removed = what == "deleted" || (what == "new" && IsKnown());
     if (onDesk) {
-      if (what == "changed") world_.ChangeOnDesk(kind_, changed);
-      if (removed) world_.RemoveFromDesk(kind_, "Ada");
-      if (what == "new") world_.AddOnDesk(kind_, replaced);
+      if (what == "changed") world_.ChangeOnDesk(kind_, known, changed);
+      if (removed) world_.RemoveFromDesk(kind_, known);
+      if (what == "new") world_.AddOnDesk(kind_, added);
     } else {
-      if (what == "changed") world_.ChangeOnHandheld(kind_, changed);
-      if (removed) world_.RemoveFromHandheld(kind_, "Ada");
-      if (what == "new") world_.AddOnHandheld(kind_, replaced);
+      if (what == "changed") world_.ChangeOnHandheld(kind_, known, changed);
+      if (removed) world_.RemoveFromHandheld(kind_, known);
+      if (what == "new") world_.AddOnHandheld(kind_, added);
     }
   }
 

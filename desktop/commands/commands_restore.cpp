@@ -1,0 +1,44 @@
+#include "desktop/commands/commands_restore.h"
+
+#include <fmt/format.h>
+
+#include "common/text/text.h"
+#include "desktop/sync/restore.h"
+
+namespace desktop {
+namespace {
+
+int ListRuns(const std::filesystem::path& folder, const Console& console) {
+  for (const SavedRun& run : RestorableRuns(folder)) {
+    console.out << text::Shown(fmt::format("{}  {}\n", run.time, run.what));
+  }
+  FlushOutput(console);
+  return kDone;
+}
+
+int RestoreTime(const ConnectionOptions& connection, const RestoreCommand& command,
+                const Console& console) {
+  RestoreOptions options;
+  options.folder = command.folder;
+  options.time = *command.time;
+  const RestoreResults results = Restore(connection, options);
+  for (const std::string& problem : results.problems) {
+    console.err << text::Shown(problem) << '\n';
+  }
+  console.out << fmt::format("as before {}: {} changed on the desk, {} on the handheld\n",
+                             results.time, results.desk, results.handheld);
+  FlushOutput(console);
+  return results.problems.empty() ? kDone : kPartlyDone;
+}
+
+}  // namespace
+
+int RestoreSync(const ConnectionOptions& connection, const RestoreCommand& command,
+                const Console& console) {
+  return RunGuarded(console, [&] {
+    return command.time ? RestoreTime(connection, command, console)
+                        : ListRuns(command.folder, console);
+  });
+}
+
+}  // namespace desktop
