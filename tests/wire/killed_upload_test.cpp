@@ -165,7 +165,9 @@ class KilledUpload : public WireTest {
     EXPECT_EQ(answered.size(), stored.size()) << "a record that was answered is gone";
   }
 
-  std::mt19937 random_{20080215};
+  // Other ones in each round of --gtest_repeat with --gtest_shuffle.
+  std::mt19937 random_{20080215u +
+                       static_cast<unsigned>(::testing::UnitTest::GetInstance()->random_seed())};
   std::atomic<std::size_t> bytesAnswered_{0};
   int names_ = 0;
   std::vector<SentRecord> sent_;

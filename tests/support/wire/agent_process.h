@@ -40,6 +40,7 @@ class WireTest : public ::testing::Test {
   // From any thread, while nobody stops or waits for the agent.
   void SignalAgent(int signal) { agent_->Kill(signal); }
   int WaitForAgent();  // its exit code
+  pid_t agentProcess() const { return agent_->pid(); }
   HandheldDirectory& handheld();
   // Settings of the handheld; before its first use.
   ce::host::HandheldSettings settings_;
