@@ -39,7 +39,8 @@ class CardEditor {
   bool IsNotWorse(const ContactDifferences& differences) const;
   bool StillConcerns(const CanonicalLine& line, bool missing) const;
 
-  void EditName();
+  enum class Names { kAll, kPlain };
+  void EditName(Names names);
   void EditCategories();
   void EditLines();
   void Replace(const CanonicalLine& gone, const CanonicalLine& wanted);
@@ -51,8 +52,8 @@ class CardEditor {
   void RemoveLabels(const std::vector<CanonicalLine>& changed);
   void NoteTime(std::chrono::sys_seconds when);
 
-  // The lines that say it by themselves, word for word, else in another kind's words.
-  CardLines SayersOf(const CanonicalLine& canonical) const;
+  // The lines that say it by themselves; first those that say it of the same kind alone.
+  std::vector<CardLines> SayersOf(const CanonicalLine& canonical) const;
   // Those without which the card would say it otherwise.
   CardLines CarriersOf(const CanonicalLine& canonical) const;
   CardLines Without(const CardLines& removed) const;
@@ -69,6 +70,14 @@ class CardEditor {
 bool Says(const CardLine& line, const std::string& key) {
   return std::any_of(line.says.begin(), line.says.end(),
                      [&](const CanonicalLine& said) { return said.key == key; });
+}
+
+bool IsNameless(const Contact& contact) {
+  constexpr ContactField kName[] = {ContactField::kTitle, ContactField::kFirstName,
+                                    ContactField::kMiddleName, ContactField::kLastName,
+                                    ContactField::kSuffix};
+  return std::all_of(std::begin(kName), std::end(kName),
+                     [&](ContactField field) { return CommonText(contact[field]).empty(); });
 }
 
 // A name to sort by that follows from the others is none of its own, unless the card has it.
@@ -105,7 +114,7 @@ bool CardEditor::StillConcerns(const CanonicalLine& line, bool missing) const {
   });
 }
 
-CardLines CardEditor::SayersOf(const CanonicalLine& canonical) const {
+std::vector<CardLines> CardEditor::SayersOf(const CanonicalLine& canonical) const {
   CardLines exact;
   CardLines alike;
   for (const CardLineRef& line : lines_) {
@@ -115,7 +124,10 @@ CardLines CardEditor::SayersOf(const CanonicalLine& canonical) const {
                                   [&](const auto& said) { return said.text == canonical.text; });
     if (same) exact.push_back(line);
   }
-  return exact.empty() ? alike : exact;
+  std::vector<CardLines> sayers;
+  if (!exact.empty()) sayers.push_back(exact);
+  if (alike.size() > exact.size()) sayers.push_back(std::move(alike));
+  return sayers;
 }
 
 CardLines CardEditor::CarriersOf(const CanonicalLine& canonical) const {
@@ -165,16 +177,23 @@ CardLines CardEditor::With(const CardLineRef& old, const CardLineRef& replacemen
 }
 
 // What the card calls the contact follows its name: word by word where it has words of its own.
-void CardEditor::EditName() {
+void CardEditor::EditName(Names names) {
   const std::string was = FormattedName(was_);
   const std::string to = FormattedName(to_);
   if (was == to) return;
+  // What no other line says is not to be taken for the name of a person.
+  const std::set<std::string> values = ValuesOf(to_);
+  const bool is40 = card_.version() == formats::VCardVersion::k40;
   for (const CardLineRef& line : CardLines(lines_)) {
     if (!line->IsNamed("FN")) continue;
     const std::string text = TextOf(*line->property);
+    if (names == Names::kPlain && text != was) continue;
     RawLine raw = CardReading::Spelled(*line);
     const std::string name = text == was ? to : FollowName(text, was_, to_).value_or(to);
     raw.value = formats::ContentValue().Add(name).text();
+    if (IsNameless(to_) && !values.contains(CommonText(name))) {
+      raw.parameters.emplace_back(is40 ? "DERIVED=true" : "X-DERIVED=true");
+    }
     Try(With(line, card_.Compose(raw)), Needed::kNotWorse);
   }
 }
@@ -259,10 +278,12 @@ bool CardEditor::ReplacePieces(const CardLines& carriers, const CanonicalLine& w
 }
 
 void CardEditor::Replace(const CanonicalLine& gone, const CanonicalLine& wanted) {
-  CardLines carriers = SayersOf(gone);
-  if (!carriers.empty() && ReplaceAll(carriers, gone, wanted)) return;
+  const std::vector<CardLines> sayers = SayersOf(gone);
+  for (const CardLines& lines : sayers) {
+    if (ReplaceAll(lines, gone, wanted)) return;
+  }
   if (!StillConcerns(gone, false) && !StillConcerns(wanted, true)) return;
-  if (carriers.empty()) carriers = CarriersOf(gone);
+  const CardLines carriers = sayers.empty() ? CarriersOf(gone) : sayers.front();
   if (carriers.size() > 1 && ReplacePieces(carriers, wanted)) return;
   for (const CardLineRef& carrier : carriers) {
     for (const RawLine& raw : CandidatesFor(*carrier, gone, wanted)) {
@@ -273,8 +294,9 @@ void CardEditor::Replace(const CanonicalLine& gone, const CanonicalLine& wanted)
 }
 
 void CardEditor::Remove(const CanonicalLine& gone) {
-  const CardLines sayers = SayersOf(gone);
-  if (!sayers.empty() && Try(Without(sayers), Needed::kBetter)) return;
+  for (const CardLines& lines : SayersOf(gone)) {
+    if (Try(Without(lines), Needed::kBetter)) return;
+  }
   if (!StillConcerns(gone, false)) return;
   const CardLines carriers = CarriersOf(gone);
   if (!carriers.empty() && Try(Without(carriers), Needed::kBetter)) return;
@@ -305,6 +327,14 @@ void CardEditor::Insert(const CanonicalLine& wanted) {
     CardLines lines = lines_;
     lines.insert(lines.begin() + static_cast<std::ptrdiff_t>(place), line);
     if (Try(std::move(lines), Needed::kBetter)) return;
+  }
+  // A line that repeats another one may hold the place.
+  for (const CardLineRef& old : CardLines(lines_)) {
+    if (!old->IsNamed(name) || old->says.empty()) continue;
+    const bool repeats = std::any_of(lines_.begin(), lines_.end(), [&](const CardLineRef& other) {
+      return other != old && other->IsNamed(name) && Says(*other, old->says.front().key);
+    });
+    if (repeats && Try(With(old, line), Needed::kBetter)) return;
   }
 }
 
@@ -349,9 +379,11 @@ EditedPart CardEditor::Edit(std::chrono::sys_seconds when) {
   std::vector<CanonicalLine> gone = CanonicalLines(was_, card_.version());
   std::vector<CanonicalLine> wanted = CanonicalLines(to_, card_.version());
   RemoveCommon(gone, wanted);
-  EditName();
+  EditName(Names::kAll);
   EditCategories();
   EditLines();
+  // That of a company, which would have been a person's name before.
+  EditName(Names::kPlain);
   RemoveLabels(gone);
   if (lines_ != before) NoteTime(when);
   EditedPart edited{CardReading::BytesOf(lines_), {}};

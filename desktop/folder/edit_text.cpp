@@ -9,8 +9,8 @@
 #include "common/formats/lines/vcard_property.h"
 #include "common/text/text.h"
 #include "common/text/unicode.h"
+#include "desktop/folder/calendar_edit.h"
 #include "desktop/folder/card_edit.h"
-#include "desktop/folder/desk_reader.h"
 
 namespace desktop {
 namespace {
@@ -74,6 +74,10 @@ std::size_t TextEdit::BeginOf(std::size_t part) const {
   return parts_.lines[parts_.parts[part].first].begin;
 }
 
+std::string_view TextEdit::TextAt(std::size_t part) const {
+  return std::string_view(file_.text()).substr(BeginOf(part), EndOf(part) - BeginOf(part));
+}
+
 std::size_t TextEdit::EndOf(std::size_t part) const {
   return parts_.lines[parts_.parts[part].last].end;
 }
@@ -101,8 +105,19 @@ std::optional<std::string> TextEdit::Obstacle(const std::vector<std::size_t>& pa
 TextChange TextEdit::Remove(std::size_t line, const Item& item) {
   const std::vector<std::size_t> parts = PartsOf(line);
   if (const std::optional<std::string> obstacle = Obstacle(parts)) return {false, {*obstacle}};
-  if (KindOf(item) != ItemKind::kContact && UidOfPart(parts.front()) != UidOf(item)) {
-    return {false, {"is one of several that the file says together"}};
+  if (KindOf(item) != ItemKind::kContact) {
+    const CalendarContext context = ContextOf(parts, item);
+    const CalendarParts lines = LinesOf(parts);
+    if (!context.Read(lines).others.empty()) {
+      const auto main = std::find(parts.begin(), parts.end(), partAt_.at(line));
+      EditedCalendar edited =
+          RemoveOccurrence(context, lines, static_cast<std::size_t>(main - parts.begin()), item,
+                           StyleOfPart(parts.front()));
+      if (!edited.done) return {false, std::move(edited.losses)};
+      Apply(parts, std::move(edited));
+      touched_.insert(parts.begin(), parts.end());
+      return {true, {}};
+    }
   }
   for (const std::size_t part : parts) {
     Replace(BeginOf(part), EndOf(part), {});
@@ -156,31 +171,54 @@ TextChange TextEdit::Change(std::size_t line, const Item& from, const Item& to) 
     change.losses = std::move(edited.losses);
     Replace(BeginOf(parts.front()), EndOf(parts.front()), std::move(edited.text));
   } else {
-    if (UidOfPart(parts.front()) != UidOf(from)) {
-      return {false, {"is one of several that the file says together"}};
-    }
-    ChangeCalendar(parts, to, change);
+    const auto main = std::find(parts.begin(), parts.end(), partAt_.at(line));
+    change = ChangeCalendar(parts, static_cast<std::size_t>(main - parts.begin()), from, to);
   }
-  touched_.insert(parts.begin(), parts.end());
+  if (change.done) touched_.insert(parts.begin(), parts.end());
   return change;
 }
 
-void TextEdit::ChangeCalendar(const std::vector<std::size_t>& parts, const Item& to,
-                              TextChange& change) {
-  DeskText text = TextOfItem(to, zone_);
-  change.losses = std::move(text.losses);
-  const FileParts written = FindParts(text.bytes);
-  const LineStyle style = StyleOfPart(parts.front());
-  std::string items;
-  for (const FilePart& part : written.parts) {
-    if (!SaysAnItem(part.name)) continue;
-    for (std::size_t i = part.first; i <= part.last; ++i) {
-      items += BytesOf(RawLine::Of(written.lines[i].content.text), style);
-    }
+// The zones that the parts speak of, and nothing else of the file, are what they are read with.
+CalendarContext TextEdit::ContextOf(const std::vector<std::size_t>& parts, const Item& item) const {
+  std::string own;
+  for (const std::size_t part : parts) own += TextAt(part);
+  std::string frame;
+  for (std::size_t i = 0; i < parts_.parts.size(); ++i) {
+    if (parts_.parts[i].name != "VTIMEZONE") continue;
+    const std::string tzid = TextOfLine(i, "TZID");
+    if (!tzid.empty() && own.find(tzid) != std::string::npos) frame += TextAt(i);
   }
-  if (items.find("TZID=" + zone_.name()) != std::string::npos) DefineZone(parts.front(), to);
-  Replace(BeginOf(parts.front()), EndOf(parts.front()), std::move(items));
-  for (std::size_t i = 1; i < parts.size(); ++i) Replace(BeginOf(parts[i]), EndOf(parts[i]), {});
+  return CalendarContext(std::move(frame), zone_, KindOf(item), UidOf(item));
+}
+
+CalendarParts TextEdit::LinesOf(const std::vector<std::size_t>& parts) const {
+  CalendarParts lines;
+  for (const std::size_t part : parts) lines.push_back(LinesOfPart(TextAt(part)));
+  return lines;
+}
+
+void TextEdit::Apply(const std::vector<std::size_t>& parts, EditedCalendar edited) {
+  for (std::size_t i = parts.size(); i < edited.parts.size(); ++i) {
+    edited.parts[parts.size() - 1] += edited.parts[i];
+  }
+  for (std::size_t i = 0; i < parts.size(); ++i) {
+    Replace(BeginOf(parts[i]), EndOf(parts[i]), std::move(edited.parts[i]));
+  }
+}
+
+TextChange TextEdit::ChangeCalendar(const std::vector<std::size_t>& parts, std::size_t main,
+                                    const Item& from, const Item& to) {
+  EditedCalendar edited = EditCalendarItem(ContextOf(parts, from), LinesOf(parts), main, from, to,
+                                           StyleOfPart(parts.front()), when_);
+  if (!edited.done) return {false, std::move(edited.losses)};
+  const std::string named = "TZID=" + zone_.name();
+  const bool zoned = std::any_of(edited.parts.begin(), edited.parts.end(), [&](const auto& text) {
+    return text.find(named) != std::string::npos;
+  });
+  if (zoned) DefineZone(parts.front(), to);
+  TextChange change{true, std::move(edited.losses)};
+  Apply(parts, std::move(edited));
+  return change;
 }
 
 // Behind the zones that the calendar has; all appointments that need it share one definition.

@@ -12,6 +12,8 @@
 #include <vector>
 
 #include "common/calendar/zone.h"
+#include "desktop/folder/calendar_edit.h"
+#include "desktop/folder/calendar_lines.h"
 #include "desktop/folder/file_parts.h"
 #include "desktop/folder/file_text.h"
 #include "desktop/folder/raw_line.h"
@@ -57,7 +59,12 @@ class TextEdit {
   std::size_t BeginOf(std::size_t part) const;
   std::size_t EndOf(std::size_t part) const;
   std::optional<std::string> Obstacle(const std::vector<std::size_t>& parts) const;
-  void ChangeCalendar(const std::vector<std::size_t>& parts, const Item& to, TextChange& change);
+  std::string_view TextAt(std::size_t part) const;
+  CalendarContext ContextOf(const std::vector<std::size_t>& parts, const Item& item) const;
+  CalendarParts LinesOf(const std::vector<std::size_t>& parts) const;
+  TextChange ChangeCalendar(const std::vector<std::size_t>& parts, std::size_t main,
+                            const Item& from, const Item& to);
+  void Apply(const std::vector<std::size_t>& parts, EditedCalendar edited);
   void DefineZone(std::size_t part, const Item& written);
   LineStyle StyleOfPart(std::size_t part) const;
   void Replace(std::size_t begin, std::size_t end, std::string text);

@@ -25,6 +25,14 @@ bool IsEmptyLine(std::string_view line) {
   return line.find_first_not_of(" \t\r\n") == std::string_view::npos;
 }
 
+// Whether a value that begins in the first line is quoted-printable and goes on behind the last.
+bool EndsSoftly(std::string_view first, std::string_view last) {
+  const std::size_t end = last.find_last_not_of(" \t\r\n");
+  return end != std::string_view::npos && last[end] == '=' &&
+         text::ToUpperAscii(first.substr(0, first.find(':'))).find("QUOTED-PRINTABLE") !=
+             std::string::npos;
+}
+
 // The name behind "BEGIN:", in upper case; empty for another line.
 std::string MarkedPart(std::string_view line, std::string_view marker) {
   if (line.starts_with("\xEF\xBB\xBF")) line.remove_prefix(3);  // of a file that was appended
@@ -108,10 +116,13 @@ FileParts FindParts(std::string_view text) {
     const std::size_t first = file.lines[i].content.line - 1;
     std::size_t after =
         i + 1 < file.lines.size() ? file.lines[i + 1].content.line - 1 : begins.size() - 1;
-    while (after > first + 1 &&
-           IsEmptyLine(text.substr(begins[after - 1], begins[after] - begins[after - 1]))) {
-      --after;
-    }
+    const std::size_t next = after;
+    const auto physical = [&](std::size_t n) {
+      return text.substr(begins[n], begins[n + 1] - begins[n]);
+    };
+    while (after > first + 1 && IsEmptyLine(physical(after - 1))) --after;
+    // An empty line is what a soft line break joins to the one before it.
+    if (after < next && EndsSoftly(physical(first), physical(after - 1))) ++after;
     file.lines[i].end = begins[after];
   }
   PartFinder finder(file);

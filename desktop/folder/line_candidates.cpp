@@ -141,11 +141,13 @@ std::vector<RawLine> CandidatesFor(const CardLine& line, const CanonicalLine& go
   const std::string& to = wanted.line.value;
   if (from != to) {
     if (spelled.value == WithoutHyphens(from)) add(WithoutHyphens(to));
-    add(WithComponents(spelled.value, from, to));
-    const std::size_t at = from.empty() ? std::string::npos : spelled.value.find(from);
+    // A number within an address would leave the address ill-formed.
+    const bool whole = from.empty() || spelled.Is("TEL");
+    const std::size_t at = whole ? std::string::npos : spelled.value.find(from);
     if (at != std::string::npos && spelled.value.find(from, at + 1) == std::string::npos) {
       add(spelled.value.substr(0, at) + to + spelled.value.substr(at + from.size()));
     }
+    add(WithComponents(spelled.value, from, to));
     add(to);
   }
   candidates.push_back(wanted.line);
