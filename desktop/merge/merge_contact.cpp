@@ -116,8 +116,11 @@ std::string TypedFileAs(const Contact& contact) {
   return SameText(text, DerivedFileAs(contact)) ? std::string() : text;
 }
 
-bool HasDerivedFileAs(const Contact& contact) {
-  return !contact[ContactField::kFileAs].empty() && TypedFileAs(contact).empty();
+// Nobody typed it: it is as it would be derived, or was so before the name alone has changed.
+bool HasUntypedFileAs(const Contact& base, const Contact& current) {
+  const bool stale = SameText(base[ContactField::kFileAs], current[ContactField::kFileAs]) &&
+                     TypedFileAs(base).empty();
+  return TypedFileAs(current).empty() || stale;
 }
 
 // After the name and the company, from which it is derived.
@@ -143,14 +146,15 @@ void MergeFileAs(const Versions<Contact>& versions, MergeConflicts& conflicts) {
         [](const Contact& contact) { return Words(contact[kFileAs]); }, conflicts);
   }
   if (flow != Flow::kNone) return;
-  const auto follow = [](const Contact& own, const Contact& other, Contact& out) {
-    if (HasDerivedFileAs(own) && TypedFileAs(other).empty() &&
-        DerivedFileAs(own) != DerivedFileAs(out)) {
-      out[kFileAs] = DerivedFileAs(out);
+  if (!HasUntypedFileAs(versions.winnerBase, versions.winner) ||
+      !HasUntypedFileAs(versions.loserBase, versions.loser)) {
+    return;
+  }
+  for (Contact* const out : {&versions.winnerOut, &versions.loserOut}) {
+    if (!(*out)[kFileAs].empty() && !TypedFileAs(*out).empty()) {
+      (*out)[kFileAs] = DerivedFileAs(*out);
     }
-  };
-  follow(versions.winner, versions.loser, versions.winnerOut);
-  follow(versions.loser, versions.winner, versions.loserOut);
+  }
 }
 
 }  // namespace

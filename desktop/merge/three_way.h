@@ -44,7 +44,8 @@ struct Merged {
 // and end), whether and when a task was completed, the pattern of a series. Categories are taken by
 // entry; so are e-mail addresses and the numbers of a kind, which take free slots where both sides
 // added some; so are the exceptions of a series, by day, and of a changed occurrence what is
-// otherwise than the series, field by field. A FileAs that is derived follows the name.
+// otherwise than the series, field by field. A FileAs that nobody typed
+// follows the name, on the side too where the name was changed without it.
 Merged Merge(const MergeSides& sides, Winner winner, const PhoneNumbers& numbers);
 
 }  // namespace desktop

@@ -273,6 +273,14 @@ TEST(ContactMerge, ADerivedFileAsFollowsTheName) {
   EXPECT_EQ(merged.conflicts, Conflicts());
 }
 
+TEST(ContactMerge, AFileAsThatWasLeftBehindFollowsTheNameOnBothSides) {
+  const Contact base = Set(EvaBerg(), Field::kFileAs, "Berg, Eva");
+  const Contact renamed = Set(base, Field::kLastName, "Hill");
+  const Contact expected = Set(renamed, Field::kFileAs, "Hill, Eva");
+  ExpectAgreed(MergeOf(base, renamed, base), expected);
+  ExpectAgreed(MergeOf(base, base, renamed), expected);
+}
+
 TEST(ContactMerge, ATypedFileAsStaysWhenTheNameChanges) {
   const Contact base = Set(EvaBerg(), Field::kFileAs, "Evi");
   const Contact desk = Set(base, Field::kLastName, "Hill");
