@@ -99,7 +99,7 @@ TEST_F(DesktopSync, TakesAnEditFromEachSideToTheOther) {
   Import({"people.vcf"});
   StartAgent(Path("handheld"));
   ASSERT_EQ(Sync().code, 0);
-  Replace(FileWith("Okafor"), "Amara", "Amarachi");
+  Replace(FileWith("Okafor"), ";Amara;", ";Amarachi;");
   const std::string file = File("edit.xml",
                                 "<root><CONTACT Oid=\"2\"><FIRST_NAME>Ken</FIRST_NAME>"
                                 "<LAST_NAME>Morishita</LAST_NAME></CONTACT></root>");
@@ -121,7 +121,7 @@ TEST_F(DesktopSync, PrintsTheVeryPlanInADryRunAndChangesNoByte) {
   EXPECT_TRUE(Folder().empty());
   EXPECT_EQ(Sync().out, firstDry.out);
 
-  Replace(FileWith("Okafor"), "Amara", "Amarachi");
+  Replace(FileWith("Okafor"), ";Amara;", ";Amarachi;");
   fs::remove(FileWith("Morishita"));
   const auto files = Folder();
   const std::string contacts = Pulled("contacts");
