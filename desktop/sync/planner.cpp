@@ -124,6 +124,10 @@ class Planner {
     Action action = Begin(pair, Happening::kAdd);
     Item item = ItemOf(*pair.handheld, policy_.zone);
     SetUid(item, formats::NewUid());
+    // Who changes the name on the desk then need not change that, too.
+    if (auto* contact = std::get_if<formats::Contact>(&item)) {
+      *contact = formats::WithoutDerivedFileAs(std::move(*contact));
+    }
     action.desk = Effect::kAdd;
     action.deskTo = Keep(std::move(item));
     Put(std::move(action));

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <optional>
 #include <random>
+#include <utility>
 #include <vector>
 
 #include "common/formats/items/item_json.h"
@@ -86,6 +87,12 @@ Contact WithFileAs(Contact contact) {
   } else {
     fileAs = contact[ContactField::kCompanyName];
   }
+  return contact;
+}
+
+Contact WithoutDerivedFileAs(Contact contact) {
+  const std::string fileAs = std::exchange(contact[ContactField::kFileAs], {});
+  if (WithFileAs(contact)[ContactField::kFileAs] != fileAs) contact[ContactField::kFileAs] = fileAs;
   return contact;
 }
 

@@ -29,6 +29,8 @@ class Digest {
 
 // With a FileAs as a handheld derives it when the contact has none: "Last, First", or the company.
 Contact WithFileAs(Contact contact);
+// Without a FileAs that is as derived.
+Contact WithoutDerivedFileAs(Contact contact);
 
 std::string ContentHash(std::string_view bytes);
 // Of everything but the UID, the FileAs as WithFileAs gives it.

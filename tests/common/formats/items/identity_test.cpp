@@ -122,5 +122,25 @@ INSTANTIATE_TEST_SUITE_P(
         CallChange{"Direction", [](auto& c) { c.outgoing = true; }, false}),
     [](const auto& test) { return std::string(test.param.name); });
 
+TEST(FileAs, IsLeftOutWhereItIsAsDerived) {
+  const auto left = [](std::string first, std::string last, std::string company,
+                       std::string fileAs) {
+    Contact contact;
+    contact[ContactField::kFirstName] = std::move(first);
+    contact[ContactField::kLastName] = std::move(last);
+    contact[ContactField::kCompanyName] = std::move(company);
+    contact[ContactField::kFileAs] = std::move(fileAs);
+    const Contact bare = WithoutDerivedFileAs(contact);
+    EXPECT_EQ(WithFileAs(bare), WithFileAs(contact));
+    return bare[ContactField::kFileAs];
+  };
+  EXPECT_EQ(left("Anna", "Berg", "", "Berg, Anna"), "");
+  EXPECT_EQ(left("Anna", "", "Yard", "Anna"), "");
+  EXPECT_EQ(left("", "", "Yard", "Yard"), "");
+  EXPECT_EQ(left("Anna", "Berg", "", "Anna Berg"), "Anna Berg");
+  EXPECT_EQ(left("", "", "", "Anna"), "Anna");
+  EXPECT_EQ(left("Anna", "Berg", "", ""), "");
+}
+
 }  // namespace
 }  // namespace formats::testing
