@@ -4,7 +4,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
@@ -12,7 +11,6 @@
 #include <ostream>
 #include <set>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "agent/core/listener.h"
@@ -22,6 +20,7 @@
 #include "common/text/unicode.h"
 #include "handheld/base/com_object.h"
 #include "handheld/network/socket_table.h"
+#include "handheld/network/socket_watcher.h"
 #include "handheld/store/store_check.h"
 #include "handheld/system/memory.h"
 #include "tests/support/call_filler.h"
@@ -207,16 +206,9 @@ class WholeRequestFaults : public ::testing::TestWithParam<WholeRequest> {
     }
   }
 
-  // The platform closes a connection once it sees that the desktop has closed its end.
-  static void AwaitClosedSockets() {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    while (ce::host::OpenSocketCount() > 0 && std::chrono::steady_clock::now() < end) {
-      std::this_thread::yield();
-    }
-  }
-
   void ExpectNothingLeft() {
-    AwaitClosedSockets();
+    // The platform closes connections on a thread of its own, whose descriptors do not count.
+    ce::host::StopSocketWatcher();
     EXPECT_EQ(ce::host::LiveComObjects(), 0);
     EXPECT_EQ(ce::host::LiveLocalBlocks(), blocks_);
     EXPECT_EQ(ce::host::OpenSocketCount(), 0u);
@@ -266,7 +258,7 @@ TEST_P(WholeRequestFaults, AreToldAndLeaveNothing) {
   ASSERT_EQ(Lasting(Serve(GetParam())), whole_) << "the same request has the same answer";
   names_ = Names();
   blocks_ = ce::host::LiveLocalBlocks();
-  AwaitClosedSockets();
+  ce::host::StopSocketWatcher();
   descriptors_ = OpenDescriptors();
   Sweep(Failing::kOnce);
   Sweep(Failing::kFromThen);
