@@ -20,6 +20,7 @@ template <typename T, typename Chosen>
 CLI::Option* AddChoice(CLI::App& command, const std::string& name, Chosen& chosen,
                        const std::map<std::string, T>& choices, const std::string& help) {
   std::vector<std::string> words;
+  words.reserve(choices.size());
   for (const auto& choice : choices) words.push_back(choice.first);
   return command
       .add_option_function<std::string>(

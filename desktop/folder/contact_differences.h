@@ -3,6 +3,7 @@
 
 #include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "common/formats/items/contact.h"
@@ -33,7 +34,10 @@ struct ContactDifference {
   std::string field;
   bool missing = false;  // else it is there and should not be
   std::string value;
-  friend auto operator<=>(const ContactDifference&, const ContactDifference&) = default;
+  friend bool operator==(const ContactDifference&, const ContactDifference&) = default;
+  friend bool operator<(const ContactDifference& a, const ContactDifference& b) {
+    return std::tie(a.field, a.missing, a.value) < std::tie(b.field, b.missing, b.value);
+  }
 };
 using ContactDifferences = std::set<ContactDifference>;
 

@@ -105,7 +105,7 @@ FileBytes ReadPlainFile(const fs::path& path) {
 
 fs::path MoveToFreeName(const fs::path& file, const fs::path& target) {
   for (std::size_t attempt = 1; attempt <= kMostNames; ++attempt) {
-    const fs::path name = NumberedName(target, attempt);
+    fs::path name = NumberedName(target, attempt);
     if (link(file.c_str(), name.c_str()) == 0) {
       files::SyncDirectoryOf(name);
       if (unlink(file.c_str()) != 0) {
@@ -121,7 +121,7 @@ fs::path MoveToFreeName(const fs::path& file, const fs::path& target) {
       Fail("move", file, errno);
     }
     // A file system without links, or another one.
-    const fs::path written = WriteToFreeName(ReadPlainFile(file).bytes, target);
+    fs::path written = WriteToFreeName(ReadPlainFile(file).bytes, target);
     if (unlink(file.c_str()) != 0) {
       const int error = errno;
       unlink(written.c_str());
@@ -135,7 +135,7 @@ fs::path MoveToFreeName(const fs::path& file, const fs::path& target) {
 
 fs::path WriteToFreeName(std::string_view bytes, const fs::path& target) {
   for (std::size_t attempt = 1; attempt <= kMostNames; ++attempt) {
-    const fs::path name = NumberedName(target, attempt);
+    fs::path name = NumberedName(target, attempt);
     std::error_code ignored;
     if (fs::exists(fs::symlink_status(name, ignored))) continue;
     files::AtomicFile file(name);

@@ -89,8 +89,7 @@ std::string CommonText(std::string text) {
 }
 
 Item CommonForm(Item item) {
-  return std::visit([](auto&& each) { return Item(CommonFormOf(std::move(each))); },
-                    std::move(item));
+  return std::visit([](auto& each) { return Item(CommonFormOf(std::move(each))); }, item);
 }
 
 bool SameText(std::string_view a, std::string_view b) {

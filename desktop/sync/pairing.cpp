@@ -104,8 +104,10 @@ class Pairer {
       if (each.desk != nullptr && each.handheld == nullptr) withoutHandheld.push_back(&each);
     }
     std::vector<const HandheldItem*> handhelds;
+    handhelds.reserve(withoutDesk.size());
     for (const Pairing* each : withoutDesk) handhelds.push_back(each->handheld);
     std::vector<const DeskItem*> desks;
+    desks.reserve(withoutHandheld.size());
     for (const Pairing* each : withoutHandheld) desks.push_back(each->desk);
     const auto ignore = [](std::size_t, std::size_t) {};
     ForEachJoin(
@@ -148,8 +150,10 @@ class Pairer {
                    const OnUnsure& onUnsure) const {
     if (desks.empty() || handhelds.empty()) return;
     std::vector<Item> deskItems;
+    deskItems.reserve(desks.size());
     for (const DeskItem* each : desks) deskItems.push_back(each->item);
     std::vector<Item> handheldItems;
+    handheldItems.reserve(handhelds.size());
     for (const HandheldItem* each : handhelds) handheldItems.push_back(ItemOf(*each, zone_));
     const Joins joins = FindJoins(deskItems, handheldItems, numbers_);
     for (const Join& join : joins.sure) onSure(join.desk, join.handheld);

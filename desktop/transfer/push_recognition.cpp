@@ -102,6 +102,7 @@ class KindRecognition {
 
   void Join(const std::vector<const PushRecord*>& records, const PhoneNumbers& numbers) {
     std::vector<Item> desk;
+    desk.reserve(records.size());
     for (const PushRecord* record : records) desk.push_back(ItemOf(ElementOf(*record)));
     std::vector<Item> handheld;
     std::vector<const Stranger*> left;

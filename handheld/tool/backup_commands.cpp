@@ -61,7 +61,7 @@ class BackupWriter {
   }
 
   // Of a file that grows meanwhile, what it had; one that shrinks ends in zeros.
-  void AddFile(ArchiveEntry entry, const fs::path& from) {
+  void AddFile(const ArchiveEntry& entry, const fs::path& from) {
     const UniqueFd file(::open(from.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
     if (!file) FailOn(from, "read");
     Begin(entry);

@@ -60,7 +60,7 @@ class FileWalk {
     for (const fs::directory_entry& each : fs::directory_iterator(root_ / path))
       names.push_back(each.path().filename().string());
     std::ranges::sort(names);
-    for (const std::string& name : names) Enter(path + '/' + name);
+    for (const std::string& name : names) Enter((fs::path(path) / name).string());
   }
 
   void LeaveOut(const std::string& path, const char* what) {

@@ -11,6 +11,7 @@
 #include <thread>
 #include <vector>
 
+#include "tests/support/sanitizers.h"
 #include "tests/support/wire/agent_process.h"
 
 namespace corvane::testing {
@@ -119,6 +120,9 @@ TEST_F(Crowd, OfThoseWhoVanishAtEveryByte) {
   ExpectAllGivenBack();
 }
 
+// A sanitizer holds back what is freed, up to a bound of its own.
+constexpr std::size_t kHeldBack = kAddressSanitizer || kThreadSanitizer ? 256 << 20 : 0;
+
 TEST_F(Crowd, OfThoseWhoComeAfterEachOther) {
   const int requests = std::getenv("CORVANE_CROWD") ? 500'000 : 2'500;
   const int warm = requests / 10;
@@ -128,7 +132,7 @@ TEST_F(Crowd, OfThoseWhoComeAfterEachOther) {
     ASSERT_EQ(CallBuffered({.function = "GetVolumeCount"}).status, 0u) << i;
   }
   ExpectAllGivenBack();
-  EXPECT_LT(ResidentBytes(), resident + (4u << 20));
+  EXPECT_LT(ResidentBytes(), resident + (4u << 20) + kHeldBack);
 }
 
 }  // namespace

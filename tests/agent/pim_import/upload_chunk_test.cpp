@@ -11,6 +11,7 @@
 #include "handheld/base/fault.h"
 #include "handheld/base/upload_memory.h"
 #include "tests/support/byte_array.h"
+#include "tests/support/sanitizers.h"
 #include "tests/support/upload_runs.h"
 
 namespace corvane::testing {
@@ -93,16 +94,7 @@ TEST_F(UploadChunks, GrowWithTheBytesThatArrive) {
 }
 
 // What a sanitizer writes down of memory that is allocated and never touched.
-constexpr std::size_t kShadow =
-#if defined(__has_feature)
-#if __has_feature(thread_sanitizer)
-    160 << 20;
-#else
-    0;
-#endif
-#else
-    0;
-#endif
+constexpr std::size_t kShadow = testing::kThreadSanitizer ? 160 << 20 : 0;
 
 TEST_F(UploadChunks, CostNothingBeforeTheyArrive) {
   ForgetPeakMemory();
