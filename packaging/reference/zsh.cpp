@@ -3,14 +3,14 @@
 namespace reference {
 namespace {
 
-// In a specification, where a colon and a bracket end a part.
-std::string Part(const std::string& text) {
-  std::string part;
+// As an argument of _arguments has it, where a colon and a bracket end a field.
+std::string Escaped(const std::string& text) {
+  std::string escaped;
   for (const char c : text) {
-    if (c == ':' || c == '[' || c == ']' || c == '\\') part += '\\';
-    part += c;
+    if (c == ':' || c == '[' || c == ']' || c == '\\') escaped += '\\';
+    escaped += c;
   }
-  return part;
+  return escaped;
 }
 
 std::string ListEntry(const Command& command) {
@@ -34,11 +34,11 @@ std::string Action(const Option& option) {
   return " ";
 }
 
-std::string OptionSpecification(const Option& option, const std::string& name) {
+std::string OptionEntry(const Option& option, const std::string& name) {
   const std::string others = option.many ? "*" : "(" + Joined(option.names) + ")";
-  std::string specification = others + name + '[' + Part(option.description) + ']';
-  if (!option.value.empty()) specification += ':' + Part(option.value) + ':' + Action(option);
-  return specification;
+  std::string entry = others + name + '[' + Escaped(option.description) + ']';
+  if (!option.value.empty()) entry += ':' + Escaped(option.value) + ':' + Action(option);
+  return entry;
 }
 
 std::string FunctionOf(const Program& program, const Command& command) {
@@ -63,13 +63,13 @@ std::string CommandFunction(const Program& program, const Command& command) {
                      "() {\n  local curcontext=\"$curcontext\" state line\n  _arguments -C";
   for (const Option& option : OptionsOf(program, command)) {
     for (const std::string& name : option.names)
-      text += " \\\n    " + Quoted(OptionSpecification(option, name));
+      text += " \\\n    " + Quoted(OptionEntry(option, name));
   }
   for (std::size_t i = 0; i < command.arguments.size(); ++i) {
     const Option& argument = command.arguments[i];
     const std::string place = argument.many ? "*" : std::to_string(i + 1);
     text += " \\\n    " + Quoted(place + (argument.required || argument.many ? ":" : "::") +
-                                 Part(argument.names.front()) + ':' + Action(argument));
+                                 Escaped(argument.names.front()) + ':' + Action(argument));
   }
   if (!below.empty()) text += " \\\n    '1: :->command' \\\n    '*:: :->rest'";
   text += '\n';
