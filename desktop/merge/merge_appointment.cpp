@@ -4,7 +4,6 @@
 
 #include "common/calendar/pattern_words.h"
 #include "common/calendar/wall_time.h"
-#include "common/formats/items/normal_form.h"
 #include "desktop/merge/entry_merge.h"
 #include "desktop/merge/exception_merge.h"
 #include "desktop/merge/field_words.h"
@@ -19,7 +18,6 @@ using formats::Appointment;
 using formats::DayOf;
 using formats::local_days;
 using formats::Series;
-using formats::SeriesEnd;
 
 using Rule = std::optional<Pattern>;
 
@@ -136,17 +134,8 @@ void MergeNormalized(const Versions<Appointment>& versions, MergeConflicts& conf
 }  // namespace
 
 void MergeAppointment(const Versions<Appointment>& versions, MergeConflicts& conflicts) {
-  const auto normal = [](const Appointment& each) { return Normalized(each, SeriesEnd::kCount); };
-  const Appointment winnerBase = normal(versions.winnerBase);
-  const Appointment winner = normal(versions.winner);
-  const Appointment loserBase = normal(versions.loserBase);
-  const Appointment loser = normal(versions.loser);
-  versions.winnerOut = winner;
-  versions.loserOut = loser;
-  MergeNormalized({winnerBase, winner, loserBase, loser, versions.winnerOut, versions.loserOut},
-                  conflicts);
-  versions.winnerOut = normal(versions.winnerOut);
-  versions.loserOut = normal(versions.loserOut);
+  MergeAsNormal(versions,
+                [&](const Versions<Appointment>& each) { MergeNormalized(each, conflicts); });
 }
 
 }  // namespace desktop

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "common/calendar/pattern_words.h"
-#include "common/formats/items/normal_form.h"
 #include "desktop/merge/entry_merge.h"
 #include "desktop/merge/field_words.h"
 #include "desktop/merge/item.h"
@@ -15,7 +14,6 @@ namespace {
 
 using formats::Importance;
 using formats::local_days;
-using formats::SeriesEnd;
 using formats::Task;
 
 template <typename Member, typename ToWords>
@@ -104,17 +102,8 @@ void MergeNormalizedTask(const Versions<Task>& versions, MergeConflicts& conflic
 }  // namespace
 
 void MergeTask(const Versions<Task>& versions, MergeConflicts& conflicts) {
-  const auto normal = [](const Task& each) { return Normalized(each, SeriesEnd::kCount); };
-  const Task winnerBase = normal(versions.winnerBase);
-  const Task winner = normal(versions.winner);
-  const Task loserBase = normal(versions.loserBase);
-  const Task loser = normal(versions.loser);
-  versions.winnerOut = winner;
-  versions.loserOut = loser;
-  MergeNormalizedTask({winnerBase, winner, loserBase, loser, versions.winnerOut, versions.loserOut},
-                      conflicts);
-  versions.winnerOut = normal(versions.winnerOut);
-  versions.loserOut = normal(versions.loserOut);
+  MergeAsNormal(versions,
+                [&](const Versions<Task>& each) { MergeNormalizedTask(each, conflicts); });
 }
 
 }  // namespace desktop

@@ -11,13 +11,7 @@ using ::testing::HasSubstr;
 
 class BesideAgent : public ToolTest {
  protected:
-  void SetUp() override {
-    handheld_ = MakeHandheld();
-    ASSERT_EQ(Device({"import", handheld_, Sample("people.vcf"), Sample("calendar.ics"),
-                      Sample("phone-backup.xml"), Sample("phone-calls.xml")})
-                  .code,
-              0);
-  }
+  void SetUp() override { handheld_ = MakeFilledHandheld(); }
 
   // The same with and without an agent.
   void ExpectSame(const Arguments& command) {

@@ -16,11 +16,7 @@ using ::testing::HasSubstr;
 class DeviceBackup : public ToolTest {
  protected:
   void SetUp() override {
-    handheld_ = MakeHandheld();
-    ASSERT_EQ(Device({"import", handheld_, Sample("people.vcf"), Sample("calendar.ics"),
-                      Sample("phone-backup.xml"), Sample("phone-calls.xml")})
-                  .code,
-              0);
+    handheld_ = MakeFilledHandheld();
     fs::create_directory(Path("card"));
     ASSERT_EQ(Device({"card", handheld_, "add", "Card", Path("card")}).code, 0);
     ASSERT_EQ(Device({"note", handheld_, "add", File("note.txt", "A note"), "n.txt"}).code, 0);

@@ -94,6 +94,14 @@ std::string ToolTest::MakeHandheld(const std::string& name, const std::string& l
   return Path(name);
 }
 
+std::string ToolTest::MakeFilledHandheld() const {
+  std::string handheld = MakeHandheld();
+  const Ended filled = Device({"import", handheld, Sample("people.vcf"), Sample("calendar.ics"),
+                               Sample("phone-backup.xml"), Sample("phone-calls.xml")});
+  if (filled.code != 0) throw std::runtime_error("nothing imported: " + filled.err);
+  return handheld;
+}
+
 std::string ToolTest::Contacts(const std::string& handheld) const {
   const Ended shown = Device({"show", handheld, "contacts", "--json"});
   if (shown.code != 0) throw std::runtime_error("nothing to show: " + shown.err);

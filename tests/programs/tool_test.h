@@ -60,6 +60,8 @@ class ToolTest : public ::testing::Test {
   // A handheld made by corvane-device; its directory.
   std::string MakeHandheld(const std::string& name = "handheld",
                            const std::string& language = "en-US") const;
+  // With people, a calendar, messages and calls.
+  std::string MakeFilledHandheld() const;
   std::string Contacts(const std::string& handheld) const;  // as JSON
   // The path of a new file in the test's directory.
   std::string File(const std::string& name, std::string_view content) const;
