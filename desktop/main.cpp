@@ -31,6 +31,7 @@
 #include "desktop/commands/commands_restore.h"
 #include "desktop/commands/commands_sync.h"
 #include "desktop/commands/commands_time.h"
+#include "desktop/commands/sync_targets.h"
 #include "desktop/config/pair.h"
 #include "desktop/wire/target.h"
 #include "desktop/wire/xml_records.h"
@@ -62,7 +63,7 @@ struct CommandLine {
   SyncCommand sync;
   PlaceOptions place;
   PairOptions pair;
-  std::set<RecordKind> pairKinds{std::begin(kPairKinds), std::end(kPairKinds)};
+  std::set<RecordKind> kinds{std::begin(kPairKinds), std::end(kPairKinds)};
   RestoreCommand restore;
   RecordKind keys = RecordKind::kContacts;
   std::optional<UtcTime> time;
@@ -148,7 +149,7 @@ void AddPair(CLI::App& app, CommandLine& line) {
           "The handheld's time zone, such as Europe/Berlin; asked for when it is left out");
   AddCountry(command, line.pair.country,
              "Where telephone numbers without a country are dialled, such as DE");
-  AddKinds(command, line.pairKinds);
+  AddKinds(command, line.kinds);
   std::map<std::string, std::string> policies;
   for (const std::string_view policy : kPairPolicies) policies.emplace(policy, policy);
   AddChoice<std::string>(command, "--conflict", line.pair.policy, policies,
@@ -156,9 +157,9 @@ void AddPair(CLI::App& app, CommandLine& line) {
                          "keep-both, desk, handheld or ask")
       ->type_name("POLICY");
   command.callback([&line, &command, run = ToRun(line, WritePairWith, line.place, line.pair)] {
-    const bool all = line.pairKinds.size() == std::size(kPairKinds);
+    const bool all = line.kinds.size() == std::size(kPairKinds);
     if (command.count("--kinds") > 0) {
-      line.pair.kinds = all ? std::set<RecordKind>() : line.pairKinds;
+      line.pair.kinds = all ? std::set<RecordKind>() : line.kinds;
     }
     run();
   });
@@ -237,48 +238,48 @@ void AddDelete(CLI::App& app, CommandLine& line) {
 }
 
 void AddSync(CLI::App& app, CommandLine& line) {
-  CLI::App& command = *app.add_subcommand("sync", "A folder and the handheld, brought in step");
-  SyncOptions& sync = line.sync.sync;
+  CLI::App& command =
+      *app.add_subcommand("sync", "A folder and the handheld, brought in step; or all pairs");
+  SyncChoices& choices = line.sync.choices;
   command
-      .add_option(
-          "folder", sync.folder,
-          "With contacts/, calendar/, tasks/, messages/ and calls/; what is missing is made")
-      ->required()
-      ->type_name("FOLDER");
-  AddZone(command, sync.zone,
+      .add_option("what", line.sync.what,
+                  "A pair, or a folder with contacts/, calendar/, tasks/, messages/ and calls/, of "
+                  "which what is missing is made; all pairs when left out")
+      ->type_name("NAME|FOLDER");
+  AddZone(command, line.place.zone,
           "The handheld's time zone, such as Europe/Berlin; remembered from then on");
-  AddKinds(command, sync.kinds);
-  AddChoice<ConflictPolicy>(command, "--conflict", sync.conflict,
-                            {{"keep-both", ConflictPolicy::kKeepBoth},
-                             {"desk", ConflictPolicy::kDesk},
-                             {"handheld", ConflictPolicy::kHandheld},
-                             {"ask", ConflictPolicy::kAsk}},
+  AddKinds(command, line.kinds);
+  AddChoice<ConflictPolicy>(command, "--conflict", choices.conflict, kConflictPolicies,
                             "What becomes of an item in which both sides have changed the same: "
                             "keep-both (the default), desk, handheld or ask")
       ->type_name("POLICY");
-  AddCountry(command, sync.country,
+  AddCountry(command, line.place.country,
              "Where telephone numbers without a country are dialled, such as DE; remembered from "
              "then on, the locale's by default");
-  command.add_flag("--allow-deletions", sync.allowDeletions,
+  command.add_flag("--allow-deletions", choices.allowDeletions,
                    "Even when most of a side, or all of it, is gone");
-  command.add_flag("--dry-run", sync.dryRun, "Show what would be done, change nothing");
+  command.add_flag("--dry-run", choices.dryRun, "Show what would be done, change nothing");
   command.add_flag("--json", line.sync.json, "The plan and what became of it as JSON");
   command.add_flag("-q,--quiet", line.sync.quiet, "Only what went wrong");
   command.add_flag("-v,--verbose", line.sync.verbose, "Each notice by itself");
-  command.callback(ToRun(line, Sync, line.sync));
+  command.footer("A folder that has the name of a pair is meant by ./NAME.");
+  command.callback([&line, &command, run = ToRun(line, Sync, line.place, line.sync)] {
+    if (command.count("--kinds") > 0) line.sync.choices.kinds = line.kinds;
+    run();
+  });
 }
 
 void AddRestore(CLI::App& app, CommandLine& line) {
   CLI::App& command = *app.add_subcommand(
       "restore", "A folder and the handheld, brought back to what they were before a sync");
-  command.add_option("folder", line.restore.folder, "That has been synchronised")
+  command.add_option("what", line.restore.what, "A pair, or a folder that has been synchronised")
       ->required()
-      ->type_name("FOLDER");
+      ->type_name("NAME|FOLDER");
   command
       .add_option("time", line.restore.time,
                   "As it is listed when left out, or latest for the last sync")
       ->type_name("TIME");
-  command.callback(ToRun(line, RestoreSync, line.restore));
+  command.callback(ToRun(line, RestoreSync, line.place, line.restore));
 }
 
 void AddKeys(CLI::App& app, CommandLine& line) {

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "common/text/text.h"
+#include "desktop/commands/sync_targets.h"
 #include "desktop/sync/restore.h"
 
 namespace desktop {
@@ -16,12 +17,11 @@ int ListRuns(const std::filesystem::path& folder, const Console& console) {
   return kDone;
 }
 
-int RestoreTime(const ConnectionOptions& connection, const RestoreCommand& command,
-                const Console& console) {
+int RestoreTime(const SyncTarget& target, const std::string& time, const Console& console) {
   RestoreOptions options;
-  options.folder = command.folder;
-  options.time = *command.time;
-  const RestoreResults results = Restore(connection, options);
+  options.folder = target.sync.folder;
+  options.time = time;
+  const RestoreResults results = Restore(target.connection, options);
   for (const std::string& problem : results.problems) {
     console.err << text::Shown(problem) << '\n';
   }
@@ -33,11 +33,12 @@ int RestoreTime(const ConnectionOptions& connection, const RestoreCommand& comma
 
 }  // namespace
 
-int RestoreSync(const ConnectionOptions& connection, const RestoreCommand& command,
-                const Console& console) {
+int RestoreSync(const ConnectionOptions& connection, const PlaceOptions& place,
+                const RestoreCommand& command, const Console& console) {
   return RunGuarded(console, [&] {
-    return command.time ? RestoreTime(connection, command, console)
-                        : ListRuns(command.folder, console);
+    const SyncTarget target = TargetOf(command.what, connection, place, {}, console);
+    return command.time ? RestoreTime(target, *command.time, console)
+                        : ListRuns(target.sync.folder, console);
   });
 }
 

@@ -42,6 +42,10 @@ class Tally {
   std::vector<Row> rows_;
 };
 
+std::string TextOf(const ordered_json& object) {
+  return object.dump(2, ' ', false, ordered_json::error_handler_t::replace);
+}
+
 ordered_json ToJson(const std::vector<FieldConflict>& conflicts) {
   ordered_json array = ordered_json::array();
   for (const FieldConflict& each : conflicts) {
@@ -134,18 +138,25 @@ std::string ToText(const ArchiveAddition& addition) {
   return fmt::format("{}: add {}", addition.file.string(), addition.added);
 }
 
-std::string SyncToJson(const SyncPlan& plan, const SyncResults& results, bool dryRun) {
-  ordered_json object = {{"dryRun", dryRun},
-                         {"actions", ActionsToJson(plan.items, results, dryRun)},
-                         {"archives", ordered_json::array()},
-                         {"notices", plan.items.notices}};
+std::string SyncToJson(const std::string& pair, const SyncPlan& plan, const SyncResults& results,
+                       bool dryRun) {
+  ordered_json object = ordered_json::object();
+  if (!pair.empty()) object["pair"] = pair;
+  object["dryRun"] = dryRun;
+  object["actions"] = ActionsToJson(plan.items, results, dryRun);
+  object["archives"] = ordered_json::array();
+  object["notices"] = plan.items.notices;
   for (const ArchiveAddition& each : plan.archive) {
     object["archives"].push_back({{"file", each.file.string()}, {"added", each.added}});
   }
   if (!plan.items.stop.empty()) object["stopped"] = plan.items.stop;
   if (!results.problem.empty()) object["problem"] = results.problem;
   object["summary"] = ToJson(results.counts);
-  return object.dump(2, ' ', false, ordered_json::error_handler_t::replace);
+  return TextOf(object);
+}
+
+std::string FailureToJson(const std::string& pair, const std::string& problem) {
+  return TextOf({{"pair", pair}, {"problem", problem}});
 }
 
 }  // namespace desktop

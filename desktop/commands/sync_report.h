@@ -18,6 +18,9 @@ std::vector<std::string> LossLines(const Plan& plan, const SyncResults& results,
 // "messages/2026-11.jsonl: add 12".
 std::string ToText(const ArchiveAddition& addition);
 
-std::string SyncToJson(const SyncPlan& plan, const SyncResults& results, bool dryRun);
+// An object, which names the pair where there is one.
+std::string SyncToJson(const std::string& pair, const SyncPlan& plan, const SyncResults& results,
+                       bool dryRun);
+std::string FailureToJson(const std::string& pair, const std::string& problem);
 
 }  // namespace desktop

@@ -106,9 +106,13 @@ std::vector<Option> OptionsOf(const Program& program, const Command& command) {
 Offer OfferFor(const Option& option) {
   if (!option.choices.empty()) return Offer::kWords;
   static const std::map<std::string, Offer> offers = {
-      {"FILE", Offer::kFiles},      {"OUT", Offer::kFiles},
-      {"DIR", Offer::kDirectories}, {"DIRECTORY", Offer::kDirectories},
-      {"NEW", Offer::kDirectories}, {"FOLDER", Offer::kDirectories},
+      {"FILE", Offer::kFiles},
+      {"OUT", Offer::kFiles},
+      {"DIR", Offer::kDirectories},
+      {"DIRECTORY", Offer::kDirectories},
+      {"NEW", Offer::kDirectories},
+      {"FOLDER", Offer::kDirectories},
+      {"NAME|FOLDER", Offer::kDirectories},
   };
   // An argument whose value has no word of its own is known by its name.
   for (const std::string& word : {option.value, option.names.back()}) {

@@ -146,6 +146,15 @@ std::string ReplyRecord(std::uint32_t status, std::string_view output) {
   return (Word(16 + count) + Word(0) + Word(status) + Word(status) + Word(count)).append(output);
 }
 
+ConfigHome::ConfigHome(const std::string& directory) {
+  if (const char* const value = std::getenv("XDG_CONFIG_HOME")) before_ = value;
+  setenv("XDG_CONFIG_HOME", directory.c_str(), 1);
+}
+
+ConfigHome::~ConfigHome() {
+  before_ ? setenv("XDG_CONFIG_HOME", before_->c_str(), 1) : unsetenv("XDG_CONFIG_HOME");
+}
+
 SeenRequest ReadRequest(std::string_view body) {
   SeenRequest seen;
   const std::size_t library = text::WordAt(body, 12);

@@ -74,6 +74,18 @@ using corvane::testing::TemporaryDirectory;
 // What is in it, sorted.
 std::vector<std::string> Names(const TemporaryDirectory& directory);
 
+// The place of the person's own settings, as long as this object is there.
+class ConfigHome {
+ public:
+  explicit ConfigHome(const std::string& directory);
+  ~ConfigHome();
+  ConfigHome(const ConfigHome&) = delete;
+  ConfigHome& operator=(const ConfigHome&) = delete;
+
+ private:
+  std::optional<std::string> before_;
+};
+
 struct TestConsole {
   std::ostringstream out;
   std::ostringstream err;

@@ -3,8 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <optional>
 #include <string>
 
 #include "desktop/config/pair.h"
@@ -18,14 +16,7 @@ using ::testing::HasSubstr;
 
 class PairCommand : public CommandTest {
  protected:
-  PairCommand() {
-    if (const char* const value = std::getenv("XDG_CONFIG_HOME")) before_ = value;
-    setenv("XDG_CONFIG_HOME", directory_.path().c_str(), 1);
-    options_.name = "work";
-  }
-  ~PairCommand() override {
-    before_ ? setenv("XDG_CONFIG_HOME", before_->c_str(), 1) : unsetenv("XDG_CONFIG_HOME");
-  }
+  PairCommand() { options_.name = "work"; }
   int Run() {
     console_.out.str("");
     console_.err.str("");
@@ -36,8 +27,8 @@ class PairCommand : public CommandTest {
     console_.in.str(typed);
   }
 
+  const ConfigHome home_{directory_.path()};
   PairOptions options_;
-  std::optional<std::string> before_;
 };
 
 TEST_F(PairCommand, WritesAPairAndSaysIt) {

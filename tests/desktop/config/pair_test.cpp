@@ -9,7 +9,7 @@
 #include <string>
 
 #include "desktop/wire/error.h"
-#include "tests/support/temporary_directory.h"
+#include "tests/desktop/fixtures.h"
 
 namespace desktop::testing {
 namespace {
@@ -38,13 +38,6 @@ Pair Home() {
 
 class PairTest : public ::testing::Test {
  protected:
-  PairTest() {
-    if (const char* const value = std::getenv("XDG_CONFIG_HOME")) before_ = value;
-    setenv("XDG_CONFIG_HOME", directory_.path().c_str(), 1);
-  }
-  ~PairTest() override {
-    before_ ? setenv("XDG_CONFIG_HOME", before_->c_str(), 1) : unsetenv("XDG_CONFIG_HOME");
-  }
   void Config(const std::string& text) {
     std::filesystem::create_directories(directory_ / "corvane");
     directory_.Write("corvane/config.toml", text);
@@ -59,8 +52,8 @@ class PairTest : public ::testing::Test {
     return {};
   }
 
-  corvane::testing::TemporaryDirectory directory_;
-  std::optional<std::string> before_;
+  TemporaryDirectory directory_;
+  const ConfigHome home_{directory_.path()};
 };
 
 TEST_F(PairTest, AreNoneWithoutAFile) {

@@ -22,7 +22,11 @@ class SyncTest : public ::testing::Test {
  protected:
   // As the program does it, with a person's answers where there is a terminal.
   int Command(SyncCommand command, const std::string& answers = {}) {
-    command.sync = world_.options_;
+    const SyncOptions& options = world_.options_;
+    command.what = options.folder;
+    command.choices = {options.kinds, options.conflict, options.allowDeletions, options.dryRun};
+    const PlaceOptions place{
+        .addressGiven = true, .zone = options.zone, .country = options.country};
     FakeAgent agent(std::vector<FakeAgent::Script>(40, world_.store_.Serve()));
     console_.in.str(answers);
     console_.in.clear();
@@ -30,7 +34,7 @@ class SyncTest : public ::testing::Test {
     console_.err.str("");
     Console console{console_.out, console_.err, console_.in};
     console.inIsTerminal = !answers.empty();
-    return Sync(agent.options(), command, console);
+    return Sync(agent.options(), place, command, console);
   }
   std::string out() const { return console_.out.str(); }
   std::string err() const { return console_.err.str(); }
@@ -47,6 +51,7 @@ class SyncTest : public ::testing::Test {
   }
 
   SyncWorld world_;
+  const ConfigHome home_{world_.directory_.path()};
   TestConsole console_;
 };
 
