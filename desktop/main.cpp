@@ -258,7 +258,19 @@ void AddSync(CLI::App& app, CommandLine& line) {
              "then on, the locale's by default");
   command.add_flag("--allow-deletions", choices.allowDeletions,
                    "Even when most of a side, or all of it, is gone");
-  command.add_flag("--dry-run", choices.dryRun, "Show what would be done, change nothing");
+  CLI::Option& dryRun =
+      *command.add_flag("--dry-run", choices.dryRun, "Show what would be done, change nothing");
+  CLI::Option& watch =
+      *command.add_flag("--watch", line.sync.watch, "Stay, and do it again when a file changes");
+  watch.excludes(&dryRun);
+  command
+      .add_option_function<unsigned>(
+          "--every",
+          [&line](const unsigned& seconds) { line.sync.every = std::chrono::seconds(seconds); },
+          "In a watch, for what changes on the handheld, after so long as well; default 300")
+      ->type_name("SECONDS")
+      ->check(CLI::Range(1, 1000000).description(""))
+      ->needs(&watch);
   command.add_flag("--json", line.sync.json, "The plan and what became of it as JSON");
   command.add_flag("-q,--quiet", line.sync.quiet, "Only what went wrong");
   command.add_flag("-v,--verbose", line.sync.verbose, "Each notice by itself");

@@ -5,10 +5,12 @@
 
 #include <algorithm>
 #include <chrono>
+#include <memory>
 #include <utility>
 #include <vector>
 
 #include "desktop/commands/sync_session.h"
+#include "desktop/commands/sync_watch.h"
 #include "desktop/wire/error.h"
 
 namespace desktop {
@@ -24,10 +26,14 @@ std::string HeadlineOf(const SyncTarget& target) {
                      target.sync.folder.string());
 }
 
+void PrintJson(const SyncSession& session, const Console& console) {
+  console.out << session.json() << '\n';
+}
+
 int SyncOne(SyncTarget target, const SyncCommand& command, const Console& console) {
   SyncSession session(std::move(target), command, console, {});
   const int code = session.Run();
-  if (!session.json().empty()) console.out << session.json() << '\n';
+  if (command.json) PrintJson(session, console);
   FlushOutput(console);
   return code;
 }
@@ -53,6 +59,34 @@ int SyncAll(std::vector<SyncTarget> targets, const SyncCommand& command, const C
   return StatusOfAll(codes);
 }
 
+int WatchAll(std::vector<SyncTarget> targets, const SyncCommand& command, const Console& console) {
+  const WatchOptions options{command.every, targets.front().connection.interruptFd, {}};
+  std::vector<WatchedPlace> places;
+  const bool several = targets.size() > 1;
+  for (SyncTarget& target : targets) {
+    WatchedPlace place{target.sync.folder, PartsOf(target.sync.kinds), {}, {}};
+    std::string headline = several ? HeadlineOf(target) : std::string();
+    const auto session =
+        std::make_shared<SyncSession>(std::move(target), command, console, std::move(headline));
+    place.run = [session, &command, &console] {
+      const int code = session->Run();
+      if (command.json) PrintJson(*session, console);
+      FlushOutput(console);
+      return code;
+    };
+    place.tell = [session](const std::string& line) { session->Tell(line); };
+    places.push_back(std::move(place));
+  }
+  return StatusOfAll(WatchPlaces(std::move(places), options));
+}
+
+int SyncTargets(std::vector<SyncTarget> targets, const SyncCommand& command,
+                const Console& console) {
+  if (command.watch) return WatchAll(std::move(targets), command, console);
+  if (command.what) return SyncOne(std::move(targets.front()), command, console);
+  return SyncAll(std::move(targets), command, console);
+}
+
 int RefuseAll(const Console& console, const char* why) {
   TellProblem(console, why);
   return kUsage;
@@ -65,7 +99,7 @@ int SyncPairs(const ConnectionOptions& connection, const PlaceOptions& place,
   if (targets.empty()) {
     return RefuseAll(console, "there is no pair: name a folder, or make one with \"pair\"");
   }
-  return SyncAll(std::move(targets), command, console);
+  return SyncTargets(std::move(targets), command, console);
 }
 
 }  // namespace
@@ -74,8 +108,8 @@ int Sync(const ConnectionOptions& connection, const PlaceOptions& place, const S
          const Console& console) {
   return RunGuarded(console, [&] {
     if (!command.what) return SyncPairs(connection, place, command, console);
-    return SyncOne(TargetOf(*command.what, connection, place, command.choices, console), command,
-                   console);
+    return SyncTargets({TargetOf(*command.what, connection, place, command.choices, console)},
+                       command, console);
   });
 }
 

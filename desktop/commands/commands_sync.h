@@ -1,6 +1,7 @@
 // "sync": a folder and a handheld brought in step; or all pairs.
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 
@@ -16,12 +17,14 @@ struct SyncCommand {
   bool json = false;
   bool quiet = false;    // problems alone
   bool verbose = false;  // every notice by itself
+  bool watch = false;    // to stay until interrupted
+  std::chrono::seconds every{300};
 };
 
 // Says on the output what is about to be done, a line an item, and how much it was; on the error
 // output what is lost on the way, and what has failed. All pairs take their turn whatever becomes
 // of the others, each below a headline; the status is that of all of them, or kPartlyDone when they
-// differ.
+// differ. A watch says only what is new.
 int Sync(const ConnectionOptions& connection, const PlaceOptions& place, const SyncCommand& command,
          const Console& console);
 

@@ -42,8 +42,14 @@ class Tally {
   std::vector<Row> rows_;
 };
 
-std::string TextOf(const ordered_json& object) {
-  return object.dump(2, ' ', false, ordered_json::error_handler_t::replace);
+std::string TextOf(const ordered_json& object, int indent) {
+  return object.dump(indent, ' ', false, ordered_json::error_handler_t::replace);
+}
+
+ordered_json ObjectFor(const std::string& pair) {
+  ordered_json object = ordered_json::object();
+  if (!pair.empty()) object["pair"] = pair;
+  return object;
 }
 
 ordered_json ToJson(const std::vector<FieldConflict>& conflicts) {
@@ -139,9 +145,8 @@ std::string ToText(const ArchiveAddition& addition) {
 }
 
 std::string SyncToJson(const std::string& pair, const SyncPlan& plan, const SyncResults& results,
-                       bool dryRun) {
-  ordered_json object = ordered_json::object();
-  if (!pair.empty()) object["pair"] = pair;
+                       bool dryRun, int indent) {
+  ordered_json object = ObjectFor(pair);
   object["dryRun"] = dryRun;
   object["actions"] = ActionsToJson(plan.items, results, dryRun);
   object["archives"] = ordered_json::array();
@@ -152,11 +157,13 @@ std::string SyncToJson(const std::string& pair, const SyncPlan& plan, const Sync
   if (!plan.items.stop.empty()) object["stopped"] = plan.items.stop;
   if (!results.problem.empty()) object["problem"] = results.problem;
   object["summary"] = ToJson(results.counts);
-  return TextOf(object);
+  return TextOf(object, indent);
 }
 
-std::string FailureToJson(const std::string& pair, const std::string& problem) {
-  return TextOf({{"pair", pair}, {"problem", problem}});
+std::string FailureToJson(const std::string& pair, const std::string& problem, int indent) {
+  ordered_json object = ObjectFor(pair);
+  object["problem"] = problem;
+  return TextOf(object, indent);
 }
 
 }  // namespace desktop

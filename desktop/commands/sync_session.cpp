@@ -34,9 +34,9 @@ SyncSession::SyncSession(SyncTarget target, const SyncCommand& command, const Co
 
 int SyncSession::Run() {
   int code = kFailed;
-  headed_ = false;
-  json_.clear();
-  if (IsTalking()) Head();
+  headed_ = said_ = false;
+  toldBefore_ = std::exchange(told_, {});
+  if (IsTalking() && !command_.watch) Head();
   try {
     Synchronise(target_.connection, target_.sync,
                 {[this](const SyncPlan& plan) { Show(plan); },
@@ -47,9 +47,12 @@ int SyncSession::Run() {
     throw;
   } catch (const std::bad_alloc&) {
     TellFailure("out of memory");
+    json_ = FailureToJson(target_.pair, "out of memory", JsonIndent());
   } catch (const std::exception& problem) {
     TellFailure(problem.what());
+    json_ = FailureToJson(target_.pair, problem.what(), JsonIndent());
   }
+  failedBefore_ = code == kFailed;
   return code;
 }
 
@@ -59,20 +62,29 @@ void SyncSession::Head() {
   (IsTalking() ? console_.out : console_.err) << text::Shown(headline_) << std::endl;
 }
 
+bool SyncSession::IsNews(const std::string& line) {
+  if (!command_.watch) return true;
+  told_.insert(line);
+  return !toldBefore_.contains(line);
+}
+
 void SyncSession::Say(const std::string& line) {
   Head();
+  said_ = true;
   console_.out << text::Shown(line) << '\n';
 }
 
 void SyncSession::Tell(const std::string& line) {
+  if (!IsNews(line)) return;
   Head();
   console_.err << text::Shown(line) << '\n';
 }
 
 void SyncSession::TellFailure(const std::string& problem) {
-  Head();
-  TellProblem(console_, problem);
-  if (command_.json && !target_.pair.empty()) json_ = FailureToJson(target_.pair, problem);
+  if (IsNews(problem)) {
+    Head();
+    TellProblem(console_, problem);
+  }
 }
 
 void SyncSession::Show(const SyncPlan& plan) {
@@ -83,7 +95,9 @@ void SyncSession::Show(const SyncPlan& plan) {
   for (const std::string& notice : plan.items.notices) Tell(notice);
   if (!IsTalking()) return;
   for (const Action& action : plan.items.actions) {
-    if (const std::string line = ToText(action); !line.empty()) Say(line);
+    const std::string line = ToText(action);
+    const bool lasts = action.happening == Happening::kLeave;
+    if (!line.empty() && (!lasts || IsNews(line))) Say(line);
   }
   for (const ArchiveAddition& addition : plan.archive) Say(ToText(addition));
   console_.out << std::flush;
@@ -98,24 +112,26 @@ int SyncSession::ShowResults(const SyncPlan& plan, const SyncResults& results) {
   if (!command_.quiet) {
     for (const std::string& line : LossLines(plan.items, results, command_.verbose)) Tell(line);
   }
-  if (!results.problem.empty()) {
-    Head();
-    TellProblem(console_, results.problem);
+  if (!results.problem.empty()) TellFailure(results.problem);
+  const bool sumsUp = !command_.watch || command_.verbose || said_ || failedBefore_;
+  if (IsTalking() && plan.items.stop.empty() && sumsUp) Say(ToText(results.counts));
+  if (command_.json) {
+    json_ = SyncToJson(target_.pair, plan, results, target_.sync.dryRun, JsonIndent());
   }
-  if (IsTalking() && plan.items.stop.empty()) Say(ToText(results.counts));
-  if (command_.json) json_ = SyncToJson(target_.pair, plan, results, target_.sync.dryRun);
   if (!results.problem.empty()) return results.begun ? kPartlyDone : kFailed;
   return results.whole ? kDone : kPartlyDone;
 }
 
 ConflictAnswer SyncSession::Ask(const ConflictQuestion& question) {
-  Tell(fmt::format("{} {} has been changed on both sides:", NameOf(question.kind), question.name));
+  Head();
+  const auto show = [this](const std::string& line) { console_.err << text::Shown(line) << '\n'; };
+  show(fmt::format("{} {} has been changed on both sides:", NameOf(question.kind), question.name));
   std::size_t widest = 0;
   for (const FieldConflict& each : question.conflicts) {
     widest = std::max(widest, each.field.size());
   }
   for (const FieldConflict& each : question.conflicts) {
-    Tell(fmt::format("  {:{}}  desk: {}  |  handheld: {}", each.field, widest, OrNothing(each.desk),
+    show(fmt::format("  {:{}}  desk: {}  |  handheld: {}", each.field, widest, OrNothing(each.desk),
                      OrNothing(each.handheld)));
   }
   for (;;) {

@@ -1,6 +1,7 @@
 // What one synchronisation says while it runs, and asks.
 #pragma once
 
+#include <set>
 #include <string>
 
 #include "desktop/commands/commands_sync.h"
@@ -10,20 +11,24 @@ namespace desktop {
 
 class SyncSession {
  public:
-  // The others must outlive this object. With a headline, what is said stands below it.
+  // The others must outlive this object. With a headline, what is said stands below it. In a watch
+  // a run says nothing when there is nothing new: what the one before has told is not told again.
   SyncSession(SyncTarget target, const SyncCommand& command, const Console& console,
               std::string headline);
 
   // Failures are told, but for one that is Interrupted. May be called again.
   int Run();
-  // Of the last run; empty when the sides could not be read and there is no headline.
+  // Of the last run; in a watch on one line.
   [[nodiscard]] const std::string& json() const { return json_; }
+  void Tell(const std::string& line);
 
  private:
   [[nodiscard]] bool IsTalking() const { return !command_.json && !command_.quiet; }
+  [[nodiscard]] int JsonIndent() const { return command_.watch ? -1 : 2; }
   void Head();
+  // Whether the run before this one has not told it.
+  bool IsNews(const std::string& line);
   void Say(const std::string& line);
-  void Tell(const std::string& line);
   void TellFailure(const std::string& problem);
   void Show(const SyncPlan& plan);
   int ShowResults(const SyncPlan& plan, const SyncResults& results);
@@ -34,6 +39,10 @@ class SyncSession {
   const Console& console_;
   std::string headline_;
   bool headed_ = false;
+  bool said_ = false;
+  bool failedBefore_ = true;  // the last run, or there was none
+  std::set<std::string> told_;
+  std::set<std::string> toldBefore_;
   std::string json_;
 };
 

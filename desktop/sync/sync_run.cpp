@@ -90,9 +90,7 @@ class SyncRun {
       if (!options_.kinds.contains(RecordKindOf(kind))) continue;
       sides_.handheld[kind] = ReadHandheld(connection_, kind, zone_, known);
     }
-    parts_.contacts = sides_.handheld.contains(ItemKind::kContact);
-    parts_.calendar = sides_.handheld.contains(ItemKind::kAppointment) ||
-                      sides_.handheld.contains(ItemKind::kTask);
+    parts_ = PartsOf(options_.kinds);
     DeskContents contents = folder_.Read(parts_, memory_.Desk());
     sides_.desk = std::move(contents.files);
     plan_.deskNotices = std::move(contents.notices);
@@ -197,6 +195,11 @@ class SyncRun {
 };
 
 }  // namespace
+
+DeskParts PartsOf(const std::set<RecordKind>& kinds) {
+  return {kinds.contains(RecordKind::kContacts),
+          kinds.contains(RecordKind::kAppointments) || kinds.contains(RecordKind::kTasks)};
+}
 
 void Synchronise(const ConnectionOptions& connection, const SyncOptions& options,
                  const SyncListener& listener) {

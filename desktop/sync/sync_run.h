@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "common/calendar/zone.h"
+#include "desktop/folder/desk_folder.h"
 #include "desktop/sync/archive.h"
 #include "desktop/sync/execution.h"
 #include "desktop/sync/plan.h"
@@ -53,6 +54,9 @@ struct SyncListener {
   std::function<void(const SyncPlan& plan)> onPlan;
   std::function<void(const SyncPlan& plan, const SyncResults& results)> onEnd;
 };
+
+// What of the folder these kinds are kept in.
+DeskParts PartsOf(const std::set<RecordKind>& kinds);
 
 // Throws Error when the sides cannot be read.
 void Synchronise(const ConnectionOptions& connection, const SyncOptions& options,

@@ -77,11 +77,12 @@ class ToolTest : public ::testing::Test {
   Ended EndAgent();  // waits for its end
   void StopAgent(int signal);
 
+  // How programs are started: with a home and settings of the test's own.
+  ProcessOptions Options(int listener = -1) const;
+
   const TemporaryDirectory directory_;
 
  private:
-  ProcessOptions Options(int listener = -1) const;
-
   std::optional<Process> agent_;
   std::string greeting_;
   std::uint16_t port_ = 0;
