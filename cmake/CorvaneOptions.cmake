@@ -33,7 +33,7 @@ if(CMAKE_BUILD_TYPE STREQUAL "Release")
 endif()
 if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
   # Reads its precompiled headers as it needs them, which halves the time to build; GCC's cost more
-  # than they save. So GCC's build also tells which source lacks an include.
+  # than they save.
   set(CORVANE_PRECOMPILE ON)
   add_compile_options(-Xclang -fno-pch-timestamp)
   add_link_options(-fuse-ld=lld)

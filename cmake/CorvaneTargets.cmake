@@ -26,23 +26,38 @@ function(corvane_unity target)
   endforeach()
 endfunction()
 
-# corvane_library(NAME FOLDER dirs... [EXCEPT dir] [PUBLIC libs...] [PRIVATE libs...]
-#                 [PRECOMPILE headers...])
+# What corvane_library does for each of its targets, with its arguments.
+macro(corvane_objects target)
+  add_library(${target} ${ARGN})
+  target_include_directories(${target} PUBLIC "${CMAKE_SOURCE_DIR}")
+  target_link_libraries(${target} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
+  corvane_precompile(${target} ${ARG_PRECOMPILE})
+  corvane_unity(${target})
+endmacro()
+
+# corvane_library(NAME FOLDER dirs... [EXCEPT dir] [SMALL dirs...] [PUBLIC libs...]
+#                 [PRIVATE libs...] [PRECOMPILE headers...])
 # A static library of every .cpp below the folders, but for a program's main.cpp; includes start at
-# the root of the tree.
+# the root of the tree. In the SMALL ones nothing waits for the code, so its size goes before its
+# speed.
 function(corvane_library name)
-  cmake_parse_arguments(ARG "" "EXCEPT" "FOLDER;PUBLIC;PRIVATE;PRECOMPILE" ${ARGN})
+  cmake_parse_arguments(ARG "" "EXCEPT" "FOLDER;SMALL;PUBLIC;PRIVATE;PRECOMPILE" ${ARGN})
   list(TRANSFORM ARG_FOLDER REPLACE "(.+)" "${CMAKE_SOURCE_DIR}/\\1/*.cpp" OUTPUT_VARIABLE patterns)
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${patterns})
   list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
   if(ARG_EXCEPT)
     list(FILTER sources EXCLUDE REGEX "^${CMAKE_SOURCE_DIR}/${ARG_EXCEPT}/")
   endif()
-  add_library(${name} STATIC ${sources})
-  target_include_directories(${name} PUBLIC "${CMAKE_SOURCE_DIR}")
-  target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
-  corvane_precompile(${name} ${ARG_PRECOMPILE})
-  corvane_unity(${name})
+  if(ARG_SMALL AND CMAKE_BUILD_TYPE STREQUAL "Release")
+    set(small ${sources})
+    list(JOIN ARG_SMALL "|" folders)
+    list(FILTER small INCLUDE REGEX "^${CMAKE_SOURCE_DIR}/(${folders})/")
+    list(REMOVE_ITEM sources ${small})
+    corvane_objects(${name}_small OBJECT ${small})
+    target_compile_options(${name}_small PRIVATE -Os)
+    set(objects $<TARGET_OBJECTS:${name}_small>)
+  endif()
+  corvane_objects(${name} STATIC ${sources} ${objects})
 endfunction()
 
 # corvane_program(NAME SOURCE file LIBRARIES libs...)
@@ -51,6 +66,7 @@ function(corvane_program name)
   add_executable(${name} "${CMAKE_SOURCE_DIR}/${ARG_SOURCE}")
   target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES})
   target_compile_definitions(${name} PRIVATE CORVANE_VERSION="${PROJECT_VERSION}")
+  target_compile_options(${name} PRIVATE $<$<CONFIG:Release>:-Os>)
 endfunction()
 
 # corvane_tests(NAME FOLDER dirs... LIBRARIES libs... [PARTS n])

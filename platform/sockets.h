@@ -1,6 +1,8 @@
 // Winsock 1.1 as far as the agent uses it. Failures set the thread's last error (10000 and up).
 #pragma once
 
+#include <cstdlib>
+
 #include "platform/types.h"
 
 namespace ce {

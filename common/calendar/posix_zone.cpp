@@ -67,7 +67,7 @@ class Parser {
   }
 
   // [+|-]hh[:mm[:ss]] in seconds.
-  bool Time(int mostHours, int& seconds) {
+  bool Time(int mostHours, int& time) {
     const bool negative = Take('-');
     if (!negative) Take('+');
     int hours = 0;
@@ -78,8 +78,8 @@ class Parser {
       if (!Number(0, 59, minutes)) return false;
       if (Take(':') && !Number(0, 59, rest)) return false;
     }
-    seconds = (hours * 60 + minutes) * 60 + rest;
-    if (negative) seconds = -seconds;
+    time = (hours * 60 + minutes) * 60 + rest;
+    if (negative) time = -time;
     return true;
   }
 

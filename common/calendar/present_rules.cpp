@@ -37,15 +37,15 @@ long long DaysOff(const WeekForm& form, const std::vector<local_days>& wanted) {
 // The form that lies nearest to the rule's days, moved by `shift` days.
 WeekForm NearestForm(const PosixDate& date, int shift) {
   std::vector<local_days> wanted;
-  std::set<int> months;
+  std::set<int> found;
   for (int i = 0; i < kYearsInCycle; ++i) {
     wanted.push_back(DayInYear(date, kCycleStart + i) + days{shift});
-    months.insert(static_cast<int>(static_cast<unsigned>(year_month_day{wanted.back()}.month())));
+    found.insert(static_cast<int>(static_cast<unsigned>(year_month_day{wanted.back()}.month())));
   }
   const bool keepsWeekday = date.kind == PosixDate::Kind::kMonthWeekDay;
   const int shifted = ((date.weekday + shift) % 7 + 7) % 7;
   WeekForm best;
-  for (const int month : months) {
+  for (const int month : found) {
     for (int week = 1; week <= 5; ++week) {
       for (int weekday = 0; weekday < 7; ++weekday) {
         if (keepsWeekday && weekday != shifted) continue;

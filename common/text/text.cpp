@@ -64,6 +64,10 @@ std::string ToUpperAscii(std::string_view text) {
   return upper;
 }
 
+bool IsControl(char c) {
+  return (static_cast<unsigned char>(c) < 0x20 && c != '\t') || c == 0x7F;
+}
+
 std::string_view TrimBlanks(std::string_view text) {
   const std::size_t first = text.find_first_not_of(" \t");
   if (first == std::string_view::npos) return {};

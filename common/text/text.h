@@ -10,6 +10,8 @@ namespace text {
 bool EqualsNoCase(std::string_view a, std::string_view b);
 bool StartsWithNoCase(std::string_view text, std::string_view prefix);
 std::string ToUpperAscii(std::string_view text);
+// An ASCII control character, but no tab.
+bool IsControl(char c);
 // Without blanks and tabs at both ends.
 std::string_view TrimBlanks(std::string_view text);
 

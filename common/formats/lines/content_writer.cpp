@@ -7,20 +7,12 @@
 #include "common/text/text.h"
 
 namespace formats {
-namespace {
-
-// Neither form has a way to say them, and a terminal that shows the file would obey them.
-bool IsControl(char c) {
-  return (static_cast<unsigned char>(c) < 0x20 && c != '\t') || c == 0x7F;
-}
-
-}  // namespace
-
 void AppendFolded(std::string& out, std::string_view line) {
   constexpr std::size_t kWidth = 75;
+  // Neither form has a way to say them, and a terminal that shows the file would obey them.
   std::string clean;
-  if (std::any_of(line.begin(), line.end(), IsControl)) {
-    std::remove_copy_if(line.begin(), line.end(), std::back_inserter(clean), IsControl);
+  if (std::any_of(line.begin(), line.end(), text::IsControl)) {
+    std::remove_copy_if(line.begin(), line.end(), std::back_inserter(clean), text::IsControl);
     line = clean;
   }
   std::size_t room = kWidth;

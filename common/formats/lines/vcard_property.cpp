@@ -229,6 +229,7 @@ std::string Unescaper::operator()(std::string_view part) {
     if (IsAsciiLetterOrDigit(next)) text += '\\';
     text += next;
   }
+  std::erase_if(text, [](char c) { return c != '\n' && c != '\r' && text::IsControl(c); });
   if (property_.dialect == VCardDialect::k21) return std::string(text::TrimBlanks(text));
   return text;
 }

@@ -40,9 +40,10 @@ std::optional<Property> ParseProperty(const ContentLine& line);
 // least one.
 std::vector<std::string_view> SplitValue(std::string_view value, char separator);
 
-// Undoes a property's escapes, and gives each line break the form that the writer noted in the
-// parameter X-LINE-BREAKS: "lf", "crlf" or "cr" for one break after the other, the last one
-// standing for all that follow. To be called for a value's parts in their order.
+// Undoes a property's escapes, leaves out control characters but tabs, and gives each line break
+// the form that the writer noted in the parameter X-LINE-BREAKS: "lf", "crlf" or "cr" for one break
+// after the other, the last one standing for all that follow. To be called for a value's parts in
+// their order.
 class Unescaper {
  public:
   explicit Unescaper(const Property& property);

@@ -134,6 +134,12 @@ INSTANTIATE_TEST_SUITE_P(
         EscapeCase{"BackslashAtTheEnd", VCardDialect::k30, "NOTE:a\\", "a\\"},
         EscapeCase{"BlanksStayIn30", VCardDialect::k30, "NOTE: a ", " a "},
         EscapeCase{"BlanksGoIn21", VCardDialect::k21, "NOTE: a ", "a"},
+        EscapeCase{"ControlCharacters", VCardDialect::k30,
+                   "NOTE:a\x1B\x7F\tc\\\x01"
+                   "d",
+                   "a\tcd"},
+        EscapeCase{"NulInQuotedPrintable", VCardDialect::k21, "NOTE;QUOTED-PRINTABLE:=00a=08b",
+                   "ab"},
         EscapeCase{"SeparatorIn21", VCardDialect::k21, "NOTE:a\\;b,c", "a;b,c"},
         EscapeCase{"LineBreakIn21", VCardDialect::k21, "NOTE:a\\nb", "a\nb"},
         EscapeCase{"NoLineBreakInQuotedPrintable21", VCardDialect::k21,
