@@ -1,6 +1,7 @@
 #include "desktop/folder/calendar_edit.h"
 
 #include <algorithm>
+#include <map>
 #include <optional>
 #include <set>
 #include <utility>
@@ -39,8 +40,16 @@ std::string OriginalOf(const std::string& uid, const CalendarPart& part) {
   return uid.size() > own.size() + 1 && uid.starts_with(own) ? uid.substr(own.size() + 1) : "";
 }
 
+constexpr const char* kFollows = "occurrences that another zone moves: follow their series";
+
 bool IsOfADay(const std::string& field) {
   return field.front() >= '0' && field.front() <= '9';
+}
+
+// What a changed occurrence has besides its times.
+bool IsTextOfOccurrence(const FieldLines& field) {
+  const std::string_view name = field.field;
+  return name == "Subject" || name == "Location" || name == "Body" || name == "Busy";
 }
 
 class CalendarEditor {
@@ -66,7 +75,9 @@ class CalendarEditor {
   bool TryPart(std::size_t part, CalendarPart lines, Needed needed = Needed::kBetter);
   bool Differs(const std::string& field) const { return differing_.contains(field); }
   bool SeriesDiffers() const;
+  bool IsWantedAsSeries(const std::string& day, const std::string& field) const;
 
+  void SpellOutChanges();
   bool TakeOutOccurrence(const Appointment& from, const Appointment& to);
   void EditSeries(const Appointment& from, const Appointment& to);
   void EditChanges(const SeriesEdit& series);
@@ -76,6 +87,7 @@ class CalendarEditor {
   void EditCategories();
   void EditAlarm();
   void NoteTime(std::chrono::sys_seconds when);
+  void TellLosses(std::vector<std::string>& losses) const;
 
   const CalendarContext& context_;
   CalendarParts parts_;
@@ -84,7 +96,8 @@ class CalendarEditor {
   const Item& from_;
   const Item& to_;
   const LineStyle& style_;
-  std::set<std::string> ownDays_;  // as facts name them
+  std::set<std::string> ownDays_;                        // as facts name them
+  std::map<formats::local_days, std::size_t> ownParts_;  // of changed occurrences
   ItemFacts wanted_;
   ItemFacts facts_;
   std::vector<Item> others_;
@@ -144,6 +157,7 @@ bool CalendarEditor::Begin(EditedCalendar& edited) {
     const auto& from = std::get<Appointment>(from_);
     const SeriesEdit series(context_, style_, parts_, main_, from, *to, canonical_);
     for (const formats::local_days day : series.ownDays()) ownDays_.insert(formats::IsoDate(day));
+    ownParts_ = series.ownParts();
   }
   wanted_ = FactsFor(to_);
   facts_ = FactsFor(*reading.item);
@@ -156,6 +170,35 @@ bool CalendarEditor::SeriesDiffers() const {
   return std::any_of(differing_.begin(), differing_.end(), [](const std::string& field) {
     return field == "When" || field == "Rule" || IsOfADay(field);
   });
+}
+
+bool CalendarEditor::IsWantedAsSeries(const std::string& day, const std::string& field) const {
+  const auto ofDay = wanted_.find(day + "/" + field);
+  const auto ofSeries = wanted_.find(field);
+  if (ofDay == wanted_.end() || ofSeries == wanted_.end())
+    return ofDay == wanted_.end() && ofSeries == wanted_.end();
+  return ofDay->second == ofSeries->second;
+}
+
+// A changed occurrence without a subject has what it does not say from its series. One that is no
+// longer to follow that says all of it.
+void CalendarEditor::SpellOutChanges() {
+  for (const auto& [day, part] : ownParts_) {
+    const std::string name = formats::IsoDate(day);
+    CalendarPart own = parts_[part];
+    if (FindLine(own, "SUMMARY") || !wanted_.contains(name + "/When")) continue;
+    bool follows = true;
+    for (const FieldLines& field : kFieldLines) {
+      if (!IsTextOfOccurrence(field)) continue;
+      follows = follows && IsWantedAsSeries(name, field.field);
+      for (const std::string_view property : field.names) {
+        const auto line = FindLine(parts_[main_], property);
+        if (line && !FindLine(own, property)) InsertLine(own, parts_[main_][*line], {});
+      }
+    }
+    if (!FindLine(own, "SUMMARY")) InsertLine(own, LineOf({{}, "SUMMARY", {}, {}}, style_), {});
+    if (!follows) TryPart(part, std::move(own), Needed::kNotWorse);
+  }
 }
 
 // One occurrence of several is changed by an event of its own.
@@ -336,6 +379,17 @@ void CalendarEditor::NoteTime(std::chrono::sys_seconds when) {
   }
 }
 
+void CalendarEditor::TellLosses(std::vector<std::string>& losses) const {
+  for (const std::string& field : differing_) {
+    if (field == "Reminder" && !wanted_.contains(field)) continue;
+    losses.push_back(field + ": cannot be said by an edit of this file");
+  }
+  const CalendarContext::Reading reading = context_.Read(parts_);
+  if (reading.item && DifferingFields(FactsOf(*reading.item), FactsOf(to_)) != differing_) {
+    losses.emplace_back(kFollows);
+  }
+}
+
 EditedCalendar CalendarEditor::Edit(std::chrono::sys_seconds when) {
   EditedCalendar edited;
   if (!Begin(edited)) return edited;
@@ -343,7 +397,12 @@ EditedCalendar CalendarEditor::Edit(std::chrono::sys_seconds when) {
   if (!differing_.empty()) {
     if (appointment != nullptr) {
       const auto& from = std::get<Appointment>(from_);
-      if (TakeOutOccurrence(from, *appointment)) EditSeries(from, *appointment);
+      SpellOutChanges();
+      if (TakeOutOccurrence(from, *appointment)) {
+        // Occurrences may follow what the event itself says.
+        EditTexts(main_, "", canonical_.front());
+        EditSeries(from, *appointment);
+      }
     } else {
       EditDays();
     }
@@ -353,10 +412,7 @@ EditedCalendar CalendarEditor::Edit(std::chrono::sys_seconds when) {
     NoteTime(when);
   }
   for (const CalendarPart& part : parts_) edited.parts.push_back(TextOfPart(part));
-  for (const std::string& field : differing_) {
-    if (field == "Reminder" && !wanted_.contains(field)) continue;
-    edited.losses.push_back(field + ": cannot be said by an edit of this file");
-  }
+  TellLosses(edited.losses);
   return edited;
 }
 

@@ -74,6 +74,23 @@ bool IsCancelled(const CalendarPart& part) {
          text::EqualsNoCase(text::TrimBlanks(status->property->value), "CANCELLED");
 }
 
+// Whether all that has changed of an occurrence has changed of its series as well.
+bool IsSameOrFollows(const Occurrence& now, const Occurrence& before, const Occurrence& seriesWas,
+                     const Occurrence& series) {
+  const auto follows = [&](auto Occurrence::*member) {
+    return now.*member == before.*member ||
+           (before.*member == seriesWas.*member && now.*member == series.*member);
+  };
+  const auto moves = [&](std::optional<local_seconds> Occurrence::*member) {
+    if (now.*member == before.*member) return true;
+    return now.*member && before.*member && series.*member && seriesWas.*member &&
+           *(now.*member) - *(before.*member) == *(series.*member) - *(seriesWas.*member);
+  };
+  return follows(&Occurrence::subject) && follows(&Occurrence::location) &&
+         follows(&Occurrence::body) && follows(&Occurrence::busyStatus) &&
+         follows(&Occurrence::allDay) && moves(&Occurrence::start) && moves(&Occurrence::end);
+}
+
 const ChangedOccurrence* ChangeOf(const Appointment& of, local_days day) {
   if (!of.series) return nullptr;
   for (const ChangedOccurrence& change : of.series->changed) {
@@ -109,12 +126,16 @@ SeriesEdit::SeriesEdit(const CalendarContext& context, const LineStyle& style,
   for (std::size_t i = 0; i < parts.size(); ++i) {
     const CalendarLine* id = i == main ? nullptr : Line(parts[i], "RECURRENCE-ID");
     const std::optional<TimeValue> value = id == nullptr ? std::nullopt : TimeForms::FormOf(*id);
-    if (value) ownDays_.insert(DayOfException(*value));
+    if (!value) continue;
+    ownParts_.emplace(DayOfException(*value), i);
+    ownDays_.insert(DayOfException(*value));
   }
   if (!to.series) return;
   for (const ChangedOccurrence& change : to.series->changed) {
     const ChangedOccurrence* before = ChangeOf(was, change.original);
-    if (before == nullptr || *before != change) ownDays_.insert(change.original);
+    const bool follows =
+        before != nullptr && IsSameOrFollows(change.occurrence, before->occurrence, was, to);
+    if (!follows) ownDays_.insert(change.original);
   }
 }
 
@@ -196,7 +217,9 @@ void SeriesEdit::SetRule(CalendarPart& part, bool whole) const {
 }
 
 local_days SeriesEdit::DayOfException(const TimeValue& value) {
-  if (value.isDate) return DayOf(value.time) + (oldStart_->isDate ? oldShift_ : days(0));
+  // A time that names an exception of whole days has its date, whatever its zone.
+  if (oldStart_->isDate) return DayOf(value.time) + oldShift_;
+  if (value.isDate) return DayOf(value.time);
   return DayOf(forms_.Convert(value, *oldStart_)) + oldShift_;
 }
 
@@ -204,8 +227,10 @@ local_seconds SeriesEdit::WallOfDay(local_days day) const {
   return day - shift_ + (start_->time - DayOf(start_->time));
 }
 
-TimeValue SeriesEdit::ValueOfDay(local_days day) const {
-  return {WallOfDay(day), start_->isDate, start_->isUtc, start_->tzid};
+local_seconds SeriesEdit::TimeOfException(local_days day, const TimeValue& like) {
+  const local_seconds wall = WallOfDay(day);
+  if (start_->isDate) return wall + (like.time - DayOf(like.time));
+  return forms_.Convert({wall, start_->isDate, start_->isUtc, start_->tzid}, like);
 }
 
 void SeriesEdit::SetDeletedDays(CalendarPart& part) {
@@ -226,7 +251,7 @@ void SeriesEdit::SetDeletedDays(CalendarPart& part) {
         const bool stays = missing.erase(day) > 0;
         changed = changed || !stays;
         if (!stays) continue;
-        const local_seconds wall = forms_.Convert(ValueOfDay(day), *form);
+        const local_seconds wall = TimeOfException(day, *form);
         if (!form->isDate && form->time != wall) spelled = TimeForms::Spell(*form, wall);
         changed = changed || spelled != value;
       }
@@ -263,7 +288,7 @@ void SeriesEdit::SetChanges(CalendarParts& parts, const SeriesPlan& plan) {
       if (was) parts[i].clear();
       continue;
     }
-    const local_seconds wall = forms_.Convert(ValueOfDay(day), *id);
+    const local_seconds wall = TimeOfException(day, *id);
     if (!id->isDate && wall != id->time) {
       parts[i][*at] = Write(WithValue(parts[i][*at], TimeForms::Spell(*id, wall)));
     }

@@ -39,6 +39,8 @@ class SeriesEdit {
   // The days of the changed occurrences that are said by events of their own, or are to be. Others
   // come of the zone that the event is written in, and follow it.
   const std::set<local_days>& ownDays() const { return ownDays_; }
+  // The parts that say changed occurrences, as they were given.
+  const std::map<local_days, std::size_t>& ownParts() const { return ownParts_; }
 
   // The parts as the plan changes them. Those that go are empty; those that are new stand at the
   // end.
@@ -62,7 +64,8 @@ class SeriesEdit {
   // The day of the series, as the handheld has it, that a time of one of its exceptions means.
   local_days DayOfException(const TimeValue& value);
   local_seconds WallOfDay(local_days day) const;
-  TimeValue ValueOfDay(local_days day) const;
+  // The day of the series as a time like this one, which names one of its exceptions.
+  local_seconds TimeOfException(local_days day, const TimeValue& like);
   CalendarLine Write(const RawLine& line) const { return LineOf(line, style_); }
 
   const LineStyle& style_;
@@ -75,6 +78,7 @@ class SeriesEdit {
   std::optional<TimeValue> oldStart_, start_;  // of the event itself
   std::chrono::days oldShift_{0}, shift_{0};   // from a day of its own clock to the handheld's
   std::set<local_days> ownDays_;
+  std::map<local_days, std::size_t> ownParts_;
   std::map<local_days, std::size_t> changes_;
   std::set<local_days> cancelled_;  // days whose occurrences an event of their own cancels
 };

@@ -18,6 +18,7 @@ using formats::Task;
 using std::chrono::days;
 using std::chrono::hours;
 using std::chrono::minutes;
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
@@ -290,9 +291,18 @@ TEST(CalendarEdit, LeavesTheTimesOfASeriesOfAnotherZoneToIt) {
       Calendar(Event("ny",
                      "SUMMARY:Call\r\nDTSTART;TZID=America/New_York:20260105T090000\r\n"
                      "DURATION:PT30M\r\nRRULE:FREQ=WEEKLY;BYDAY=MO\r\n"));
-  EditResult result = EditEvent(series, [](Appointment& a) { a.subject = "Talk"; });
+  const auto rename = [](Appointment& a) {
+    a.subject = "Talk";
+    for (auto& change : a.series->changed) change.occurrence.subject = "Talk";
+  };
+  EditResult result = EditEvent(series, rename);
   EXPECT_EQ(result.bytes, Replaced(series, "SUMMARY:Call", "SUMMARY:Talk"));
   EXPECT_THAT(result.losses, IsEmpty());
+  // Those that have the old subject have no place in the file.
+  result = EditEvent(series, [](Appointment& a) { a.subject = "Talk"; });
+  EXPECT_EQ(result.bytes, Replaced(series, "SUMMARY:Call", "SUMMARY:Talk"));
+  EXPECT_THAT(result.losses,
+              ElementsAre("occurrences that another zone moves: follow their series"));
   result = EditEvent(series, [](Appointment& a) {
     *a.start += minutes(30);
     *a.end += minutes(30);
@@ -304,6 +314,38 @@ TEST(CalendarEdit, LeavesTheTimesOfASeriesOfAnotherZoneToIt) {
                   [&](const auto& change) { return change.original == a.series->deleted.back(); });
   });
   EXPECT_THAT(result.bytes, HasSubstr("EXDATE;TZID=America/New_York:20260316T090000\r\n"));
+}
+
+// The tenth of June each year but for one, which a time of another zone names.
+const std::string kHoliday = Calendar(
+    Event("king", "SUMMARY:Holiday\r\nDTSTART;VALUE=DATE:20250610\r\nRRULE:FREQ=YEARLY\r\n") +
+    "BEGIN:VEVENT\r\nUID:king\r\nRECURRENCE-ID;TZID=Asia/Tokyo:20260610T000000\r\n"
+    "DTSTART;VALUE=DATE:20260609\r\nDTEND;VALUE=DATE:20260610\r\nEND:VEVENT\r\n");
+
+TEST(CalendarEdit, KnowsTheDayOfAnOccurrenceThatATimeOfAnotherZoneNames) {
+  const EditResult result = EditEvent(
+      kHoliday, [](Appointment& a) { a.series->changed.at(0).occurrence.subject = "Day off"; });
+  EXPECT_THAT(result.losses, IsEmpty());
+  EXPECT_EQ(result.bytes,
+            Replaced(kHoliday, "20260610\r\nEND:", "20260610\r\nSUMMARY:Day off\r\nEND:"));
+}
+
+TEST(CalendarEdit, SpellsOutAnOccurrenceThatNoLongerFollowsItsSeries) {
+  const EditResult result = EditEvent(kHoliday, [](Appointment& a) { a.location = "Palace"; });
+  EXPECT_THAT(result.losses, IsEmpty());
+  EXPECT_EQ(std::get<Appointment>(result.now).series->changed.at(0).occurrence.location, "");
+  EXPECT_EQ(result.bytes,
+            Replaced(Replaced(kHoliday, "YEARLY\r\n", "YEARLY\r\nLOCATION:Palace\r\n"),
+                     "20260610\r\nEND:", "20260610\r\nSUMMARY:Holiday\r\nEND:"));
+}
+
+TEST(CalendarEdit, LetsAnOccurrenceFollowItsSeriesAsLongAsItIsTheSame) {
+  const EditResult result = EditEvent(kHoliday, [](Appointment& a) {
+    a.subject = "Feast";
+    a.series->changed.at(0).occurrence.subject = "Feast";
+  });
+  EXPECT_THAT(result.losses, IsEmpty());
+  EXPECT_EQ(result.bytes, Replaced(kHoliday, "SUMMARY:Holiday", "SUMMARY:Feast"));
 }
 
 TEST(CalendarEdit, ChangesOneOfTheAppointmentsThatARuleBecame) {
