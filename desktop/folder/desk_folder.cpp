@@ -47,6 +47,30 @@ bool IsDeskPath(const fs::path& file) {
              std::end(kSubfolders);
 }
 
+template <typename Look>
+void ForEachFile(const fs::path& root, std::string_view subfolder, const Look& look) {
+  const fs::path directory = root / subfolder;
+  RefuseLink(directory);
+  std::error_code error;
+  fs::directory_iterator entries(directory, error);
+  if (error == std::errc::no_such_file_or_directory) return;
+  const fs::directory_iterator end;
+  for (; !error && entries != end; entries.increment(error)) {
+    const fs::path name = entries->path().filename();
+    const bool hidden = name.string().starts_with('.');
+    if (hidden || !text::EqualsNoCase(name.extension().string(), ExtensionOf(subfolder))) continue;
+    look(*entries, fs::path(subfolder) / name);
+  }
+  if (error) {
+    throw files::Error(fmt::format("cannot read {}: {}", directory.string(), error.message()));
+  }
+}
+
+// Empty for a file of just now: a change that comes right after it may leave the same stamp.
+std::string SettledStamp(const FileStamp& stamp, std::chrono::system_clock::time_point now) {
+  return stamp.changed + kCoarsestClock < now ? stamp.text : std::string();
+}
+
 class FolderReader {
  public:
   FolderReader(const fs::path& root, const calendar::Zone& zone, const DeskFiles& known,
@@ -55,7 +79,10 @@ class FolderReader {
 
   DeskContents Read(const DeskParts& parts) {
     for (const std::string_view subfolder : kSubfolders) {
-      if (IsAskedFor(parts, subfolder)) ReadSubfolder(subfolder);
+      if (!IsAskedFor(parts, subfolder)) continue;
+      ForEachFile(root_, subfolder, [this](const fs::directory_entry& entry, const fs::path& file) {
+        Look(entry, file);
+      });
     }
     for (const auto& [path, file] : known_) {
       if (!IsAskedFor(parts, SubfolderOfPath(path))) contents_.files.emplace(path, file);
@@ -69,7 +96,6 @@ class FolderReader {
   }
 
  private:
-  void ReadSubfolder(std::string_view subfolder);
   void Look(const fs::directory_entry& entry, const fs::path& file);
   void ReadFile(const fs::path& file);
   void LeaveAlone(const fs::path& file, std::string why);
@@ -80,24 +106,6 @@ class FolderReader {
   const std::chrono::system_clock::time_point now_;
   DeskContents contents_;
 };
-
-void FolderReader::ReadSubfolder(std::string_view subfolder) {
-  const fs::path directory = root_ / subfolder;
-  RefuseLink(directory);
-  std::error_code error;
-  fs::directory_iterator entries(directory, error);
-  if (error == std::errc::no_such_file_or_directory) return;
-  const fs::directory_iterator end;
-  for (; !error && entries != end; entries.increment(error)) {
-    const fs::path name = entries->path().filename();
-    const bool hidden = name.string().starts_with('.');
-    if (hidden || !text::EqualsNoCase(name.extension().string(), ExtensionOf(subfolder))) continue;
-    Look(*entries, fs::path(subfolder) / name);
-  }
-  if (error) {
-    throw files::Error(fmt::format("cannot read {}: {}", directory.string(), error.message()));
-  }
-}
 
 void FolderReader::Look(const fs::directory_entry& entry, const fs::path& file) {
   std::error_code error;
@@ -133,10 +141,7 @@ void FolderReader::ReadFile(const fs::path& file) {
   ++contents_.filesRead;
   DeskReading reading = ReadDeskBytes(file, read.bytes, zone_);
   if (!reading.whole) return LeaveAlone(file, "empty or cut off, left alone");
-  // A change that comes right after it may leave the same stamp.
-  const bool settled = read.stamp.changed + kCoarsestClock < now_;
-  contents_.files[file.string()] = {settled ? read.stamp.text : std::string(), true,
-                                    std::move(reading.items)};
+  contents_.files[file.string()] = {SettledStamp(read.stamp, now_), true, std::move(reading.items)};
   std::move(reading.notices.begin(), reading.notices.end(), std::back_inserter(contents_.notices));
 }
 
@@ -168,6 +173,18 @@ void DeskFolder::Make() const {
 
 DeskContents DeskFolder::Read(const DeskParts& parts, const DeskFiles& known) const {
   return FolderReader(root_, zone_, known, clock_()).Read(parts);
+}
+
+std::map<std::string, std::string> DeskFolder::Stamps() const {
+  std::map<std::string, std::string> stamps;
+  const auto now = clock_();
+  for (const std::string_view subfolder : kSubfolders) {
+    ForEachFile(root_, subfolder, [&](const fs::directory_entry& entry, const fs::path& file) {
+      const FileStamp stamp = StampOf(entry.path());
+      if (!stamp.text.empty()) stamps.emplace(file.string(), SettledStamp(stamp, now));
+    });
+  }
+  return stamps;
 }
 
 DeskOutcome DeskFolder::Add(Item item) const {

@@ -10,6 +10,7 @@
 #include <chrono>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <optional>
 #include <span>
 #include <string>
@@ -69,6 +70,9 @@ class DeskFolder {
   // again; so are all of parts that are not asked for. A file that cannot be read, or is cut off,
   // is noticed and has the items that it had.
   DeskContents Read(const DeskParts& parts, const DeskFiles& known) const;
+  // The files that it would read, by their paths below the folder, with what tells whether they are
+  // as they were: empty where that cannot be told yet.
+  std::map<std::string, std::string> Stamps() const;
 
   // In a file of its own, which is named after the UID. An item without one gets one.
   DeskOutcome Add(Item item) const;

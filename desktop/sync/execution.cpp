@@ -72,7 +72,7 @@ void Execution::NoteIntents() {
   std::vector<Intent> intents;
   for (const Action& action : plan_.actions) {
     if (action.desk != Effect::kAdd) continue;
-    Intent intent{action.kind, UidOf(*action.deskTo), 0, {}, means_.time};
+    Intent intent{action.kind, UidOf(*action.deskTo), 0, {}};
     if (action.handheldNow != nullptr) {
       intent.oid = action.handheldNow->oid;
       intent.recordHash = action.handheldNow->hash;
@@ -290,7 +290,6 @@ void Execution::RememberAction(Memory::Changes& changes, std::size_t i) {
   link.line = desk.line;
   link.oid = handheld.oid;
   link.recordHash = handheld.hash;
-  if (action.desk == Effect::kAdd) link.made = means_.time;
   changes.Put(link, desk.item, handheld.record);
 }
 

@@ -46,8 +46,7 @@ class Execution {
     Mapping& mapping;
     PushRecovery& recovery;
     const calendar::Zone& zone;
-    std::string time;  // of the run, in its history
-    StepHook hook;     // may be empty
+    StepHook hook;  // may be empty
   };
 
   // All must outlive this object.

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <system_error>
 #include <utility>
 
@@ -25,6 +26,12 @@ std::string TimeName(History::Time time) {
   return fmt::format("{:%Y-%m-%dT%H-%M-%S}Z", fmt::gmtime(time.time_since_epoch().count()));
 }
 
+std::string AboutText(const SavedRun& run) {
+  json about = {{"what", run.what}, {"kinds", json::array()}};
+  for (const ItemKind kind : run.kinds) about["kinds"].push_back(static_cast<int>(kind));
+  return about.dump(1, ' ', false, json::error_handler_t::replace) + "\n";
+}
+
 void WritePrivate(const fs::path& path, std::string_view bytes) {
   files::MakePrivateDirectories(path.parent_path());
   files::AtomicFile file(path, files::Access::kPrivate);
@@ -36,8 +43,8 @@ void WritePrivate(const fs::path& path, std::string_view bytes) {
 
 History::History(fs::path root) : root_(std::move(root)) {}
 
-fs::path History::DeskOf(const std::string& time) const {
-  return root_ / time / "desk";
+DeskHistory History::Desk() const {
+  return DeskHistory(DeskPath(), Database::Open::kExisting);
 }
 
 fs::path History::HandheldOf(const std::string& time) const {
@@ -54,14 +61,13 @@ std::vector<SavedRun> History::Runs() const {
   for (const auto& entry : fs::directory_iterator(root_, error)) {
     const std::string name = entry.path().filename().string();
     if (name.starts_with('.') || !fs::exists(entry.path() / kAbout, error)) continue;
-    SavedRun run{name, {}, {}, {}};
+    SavedRun run{name, {}, {}};
     try {
       const json about = json::parse(files::ReadWholeFile(entry.path() / kAbout));
       run.what = about.at("what").get<std::string>();
       for (const json& kind : about.at("kinds")) {
         run.kinds.push_back(static_cast<ItemKind>(kind.get<int>()));
       }
-      about.at("created").get_to(run.created);
     } catch (const std::exception& problem) {
       throw Error(fmt::format("{} cannot be understood: {}", (entry.path() / kAbout).string(),
                               problem.what()));
@@ -83,24 +89,13 @@ std::string History::NewTime(Time now) const {
   return fmt::format("{}.{:04}", last.substr(0, sign), number + 1);
 }
 
-void History::WriteAbout(const SavedRun& run, const fs::path& directory) const {
-  json about = {{"what", run.what}, {"kinds", json::array()}, {"created", run.created}};
-  for (const ItemKind kind : run.kinds) about["kinds"].push_back(static_cast<int>(kind));
-  WritePrivate(directory / kAbout,
-               about.dump(1, ' ', false, json::error_handler_t::replace) + "\n");
-}
-
-void History::Save(const SavedRun& run, const fs::path& folder,
-                   const std::set<std::string>& touched, const Sides& sides,
+void History::Save(const SavedRun& run, const DeskFolder& folder, const Sides& sides,
                    const fs::path& memory) const {
   const fs::path beside = root_ / ("." + run.time);
   std::error_code error;
   fs::remove_all(beside, error);
   files::MakePrivateDirectories(beside);
-  for (const std::string& name : touched) {
-    if (!fs::exists(folder / name, error)) continue;
-    WritePrivate(beside / "desk" / name, files::ReadWholeFile(folder / name));
-  }
+  DeskHistory(DeskPath(), Database::Open::kNew).Save(run.time, folder);
   files::AtomicFile handheld(beside / "handheld.xml", files::Access::kPrivate);
   handheld.Write("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<root>\n");
   for (const auto& [kind, items] : sides.handheld) {
@@ -113,43 +108,27 @@ void History::Save(const SavedRun& run, const fs::path& folder,
   handheld.Write("</root>\n");
   handheld.Commit();
   WritePrivate(beside / "memory.db", files::ReadWholeFile(memory));
-  WriteAbout(run, beside);
+  WritePrivate(beside / kAbout, AboutText(run));
   fs::rename(beside, root_ / run.time, error);
   if (error) throw Error(fmt::format("cannot write {}: {}", beside.string(), error.message()));
   files::SyncDirectoryOf(root_ / run.time);
 }
 
-void History::TakeOver(const SavedRun& from, SavedRun& to) const {
-  std::error_code error;
-  const fs::path desk = DeskOf(from.time);
-  for (const auto& entry : fs::recursive_directory_iterator(desk, error)) {
-    if (!entry.is_regular_file(error)) continue;
-    const fs::path name = fs::relative(entry.path(), desk);
-    const bool known = fs::exists(DeskOf(to.time) / name, error) || to.created.contains(name);
-    if (!known) WritePrivate(DeskOf(to.time) / name, files::ReadWholeFile(entry.path()));
-  }
-  for (const std::string& name : from.created) {
-    if (!fs::exists(DeskOf(to.time) / name, error)) to.created.insert(name);
-  }
-  WriteAbout(to, root_ / to.time);
-}
-
 void History::Prune(Time now) const {
-  std::vector<SavedRun> runs = Runs();
+  const std::vector<SavedRun> runs = Runs();
   if (runs.size() <= kLastRuns) return;
   const std::string oldest = TimeName(now - kYear);
   std::set<std::string> months;
-  std::vector<SavedRun> kept;  // of those before the last ten
-  runs.resize(runs.size() - kLastRuns);
-  for (SavedRun& run : runs) {
-    const bool keep = run.time >= oldest && months.insert(run.time.substr(0, 7)).second;
-    if (keep) {
-      kept.push_back(std::move(run));
-      continue;
-    }
-    if (!kept.empty()) TakeOver(run, kept.back());
+  std::set<std::string> kept;
+  for (std::size_t i = 0; i < runs.size(); ++i) {
+    const std::string& time = runs[i].time;
+    const bool isLast = runs.size() - i <= kLastRuns;
+    if (isLast || (time >= oldest && months.insert(time.substr(0, 7)).second)) kept.insert(time);
+  }
+  Desk().Keep(kept);
+  for (const SavedRun& run : runs) {
     std::error_code error;
-    fs::remove_all(root_ / run.time, error);
+    if (!kept.contains(run.time)) fs::remove_all(root_ / run.time, error);
   }
 }
 

@@ -26,13 +26,12 @@ std::vector<InFlight> FindInFlight(const Memory& memory, const Mapping& mapping)
     for (const ItemKind kind : {ItemKind::kContact, ItemKind::kAppointment, ItemKind::kTask}) {
       if (item.kind != NameOf(kind)) continue;
       const bool added = item.uid.starts_with(kAddition);
-      inFlight.push_back({kind, item.uid.substr(1), {}, oid, added ? item.state : "", {}, {}});
+      inFlight.push_back({kind, item.uid.substr(1), {}, oid, added ? item.state : "", {}});
     }
   }
   for (const Intent& intent : memory.intents()) {
     if (linked.contains(intent.oid)) continue;
-    inFlight.push_back(
-        {intent.kind, {}, intent.uid, intent.oid, {}, intent.recordHash, intent.made});
+    inFlight.push_back({intent.kind, {}, intent.uid, intent.oid, {}, intent.recordHash});
   }
   return inFlight;
 }

@@ -24,7 +24,6 @@ struct InFlight {
   Oid oid = 0;             // 0 for the second of two of a conflict, which is to be like no other
   std::string state;       // StateHash of the record as it was added; or
   std::string recordHash;  // of the record that was made a file of
-  std::string made;        // the run that did
 };
 
 // Waits for what the handheld may still be adding. All that is remembered is known to the mapping

@@ -16,20 +16,19 @@
 namespace desktop {
 namespace {
 
-constexpr std::int64_t kMemoryVersion = 1;
+constexpr std::int64_t kMemoryVersion = 2;
 
 constexpr char kSchema[] = R"(
 BEGIN;
 CREATE TABLE link (number INTEGER PRIMARY KEY, kind INTEGER NOT NULL, key TEXT NOT NULL,
-  file TEXT NOT NULL, line INTEGER NOT NULL, oid INTEGER NOT NULL, record_hash TEXT NOT NULL,
-  made TEXT NOT NULL);
+  file TEXT NOT NULL, line INTEGER NOT NULL, oid INTEGER NOT NULL, record_hash TEXT NOT NULL);
 CREATE TABLE bases (number INTEGER PRIMARY KEY REFERENCES link ON DELETE CASCADE,
   desk BLOB NOT NULL, record BLOB NOT NULL);
 CREATE TABLE intent (kind INTEGER NOT NULL, uid TEXT NOT NULL, oid INTEGER NOT NULL,
-  record_hash TEXT NOT NULL, made TEXT NOT NULL, PRIMARY KEY (kind, uid));
+  record_hash TEXT NOT NULL, PRIMARY KEY (kind, uid));
 CREATE TABLE file (name TEXT PRIMARY KEY, stamp TEXT NOT NULL);
 CREATE TABLE note (name TEXT PRIMARY KEY, value TEXT NOT NULL);
-PRAGMA user_version = 1;
+PRAGMA user_version = 2;
 COMMIT;
 )";
 
@@ -93,17 +92,17 @@ void Memory::Load() {
   intents_.clear();
   stamps_.clear();
   Query links(database_,
-              "SELECT number, kind, key, file, line, oid, record_hash, made FROM link "
+              "SELECT number, kind, key, file, line, oid, record_hash FROM link "
               "ORDER BY number");
   while (links.Step()) {
     links_.push_back({links.Number(0), static_cast<ItemKind>(links.Number(1)), links.Text(2),
                       links.Text(3), static_cast<std::size_t>(links.Number(4)),
-                      static_cast<Oid>(links.Number(5)), links.Text(6), links.Text(7)});
+                      static_cast<Oid>(links.Number(5)), links.Text(6)});
   }
-  Query intents(database_, "SELECT kind, uid, oid, record_hash, made FROM intent ORDER BY oid");
+  Query intents(database_, "SELECT kind, uid, oid, record_hash FROM intent ORDER BY oid");
   while (intents.Step()) {
     intents_.push_back({static_cast<ItemKind>(intents.Number(0)), intents.Text(1),
-                        static_cast<Oid>(intents.Number(2)), intents.Text(3), intents.Text(4)});
+                        static_cast<Oid>(intents.Number(2)), intents.Text(3)});
   }
   Query files(database_, "SELECT name, stamp FROM file ORDER BY name");
   while (files.Step()) stamps_.emplace(files.Text(0), files.Text(1));
@@ -146,12 +145,12 @@ Memory::Changes::Changes(Memory& memory)
     : memory_(memory),
       transaction_(memory.database_),
       add_(memory.database_,
-           "INSERT INTO link (kind, key, file, line, oid, record_hash, made) "
-           "VALUES (?, ?, ?, ?, ?, ?, ?)"),
+           "INSERT INTO link (kind, key, file, line, oid, record_hash) "
+           "VALUES (?, ?, ?, ?, ?, ?)"),
       change_(memory.database_, "UPDATE bases SET desk = ?, record = ? WHERE number = ?"),
       touch_(memory.database_,
-             "UPDATE link SET kind = ?, key = ?, file = ?, line = ?, oid = ?, record_hash = ?, "
-             "made = ? WHERE number = ?"),
+             "UPDATE link SET kind = ?, key = ?, file = ?, line = ?, oid = ?, record_hash = ? "
+             "WHERE number = ?"),
       remove_(memory.database_, "DELETE FROM link WHERE number = ?"),
       addBases_(memory.database_, "INSERT INTO bases (number, desk, record) VALUES (?, ?, ?)") {}
 
@@ -161,8 +160,7 @@ void Memory::Changes::BindPlace(Query& query, const Link& link) const {
       .With(link.file)
       .With(static_cast<std::int64_t>(link.line))
       .With(std::int64_t{link.oid})
-      .With(link.recordHash)
-      .With(link.made);
+      .With(link.recordHash);
 }
 
 void Memory::Changes::SetNote(std::string_view name, std::string_view value) {
@@ -196,14 +194,13 @@ void Memory::Changes::Remove(const Link& link) {
 
 void Memory::Changes::ExpectOnDesk(const std::vector<Intent>& intents) {
   Query add(memory_.database_,
-            "INSERT OR REPLACE INTO intent (kind, uid, oid, record_hash, made) "
-            "VALUES (?, ?, ?, ?, ?)");
+            "INSERT OR REPLACE INTO intent (kind, uid, oid, record_hash) "
+            "VALUES (?, ?, ?, ?)");
   for (const Intent& intent : intents) {
     add.With(static_cast<std::int64_t>(intent.kind))
         .With(intent.uid)
         .With(std::int64_t{intent.oid})
         .With(intent.recordHash)
-        .With(intent.made)
         .Run();
   }
 }

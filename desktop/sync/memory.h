@@ -30,7 +30,6 @@ struct Link {
   std::size_t line = 0;    // of that file
   Oid oid = 0;             // the handheld's
   std::string recordHash;  // of the handheld's record
-  std::string made;        // the run that put it on the desk; empty for none
 };
 
 struct Bases {
@@ -45,7 +44,6 @@ struct Intent {
   std::string uid;  // that it will have there
   Oid oid = 0;
   std::string recordHash;
-  std::string made;  // the run
 };
 
 // By the name of the file.

@@ -61,7 +61,6 @@ class Pairer {
       const DeskItem* const desk = each.uid.empty() ? Find(byKey, each.key) : Find(byUid, each.uid);
       if (each.oid == 0 && desk != nullptr && !IsTaken(desk)) {
         result_.pairs.push_back({{}, desk});
-        result_.pairs.back().link.made = each.made;
       }
       const HandheldItem* const handheld = Find(byOid, each.oid);
       if (handheld == nullptr || handheld->unreadable) continue;
@@ -69,9 +68,7 @@ class Pairer {
       const bool asPut = IsAsPut(each, *handheld);
       const bool deleted = desk == nullptr && each.uid.empty() && asPut;
       if (desk == nullptr && !deleted) continue;
-      Pairing pairing{{}, desk, handheld, asPut, deleted};
-      pairing.link.made = each.made;
-      result_.pairs.push_back(std::move(pairing));
+      result_.pairs.push_back({{}, desk, handheld, asPut, deleted});
     }
     TakeAway(0);
   }

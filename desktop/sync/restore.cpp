@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <iterator>
 #include <map>
 #include <optional>
@@ -14,6 +15,7 @@
 #include "common/files/atomic_file.h"
 #include "common/formats/items/identity.h"
 #include "desktop/folder/desk_folder.h"
+#include "desktop/folder/plain_file.h"
 #include "desktop/records/record_kind.h"
 #include "desktop/sync/database.h"
 #include "desktop/sync/in_flight.h"
@@ -55,7 +57,8 @@ class RestoreRun {
         options_(options),
         state_(StateOf(options.folder), StateFolder::Use::kRun),
         history_(state_.history()),
-        runs_(RunsFrom(history_.Runs(), options.time)),
+        run_(RunFrom(history_.Runs(), options.time)),
+        desk_(history_.Desk()),
         memory_(state_.memory(), true),
         mapping_(state_.mapping()),
         recovery_(connection, mapping_, options.quiet),
@@ -63,12 +66,12 @@ class RestoreRun {
         folder_(options.folder, zone_) {}
 
   RestoreResults Run() {
-    results_.time = runs_.front().time;
+    results_.time = run_.time;
     AdoptUnheardOf(memory_, mapping_, recovery_);
     ReadSides();
+    Save();
     PlanDesk();
     PlanHandheld();
-    Save();
     RestoreDesk();
     RestoreHandheld();
     if (results_.problems.empty()) RestoreMemory();
@@ -77,13 +80,12 @@ class RestoreRun {
   }
 
  private:
-  static std::vector<SavedRun> RunsFrom(std::vector<SavedRun> runs, const std::string& time) {
+  static SavedRun RunFrom(const std::vector<SavedRun>& runs, const std::string& time) {
     if (runs.empty()) throw Error("there is nothing in the history");
     const auto found =
         time == "latest" ? std::prev(runs.end()) : std::ranges::find(runs, time, &SavedRun::time);
     if (found == runs.end()) throw Error(fmt::format("there is no {} in the history", time));
-    runs.erase(runs.begin(), found);
-    return runs;
+    return *found;
   }
 
   void Step(std::string_view what) const {
@@ -91,34 +93,21 @@ class RestoreRun {
   }
 
   void ReadSides() {
-    for (const ItemKind kind : runs_.front().kinds) {
+    for (const ItemKind kind : run_.kinds) {
       sides_.handheld[kind] = ReadHandheld(connection_, kind, zone_, KnownRecords());
     }
-    sides_.desk = folder_.Read({}, memory_.Desk()).files;
   }
 
-  // What the first run that had to do with a file tells decides: it was there, or it was made then.
   void PlanDesk() {
-    std::map<std::string, std::set<std::string>> madeIn;  // files by runs
-    for (const Link& link : memory_.links()) madeIn[link.made].insert(link.file);
-    std::set<std::string> made;
-    for (const SavedRun& run : runs_) {
-      const fs::path desk = history_.DeskOf(run.time);
-      std::error_code error;
-      for (const auto& entry : fs::recursive_directory_iterator(desk, error)) {
-        if (!entry.is_regular_file(error)) continue;
-        const std::string name = fs::relative(entry.path(), desk).string();
-        if (!made.contains(name)) back_.emplace(name, entry.path());
+    now_ = desk_.Before(saved_);
+    back_ = desk_.Before(run_.time);
+    for (const auto& [name, number] : now_) {
+      const auto then = back_.find(name);
+      if (then == back_.end()) {
+        removals_.push_back(name);
+      } else if (then->second == number) {
+        back_.erase(then);
       }
-      for (const std::set<std::string>& files : {run.created, madeIn[run.time]}) {
-        for (const std::string& name : files) {
-          if (!back_.contains(name)) made.insert(name);
-        }
-      }
-    }
-    for (const auto& [name, file] : sides_.desk) {
-      if (!made.contains(name)) continue;
-      for (const DeskItem& item : file.items) removals_.push_back({item, {}});
     }
   }
 
@@ -128,7 +117,7 @@ class RestoreRun {
       for (const HandheldItem& item : items) now.emplace(item.oid, &item);
     }
     std::set<Oid> wanted;
-    const std::string then = files::ReadWholeFile(history_.HandheldOf(runs_.front().time));
+    const std::string then = files::ReadWholeFile(history_.HandheldOf(run_.time));
     for (const Record& record : ParseRecords(then)) {
       if (!record.oid) continue;
       const std::string kind(KindOfElement(record.element.name));
@@ -170,40 +159,42 @@ class RestoreRun {
 
   void Save() {
     const auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
-    SavedRun run{
-        history_.NewTime(now), "before restoring " + results_.time, runs_.front().kinds, {}};
-    std::set<std::string> touched;
-    std::error_code error;
-    for (const auto& [name, from] : back_) {
-      (fs::exists(options_.folder / name, error) ? touched : run.created).insert(name);
-    }
-    for (const DeskEdit& removal : removals_) touched.insert(removal.item.file.string());
+    saved_ = history_.NewTime(now);
     Step("save the history");
-    history_.Save(run, options_.folder, touched, sides_, memory_.path());
+    history_.Save({saved_, "before restoring " + results_.time, run_.kinds}, folder_, sides_,
+                  memory_.path());
+  }
+
+  // Whether the file is what has been saved of it, or is not there as it was not.
+  bool IsAsSaved(const std::string& name) {
+    const auto saved = now_.find(name);
+    const fs::path path = options_.folder / name;
+    std::error_code error;
+    const bool there = fs::exists(fs::symlink_status(path, error));
+    const bool same = there == (saved != now_.end()) &&
+                      (!there || ReadPlainFile(path).bytes == desk_.BytesOf(saved->second));
+    if (!same) results_.problems.push_back(name + ": it has been changed meanwhile");
+    return same;
   }
 
   void RestoreDesk() {
-    for (const auto& [name, from] : back_) {
-      const std::string bytes = files::ReadWholeFile(from);
-      std::error_code error;
-      const fs::path path = options_.folder / name;
-      if (fs::exists(path, error) && files::ReadWholeFile(path) == bytes) continue;
+    for (const auto& [name, number] : back_) {
+      if (!IsAsSaved(name)) continue;
       Step("bring back a file");
+      const fs::path path = options_.folder / name;
       files::MakePrivateDirectories(path.parent_path());
       files::AtomicFile file(path);
-      file.Write(bytes);
+      file.Write(desk_.BytesOf(number));
       file.Commit();
       ++results_.desk;
     }
-    if (removals_.empty()) return;
-    Step("remove files");
-    for (const DeskOutcome& outcome : folder_.Edit(removals_, state_.trash())) {
-      if (outcome.refused) {
-        results_.problems.push_back(
-            fmt::format("{}: {}", outcome.item.file.string(), fmt::join(outcome.losses, "; ")));
-      } else {
-        ++results_.desk;
-      }
+    for (const std::string& name : removals_) {
+      if (!IsAsSaved(name)) continue;
+      Step("remove a file");
+      const fs::path trash = state_.trash() / name;
+      files::MakePrivateDirectories(trash.parent_path());
+      MoveToFreeName(options_.folder / name, trash);
+      ++results_.desk;
     }
   }
 
@@ -242,7 +233,7 @@ class RestoreRun {
     const fs::path beside = state_.memory().string() + ".new";
     {
       files::AtomicFile file(beside, files::Access::kPrivate);
-      file.Write(files::ReadWholeFile(history_.MemoryOf(runs_.front().time)));
+      file.Write(files::ReadWholeFile(history_.MemoryOf(run_.time)));
       file.Commit();
     }
     {
@@ -265,15 +256,18 @@ class RestoreRun {
   const RestoreOptions& options_;
   StateFolder state_;
   const History history_;
-  const std::vector<SavedRun> runs_;  // the one that is meant, and those after it
+  const SavedRun run_;  // the one that is meant
+  const DeskHistory desk_;
   Memory memory_;
   Mapping mapping_;
   PushRecovery recovery_;
   calendar::Zone zone_;
   DeskFolder folder_;
   Sides sides_;
-  std::map<std::string, fs::path> back_;  // files to bring back, and what they held
-  std::vector<DeskEdit> removals_;
+  std::string saved_;                         // the run that this is in the history
+  std::map<std::string, std::int64_t> now_;   // files, and what the history calls their content
+  std::map<std::string, std::int64_t> back_;  // those to be brought back
+  std::vector<std::string> removals_;
   std::vector<PushRecord> records_;
   std::vector<Oid> oids_;  // what they were then
   std::map<Oid, Oid> moved_;

@@ -30,10 +30,10 @@ struct RestoreResults {
 // The runs that can be undone, the oldest first. Throws Error.
 std::vector<SavedRun> RestorableRuns(const std::filesystem::path& folder);
 
-// What runs have put on the desk goes to the trash, what they have changed and removed is as it was
-// before the first of them; the handheld has what it had, under new OIDs where it had it no more.
-// Edits of people that no run has touched stay on the desk. What both sides have is saved before,
-// as a run of its own. One that was broken off is finished by the same once more. Throws Error.
+// Both sides have what they had before that run. Files of the desk that were not there go to the
+// trash, all others are what they were, whoever has changed them since; the handheld has its items,
+// under new OIDs where it had them no more. What both sides have is saved before, as a run of its
+// own. One that was broken off is finished by the same once more. Throws Error.
 RestoreResults Restore(const ConnectionOptions& connection, const RestoreOptions& options);
 
 }  // namespace desktop

@@ -122,18 +122,13 @@ class SyncRun {
   }
 
   void SaveHistory(const History& history, const std::string& time) const {
-    SavedRun run{time, {}, {}, {}};
+    SavedRun run{time, {}, {}};
     SyncCounts counts;
-    std::set<std::string> touched;
-    for (const Action& action : plan_.items.actions) {
-      Count(action, counts);
-      const bool touches = action.desk == Effect::kChange || action.desk == Effect::kDelete;
-      if (touches) touched.insert(action.deskNow->file.string());
-    }
+    for (const Action& action : plan_.items.actions) Count(action, counts);
     run.what = "before a sync: " + ToText(counts);
     for (const auto& [kind, items] : sides_.handheld) run.kinds.push_back(kind);
     Step("save the history");
-    history.Save(run, options_.folder, touched, sides_, memory_.path());
+    history.Save(run, folder_, sides_, memory_.path());
   }
 
   void Execute() {
@@ -141,8 +136,8 @@ class SyncRun {
     const History history(state_.history());
     const auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
     const std::string time = history.NewTime(now);
-    const Execution::Means means{connection_, folder_, state_.trash(), memory_,      mapping_,
-                                 recovery_,   zone_,   time,           options_.hook};
+    const Execution::Means means{connection_, folder_,   state_.trash(), memory_,
+                                 mapping_,    recovery_, zone_,          options_.hook};
     Execution execution(means, plan_.items, sides_, parts_);
     execution.Remember({{kZoneNote, zone_.name()},
                         {kCountryNote, Country()},

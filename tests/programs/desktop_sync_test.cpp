@@ -7,6 +7,9 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <set>
+#include <sstream>
+#include <string>
 
 #include "tests/programs/tool_test.h"
 
@@ -52,6 +55,22 @@ class DesktopSync : public ToolTest {
     }
     return files;
   }
+  std::map<std::string, std::string> PeoplesFiles() const {
+    auto files = Folder();
+    std::erase_if(
+        files, [](const auto& entry) { return entry.first.find(".corvane") != std::string::npos; });
+    return files;
+  }
+  // Those that come back have other OIDs, and another place.
+  std::multiset<std::string> PeopleOnHandheld() {
+    std::multiset<std::string> people;
+    std::istringstream lines(WithoutOids(Pulled("contacts")));
+    for (std::string line; std::getline(lines, line);) {
+      if (line.ends_with(',')) line.pop_back();
+      people.insert(line);
+    }
+    return people;
+  }
   // The desk's file that holds this text.
   std::string FileWith(const std::string& text) const {
     for (const auto& [name, bytes] : Folder()) {
@@ -80,19 +99,13 @@ TEST_F(DesktopSync, BringsTheHandheldToAnEmptyDeskAndThenDoesNothing) {
                                          "handheld 0\n")));
   const std::string contacts = Pulled("contacts");
   const std::string calendar = Pulled("calendar");
-  auto files = Folder();
+  const auto files = PeoplesFiles();
   const Ended second = Sync();
   EXPECT_EQ(second.code, 0) << second.err;
   EXPECT_EQ(second.out, kNothing);
   EXPECT_EQ(Pulled("contacts"), contacts);
   EXPECT_EQ(Pulled("calendar"), calendar);
-  auto after = Folder();
-  const auto isOwn = [](const auto& entry) {
-    return entry.first.find(".corvane") != std::string::npos;
-  };
-  std::erase_if(files, isOwn);
-  std::erase_if(after, isOwn);
-  EXPECT_EQ(after, files);
+  EXPECT_EQ(PeoplesFiles(), files);
 }
 
 TEST_F(DesktopSync, TakesAnEditFromEachSideToTheOther) {
@@ -145,6 +158,36 @@ TEST_F(DesktopSync, StopsBeforeAMassDeletionUnlessItIsMeant) {
   EXPECT_EQ(Pulled("contacts"), contacts);
   EXPECT_EQ(Sync({"--allow-deletions"}).code, 0);
   EXPECT_EQ(Pulled("contacts"), "[]\n");
+}
+
+TEST_F(DesktopSync, IsUndoneByRestoreWhateverHasBecomeOfTheDeskSince) {
+  Import({"people.vcf"});
+  StartAgent(Path("handheld"));
+  ASSERT_EQ(Sync().code, 0);
+  Replace(FileWith("Okafor"), ";Amara;", ";Amarachi;");
+  fs::remove(FileWith("Morishita"));
+  const std::string edit =
+      File("edit.xml",
+           "<root><CONTACT Oid=\"5\"><BUSINESS_TITLE>Smith</BUSINESS_TITLE></CONTACT>"
+           "<CONTACT><LAST_NAME>Newcomer</LAST_NAME></CONTACT></root>");
+  ASSERT_EQ(Desktop({"push", edit}).code, 0);
+  const auto desk = PeoplesFiles();
+  const auto handheld = PeopleOnHandheld();
+  ASSERT_EQ(Sync().code, 0);
+  fs::remove(FileWith("Okafor"));
+  std::ofstream(FileWith("Newcomer")) << "spoilt";
+
+  const Ended listed = Desktop({"restore", Path("desk")});
+  EXPECT_EQ(listed.code, 0);
+  EXPECT_THAT(listed.out, AllOf(HasSubstr("  before a sync: 27 added"),
+                                HasSubstr("  before a sync: 1 added, 2 changed, 1 deleted")));
+  const Ended restored = Desktop({"restore", Path("desk"), "latest"});
+  EXPECT_EQ(restored.code, 0) << restored.err;
+  EXPECT_THAT(restored.out, AllOf(::testing::StartsWith("as before 20"),
+                                  HasSubstr(": 3 changed on the desk, 2 on the handheld\n")));
+  EXPECT_EQ(PeoplesFiles(), desk);
+  EXPECT_EQ(PeopleOnHandheld(), handheld);
+  EXPECT_EQ(Desktop({"restore", Path("desk"), "yesterday"}).code, 1);
 }
 
 TEST_F(DesktopSync, ReportsAsJson) {

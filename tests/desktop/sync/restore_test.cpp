@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
+#include <cstdint>
+#include <map>
 #include <memory>
 #include <set>
 
@@ -111,21 +114,51 @@ TEST_F(RestoreTest, GoesBackOverSeveralRuns) {
   const auto runs = RestorableRuns(world_->options_.folder);
   ASSERT_EQ(runs.size(), 3u);
   Restore(runs[1].time);
-  EXPECT_EQ(Now().handheld, before.handheld);
-  for (const TestItem& item : world_->Desk(ItemKind::kTask)) {
-    EXPECT_NE(item.name, "Hugo") << "a run had put it there";
-    EXPECT_NE(item.first, "H") << "so had one this";
-  }
+  EXPECT_EQ(Now(), before);
 }
 
-TEST_F(RestoreTest, KeepsAnEditOfTheDeskThatNoRunHasTouched) {
+TEST_F(RestoreTest, BringsBackWhatPeopleHaveEditedAndRemovedSince) {
   Begin();
-  world_->ChangeOnHandheld(ItemKind::kContact, {"Ben", "0", {}}, {"Ben", "H", {}});
+  world_->AddOnHandheld(ItemKind::kContact, {"Hugo", "H", {}});
+  const std::map<std::string, std::string> before = world_->Bytes();
   ASSERT_EQ(world_->Sync().problem, "");
-  world_->ChangeOnDesk(ItemKind::kContact, {"Ada", "0", {}}, {"Ada", "later", {}});
+  world_->ChangeOnDesk(ItemKind::kContact, {"Ada", "0", {}}, {"Ada", "spoilt", {}});
+  world_->RemoveFromDesk(ItemKind::kContact, {"Ben", "0", {}});
+  world_->RenameFileOnDesk(ItemKind::kTask, {"Cleo", "0", {}});
+  world_->AddOnDesk(ItemKind::kTask, {"Finn", "D", {}});
+  const auto spoilt = world_->Bytes();
+  EXPECT_TRUE(Restore().problems.empty()) << "no run has seen any of it";
+  EXPECT_EQ(world_->Bytes(), before);
   Restore();
-  EXPECT_EQ(world_->Desk(ItemKind::kContact)[0], (TestItem{"Ada", "later", {}}));
-  EXPECT_EQ(world_->Desk(ItemKind::kContact)[1], (TestItem{"Ben", "0", {}}));
+  EXPECT_EQ(world_->Bytes(), spoilt) << "that can be undone as well";
+}
+
+TEST_F(RestoreTest, BringsBackFilesThatNoSynchronisationUnderstands) {
+  Begin();
+  const auto file = world_->options_.folder / "contacts/half.vcf";
+  world_->directory_.Write(file, "BEGIN:VCARD\r\nVERSION:3.0\r\nFN:Ha");
+  world_->AddOnHandheld(ItemKind::kTask, {"Hugo", "H", {}});
+  ASSERT_EQ(world_->Sync().problem, "");
+  world_->directory_.Write(file, "");
+  Restore();
+  EXPECT_EQ(world_->directory_.Read(file), "BEGIN:VCARD\r\nVERSION:3.0\r\nFN:Ha");
+}
+
+TEST_F(RestoreTest, LeavesAloneWhatIsChangedMeanwhile) {
+  Begin();
+  EditEverything();
+  ASSERT_EQ(world_->Sync().problem, "");
+  const auto files = world_->FolderBytes();
+  const auto gina = std::ranges::find_if(files, [](const auto& file) {
+    return file.first.starts_with("contacts/") && file.second.find("Gina") != std::string::npos;
+  });
+  ASSERT_NE(gina, files.end());
+  const auto path = world_->options_.folder / gina->first;
+  hook_ = [&](std::string_view step) {
+    if (step == "bring back a file") world_->directory_.Write(path, "meanwhile");
+  };
+  EXPECT_EQ(Restore().problems, std::vector{gina->first + ": it has been changed meanwhile"});
+  EXPECT_EQ(world_->directory_.Read(path), "meanwhile");
 }
 
 TEST_F(RestoreTest, IsFinishedByTheSameOnceMoreWhereverItWasCutOff) {
@@ -162,35 +195,37 @@ TEST_F(RestoreTest, RefusesATimeThatIsNotThere) {
 TEST(History, KeepsTheLastTenAndOneAMonthForAYear) {
   const TemporaryDirectory directory;
   const History history(directory / "history");
+  const DeskFolder folder(directory / "desk", ZoneNamed("UTC"));
+  folder.Make();
   const auto first = std::chrono::sys_days{std::chrono::year{2025} / 6 / 1};
   directory.Write(directory / "memory.db", "m");
-  const auto runs = [&] {
-    std::vector<std::string> times;
-    for (const SavedRun& run : history.Runs()) times.push_back(run.time.substr(0, 10));
-    return times;
-  };
+  std::map<std::string, std::string> desks;  // what the folder's one file held, by runs
   History::Time now = first;
   for (int day = 0; day < 600; day += 10) {
     now = first + std::chrono::days{day};
-    const std::string name = std::to_string(day) + ".vcf";
-    directory.Write(directory / name, name);
-    history.Save({history.NewTime(now), {}, {}, {}}, directory.path(), {name}, {},
-                 directory / "memory.db");
+    // Every other run finds the file as it was.
+    const std::string bytes = std::to_string(day / 20);
+    directory.Write(directory / "desk/contacts/a.vcf", bytes);
+    const std::string time = history.NewTime(now);
+    desks[time] = bytes;
+    history.Save({time, {}, {}}, folder, {}, directory / "memory.db");
     history.Prune(now);
   }
-  const std::vector<std::string> kept = runs();
+  const std::vector<SavedRun> kept = history.Runs();
   EXPECT_EQ(kept.size(), 10u + 9u) << "the last hundred days, and the nine months before";
-  EXPECT_EQ(kept.back(), "2027-01-12");
-  // What went has been taken over by those that stay.
-  std::set<std::string> files;
-  for (const SavedRun& run : history.Runs()) {
-    for (const auto& entry : std::filesystem::directory_iterator(history.DeskOf(run.time))) {
-      files.insert(entry.path().filename().string());
-    }
+  EXPECT_EQ(kept.back().time.substr(0, 10), "2027-01-12");
+  const DeskHistory desk = history.Desk();
+  std::set<std::int64_t> contents;
+  for (const SavedRun& run : kept) {
+    const auto files = desk.Before(run.time);
+    ASSERT_EQ(files.size(), 1u);
+    EXPECT_EQ(desk.BytesOf(files.at("contacts/a.vcf")), desks[run.time]) << run.time;
+    contents.insert(files.at("contacts/a.vcf"));
   }
-  for (int day = 260; day < 600; day += 10) {
-    EXPECT_TRUE(files.contains(std::to_string(day) + ".vcf")) << day;
-  }
+  EXPECT_EQ(contents.size(), 5u + 9u) << "each content once";
+  EXPECT_THROW(static_cast<void>(desk.Before(desks.begin()->first)), Error)
+      << "it has been forgotten";
+  EXPECT_EQ(desk.BytesOf(1), "") << "with what the folder held then";
 }
 
 }  // namespace
