@@ -20,6 +20,7 @@
 #include "handheld/tool/records.h"
 #include "handheld/tool/registry_commands.h"
 #include "handheld/tool/remove_records.h"
+#include "handheld/tool/repair_command.h"
 #include "handheld/tool/session.h"
 #include "handheld/tool/show_records.h"
 
@@ -37,7 +38,7 @@ struct Arguments {
   std::string directory;
   tool::InitOptions init;
   std::string key, value;
-  bool json = false;
+  bool json = false, write = false;
   std::string kind;
   std::vector<std::filesystem::path> files;
   tool::ImportOptions import;
@@ -107,6 +108,13 @@ void AddHandheldCommands(CLI::App& app, Arguments& a, Command& chosen) {
 
   AddCommand(app, "check", "Look for damage in the store", a, chosen, tool::CheckHandheld,
              tool::Use::kLook);
+
+  auto* repair = AddCommand(
+      app, "repair", "Say what can be saved of a damaged store", a, chosen,
+      [&](auto& session, auto& report) { return tool::Repair(session, a.write, a.json, report); });
+  repair->add_flag("--write", a.write,
+                   "Put what can be saved in the store's place; the damaged one stays beside it");
+  repair->add_flag("--json", a.json, "As JSON");
 }
 
 void AddKind(CLI::App& command, Arguments& a) {

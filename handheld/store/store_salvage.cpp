@@ -1,0 +1,425 @@
+#include "handheld/store/store_salvage.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <fstream>
+#include <map>
+#include <memory>
+#include <string_view>
+#include <system_error>
+
+#include "handheld/base/fault.h"
+#include "handheld/store/store_error.h"
+#include "handheld/store/store_schema.h"
+#include "platform/status.h"
+
+namespace ce::host {
+namespace {
+
+constexpr std::size_t kMostLost = 200;
+// So many identifiers in a row are tried one by one before the steps grow.
+constexpr int kSingleSteps = 10000;
+constexpr std::int64_t kNone = INT64_MAX;
+constexpr std::size_t kPage = 4096;
+
+// What gives identifiers away: what was the last one by its own account and by the tables that have
+// them, and how it goes on.
+struct Counter {
+  const char* lastGiven;
+  const char* lastUsed;
+  const char* raise;  // ?1 is the last one given
+};
+constexpr Counter kOids = {
+    "SELECT next_oid - 1 FROM oid_counter",
+    "SELECT max(oid) FROM (SELECT max(oid) AS oid FROM contacts UNION ALL "
+    "SELECT max(oid) FROM appointments UNION ALL SELECT max(oid) FROM tasks)",
+    "UPDATE oid_counter SET next_oid = min(?1, 4294967295) + 1"};
+constexpr Counter kMessageIds = {
+    "SELECT next_id - 1 FROM message_id_counter",
+    "SELECT max(id) FROM (SELECT max(id) AS id FROM message_stores UNION ALL "
+    "SELECT max(id) FROM message_folders UNION ALL SELECT max(id) FROM messages)",
+    "UPDATE message_id_counter SET next_id = max(next_id, ?1 + 1)"};
+constexpr Counter kCallIds = {
+    "SELECT seq FROM sqlite_sequence WHERE name = 'calls'", "SELECT max(id) FROM calls",
+    "INSERT OR REPLACE INTO sqlite_sequence (rowid, name, seq) VALUES (1, 'calls', ?1)"};
+
+// Tables whose rows have a number each, those first that others refer to.
+struct NumberedTable {
+  const char* name;
+  const char* noun;
+  const Counter* counter;
+  bool hasRowsFromTheStart = false;  // so that a new store has some that this one may lack
+};
+constexpr NumberedTable kNumberedTables[] = {
+    {"contacts", "contact", &kOids},
+    {"appointments", "appointment", &kOids},
+    {"tasks", "task", &kOids},
+    {"exceptions", "the exception in row", nullptr},
+    {"message_stores", "message store", &kMessageIds, true},
+    {"message_folders", "message folder", &kMessageIds, true},
+    {"messages", "message", &kMessageIds},
+    {"calls", "call", &kCallIds},
+};
+
+// Whether what failed is the reading of this row, so that others may be had.
+bool IsLoss(int result) {
+  switch (result & 0xFF) {
+    case SQLITE_CORRUPT:
+    case SQLITE_NOTADB:
+    case SQLITE_CONSTRAINT:
+    case SQLITE_MISMATCH:
+    case SQLITE_TOOBIG:
+      return true;
+    default:
+      return result == SQLITE_IOERR_SHORT_READ || result == SQLITE_IOERR_CORRUPTFS;
+  }
+}
+
+struct CloseDatabase {
+  void operator()(sqlite3* database) const { sqlite3_close(database); }
+};
+struct FinalizeStatement {
+  void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+};
+
+class Query {
+ public:
+  Query(sqlite3* database, const std::string& sql) {
+    sqlite3_stmt* statement = nullptr;
+    prepared_ = sqlite3_prepare_v2(database, sql.c_str(), -1, &statement, nullptr);
+    statement_.reset(statement);
+  }
+
+  // For INSERT: takes the values of another query's row.
+  void BindRowOf(const Query& other) {
+    sqlite3_reset(statement());
+    for (int i = 0; i < sqlite3_column_count(other.statement()); ++i)
+      sqlite3_bind_value(statement(), i + 1, sqlite3_column_value(other.statement(), i));
+  }
+  sqlite3_stmt* statement() const { return statement_.get(); }
+  std::int64_t Integer(int column) const { return sqlite3_column_int64(statement(), column); }
+
+  // SQLite's result code.
+  int Step() {
+    if (!statement_) return prepared_;
+    if (Failed(FaultStatus("sqlite3_step:salvage"))) return SQLITE_IOERR_WRITE;
+    return sqlite3_step(statement());
+  }
+  // From the start, with this number bound.
+  int Run(std::int64_t number) {
+    sqlite3_reset(statement());
+    sqlite3_bind_int64(statement(), 1, number);
+    return Step();
+  }
+
+ private:
+  std::unique_ptr<sqlite3_stmt, FinalizeStatement> statement_;
+  int prepared_ = SQLITE_OK;
+};
+
+class Salvager {
+ public:
+  Salvager(sqlite3* damaged, sqlite3* fresh, Salvage& salvage)
+      : damaged_(damaged), fresh_(fresh), salvage_(salvage) {}
+
+  // S_OK also when rows are lost.
+  HRESULT Run() {
+    for (const NumberedTable& table : kNumberedTables) SaveNumbered(table);
+    SaveRecipients();
+    SaveLedger();
+    MendReferences();
+    for (const Counter* counter : {&kOids, &kMessageIds, &kCallIds}) Raise(*counter);
+    return status_;
+  }
+
+ private:
+  void Lose(std::string what) {
+    if (salvage_.lost.size() < kMostLost) salvage_.lost.push_back(std::move(what));
+  }
+  // Whether a statement without rows, or the end of one with rows, went well. A loss is for the
+  // caller to name; anything else ends it all.
+  bool IsDone(int result) {
+    if (result != SQLITE_DONE && !IsLoss(result) && Succeeded(status_))
+      status_ = StoreStatus(result);
+    return result == SQLITE_DONE;
+  }
+  void Execute(const std::string& sql) {
+    Query query(fresh_, sql);
+    IsDone(query.Step());
+  }
+  static std::int64_t Number(sqlite3* database, const std::string& sql) {
+    Query query(database, sql);
+    return query.Step() == SQLITE_ROW ? query.Integer(0) : 0;
+  }
+  // An older store lacks the later tables.
+  bool Has(const std::string& table) {
+    return Number(damaged_, "SELECT count(*) FROM sqlite_schema WHERE name = '" + table + "'") == 1;
+  }
+  Query InsertInto(const std::string& table) {
+    std::string values = "?";
+    for (auto n = Number(fresh_, "SELECT count(*) FROM pragma_table_info('" + table + "')"); n > 1;
+         --n)
+      values += ",?";
+    return {fresh_, "INSERT OR REPLACE INTO " + table + " VALUES (" + values + ")"};
+  }
+  // Saves the rows that are left of a query, the first of which it has been stepped to with
+  // `result`. False when some are lost.
+  bool SaveRows(Query& rows, int result, Query& insert) {
+    for (; result == SQLITE_ROW && Succeeded(status_); result = rows.Step()) {
+      insert.BindRowOf(rows);
+      if (!IsDone(insert.Step())) return false;
+    }
+    return IsDone(result);
+  }
+
+  void SaveNumbered(const NumberedTable& table) {
+    const std::string name = table.name;
+    if (!Has(name)) return;
+    const std::string from = " FROM " + name + " NOT INDEXED WHERE rowid ";
+    Query next(damaged_, "SELECT rowid" + from + ">= ?1 ORDER BY rowid LIMIT 1");
+    Query row(damaged_, "SELECT *" + from + "= ?1");
+    Query insert = InsertInto(name);
+    std::vector<std::int64_t> saved;
+    bool whole = true;
+    std::int64_t number = 1;
+    int result;
+    while ((result = next.Run(number)) != SQLITE_DONE && Succeeded(status_)) {
+      std::int64_t last = number;
+      bool toTheEnd = false;
+      if (result == SQLITE_ROW) {
+        number = last = next.Integer(0);
+        if (SaveRows(row, row.Run(number), insert)) {
+          saved.push_back(number++);
+          continue;
+        }
+      } else if (IsLoss(result)) {
+        const std::int64_t readable = FirstReadable(next, number);
+        toTheEnd = readable == kNone;
+        last = toTheEnd ? std::max(number, LastGiven(table)) : readable - 1;
+      } else {
+        status_ = StoreStatus(result);
+        break;
+      }
+      whole = false;
+      LoseRange(table, number, last);
+      if (toTheEnd) break;
+      number = last + 1;
+    }
+    if (!saved.empty()) salvage_.saved.emplace_back(name, saved.size());
+    if (table.hasRowsFromTheStart && whole) KeepOnly(name, saved);
+  }
+
+  void KeepOnly(const std::string& table, const std::vector<std::int64_t>& ids) {
+    std::string list;
+    for (const std::int64_t id : ids) list += (list.empty() ? "" : ",") + std::to_string(id);
+    Execute("DELETE FROM " + table + " WHERE id NOT IN (" + list + ")");
+  }
+
+  // The first number from which on rows can be looked for again, kNone when there is none.
+  static std::int64_t FirstReadable(Query& next, std::int64_t bad) {
+    std::int64_t good = bad;
+    for (int tries = 0; tries < kSingleSteps; ++tries) {
+      if (!IsLoss(next.Run(++good))) return good;
+    }
+    for (std::int64_t step = 1; IsLoss(next.Run(good)); step *= 2) {
+      bad = good;
+      if (step > kNone / 2 - good) return kNone;
+      good += step;
+    }
+    while (good - bad > 1) {
+      const std::int64_t middle = bad + (good - bad) / 2;
+      (IsLoss(next.Run(middle)) ? bad : good) = middle;
+    }
+    return good;
+  }
+
+  void LoseRange(const NumberedTable& table, std::int64_t first, std::int64_t last) {
+    const std::string name = std::string(table.noun) + ' ' + std::to_string(first);
+    Lose(first == last
+             ? name + ": cannot be read"
+             : name + " to " + std::to_string(last) + ": cannot be read, as far as there were any");
+    if (table.counter) lostUpTo_[table.counter] = std::max(lostUpTo_[table.counter], last);
+  }
+
+  std::int64_t LastGiven(const NumberedTable& table) {
+    return table.counter ? Number(damaged_, table.counter->lastGiven) : 0;
+  }
+
+  void SaveRecipients() {
+    if (!Has("message_recipients")) return;
+    Query messages(fresh_, "SELECT id FROM messages WHERE id >= ?1 ORDER BY id LIMIT 1");
+    Query rows(damaged_, "SELECT * FROM message_recipients WHERE message = ?1");
+    Query insert = InsertInto("message_recipients");
+    for (std::int64_t from = 1; Succeeded(status_) && messages.Run(from) == SQLITE_ROW;) {
+      const std::int64_t message = messages.Integer(0);
+      if (!SaveRows(rows, rows.Run(message), insert))
+        Lose("message " + std::to_string(message) + ": its recipients cannot be read");
+      from = message + 1;
+    }
+  }
+
+  // From either end as far as it can be read.
+  void SaveLedger() {
+    if (!Has("import_ledger")) return;
+    Query insert = InsertInto("import_ledger");
+    for (const char* order : {"kind, identity", "kind DESC, identity DESC"}) {
+      Query rows(damaged_, std::string("SELECT * FROM import_ledger ORDER BY ") + order);
+      if (SaveRows(rows, rows.Step(), insert)) return;
+    }
+    Lose(
+        "what was imported cannot be told for all items: imported once more, some may stand twice");
+  }
+
+  // Names the rows that `from` gives, by their column `id`, then runs `mend` on them.
+  void Mend(const char* id, const std::string& noun, const char* fate, const std::string& mend,
+            const std::string& from) {
+    Query query(fresh_, std::string("SELECT DISTINCT ") + id + " FROM " + from);
+    while (query.Step() == SQLITE_ROW)
+      Lose(noun + ' ' + std::to_string(query.Integer(0)) + ": " + fate);
+    Execute(mend);
+  }
+
+  void MendReferences() {
+    const std::string lost = "exceptions WHERE oid NOT IN (SELECT oid FROM appointments)";
+    Mend("oid", "appointment", "its exceptions are lost with it", "DELETE FROM " + lost, lost);
+    const std::string alone =
+        " WHERE parent NOT IN (SELECT id FROM message_folders)"
+        " OR store NOT IN (SELECT id FROM message_stores)";
+    Mend("id", "message folder", "what it lay in is lost; it lies in the telephone's now",
+         "UPDATE message_folders SET store = 1, parent = 2" + alone, "message_folders" + alone);
+    const std::string homeless = " WHERE folder NOT IN (SELECT id FROM message_folders)";
+    Mend("id", "message", "its folder is lost; it lies in the telephone's inbox now",
+         "UPDATE messages SET folder = 3" + homeless, "messages" + homeless);
+  }
+
+  // No identifier is given away twice, one of what is lost as little as another.
+  void Raise(const Counter& counter) {
+    Query raise(fresh_, counter.raise);
+    IsDone(raise.Run(std::max({Number(damaged_, counter.lastGiven),
+                               Number(fresh_, counter.lastUsed), lostUpTo_[&counter]})));
+  }
+
+  // Two connections: SQLite lets one that has met damage write no more.
+  sqlite3* const damaged_;
+  sqlite3* const fresh_;
+  Salvage& salvage_;
+  std::map<const Counter*, std::int64_t> lostUpTo_;
+  HRESULT status_ = S_OK;
+};
+
+using DatabasePtr = std::unique_ptr<sqlite3, CloseDatabase>;
+
+HRESULT Open(const std::filesystem::path& path, const char* settings, DatabasePtr& database) {
+  sqlite3* opened = nullptr;
+  const int flags =
+      SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
+  const int result = sqlite3_open_v2(path.c_str(), &opened, flags, nullptr);
+  database.reset(opened);
+  if (result != SQLITE_OK) return StoreStatus(result);
+  return StoreStatus(sqlite3_exec(opened, settings, nullptr, nullptr, nullptr));
+}
+
+HRESULT OpenDamaged(const std::filesystem::path& path, DatabasePtr& database) {
+  RETURN_IF_FAILED(
+      Open(path, "PRAGMA trusted_schema = OFF; PRAGMA cell_size_check = ON;", database));
+  Query tables(database.get(), "SELECT count(*) FROM sqlite_schema WHERE name = 'contacts'");
+  if (const int result = tables.Step(); result != SQLITE_ROW) return StoreStatus(result);
+  return tables.Integer(0) == 1 ? S_OK : kStoreDamaged;
+}
+
+// The database's file as https://www.sqlite.org/fileformat2.html describes it.
+class DatabaseFile {
+ public:
+  explicit DatabaseFile(const std::filesystem::path& path)
+      : file_(path, std::ios::binary | std::ios::in | std::ios::out) {}
+
+  std::string ReadPage(std::size_t number) {
+    std::string page(kPage, '\0');
+    file_.seekg(Place(number));
+    file_.read(page.data(), kPage);
+    return page;
+  }
+  void WritePage(std::size_t number, const std::string& page) {
+    file_.seekp(Place(number));
+    file_.write(page.data(), kPage);
+    file_.flush();
+  }
+  bool good() const { return file_.good(); }
+
+ private:
+  static std::streamoff Place(std::size_t number) {
+    return static_cast<std::streamoff>((number - 1) * kPage);
+  }
+
+  std::fstream file_;
+};
+
+std::size_t BigEndian(std::string_view page, std::size_t at, std::size_t bytes) {
+  std::size_t number = 0;
+  for (std::size_t i = 0; i < bytes; ++i)
+    number = number << 8 | static_cast<unsigned char>(page[at + i]);
+  return number;
+}
+
+void SetBigEndian(std::string& page, std::size_t at, std::size_t number) {
+  for (std::size_t i = 4; i-- > 0; number >>= 8) page[at + i] = static_cast<char>(number);
+}
+
+// The pages that say what tables there are lie at the same places in every store that was made in
+// this format: those of the damaged one become those of the fresh one. Its free pages are
+// forgotten.
+bool MendSchema(const std::filesystem::path& damaged, const std::filesystem::path& fresh) {
+  std::error_code error;
+  const std::size_t pages = std::filesystem::file_size(damaged, error) / kPage;
+  DatabaseFile from(fresh);
+  DatabaseFile to(damaged);
+  std::string first = from.ReadPage(1);
+  constexpr std::size_t kTree = 100;  // where the page's part of the table begins
+  if (error || !from.good() || first[kTree] != 5) return false;
+  std::vector<std::size_t> children = {BigEndian(first, kTree + 8, 4)};
+  for (std::size_t i = 0; i < BigEndian(first, kTree + 3, 2); ++i)
+    children.push_back(BigEndian(first, BigEndian(first, kTree + 12 + 2 * i, 2), 4));
+  for (const std::size_t child : children) {
+    if (child > pages) return false;
+    to.WritePage(child, from.ReadPage(child));
+  }
+  SetBigEndian(first, 28, pages);
+  SetBigEndian(first, 32, 0);
+  SetBigEndian(first, 36, 0);
+  // Whether a write-ahead log belongs to it.
+  std::filesystem::path log = damaged;
+  log += "-wal";
+  first[18] = first[19] = std::filesystem::exists(log, error) ? 2 : 1;
+  to.WritePage(1, first);
+  return to.good();
+}
+
+}  // namespace
+
+HRESULT SalvageStore(const std::filesystem::path& damaged, const std::filesystem::path& fresh,
+                     Salvage& salvage, std::string& problem) {
+  salvage = {};
+  DatabasePtr from;
+  DatabasePtr to;
+  // Nobody else knows the new file, which is of no use until it is finished.
+  constexpr char kFresh[] = "PRAGMA journal_mode = MEMORY; PRAGMA synchronous = FULL;";
+  HRESULT status = Open(fresh, kFresh, to);
+  if (Succeeded(status)) status = BringUpToDate(to.get(), true, 1, problem);
+  if (Succeeded(status)) status = OpenDamaged(damaged, from);
+  if (status == kStoreDamaged && problem.empty()) {
+    from.reset();
+    if (MendSchema(damaged, fresh)) status = OpenDamaged(damaged, from);
+  }
+  const auto execute = [&](const char* sql) {
+    if (Succeeded(status))
+      status = StoreStatus(sqlite3_exec(to.get(), sql, nullptr, nullptr, nullptr));
+  };
+  execute("BEGIN");
+  if (Succeeded(status)) status = Salvager(from.get(), to.get(), salvage).Run();
+  execute("COMMIT");
+  if (Failed(status) && problem.empty()) problem = StoreStatusText(status);
+  return status;
+}
+
+}  // namespace ce::host

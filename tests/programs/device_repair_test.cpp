@@ -1,0 +1,150 @@
+// What is saved of a damaged store.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <set>
+
+#include "tests/programs/tool_test.h"
+
+namespace corvane::testing {
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::HasSubstr;
+using ::testing::IsSubsetOf;
+
+constexpr std::size_t kPage = 4096;
+
+class DeviceRepair : public ToolTest {
+ protected:
+  void SetUp() override {
+    handheld_ = MakeFilledHandheld();
+    whole_ = directory_.Read("handheld/store.db");
+    ASSERT_GT(whole_.size(), 8 * kPage);
+  }
+
+  std::set<std::string> Items() const {
+    std::set<std::string> items;
+    for (const char* kind : {"contacts", "calendar", "tasks", "messages", "calls"}) {
+      for (const auto& item :
+           nlohmann::json::parse(Device({"show", handheld_, kind, "--json"}).out))
+        items.insert(kind + item.dump());
+    }
+    return items;
+  }
+
+  void Damage(std::size_t page) {
+    std::string store = whole_;
+    std::fill_n(store.begin() + static_cast<std::ptrdiff_t>(page * kPage), kPage, 'x');
+    fs::remove(Path("handheld/store.db-wal"));
+    directory_.Write("handheld/store.db", store);
+  }
+
+  std::string handheld_;
+  std::string whole_;
+};
+
+TEST_F(DeviceRepair, LeavesASoundStoreAlone) {
+  for (const Arguments& command :
+       {Arguments{"repair", handheld_}, Arguments{"repair", handheld_, "--write"}}) {
+    const Ended ended = Device(command);
+    EXPECT_EQ(ended.code, 0);
+    EXPECT_EQ(ended.out, "The store is sound.\n");
+  }
+  EXPECT_EQ(Device({"repair", handheld_, "--json"}).out, "{\"sound\":true}\n");
+  EXPECT_FALSE(fs::exists(Path("handheld/store.db.damaged")));
+}
+
+TEST_F(DeviceRepair, SavesAllButTheDamagedPage) {
+  const std::set<std::string> before = Items();
+  int lossless = 0;
+  int lossy = 0;
+  for (std::size_t page = 1; page < whole_.size() / kPage; page += 2) {
+    SCOPED_TRACE("page " + std::to_string(page));
+    Damage(page);
+    if (Device({"check", handheld_}).code == 0) continue;  // a page that nothing uses
+    const std::string damaged = directory_.Read("handheld/store.db");
+    const Ended told = Device({"repair", handheld_});
+    EXPECT_THAT(told.out, HasSubstr("Nothing has been changed"));
+    EXPECT_EQ(directory_.Read("handheld/store.db"), damaged);
+
+    const Ended written = Device({"repair", handheld_, "--write", "--json"});
+    EXPECT_EQ(written.code, told.code);
+    EXPECT_EQ(Device({"check", handheld_}).out, "The store is sound.\n");
+    const auto said = nlohmann::json::parse(written.out);
+    EXPECT_EQ(said["lost"].empty(), written.code == 0) << written.out;
+    const std::set<std::string> after = Items();
+    if (written.code == 0) {
+      EXPECT_EQ(after, before) << "nothing is lost";
+      ++lossless;
+    } else {
+      EXPECT_EQ(written.code, 3);
+      ++lossy;
+    }
+    EXPECT_EQ(directory_.Read("handheld/store.db.damaged"), damaged);
+    fs::remove(Path("handheld/store.db.damaged"));
+    fs::remove(Path("handheld/store.db.damaged-wal"));
+  }
+  EXPECT_GT(lossless, 0);
+  EXPECT_GT(lossy, 0);
+}
+
+TEST_F(DeviceRepair, NeverGivesALostIdentifierAgain) {
+  const std::string card = File("new.vcf", "BEGIN:VCARD\nVERSION:3.0\nN:New;Nora\nEND:VCARD\n");
+  const auto contacts = [this] {
+    std::set<int> oids;
+    for (const auto& item :
+         nlohmann::json::parse(Device({"show", handheld_, "contacts", "--json"}).out))
+      oids.insert(item["oid"].get<int>());
+    return oids;
+  };
+  const std::set<int> before = contacts();
+  int tried = 0;
+  for (std::size_t page = 1; page < whole_.size() / kPage && tried < 2; ++page) {
+    Damage(page);
+    if (Device({"repair", handheld_, "--write"}).code != 3) continue;
+    const std::set<int> kept = contacts();
+    if (kept == before) continue;
+    ++tried;
+    EXPECT_THAT(kept, IsSubsetOf(before));
+    ASSERT_EQ(Device({"import", handheld_, card}).code, 0);
+    std::set<int> added = contacts();
+    for (const int oid : kept) added.erase(oid);
+    ASSERT_EQ(added.size(), 1u);
+    EXPECT_EQ(before.count(*added.begin()), 0u) << "page " << page;
+    fs::remove(Path("handheld/store.db-wal"));
+  }
+  EXPECT_GT(tried, 0);
+}
+
+TEST_F(DeviceRepair, NeedsNotTheFirstPage) {
+  const std::set<std::string> before = Items();
+  Damage(0);
+  const Ended written = Device({"repair", handheld_, "--write"});
+  EXPECT_EQ(written.code, 0) << written.out << written.err;
+  EXPECT_EQ(Items(), before);
+}
+
+TEST_F(DeviceRepair, SaysWhenNothingCanBeSaved) {
+  const std::string rubbish(whole_.size() / 3, 'x');
+  directory_.Write("handheld/store.db", rubbish);
+  const Ended ended = Device({"repair", handheld_, "--write"});
+  EXPECT_EQ(ended.code, 1);
+  EXPECT_THAT(ended.err, HasSubstr("store.db: nothing can be saved: it is damaged"));
+  EXPECT_EQ(directory_.Read("handheld/store.db"), rubbish);
+  EXPECT_FALSE(fs::exists(Path("handheld/store.db.damaged")));
+}
+
+TEST_F(DeviceRepair, KeepsEachDamagedStore) {
+  for (const char* name : {"store.db.damaged", "store.db.damaged-2"}) {
+    Damage(4);
+    Device({"repair", handheld_, "--write"});
+    EXPECT_TRUE(fs::exists(Path(std::string("handheld/") + name))) << name;
+  }
+}
+
+}  // namespace
+}  // namespace corvane::testing
