@@ -96,6 +96,11 @@ bool HasEncoding(const Property& property, std::string_view first, std::string_v
          (text::EqualsNoCase(*encoding, first) || text::EqualsNoCase(*encoding, second));
 }
 
+// What no form of text can say; a line break is none of them.
+bool IsLeftOut(char c) {
+  return c != '\n' && c != '\r' && text::IsControl(c);
+}
+
 std::string DecodeValue(std::string_view raw, Property& property) {
   std::string bytes;
   if (HasEncoding(property, "QUOTED-PRINTABLE", "Q")) {
@@ -171,6 +176,10 @@ std::optional<Property> ParseProperty(const ContentLine& line) {
   property.name = text::ToUpperAscii(name);
   ParseHeader(header, property);
   property.value = text::NormalizeLineBreaks(DecodeValue(text.substr(colon + 1), property));
+  if (property.problem.empty() && !HasEncoding(property, "BASE64", "B") &&
+      std::ranges::any_of(property.value, IsLeftOut)) {
+    property.problem = "control characters are left out";
+  }
   return property;
 }
 
@@ -229,7 +238,7 @@ std::string Unescaper::operator()(std::string_view part) {
     if (IsAsciiLetterOrDigit(next)) text += '\\';
     text += next;
   }
-  std::erase_if(text, [](char c) { return c != '\n' && c != '\r' && text::IsControl(c); });
+  std::erase_if(text, IsLeftOut);
   if (property_.dialect == VCardDialect::k21) return std::string(text::TrimBlanks(text));
   return text;
 }
