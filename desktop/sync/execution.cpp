@@ -294,7 +294,11 @@ void Execution::RememberAction(Memory::Changes& changes, std::size_t i) {
 }
 
 void Execution::RememberAll() {
-  const DeskFiles desk = means_.folder.Read(parts_, sides_.desk).files;
+  const bool touched = std::ranges::any_of(
+      plan_.actions, [](const Action& action) { return action.desk != Effect::kNone; });
+  DeskFiles readBack;
+  if (touched) readBack = means_.folder.Read(parts_, sides_.desk).files;
+  const DeskFiles& desk = touched ? readBack : sides_.desk;
   Step("remember");
   Memory::Changes changes(means_.memory);
   RememberPlaces(changes, desk);

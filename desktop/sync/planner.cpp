@@ -164,15 +164,15 @@ class Planner {
   }
 
   void AddMet(const Pairing& pair) {
+    const bool known = pair.link.number != 0;
+    const bool onHandheld = known && pair.handheld->hash != pair.link.recordHash;
+    if (known && !onHandheld && !IsChanged(*pair.desk, pair.link)) return AddMoved(pair);
     const Item handheld = ItemOf(*pair.handheld, policy_.zone);
-    if (pair.link.number == 0) {
+    if (!known) {
       // What was put there is what the desk had: the desk's changes since are all there is.
       return AddMerged(pair,
                        {nullptr, pair.desk->item, pair.asPut ? &handheld : nullptr, handheld});
     }
-    const bool onDesk = IsChanged(*pair.desk, pair.link);
-    const bool onHandheld = pair.handheld->hash != pair.link.recordHash;
-    if (!onDesk && !onHandheld) return AddMoved(pair);
     const Bases bases = memory_.BasesOf(pair.link);
     const Item handheldBase = ItemOfRecord(bases.record, policy_.zone);
     AddMerged(pair, {&bases.desk, pair.desk->item, &handheldBase, handheld});
