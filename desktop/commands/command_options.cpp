@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "desktop/merge/phone_numbers.h"
+#include "common/phone/phone_numbers.h"
 
 namespace desktop {
 
@@ -48,7 +48,7 @@ void AddCountry(CLI::App& command, std::optional<std::string>& country, const st
       .add_option_function<std::string>(
           "--country",
           [&country](const std::string& code) {
-            if (!PhoneNumbers::IsCountry(code)) {
+            if (!phone::PhoneNumbers::IsCountry(code)) {
               throw CLI::ValidationError("--country", code + " is no country of ISO 3166");
             }
             country = code;

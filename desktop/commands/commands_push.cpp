@@ -115,7 +115,7 @@ int Push(const ConnectionOptions& connection, const PushOptions& options, const 
       TellGuessedZone(options.zone, console);
     }
     PushPolicy policy = options.policy;
-    policy.country = options.country.value_or(PhoneNumbers::CountryOfHost());
+    policy.country = options.country.value_or(phone::PhoneNumbers::CountryOfHost());
     return RunPush(connection, policy, options.mapping, records, {"Pushing", options.json},
                    console);
   });

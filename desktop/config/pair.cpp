@@ -9,8 +9,8 @@
 
 #include "common/calendar/zone.h"
 #include "common/files/atomic_file.h"
+#include "common/phone/phone_numbers.h"
 #include "common/text/text.h"
-#include "desktop/merge/phone_numbers.h"
 #include "desktop/wire/error.h"
 
 namespace desktop {
@@ -92,7 +92,7 @@ class PairReader {
       check(calendar::Zone::Find(pair.zone).has_value(), "time zone");
     } else if (key == "country") {
       pair.country = TextOf(value, key);
-      check(PhoneNumbers::IsCountry(pair.country), "country of ISO 3166");
+      check(phone::PhoneNumbers::IsCountry(pair.country), "country of ISO 3166");
     } else if (key == "policy") {
       pair.policy = TextOf(value, key);
       check(std::ranges::find(kPairPolicies, pair.policy) != std::end(kPairPolicies),

@@ -60,7 +60,7 @@ std::string ShortNameOf(const Contact& contact) {
 }
 
 // Of its numbers and e-mail addresses.
-Keys ReachesOf(const Contact& contact, const PhoneNumbers& numbers) {
+Keys ReachesOf(const Contact& contact, const phone::PhoneNumbers& numbers) {
   Keys keys;
   for (const formats::PhoneSlots& kind : formats::kPhoneSlots) {
     for (const ContactField field : kind.slots) {
@@ -73,7 +73,7 @@ Keys ReachesOf(const Contact& contact, const PhoneNumbers& numbers) {
   return keys;
 }
 
-Keys SureKeys(const Contact& contact, const PhoneNumbers& numbers) {
+Keys SureKeys(const Contact& contact, const phone::PhoneNumbers& numbers) {
   const std::string name = NameOf(contact);
   if (name.empty()) return {};
   Keys keys = ReachesOf(contact, numbers);
@@ -81,24 +81,24 @@ Keys SureKeys(const Contact& contact, const PhoneNumbers& numbers) {
   return keys;
 }
 
-Keys UnsureKeys(const Contact& contact, const PhoneNumbers& numbers) {
+Keys UnsureKeys(const Contact& contact, const phone::PhoneNumbers& numbers) {
   const std::string name = ShortNameOf(contact);
   return name.empty() ? ReachesOf(contact, numbers) : Keys{name};
 }
 
-Keys SureKeys(const Appointment& appointment, const PhoneNumbers& /*numbers*/) {
+Keys SureKeys(const Appointment& appointment, const phone::PhoneNumbers& /*numbers*/) {
   const std::string subject = Folded(appointment.subject);
   if (subject.empty() || !appointment.start) return {};
   return {(appointment.allDay ? "d" : "t") + formats::IsoDateTime(*appointment.start) + subject};
 }
 
-Keys UnsureKeys(const Appointment& appointment, const PhoneNumbers& /*numbers*/) {
+Keys UnsureKeys(const Appointment& appointment, const phone::PhoneNumbers& /*numbers*/) {
   const std::string subject = Folded(appointment.subject);
   if (subject.empty() || !appointment.start) return {};
   return {formats::IsoDate(formats::DayOf(*appointment.start)) + subject};
 }
 
-Keys SureKeys(const Task& task, const PhoneNumbers& /*numbers*/) {
+Keys SureKeys(const Task& task, const phone::PhoneNumbers& /*numbers*/) {
   const std::string subject = Folded(task.subject);
   if (subject.empty()) return {};
   if (task.due) return {"d" + formats::IsoDate(*task.due) + subject};
@@ -106,7 +106,7 @@ Keys SureKeys(const Task& task, const PhoneNumbers& /*numbers*/) {
           subject};
 }
 
-Keys UnsureKeys(const Task& task, const PhoneNumbers& /*numbers*/) {
+Keys UnsureKeys(const Task& task, const phone::PhoneNumbers& /*numbers*/) {
   std::string subject = Folded(task.subject);
   return subject.empty() ? Keys() : Keys{std::move(subject)};
 }
@@ -171,7 +171,7 @@ class JoinFinder {
 }  // namespace
 
 Joins FindJoins(std::span<const Item> desk, std::span<const Item> handheld,
-                const PhoneNumbers& numbers) {
+                const phone::PhoneNumbers& numbers) {
   Joins joins;
   JoinFinder finder(desk, handheld);
   finder.JoinBy([](const Item& item) { return UidOf(item).empty() ? Keys() : Keys{UidOf(item)}; },

@@ -5,8 +5,8 @@
 #include <span>
 #include <vector>
 
+#include "common/phone/phone_numbers.h"
 #include "desktop/merge/item.h"
-#include "desktop/merge/phone_numbers.h"
 
 namespace desktop {
 
@@ -32,6 +32,6 @@ struct Joins {
 // of their own with a number or address in common; appointments of the same subject on the same
 // day; tasks of the same subject. A name or subject that is empty is like no other.
 Joins FindJoins(std::span<const Item> desk, std::span<const Item> handheld,
-                const PhoneNumbers& numbers);
+                const phone::PhoneNumbers& numbers);
 
 }  // namespace desktop

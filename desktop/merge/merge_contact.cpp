@@ -159,7 +159,7 @@ void MergeFileAs(const Versions<Contact>& versions, MergeConflicts& conflicts) {
 
 }  // namespace
 
-void MergeContact(const Versions<Contact>& versions, const PhoneNumbers& numbers,
+void MergeContact(const Versions<Contact>& versions, const phone::PhoneNumbers& numbers,
                   MergeConflicts& conflicts) {
   for (const ContactField field : kTexts) MergeTextField(versions, field, conflicts);
   MergeFileAs(versions, conflicts);

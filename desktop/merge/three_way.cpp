@@ -39,7 +39,7 @@ Merged MergeAs(const MergeSides& sides, Winner winner, const MergeKind& mergeKin
 
 }  // namespace
 
-Merged Merge(const MergeSides& sides, Winner winner, const PhoneNumbers& numbers) {
+Merged Merge(const MergeSides& sides, Winner winner, const phone::PhoneNumbers& numbers) {
   switch (KindOf(sides.desk)) {
     case ItemKind::kContact:
       return MergeAs<formats::Contact>(

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "common/phone/phone_numbers.h"
 #include "desktop/merge/item.h"
-#include "desktop/merge/phone_numbers.h"
 
 namespace desktop {
 
@@ -46,6 +46,6 @@ struct Merged {
 // added some; so are the exceptions of a series, by day, and of a changed occurrence what is
 // otherwise than the series, field by field. A FileAs that nobody typed
 // follows the name, on the side too where the name was changed without it.
-Merged Merge(const MergeSides& sides, Winner winner, const PhoneNumbers& numbers);
+Merged Merge(const MergeSides& sides, Winner winner, const phone::PhoneNumbers& numbers);
 
 }  // namespace desktop

@@ -31,7 +31,8 @@ auto Find(const Index& index, const Key& key) {
 
 class Pairer {
  public:
-  Pairer(ItemKind kind, const Sides& sides, const PhoneNumbers& numbers, const calendar::Zone& zone)
+  Pairer(ItemKind kind, const Sides& sides, const phone::PhoneNumbers& numbers,
+         const calendar::Zone& zone)
       : kind_(kind), numbers_(numbers), zone_(zone) {
     for (const auto& [name, file] : sides.desk) {
       for (const DeskItem& item : file.items) {
@@ -185,7 +186,7 @@ class Pairer {
   }
 
   const ItemKind kind_;
-  const PhoneNumbers& numbers_;
+  const phone::PhoneNumbers& numbers_;
   const calendar::Zone& zone_;
   std::vector<const DeskItem*> newDesk_;
   std::vector<const HandheldItem*> newHandheld_;
@@ -195,7 +196,7 @@ class Pairer {
 }  // namespace
 
 Pairings PairUp(ItemKind kind, const Sides& sides, const Memory& memory,
-                const std::vector<InFlight>& inFlight, const PhoneNumbers& numbers,
+                const std::vector<InFlight>& inFlight, const phone::PhoneNumbers& numbers,
                 const calendar::Zone& zone) {
   Pairer pairer(kind, sides, numbers, zone);
   pairer.TakeLinks(memory.links());

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "common/calendar/zone.h"
-#include "desktop/merge/phone_numbers.h"
+#include "common/phone/phone_numbers.h"
 #include "desktop/sync/in_flight.h"
 #include "desktop/sync/memory.h"
 #include "desktop/sync/sides.h"
@@ -28,7 +28,7 @@ struct Pairings {
 
 // Those of one kind.
 Pairings PairUp(ItemKind kind, const Sides& sides, const Memory& memory,
-                const std::vector<InFlight>& inFlight, const PhoneNumbers& numbers,
+                const std::vector<InFlight>& inFlight, const phone::PhoneNumbers& numbers,
                 const calendar::Zone& zone);
 
 // What the handheld's record says, whether it has been understood yet or not.

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "common/calendar/zone.h"
-#include "desktop/merge/phone_numbers.h"
+#include "common/phone/phone_numbers.h"
 #include "desktop/sync/in_flight.h"
 #include "desktop/sync/memory.h"
 #include "desktop/sync/plan.h"
@@ -31,7 +31,7 @@ struct PlanPolicy {
   AskPerson ask;  // nothing where nobody can be asked: then the item is left alone
   bool allowDeletions = false;
   calendar::Zone zone = calendar::Zone::OfHost();
-  PhoneNumbers numbers{""};
+  phone::PhoneNumbers numbers{""};
 };
 
 // The last line in the note of the second of two that were one before a conflict.

@@ -80,7 +80,7 @@ class SyncRun {
   [[nodiscard]] std::string Country() const {
     if (options_.country) return *options_.country;
     if (std::string known = memory_.Note(kCountryNote); !known.empty()) return known;
-    return PhoneNumbers::CountryOfHost();
+    return phone::PhoneNumbers::CountryOfHost();
   }
 
   void ReadSides() {
@@ -102,7 +102,7 @@ class SyncRun {
 
   void MakePlans() {
     const PlanPolicy policy{options_.conflict, options_.ask, options_.allowDeletions, zone_,
-                            PhoneNumbers(Country())};
+                            phone::PhoneNumbers(Country())};
     plan_.items = MakePlan(sides_, memory_, FindInFlight(memory_, mapping_), policy);
     for (const RecordKind kind : {RecordKind::kMessages, RecordKind::kCalls}) {
       if (!options_.kinds.contains(kind)) continue;

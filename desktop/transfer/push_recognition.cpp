@@ -76,7 +76,7 @@ class KindRecognition {
   }
 
   void Find(const std::vector<const PushRecord*>& records, const Expectations& expectations,
-            const PhoneNumbers& numbers) {
+            const phone::PhoneNumbers& numbers) {
     if (strangers_.empty()) return;
     std::vector<const PushRecord*> others;
     for (const PushRecord* record : records) {
@@ -100,7 +100,7 @@ class KindRecognition {
     return true;
   }
 
-  void Join(const std::vector<const PushRecord*>& records, const PhoneNumbers& numbers) {
+  void Join(const std::vector<const PushRecord*>& records, const phone::PhoneNumbers& numbers) {
     std::vector<Item> desk;
     desk.reserve(records.size());
     for (const PushRecord* record : records) desk.push_back(ItemOf(ElementOf(*record)));
@@ -125,7 +125,7 @@ class KindRecognition {
 }  // namespace
 
 RecognisedItems Recognise(const ConnectionOptions& connection, const Mapping& mapping,
-                          std::span<const PushRecord> records, const PhoneNumbers& numbers) {
+                          std::span<const PushRecord> records, const phone::PhoneNumbers& numbers) {
   std::map<RecordKind, std::vector<const PushRecord*>> unknown;
   for (const PushRecord& record : records) {
     if (record.ownOid || record.deletes || FindMapped(mapping, record) != nullptr) continue;

@@ -5,7 +5,7 @@
 #include <span>
 #include <string>
 
-#include "desktop/merge/phone_numbers.h"
+#include "common/phone/phone_numbers.h"
 #include "desktop/transfer/mapping.h"
 #include "desktop/transfer/push_records.h"
 #include "desktop/wire/connection.h"
@@ -26,6 +26,6 @@ using RecognisedItems = std::map<const PushRecord*, Recognised>;
 // of the kinds that such records have; connects to nobody when there are none. Throws Error when
 // the handheld does not come to a good end.
 RecognisedItems Recognise(const ConnectionOptions& connection, const Mapping& mapping,
-                          std::span<const PushRecord> records, const PhoneNumbers& numbers);
+                          std::span<const PushRecord> records, const phone::PhoneNumbers& numbers);
 
 }  // namespace desktop

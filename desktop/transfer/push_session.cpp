@@ -84,7 +84,7 @@ void PushSession::LookAtHandheld(std::span<const PushRecord> records) {
   if (!policy_.force) checked_ = CheckMapped(connection_, mapping_, records);
   missing_ = FindMissing(connection_, records, policy_.dryRun ? Named::kAtAll : Named::kToDelete);
   if (policy_.recognise) {
-    recognised_ = Recognise(connection_, mapping_, records, PhoneNumbers(policy_.country));
+    recognised_ = Recognise(connection_, mapping_, records, phone::PhoneNumbers(policy_.country));
   }
 }
 

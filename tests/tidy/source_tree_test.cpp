@@ -23,6 +23,7 @@ const std::map<std::string, std::set<std::string>> kMayInclude = {
     {"common/text", {}},
     {"common/calendar", {}},
     {"common/files", {}},
+    {"common/phone", {"common/text"}},
     {"common/formats/items", {"common/text", "common/calendar"}},
     {"common/formats/lines", {"common/text", "common/formats/items"}},
     {"common/formats/vcard",

@@ -245,7 +245,7 @@ TEST(AppointmentMerge, OtherExceptionsThatTheHandheldHoldsStayAsTheyAre) {
   const Item handheldBase = Mondays();
   const Item handheld = Without(Mondays(), 18);
   const Merged merged =
-      Merge({&deskBase, deskBase, &handheldBase, handheld}, Winner::kDesk, PhoneNumbers(""));
+      Merge({&deskBase, deskBase, &handheldBase, handheld}, Winner::kDesk, phone::PhoneNumbers(""));
   ExpectContent(merged.desk, Without(Placed(Mondays(), 11, "Hall"), 18), "the desk");
   ExpectContent(merged.handheld, handheld, "the handheld");
 }

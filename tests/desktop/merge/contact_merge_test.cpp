@@ -86,7 +86,7 @@ TEST(ContactMerge, WhatTheHandheldCannotHoldStaysOnTheDesk) {
   const Item deskItem = deskBase;
   const Item handheldItem = handheldBase;
   const Merged merged =
-      Merge({&deskItem, desk, &handheldItem, handheld}, Winner::kDesk, PhoneNumbers(""));
+      Merge({&deskItem, desk, &handheldItem, handheld}, Winner::kDesk, phone::PhoneNumbers(""));
   ExpectContent(merged.desk, Set(desk, Field::kSpouse, "Max"), "the desk");
   ExpectContent(merged.handheld, Set(handheld, Field::kJobTitle, "Engineer"), "the handheld");
   EXPECT_EQ(merged.conflicts, Conflicts());
@@ -164,7 +164,7 @@ TEST(ContactMerge, AddressesAreKnownThoughEachSideHasItsOwnOrder) {
   const Item deskBase = WithEmails({"a", "b"});
   const Item handheldBase = WithEmails({"b", "", "a"});
   const Merged merged = Merge({&deskBase, WithEmails({"a", "b2"}), &handheldBase, handheldBase},
-                              Winner::kDesk, PhoneNumbers(""));
+                              Winner::kDesk, phone::PhoneNumbers(""));
   ExpectContent(merged.desk, WithEmails({"a", "b2"}), "the desk");
   ExpectContent(merged.handheld, WithEmails({"b2", "", "a"}), "the handheld");
   EXPECT_EQ(merged.conflicts, Conflicts());
@@ -267,7 +267,7 @@ TEST(ContactMerge, ADerivedFileAsFollowsTheName) {
   const Item handheldBase = Set(EvaBerg(), Field::kFileAs, "Berg, Eva");
   const Contact desk = Set(EvaBerg(), Field::kLastName, "Hill");
   const Merged merged =
-      Merge({&deskBase, desk, &handheldBase, handheldBase}, Winner::kDesk, PhoneNumbers(""));
+      Merge({&deskBase, desk, &handheldBase, handheldBase}, Winner::kDesk, phone::PhoneNumbers(""));
   EXPECT_EQ(AsContact(merged.desk)[Field::kFileAs], "");
   EXPECT_EQ(AsContact(merged.handheld)[Field::kFileAs], "Hill, Eva");
   EXPECT_EQ(merged.conflicts, Conflicts());
@@ -293,7 +293,7 @@ TEST(ContactMerge, ATypedFileAsTravels) {
   const Item handheldBase = derived;
   const Contact handheld = Set(EvaBerg(), Field::kFileAs, "Evi");
   ExpectAgreed(
-      Merge({&deskBase, deskBase, &handheldBase, handheld}, Winner::kDesk, PhoneNumbers("")),
+      Merge({&deskBase, deskBase, &handheldBase, handheld}, Winner::kDesk, phone::PhoneNumbers("")),
       handheld);
 }
 

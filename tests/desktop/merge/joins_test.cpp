@@ -50,7 +50,7 @@ Task Todo(const char* subject, int due = 0) {
 }
 
 Joins Find(const std::vector<Item>& desk, const std::vector<Item>& handheld) {
-  return FindJoins(desk, handheld, PhoneNumbers("DE"));
+  return FindJoins(desk, handheld, phone::PhoneNumbers("DE"));
 }
 
 const std::vector<Join> kNone;

@@ -232,7 +232,7 @@ struct Case {
   Item handheld;
 
   [[nodiscard]] Merged Run(Winner winner) const {
-    return Merge({&base, desk, &handheldBase, handheld}, winner, PhoneNumbers("DE"));
+    return Merge({&base, desk, &handheldBase, handheld}, winner, phone::PhoneNumbers("DE"));
   }
 };
 

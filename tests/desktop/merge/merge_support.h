@@ -49,11 +49,11 @@ inline std::string Shown(const Item& item) {
 
 inline Merged MergeOf(const Item& base, const Item& desk, const Item& handheld,
                       Winner winner = Winner::kDesk) {
-  return Merge({&base, desk, &base, handheld}, winner, PhoneNumbers("DE"));
+  return Merge({&base, desk, &base, handheld}, winner, phone::PhoneNumbers("DE"));
 }
 
 inline Merged MergeOfJoined(const Item& desk, const Item& handheld, Winner winner = Winner::kDesk) {
-  return Merge({nullptr, desk, nullptr, handheld}, winner, PhoneNumbers("DE"));
+  return Merge({nullptr, desk, nullptr, handheld}, winner, phone::PhoneNumbers("DE"));
 }
 
 inline void ExpectContent(const Item& actual, const Item& expected, const char* side) {

@@ -1,10 +1,10 @@
-#include "desktop/merge/phone_numbers.h"
+#include "common/phone/phone_numbers.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-namespace desktop::testing {
+namespace phone::testing {
 namespace {
 
 struct SameCase {
@@ -113,4 +113,4 @@ TEST(PhoneNumbers, KeysStayWhatTheyAreWhenReadAgain) {
 }
 
 }  // namespace
-}  // namespace desktop::testing
+}  // namespace phone::testing

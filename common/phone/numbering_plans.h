@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace desktop {
+namespace phone {
 
 struct NumberingPlan {
   std::string_view country;        // by ISO 3166
@@ -23,4 +23,4 @@ const NumberingPlan* FindPlanOf(std::string_view country);
 // that share a code share the rest.
 const NumberingPlan* FindPlanByCode(std::string_view digits);
 
-}  // namespace desktop
+}  // namespace phone

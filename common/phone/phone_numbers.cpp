@@ -1,14 +1,14 @@
-#include "desktop/merge/phone_numbers.h"
+#include "common/phone/phone_numbers.h"
 
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
 #include <optional>
 
+#include "common/phone/numbering_plans.h"
 #include "common/text/text.h"
-#include "desktop/merge/numbering_plans.h"
 
-namespace desktop {
+namespace phone {
 namespace {
 
 bool IsDigit(char c) {
@@ -184,4 +184,4 @@ std::string PhoneNumbers::KeyOf(std::string_view number) const {
              : std::string();
 }
 
-}  // namespace desktop
+}  // namespace phone

@@ -1,10 +1,10 @@
-#include "desktop/merge/numbering_plans.h"
+#include "common/phone/numbering_plans.h"
 
 #include <algorithm>
 #include <array>
 #include <unordered_map>
 
-namespace desktop {
+namespace phone {
 namespace {
 
 using Plan = NumberingPlan;
@@ -126,4 +126,4 @@ const NumberingPlan* FindPlanByCode(std::string_view digits) {
   return nullptr;
 }
 
-}  // namespace desktop
+}  // namespace phone

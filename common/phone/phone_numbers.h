@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace desktop {
+namespace phone {
 
 struct NumberingPlan;
 
@@ -30,4 +30,4 @@ class PhoneNumbers {
   const NumberingPlan* plan_;  // null for none
 };
 
-}  // namespace desktop
+}  // namespace phone
