@@ -17,6 +17,7 @@
 #include "handheld/tool/handheld_commands.h"
 #include "handheld/tool/import_files.h"
 #include "handheld/tool/note_commands.h"
+#include "handheld/tool/page_command.h"
 #include "handheld/tool/records.h"
 #include "handheld/tool/registry_commands.h"
 #include "handheld/tool/remove_records.h"
@@ -215,6 +216,15 @@ void AddExport(CLI::App& app, Arguments& a, Command& chosen) {
       ->check(CLI::IsMember({"smsbackup", "json"}));
 }
 
+void AddPage(CLI::App& app, Arguments& a, Command& chosen) {
+  auto* page = AddCommand(
+      app, "page", "Write all of it as one page, to look at in any browser", a, chosen,
+      [&](auto& session, auto& report) { return tool::MakePage(session, a.output, report); },
+      tool::Use::kLook);
+  page->add_option("-o,--output", a.output, "The HTML file (default: standard output)")
+      ->type_name("FILE");
+}
+
 void AddItemCommands(CLI::App& app, Arguments& a, Command& chosen) {
   AddImport(app, a, chosen);
   const auto list = [&](Session& session, const Report& report) {
@@ -227,6 +237,7 @@ void AddItemCommands(CLI::App& app, Arguments& a, Command& chosen) {
   show->add_flag("--json", a.json, "As JSON");
 
   AddExport(app, a, chosen);
+  AddPage(app, a, chosen);
   auto* remove = AddCommand(app, "remove", "Remove what is on it", a, chosen,
                             [&](const Report& report) { return RunRemove(a, report); });
   remove

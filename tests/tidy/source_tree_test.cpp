@@ -35,6 +35,7 @@ const std::map<std::string, std::set<std::string>> kMayInclude = {
     {"common/formats/backup",
      {"common/text", "common/files", "common/formats/items", "common/formats/lines",
       "common/formats/json"}},
+    {"common/page", {"common/text", "common/calendar", "common/phone", "common/formats/items"}},
 
     {"common/command_line", {}},
 

@@ -1,0 +1,46 @@
+# Makes the C++ source that holds the page's own files: cmake -DFOLDER=... -DOUTPUT=... -P embed_page.cmake
+# Hashes are of the bytes as they stand between the tags.
+set(digits "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/")
+
+# "sha256-..." in base64, as a content security policy has it.
+function(policy_hash text result)
+  string(SHA256 hex "${text}")
+  string(APPEND hex "00")  # 32 bytes are no multiple of three
+  set(encoded "")
+  foreach(at RANGE 0 60 6)
+    string(SUBSTRING "${hex}" ${at} 6 piece)
+    math(EXPR number "0x${piece}")
+    foreach(shift 18 12 6 0)
+      math(EXPR digit "(${number} >> ${shift}) & 63")
+      string(SUBSTRING "${digits}" ${digit} 1 character)
+      string(APPEND encoded "${character}")
+    endforeach()
+  endforeach()
+  string(REGEX REPLACE "A$" "=" encoded "${encoded}")
+  set(${result} "sha256-${encoded}" PARENT_SCOPE)
+endfunction()
+
+file(READ "${FOLDER}/page.html" frame)
+file(READ "${FOLDER}/page.css" style)
+set(script "")
+foreach(part base list people calendar days messages records start)
+  file(READ "${FOLDER}/script/${part}.js" text)
+  string(APPEND script "${text}")
+endforeach()
+policy_hash("${style}" style_hash)
+policy_hash("${script}" script_hash)
+
+set(source "#include \"common/page/page_text.h\"\n\nnamespace page {\n\n")
+foreach(name Frame Style Script)
+  string(TOLOWER "${name}" variable)
+  # A literal that every compiler takes.
+  string(LENGTH "${${variable}}" length)
+  if(length GREATER 65000)
+    message(FATAL_ERROR "The page's ${variable} is too long for a literal: ${length} bytes")
+  endif()
+  string(APPEND source "const std::string_view kPage${name} = R\"page(${${variable}})page\";\n")
+endforeach()
+string(APPEND source "const std::string_view kPageStyleHash = \"${style_hash}\";\n")
+string(APPEND source "const std::string_view kPageScriptHash = \"${script_hash}\";\n")
+string(APPEND source "\n}  // namespace page\n")
+file(WRITE "${OUTPUT}" "${source}")
