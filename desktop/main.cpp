@@ -25,6 +25,7 @@
 #include "desktop/commands/commands_convert.h"
 #include "desktop/commands/commands_delete.h"
 #include "desktop/commands/commands_device.h"
+#include "desktop/commands/commands_page.h"
 #include "desktop/commands/commands_pair.h"
 #include "desktop/commands/commands_pull.h"
 #include "desktop/commands/commands_push.h"
@@ -65,6 +66,7 @@ struct CommandLine {
   PairOptions pair;
   std::set<RecordKind> kinds{std::begin(kPairKinds), std::end(kPairKinds)};
   RestoreCommand restore;
+  PageCommand page;
   RecordKind keys = RecordKind::kContacts;
   std::optional<UtcTime> time;
   LoggingLevel logging = LoggingLevel::kOn;
@@ -294,6 +296,22 @@ void AddRestore(CLI::App& app, CommandLine& line) {
   command.callback(ToRun(line, RestoreSync, line.place, line.restore));
 }
 
+void AddPage(CLI::App& app, CommandLine& line) {
+  CLI::App& command = *app.add_subcommand(
+      "page", "A folder that is kept in step, as one page to look at in any browser");
+  command.add_option("what", line.page.what, "A pair, or a folder that has been synchronised")
+      ->required()
+      ->type_name("NAME|FOLDER");
+  command.add_option("-o,--output", line.page.output, "The HTML file (default: standard output)")
+      ->type_name("FILE");
+  AddZone(command, line.place.zone,
+          "The handheld's time zone, such as Europe/Berlin; the one that is remembered by default");
+  AddCountry(command, line.place.country,
+             "Where telephone numbers without a country are dialled, such as DE; the one that is "
+             "remembered by default");
+  command.callback(ToRun(line, MakePage, line.place, line.page));
+}
+
 void AddKeys(CLI::App& app, CommandLine& line) {
   CLI::App& command = *app.add_subcommand("keys", "The elements that the handheld's records have");
   AddKind(command, line.keys,
@@ -441,6 +459,7 @@ int Run(int argc, char** argv) {
   AddSync(app, line);
   AddPair(app, line);
   AddRestore(app, line);
+  AddPage(app, line);
   AddKeys(app, line);
   AddTime(app, line);
   AddDevice(app, line);

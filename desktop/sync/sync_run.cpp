@@ -11,6 +11,7 @@
 #include "desktop/sync/history.h"
 #include "desktop/sync/in_flight.h"
 #include "desktop/sync/memory.h"
+#include "desktop/sync/remembered_place.h"
 #include "desktop/sync/sides.h"
 #include "desktop/sync/state_folder.h"
 #include "desktop/transfer/push_recovery.h"
@@ -19,8 +20,6 @@
 namespace desktop {
 namespace {
 
-constexpr char kZoneNote[] = "zone";
-constexpr char kCountryNote[] = "country";
 constexpr char kAddressNote[] = "address";
 
 class SyncRun {

@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "tests/programs/tool_test.h"
 
 namespace corvane::testing {
@@ -53,6 +55,48 @@ TEST_F(Page, CarriesThePolicyOfItsOwnStyleAndScript) {
   EXPECT_THAT(policy,
               HasSubstr("script-src " + HashOf(Part(made.out, "<script>", "</script>")) + ";"));
   EXPECT_THAT(policy, Not(HasSubstr("unsafe")));
+}
+
+TEST_F(Page, IsMadeOfAFolderThatIsKeptInStep) {
+  const std::string handheld = Path("handheld");
+  ASSERT_EQ(Device({"init", handheld, "--zone", "Asia/Tokyo"}).code, 0);
+  ASSERT_EQ(Device({"import", handheld, Sample("people.vcf"), Sample("calendar.ics"),
+                    Sample("tasks.ics"), Sample("phone-backup.xml"), Sample("phone-calls.xml")})
+                .code,
+            0);
+  StartAgent(handheld);
+  ASSERT_EQ(Desktop({"sync", Path("desk"), "--zone", "Asia/Tokyo"}).code, 0);
+  EXPECT_EQ(Desktop({"quit"}).code, 0);
+  EndAgent();
+  const Ended made = Desktop({"page", Path("desk"), "-o", Path("desk.html")});
+  EXPECT_EQ(made.code, 0) << made.err;
+  EXPECT_EQ(made.out, Path("desk.html") + ": a page, to be opened in any browser\n");
+  EXPECT_EQ(made.err, "");
+  const std::string page = directory_.Read("desk.html");
+  for (const char* part : {"\"name\":\"desk\"", "\"zone\":\"Asia/Tokyo\"", "Amara Ngozi Okafor",
+                           "Team meeting", "Tax return", "Fika på Björkgatan", "\"+4930555011\""})
+    EXPECT_THAT(page, HasSubstr(part));
+  EXPECT_THAT(page, HasSubstr("\"notes\":[],\"volumes\":[]"));
+}
+
+TEST_F(Page, NamesWhatOfAFolderCannotBeRead) {
+  for (const char* folder : {"desk", "desk/messages", "desk/contacts"})
+    std::filesystem::create_directory(Path(folder));
+  File("desk/messages/2008-02.jsonl", "{\"text\":\"Hi\",\"from\":\"+461\"}\nno JSON\n");
+  File("desk/contacts/a.vcf", "BEGIN:VCARD\nVERSION:3.0\nN:Brook;Ada\n");
+  const Ended made = Run("corvane-desktop", {"page", Path("desk"), "--zone", "UTC"});
+  EXPECT_EQ(made.code, 3);
+  EXPECT_THAT(made.out, HasSubstr("\"Hi\""));
+  EXPECT_THAT(made.err, HasSubstr("contacts/a.vcf: empty or cut off, left alone\n"));
+  EXPECT_THAT(made.err, HasSubstr("messages/2008-02.jsonl:2: "));
+  EXPECT_THAT(made.out, HasSubstr("\"remarks\":[\"contacts/a.vcf: empty or cut off, left alone\""));
+}
+
+TEST_F(Page, IsOfNoFolderThatIsNotThere) {
+  const Ended made = Run("corvane-desktop", {"page", Path("nowhere"), "-o", Path("page.html")});
+  EXPECT_EQ(made.code, 1);
+  EXPECT_THAT(made.err, HasSubstr("nowhere is no folder\n"));
+  EXPECT_FALSE(std::filesystem::exists(Path("page.html")));
 }
 
 TEST_F(Page, SaysWhyItCannotBeWritten) {
