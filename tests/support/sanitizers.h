@@ -1,6 +1,8 @@
 // Which sanitizer the tests are built with: both keep memory for themselves.
 #pragma once
 
+#include <cstddef>
+
 namespace corvane::testing {
 
 #if defined(__has_feature)
@@ -20,5 +22,10 @@ namespace corvane::testing {
 
 inline constexpr bool kAddressSanitizer = CORVANE_TESTS_ADDRESS_SANITIZER;
 inline constexpr bool kThreadSanitizer = CORVANE_TESTS_THREAD_SANITIZER;
+
+// How many of something large a test makes: a sanitizer, slower by far, looks at other things.
+constexpr std::size_t Many(std::size_t count) {
+  return kAddressSanitizer || kThreadSanitizer ? count / 10 : count;
+}
 
 }  // namespace corvane::testing

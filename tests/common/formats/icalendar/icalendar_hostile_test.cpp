@@ -5,14 +5,16 @@
 
 #include "common/formats/icalendar/event_series.h"
 #include "tests/common/formats/icalendar/calendar_support.h"
+#include "tests/support/sanitizers.h"
 
 namespace formats::testing {
 namespace {
 
-std::string Repeated(const std::string& text, int count) {
+std::string Repeated(const std::string& text, std::size_t most) {
+  const std::size_t count = corvane::testing::Many(most);
   std::string repeated;
-  repeated.reserve(text.size() * static_cast<std::size_t>(count));
-  for (int i = 0; i < count; ++i) repeated += text;
+  repeated.reserve(text.size() * count);
+  for (std::size_t i = 0; i < count; ++i) repeated += text;
   return repeated;
 }
 

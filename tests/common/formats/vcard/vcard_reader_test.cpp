@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/common/formats/vcard/card_support.h"
+#include "tests/support/sanitizers.h"
 
 namespace formats::testing {
 namespace {
@@ -175,7 +176,7 @@ TEST(HostileInput, ShortensWhatANoticeRepeats) {
 
 TEST(HostileInput, NestsAsDeepAsItLikes) {
   std::string text = "BEGIN:VCARD\nVERSION:2.1\nN:;A\n";
-  for (int i = 0; i < 100000; ++i) text += "AGENT:\nBEGIN:VCARD\n";
+  for (std::size_t i = 0; i < corvane::testing::Many(100000); ++i) text += "AGENT:\nBEGIN:VCARD\n";
   const VCardFile file = ReadVCards(text);
   EXPECT_EQ(FirstNames(file), Strings{"A"});
   EXPECT_EQ(Texts(file.notices), Strings{"1: the vCard that begins here has no END:VCARD"});
@@ -193,8 +194,9 @@ class HostileLinesTest : public ::testing::TestWithParam<HostileCase> {};
 TEST_P(HostileLinesTest, AreReadInOneGo) {
   const HostileCase& c = GetParam();
   std::string text = "BEGIN:VCARD\nVERSION:2.1\nN:;A\n" + c.head;
-  text.reserve(text.size() + c.repeated.size() * c.count + 20);
-  for (std::size_t i = 0; i < c.count; ++i) text += c.repeated;
+  const std::size_t count = corvane::testing::Many(c.count);
+  text.reserve(text.size() + c.repeated.size() * count + 20);
+  for (std::size_t i = 0; i < count; ++i) text += c.repeated;
   const VCardFile file = ReadVCards(text + "\nEND:VCARD\n");
   ASSERT_GE(file.contacts.size(), 1u);
   EXPECT_EQ(file.contacts.front().contact[Field::kFirstName], "A");
