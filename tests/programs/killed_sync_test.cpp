@@ -20,6 +20,7 @@
 
 #include "tests/programs/tool_test.h"
 #include "tests/support/paths.h"
+#include "tests/support/sanitizers.h"
 
 namespace corvane::testing {
 namespace {
@@ -28,7 +29,7 @@ namespace fs = std::filesystem;
 
 int Kills() {
   const char* const wanted = std::getenv("CORVANE_SYNC_KILLS");
-  return wanted == nullptr ? 24 : std::atoi(wanted);
+  return wanted != nullptr ? std::atoi(wanted) : kSanitizer ? 8 : 24;
 }
 
 constexpr char kNothing[] = "0 added, 0 changed, 0 merged, 0 conflicts; desk 0, handheld 0\n";

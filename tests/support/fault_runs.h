@@ -17,11 +17,11 @@ enum class Failing {
 
 // `prepare()` comes before the plan is in force; `run()` gives the outcome; `check(outcome, call)`
 // is told which call failed last, once the plan is no longer in force. Ends with the first run in
-// which no call failed. Answers the number of calls.
+// which no call failed. Answers the number of calls. A step leaves calls out.
 template <typename Prepare, typename Run, typename Check>
 std::uint64_t FailEachCall(ce::DWORD error, Prepare prepare, Run run, Check check,
-                           Failing failing = Failing::kOnce) {
-  for (std::uint64_t n = 1;; ++n) {
+                           Failing failing = Failing::kOnce, std::uint64_t step = 1) {
+  for (std::uint64_t n = 1;; n += step) {
     std::string call;
     prepare();
     auto outcome = [&] {

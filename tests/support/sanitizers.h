@@ -24,8 +24,9 @@ inline constexpr bool kAddressSanitizer = CORVANE_TESTS_ADDRESS_SANITIZER;
 inline constexpr bool kThreadSanitizer = CORVANE_TESTS_THREAD_SANITIZER;
 
 // How many of something large a test makes: a sanitizer, slower by far, looks at other things.
+inline constexpr bool kSanitizer = kAddressSanitizer || kThreadSanitizer;
 constexpr std::size_t Many(std::size_t count) {
-  return kAddressSanitizer || kThreadSanitizer ? count / 10 : count;
+  return kSanitizer ? count / 10 : count;
 }
 
 }  // namespace corvane::testing

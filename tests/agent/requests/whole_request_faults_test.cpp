@@ -31,6 +31,7 @@
 #include "tests/support/pim_requests.h"
 #include "tests/support/sample_calendar.h"
 #include "tests/support/sample_contacts.h"
+#include "tests/support/sanitizers.h"
 #include "tests/support/wire/wire_bytes.h"
 
 namespace corvane::testing {
@@ -226,6 +227,9 @@ class WholeRequestFaults : public ::testing::TestWithParam<WholeRequest> {
     return names;
   }
 
+  // What goes wrong in one thread is for the other sanitizers to see.
+  static constexpr std::uint64_t kStep = kThreadSanitizer ? 8 : 1;
+
   void Sweep(Failing failing) {
     const WholeRequest& request = GetParam();
     const std::uint64_t points = FailEachCall(
@@ -236,7 +240,7 @@ class WholeRequestFaults : public ::testing::TestWithParam<WholeRequest> {
           Restore();
           EXPECT_EQ(Lasting(Serve(request)), whole_) << "the next request";
         },
-        failing);
+        failing, kStep);
     std::printf("%s: %llu points %s\n", request.name.c_str(),
                 static_cast<unsigned long long>(points),
                 failing == Failing::kOnce ? "failed once" : "failed from there on");
