@@ -70,17 +70,17 @@ TEST_F(DesktopPairs, AreSynchronisedByTheirNames) {
 
 TEST_F(DesktopPairs, TellsWhichOfAPairAndAFolderOfOneNameItTakes) {
   StartAgent(MakeFilledHandheld());
-  MakePair("work");
-  fs::create_directories(Path("elsewhere/work"));
-  const Ended sync = Shell("cd " + Path("elsewhere") + " && corvane-desktop sync -q work");
+  MakePair("office");
+  fs::create_directories(Path("elsewhere/office"));
+  const Ended sync = Shell("cd " + Path("elsewhere") + " && corvane-desktop sync -q office");
   EXPECT_EQ(sync.code, 0);
-  EXPECT_EQ(sync.err,
-            "work is the pair with " + Path("work") + "; ./work is the folder of that name\n");
-  EXPECT_EQ(FilesIn("elsewhere/work"), 0u);
+  EXPECT_EQ(sync.err, "office is the pair with " + Path("office") +
+                          "; ./office is the folder of that name\n");
+  EXPECT_EQ(FilesIn("elsewhere/office"), 0u);
   const Ended folder = Shell("cd " + Path("elsewhere") + " && corvane-desktop --to 127.0.0.1:" +
-                             std::to_string(port()) + " sync -q ./work --zone UTC");
+                             std::to_string(port()) + " sync -q ./office --zone UTC");
   EXPECT_EQ(folder.err, "");
-  EXPECT_EQ(FilesIn("elsewhere/work/contacts"), 27u);
+  EXPECT_EQ(FilesIn("elsewhere/office/contacts"), 27u);
 }
 
 TEST_F(DesktopPairs, AllTakeTheirTurnWhateverBecomesOfTheOthers) {

@@ -246,8 +246,15 @@ class Search {
     }
     std::vector<int> instances;
     if (before < 4) instances.push_back(before + 1);
-    if (isLast) instances.push_back(5);
+    // Where all last ones are fourth ones, too, the rule's words say which is meant.
+    if (isLast) instances.insert(SaysLast() ? instances.begin() : instances.end(), 5);
     return instances;
+  }
+
+  bool SaysLast() const {
+    return rule_.positions.contains(-1) ||
+           std::any_of(rule_.weekdays.begin(), rule_.weekdays.end(),
+                       [](const auto& weekday) { return weekday.first == -1; });
   }
 
   bool Agrees(const Pattern& pattern, const RuleEnd& end) const {
