@@ -88,17 +88,14 @@ class EventList {
     const std::int64_t begin = std::max<std::int64_t>(0, end - static_cast<std::int64_t>(most_));
     if (begin > 0) event["earlier"] = begin;
     std::vector<Json> changed;
-    for (std::int64_t n = begin; n < end; ++n) {
-      const local_days day = days[n];
-      if (std::ranges::binary_search(series.deleted, day)) continue;
-      const auto other =
-          std::ranges::lower_bound(series.changed, day, {}, &formats::ChangedOccurrence::original);
-      if (other != series.changed.end() && other->original == day) {
-        changed.push_back(ChangedEvent(appointment, *other));
-      } else {
-        take(day);
-      }
-    }
+    ForEachDay(series, days, begin, end,
+               [&](local_days day, const formats::ChangedOccurrence* other) {
+                 if (other) {
+                   changed.push_back(ChangedEvent(appointment, *other));
+                 } else {
+                   take(day);
+                 }
+               });
     events_.push_back(std::move(event));
     std::ranges::move(changed, std::back_inserter(events_));
   }

@@ -6,16 +6,11 @@
 
 #include "common/page/contents.h"
 #include "common/page/json.h"
+#include "common/page/occurrences.h"
 
 namespace page {
 
-// The days of series that are shown.
-struct DayRange {
-  formats::local_days first;
-  formats::local_days last;  // included
-};
-
-// From the first day of all to two years behind today.
+// The days of series that are shown: from the first day of all to two years behind today.
 DayRange RangeOf(const std::vector<formats::Appointment>& appointments, formats::local_days today);
 
 // The most days that all series have together, and one at most; each has kFewestDays all the same.

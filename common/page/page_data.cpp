@@ -3,6 +3,7 @@
 #include <chrono>
 
 #include "common/page/calendar.h"
+#include "common/page/directory.h"
 #include "common/page/json.h"
 #include "common/page/people.h"
 #include "common/page/telephone.h"

@@ -4,6 +4,7 @@
 
 #include "common/calendar/wall_time.h"
 #include "common/formats/items/identity.h"
+#include "common/page/directory.h"
 
 namespace page {
 namespace {
@@ -11,29 +12,6 @@ namespace {
 using formats::Contact;
 using formats::ContactField;
 
-struct LabelledField {
-  ContactField field;
-  const char* label;
-};
-
-constexpr LabelledField kNumbers[] = {
-    {ContactField::kMobileTelephoneNumber, "Mobile"},
-    {ContactField::kHomeTelephoneNumber, "Home"},
-    {ContactField::kHome2TelephoneNumber, "Home 2"},
-    {ContactField::kBusinessTelephoneNumber, "Work"},
-    {ContactField::kBusiness2TelephoneNumber, "Work 2"},
-    {ContactField::kCarTelephoneNumber, "Car"},
-    {ContactField::kRadioTelephoneNumber, "Radio"},
-    {ContactField::kPagerNumber, "Pager"},
-    {ContactField::kHomeFaxNumber, "Home fax"},
-    {ContactField::kBusinessFaxNumber, "Work fax"},
-    {ContactField::kAssistantTelephoneNumber, "Assistant"},
-};
-constexpr LabelledField kEmails[] = {
-    {ContactField::kEmail1Address, "E-mail"},
-    {ContactField::kEmail2Address, "E-mail 2"},
-    {ContactField::kEmail3Address, "E-mail 3"},
-};
 constexpr LabelledField kMore[] = {
     {ContactField::kJobTitle, "Job title"},
     {ContactField::kDepartment, "Department"},
@@ -93,26 +71,18 @@ Json AddressesOf(const Contact& contact) {
   return list;
 }
 
-std::string NameOf(const Contact& contact) {
-  std::string name = Joined({contact[ContactField::kTitle], contact[ContactField::kFirstName],
-                             contact[ContactField::kMiddleName], contact[ContactField::kLastName],
-                             contact[ContactField::kSuffix]},
-                            " ");
-  return name.empty() ? formats::DisplayName(contact) : name;
-}
-
 }  // namespace
 
 Json PersonOf(const Contact& contact) {
   Json person = Json::object();
   const std::string sorted = formats::WithFileAs(contact)[ContactField::kFileAs];
-  person["name"] = Clean(NameOf(contact));
+  person["name"] = Clean(FullName(contact));
   AddText(person, "sort", sorted);
   AddText(person, "line",
           Joined({contact[ContactField::kJobTitle], contact[ContactField::kCompanyName]}, ", "));
   AddTexts(person, "categories", contact.categories);
-  AddList(person, "numbers", Labelled(contact, kNumbers));
-  AddList(person, "emails", Labelled(contact, kEmails));
+  AddList(person, "numbers", Labelled(contact, NumberFields()));
+  AddList(person, "emails", Labelled(contact, EmailFields()));
   AddList(person, "addresses", AddressesOf(contact));
   Json more = Labelled(contact, kMore);
   if (contact.birthday) more.push_back({"Birthday", formats::IsoDate(*contact.birthday)});
@@ -121,26 +91,6 @@ Json PersonOf(const Contact& contact) {
   AddText(person, "web", contact[ContactField::kWebPage]);
   AddText(person, "note", contact[ContactField::kBody]);
   return person;
-}
-
-Directory::Directory(const std::vector<Contact>& people, const phone::PhoneNumbers& numbers)
-    : numbers_(numbers) {
-  int place = 0;
-  for (const Contact& contact : people) {
-    for (const auto& [field, label] : kNumbers) places_.emplace(KeyOf(contact[field]), place);
-    for (const auto& [field, label] : kEmails) places_.emplace(KeyOf(contact[field]), place);
-    ++place;
-  }
-  places_.erase("");
-}
-
-std::string Directory::KeyOf(std::string_view address) const {
-  return numbers_.KeyOf(address);
-}
-
-int Directory::Find(const std::string& key) const {
-  const auto found = places_.find(key);
-  return found == places_.end() ? -1 : found->second;
 }
 
 }  // namespace page

@@ -23,6 +23,8 @@
 #include "handheld/tool/remove_records.h"
 #include "handheld/tool/repair_command.h"
 #include "handheld/tool/session.h"
+#include "handheld/tool/show_calendar.h"
+#include "handheld/tool/show_messages.h"
 #include "handheld/tool/show_records.h"
 
 namespace {
@@ -34,12 +36,14 @@ using tool::UsageError;
 
 constexpr int kExitUsage = 2;
 
-// What the command line asks for; filled in by the options of the chosen command.
+// What the command line asks for; filled in by the options of the chosen
+// command.
 struct Arguments {
   std::string directory;
   tool::InitOptions init;
   std::string key, value;
-  bool json = false, write = false;
+  bool json = false, write = false, list = false;
+  tool::CalendarChoice days;
   std::string kind;
   std::vector<std::filesystem::path> files;
   tool::ImportOptions import;
@@ -114,7 +118,8 @@ void AddHandheldCommands(CLI::App& app, Arguments& a, Command& chosen) {
       app, "repair", "Say what can be saved of a damaged store", a, chosen,
       [&](auto& session, auto& report) { return tool::Repair(session, a.write, a.json, report); });
   repair->add_flag("--write", a.write,
-                   "Put what can be saved in the store's place; the damaged one stays beside it");
+                   "Put what can be saved in the store's place; the damaged "
+                   "one stays beside it");
   repair->add_flag("--json", a.json, "As JSON");
 }
 
@@ -129,7 +134,8 @@ bool IsOfTelephone(const std::string& kind) {
   return kind == "messages" || kind == "calls";
 }
 
-// Runs it with an empty record of the kind, which says by its type which one it is.
+// Runs it with an empty record of the kind, which says by its type which one it
+// is.
 template <typename Run>
 Outcome WithRecord(const std::string& kind, Run run) {
   if (kind == "contacts") return run(formats::Contact());
@@ -195,7 +201,8 @@ void AddImport(CLI::App& app, Arguments& a, Command& chosen) {
                             });
   import
       ->add_option("FILE", a.files,
-                   "vCard (2.1, 3.0, 4.0), iCalendar, backups of messages and calls (XML), "
+                   "vCard (2.1, 3.0, 4.0), iCalendar, backups of messages and "
+                   "calls (XML), "
                    "messages and calls as lines of JSON")
       ->required();
   import->add_flag("--dry-run", a.import.dryRun, "Only say what would be done");
@@ -212,7 +219,8 @@ void AddExport(CLI::App& app, Arguments& a, Command& chosen) {
       ->check(CLI::IsMember({"3.0", "4.0"}))
       ->capture_default_str();
   out->add_option("--format", a.format,
-                  "Of messages and calls: smsbackup (XML) or json (a line each) [smsbackup]")
+                  "Of messages and calls: smsbackup (XML) or json (a line "
+                  "each) [smsbackup]")
       ->check(CLI::IsMember({"smsbackup", "json"}));
 }
 
@@ -225,24 +233,60 @@ void AddPage(CLI::App& app, Arguments& a, Command& chosen) {
       ->type_name("FILE");
 }
 
-void AddItemCommands(CLI::App& app, Arguments& a, Command& chosen) {
-  AddImport(app, a, chosen);
-  const auto list = [&](Session& session, const Report& report) {
-    return WithRecord(a.kind, [&](auto record) {
-      return tool::ShowRecords<decltype(record)>(session, a.json, report);
-    });
-  };
-  auto* show = AddCommand(app, "show", "List what is on it", a, chosen, list, tool::Use::kLook);
+bool IsCalendar(const std::string& kind) {
+  return kind == "calendar" || kind == "appointments";
+}
+
+Outcome RunShow(const Arguments& a, const Report& report) {
+  if (a.days.isMade() && (a.list || !IsCalendar(a.kind)))
+    throw UsageError("--month, --week, --from and --to choose days of the calendar");
+  Session session(a.directory, tool::Use::kLook);
+  if (!a.list && IsCalendar(a.kind)) return tool::ShowCalendar(session, a.days, a.json, report);
+  if (!a.list && a.kind == "messages") return tool::ShowThreads(session, a.json, report);
+  return WithRecord(a.kind, [&](auto record) {
+    return tool::ShowRecords<decltype(record)>(session, a.json, report);
+  });
+}
+
+// A day of the calendar's; one that may be missing is today then.
+void AddDay(CLI::App& command, const char* name, std::optional<std::string>& day, bool mayBeMissing,
+            const char* help) {
+  auto* option = command.add_option_function<std::string>(
+      name, [&day](const std::string& word) { day = word; }, help);
+  option->type_name("DATE");
+  if (mayBeMissing) option->expected(0, 1);
+}
+
+void AddShow(CLI::App& app, Arguments& a, Command& chosen) {
+  auto* show = AddCommand(app, "show", "Show what is on it", a, chosen,
+                          [&](const Report& report) { return RunShow(a, report); });
   AddKind(*show, a);
   show->add_flag("--json", a.json, "As JSON");
+  show->add_flag("--list", a.list,
+                 "Of the calendar and messages: a line each, with its number, "
+                 "a series once");
+  AddDay(*show, "--month", a.days.month, true, "Of the calendar: a month, such as 2026-11");
+  AddDay(*show, "--week", a.days.week, true, "Of the calendar: the week of a day");
+  AddDay(*show, "--from", a.days.from, false, "Of the calendar: its days from there [today]");
+  AddDay(*show, "--to", a.days.to, false, "Of the calendar: its days until there [four weeks]");
+  show->footer(
+      "The calendar is shown day by day, every occurrence of a series "
+      "in its place, messages by\n"
+      "whom they went to and fro with. With --json an occurrence, or "
+      "such a thread, is a line.");
+}
 
+void AddItemCommands(CLI::App& app, Arguments& a, Command& chosen) {
+  AddImport(app, a, chosen);
+  AddShow(app, a, chosen);
   AddExport(app, a, chosen);
   AddPage(app, a, chosen);
   auto* remove = AddCommand(app, "remove", "Remove what is on it", a, chosen,
                             [&](const Report& report) { return RunRemove(a, report); });
   remove
       ->add_option("OID", a.what,
-                   "Identifiers of contacts, appointments and tasks; or the word messages or calls "
+                   "Identifiers of contacts, appointments and tasks; or the "
+                   "word messages or calls "
                    "and their numbers")
       ->required();
   remove->add_flag("--all", a.all, "All messages, or all calls");
@@ -299,7 +343,8 @@ void AddFileCommands(CLI::App& app, Arguments& a, Command& chosen) {
   note->add_option("VERB", a.verb, "add")->required()->check(CLI::IsMember({"add"}));
   note->add_option("FILE", a.file, "The note's file")->required();
   note->add_option("NAME", a.name,
-                   "Its name in \"\\My Documents\", or its path from a separator on (default: the "
+                   "Its name in \"\\My Documents\", or its path from a "
+                   "separator on (default: the "
                    "file's name)");
 
   auto* card = AddCommand(app, "card", "List, add and remove its storage cards", a, chosen,
@@ -357,7 +402,8 @@ int ParseAndRun(int argc, char** argv) {
   CLI::App app("Makes, fills, shows and maintains a virtual handheld.", "corvane-device");
   app.set_version_flag("--version", "corvane-device " CORVANE_VERSION);
   command_line::AddDescription(app);
-  // Not required: CLI11 would ask for one before it names a word that it does not know.
+  // Not required: CLI11 would ask for one before it names a word that it does
+  // not know.
   app.require_subcommand(0, 1);
   app.footer("Exit codes: 0 all done, 1 failed, 2 wrong use, 3 partly done.");
   AddHandheldCommands(app, arguments, chosen);
@@ -383,7 +429,8 @@ int ParseAndRun(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  std::signal(SIGXFSZ, SIG_IGN);  // a file that may not grow is an error like a full disk
+  std::signal(SIGXFSZ,
+              SIG_IGN);  // a file that may not grow is an error like a full disk
   try {
     return ParseAndRun(argc, argv);
   } catch (const tool::UsageError& error) {

@@ -2,28 +2,21 @@
 
 #include <fmt/core.h>
 
-#include <algorithm>
-#include <array>
-#include <chrono>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
-#include "common/files/atomic_file.h"
-#include "common/files/error.h"
 #include "common/page/page_file.h"
-#include "common/phone/phone_numbers.h"
 #include "common/text/text.h"
 #include "common/text/unicode.h"
 #include "handheld/base/settings.h"
-#include "handheld/ink/note_formats.h"
-#include "handheld/system/language.h"
 #include "handheld/tool/card_commands.h"
 #include "handheld/tool/handheld_copy.h"
+#include "handheld/tool/handheld_facts.h"
+#include "handheld/tool/note_texts.h"
 #include "handheld/tool/output.h"
 #include "handheld/tool/records.h"
-#include "platform/clock.h"
 #include "platform/disk_space.h"
 #include "platform/windows.h"
 
@@ -33,66 +26,6 @@ namespace {
 namespace fs = std::filesystem;
 
 using page::Contents;
-
-constexpr char kNotesFolder[] = "My Documents";
-
-struct NoteKind {
-  std::string_view extension;
-  ce::DWORD format;
-};
-constexpr std::array<NoteKind, 4> kNoteKinds = {{{".pwi", ce::SF_INK_NOTE},
-                                                 {".rtf", ce::SF_RTF},
-                                                 {".txt", ce::SF_TEXT},
-                                                 {".unicode", ce::SF_TEXT_UNICODE}}};
-
-const ce::host::NoteFormat* FormatOfNote(const fs::path& file) {
-  for (const NoteKind& kind : kNoteKinds)
-    if (text::EqualsNoCase(file.extension().string(), kind.extension))
-      return ce::host::FindNoteFormat(kind.format);
-  return nullptr;
-}
-
-// Files below the folder, links not followed.
-std::vector<fs::path> FilesBelow(const fs::path& folder) {
-  std::vector<fs::path> files;
-  std::error_code error;
-  fs::recursive_directory_iterator entry(folder, error);
-  for (const fs::recursive_directory_iterator end; !error && entry != end; entry.increment(error)) {
-    std::error_code gone;
-    if (entry->symlink_status(gone).type() == fs::file_type::regular)
-      files.push_back(entry->path());
-  }
-  if (error) throw files::Error(fmt::format("{}: {}", folder.string(), error.message()));
-  std::ranges::sort(files);
-  return files;
-}
-
-std::string ReadNote(const fs::path& file, const ce::host::NoteFormat& format) {
-  std::error_code error;
-  if (fs::file_size(file, error) > ce::host::kMaxNoteBytes)
-    throw files::Error("it is too large for a note");
-  const auto text = format.read(files::ReadWholeFile(file));
-  if (!text) throw files::Error("the note is damaged");
-  return text::ToUtf8Lossy(*text);
-}
-
-void AddNotes(const fs::path& root, Contents& contents) {
-  for (const fs::directory_entry& folder : fs::directory_iterator(root)) {
-    if (folder.is_symlink() || !folder.is_directory()) continue;
-    if (!text::EqualsNoCase(folder.path().filename().string(), kNotesFolder)) continue;
-    for (const fs::path& file : FilesBelow(folder.path())) {
-      const ce::host::NoteFormat* const format = FormatOfNote(file);
-      if (!format) continue;
-      std::string path = "\\" + fs::relative(file, root).generic_string();
-      std::ranges::replace(path, '/', '\\');
-      try {
-        contents.notes.push_back({path, ReadNote(file, *format)});
-      } catch (const files::Error& error) {
-        contents.remarks.push_back(path + ": " + error.what());
-      }
-    }
-  }
-}
 
 void AddVolume(const std::string& name, const char16_t* path, Contents& contents) {
   ce::ULONGLONG free = 0;
@@ -134,24 +67,6 @@ void AddItems(Session& session, Contents& contents) {
   ce::host::Handheld::MakeCurrent(&session.handheld());
 }
 
-// That of its language, such as "de-AT".
-std::string CountryOf(ce::host::Handheld& handheld) {
-  const auto id = static_cast<ce::LANGID>(
-      handheld.Number(ce::host::setting::kLanguage, ce::host::kLangEnglishUs));
-  const ce::host::Language* const language = ce::host::FindLanguage(id);
-  if (!language) return {};
-  const std::string country(language->tag.substr(language->tag.rfind('-') + 1));
-  return phone::PhoneNumbers::IsCountry(country) ? country : std::string();
-}
-
-formats::local_seconds LocalNow(const calendar::Zone& zone) {
-  ce::SYSTEMTIME now{};
-  ce::GetSystemTime(&now);
-  const std::chrono::sys_days day{std::chrono::year(now.wYear) / now.wMonth / now.wDay};
-  return zone.ToLocal(day + std::chrono::hours(now.wHour) + std::chrono::minutes(now.wMinute) +
-                      std::chrono::seconds(now.wSecond));
-}
-
 std::string NameOfDirectory(const fs::path& directory) {
   const fs::path whole = fs::absolute(directory).lexically_normal();
   return (whole.has_filename() ? whole : whole.parent_path()).filename().string();
@@ -170,7 +85,12 @@ Outcome MakePage(Session& session, const std::optional<fs::path>& file, const Re
       .now = LocalNow(zone),
   };
   AddItems(session, contents);
-  AddNotes(handheld.filesRoot(), contents);
+  ForEachNote(
+      handheld.filesRoot(),
+      [&](const std::string& path, const std::string& text) {
+        contents.notes.push_back({path, text});
+      },
+      [&](const std::string& problem) { contents.remarks.push_back(problem); });
   AddVolumes(handheld, contents);
   const bool toFile = file && *file != "-";
   Output output(toFile ? file : std::nullopt, report);

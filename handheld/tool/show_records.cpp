@@ -7,8 +7,7 @@
 
 #include "common/calendar/pattern_words.h"
 #include "common/calendar/wall_time.h"
-#include "common/formats/items/item_json.h"
-#include "common/formats/json/message_json.h"
+#include "handheld/tool/record_json.h"
 #include "handheld/tool/records.h"
 #include "handheld/tool/table.h"
 
@@ -155,22 +154,6 @@ std::string Row(const Call& call, const calendar::Zone& zone) {
   return fmt::format("{} {} {} {} {}", Column(LocalTime(call.start, zone), 16),
                      Column(KindWord(call), 8), Column(Duration(call), 9), Column(call.number, 20),
                      Column(call.name, 30));
-}
-
-std::string ToJson(const Contact& contact, std::int64_t oid) {
-  return formats::ContactToJson(contact, static_cast<std::uint32_t>(oid));
-}
-std::string ToJson(const Appointment& appointment, std::int64_t oid) {
-  return formats::AppointmentToJson(appointment, static_cast<std::uint32_t>(oid));
-}
-std::string ToJson(const Task& task, std::int64_t oid) {
-  return formats::TaskToJson(task, static_cast<std::uint32_t>(oid));
-}
-std::string ToJson(const TextMessage& message, std::int64_t id) {
-  return formats::MessageToJson(message, std::to_string(id));
-}
-std::string ToJson(const Call& call, std::int64_t id) {
-  return formats::CallToJson(call, std::to_string(id));
 }
 
 template <typename Record>

@@ -26,7 +26,7 @@ class DeviceBackup : public ToolTest {
   std::string Seen(const std::string& handheld) const {
     std::string seen = Device({"card", handheld, "list"}).out;
     for (const char* kind : {"contacts", "calendar", "tasks", "messages", "calls"})
-      seen += Device({"show", handheld, kind, "--json"}).out;
+      seen += Device({"show", handheld, kind, "--list", "--json"}).out;
     return seen + directory_.Read(fs::path(handheld) / "files/My Documents/n.txt");
   }
 

@@ -10,6 +10,7 @@ namespace corvane::testing {
 namespace {
 
 using ::testing::AllOf;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 
 std::string Calendar(const std::string& components) {
@@ -35,7 +36,7 @@ const std::string kShopping =
 class DeviceCalendar : public ToolTest {
  protected:
   std::string Shown(const std::string& handheld, const std::string& kind) const {
-    const Ended shown = Device({"show", handheld, kind, "--json"});
+    const Ended shown = Device({"show", handheld, kind, "--list", "--json"});
     EXPECT_EQ(shown.code, 0) << shown.err;
     return shown.out;
   }
@@ -66,7 +67,7 @@ TEST_F(DeviceCalendar, ShowsTables) {
   const std::string handheld = MakeHandheld();
   Device(
       {"import", handheld, File("mine.ics", Calendar(kReview + kStandup + kHoliday + kShopping))});
-  const Ended calendar = Device({"show", handheld, "calendar"});
+  const Ended calendar = Device({"show", handheld, "calendar", "--list"});
   EXPECT_EQ(calendar.code, 0);
   EXPECT_THAT(
       calendar.out,
@@ -74,18 +75,65 @@ TEST_F(DeviceCalendar, ShowsTables) {
             HasSubstr("2  2008-02-18 09:00-09:15    Standup "),
             HasSubstr("weekly on Mon, Wed until 2008-03-05; 2 exceptions\n"),
             HasSubstr("3  2008-07-01 3 days         Holiday "), HasSubstr("3 appointments\n")));
-  EXPECT_EQ(Device({"show", handheld, "appointments"}).out, calendar.out);
+  EXPECT_EQ(Device({"show", handheld, "appointments", "--list"}).out, calendar.out);
   const Ended tasks = Device({"show", handheld, "tasks"});
   EXPECT_EQ(tasks.code, 0);
   EXPECT_THAT(tasks.out,
               AllOf(HasSubstr("4  [ ]  2008-02-15 high     Shopping "), HasSubstr("1 task\n")));
 }
 
+TEST_F(DeviceCalendar, ShowsItsDays) {
+  const std::string handheld = MakeHandheld();
+  Device(
+      {"import", handheld, File("mine.ics", Calendar(kReview + kStandup + kHoliday + kShopping))});
+  ASSERT_EQ(Device({"clock", handheld, "set", "2008-02-15T13:45:00Z"}).code, 0);
+  const Ended days = Device({"show", handheld, "calendar"});
+  EXPECT_EQ(days.code, 0) << days.err;
+  EXPECT_EQ(days.out,
+            "Friday 15 February 2008, today\n  09:00-10:30  Review (Room 1)\n\n"
+            "Monday 18 February 2008\n  09:00-09:15  Standup\n\n"
+            "Monday 25 February 2008\n  16:00-17:00  Standup with cake\n\n"
+            "Wednesday 27 February 2008\n  09:00-09:15  Standup\n\n"
+            "Monday 3 March 2008\n  09:00-09:15  Standup\n\n"
+            "Wednesday 5 March 2008\n  09:00-09:15  Standup\n\n"
+            "6 entries from 2008-02-15 to 2008-03-13\n");
+  EXPECT_EQ(Device({"show", handheld, "appointments"}).out, days.out);
+  for (const Arguments& month : {Arguments{"--month"}, Arguments{"--month", "2008-02"},
+                                 Arguments{"--month", "2008-02-29"}}) {
+    Arguments show{"show", handheld, "calendar"};
+    show.insert(show.end(), month.begin(), month.end());
+    EXPECT_THAT(Device(show).out, HasSubstr("February 2008\n"));
+  }
+  EXPECT_THAT(Device({"show", handheld, "calendar", "--week"}).out, HasSubstr("Week 7, from"));
+  EXPECT_THAT(Device({"show", handheld, "calendar", "--week", "2008-07-01"}).out,
+              HasSubstr("Wed  2  all day      Holiday, day 2 of 3\n"));
+  const Ended json = Device({"show", handheld, "calendar", "--json", "--from", "2008-03-05"});
+  EXPECT_THAT(json.out, AllOf(HasSubstr("\"Start\":\"2008-03-05T09:00:00\""), EndsWith("}\n")));
+  EXPECT_TRUE(IsOneLine(json.out)) << json.out;
+}
+
+TEST_F(DeviceCalendar, ShowsNoDaysThatMakeNoSense) {
+  const std::string handheld = MakeHandheld();
+  const Arguments wrong[] = {
+      {"calendar", "--week", "soon"},    {"calendar", "--month", "2008-13"},
+      {"calendar", "--month", "--week"}, {"calendar", "--from", "2008-02-15", "--to", "2008-02-14"},
+      {"calendar", "--list", "--month"}, {"tasks", "--from", "2008-02-15"}};
+  for (const Arguments& words : wrong) {
+    Arguments show{"show", handheld};
+    show.insert(show.end(), words.begin(), words.end());
+    const Ended ended = Device(show);
+    EXPECT_EQ(ended.code, 2) << ::testing::PrintToString(words);
+    EXPECT_EQ(ended.out, "");
+    EXPECT_TRUE(IsOneLine(ended.err)) << ended.err;
+  }
+}
+
 TEST_F(DeviceCalendar, TakesTimesForItsOwnZone) {
   const std::string handheld = MakeHandheld();
   ASSERT_EQ(Device({"set", handheld, "zone", "Asia/Tokyo"}).code, 0);
   Device({"import", handheld, File("mine.ics", Calendar(kReview))});
-  EXPECT_THAT(Device({"show", handheld, "calendar"}).out, HasSubstr("2008-02-15 18:00-19:30"));
+  EXPECT_THAT(Device({"show", handheld, "calendar", "--list"}).out,
+              HasSubstr("2008-02-15 18:00-19:30"));
 }
 
 TEST_F(DeviceCalendar, ExportsWhatImportsAsUnchangedAndElsewhereToTheSame) {
@@ -117,7 +165,7 @@ TEST_F(DeviceCalendar, SaysWhichOfSeveralFilesFailedAndImportsWhatItCanRead) {
   EXPECT_EQ(partly.code, 3);
   EXPECT_THAT(partly.err, AllOf(HasSubstr(Path("missing.ics") + " cannot be read\n"),
                                 HasSubstr(broken + ":2: ")));
-  EXPECT_THAT(Device({"show", handheld, "calendar"}).out, HasSubstr("Review"));
+  EXPECT_THAT(Device({"show", handheld, "calendar", "--list"}).out, HasSubstr("Review"));
   const Ended none = Device({"import", handheld, File("letter.ics", "Dear Ada")});
   EXPECT_EQ(none.code, 1);
   EXPECT_THAT(none.err, HasSubstr("letter.ics: no appointments or tasks in it\n"));

@@ -28,7 +28,7 @@ constexpr char kCalls[] =
 class DeviceMessages : public ToolTest {
  protected:
   std::string Shown(const std::string& handheld, const std::string& kind) const {
-    const Ended shown = Device({"show", handheld, kind, "--json"});
+    const Ended shown = Device({"show", handheld, kind, "--list", "--json"});
     EXPECT_EQ(shown.code, 0) << shown.err;
     return shown.out;
   }
@@ -67,7 +67,7 @@ TEST_F(DeviceMessages, ImportsABackupAndKnowsItAgain) {
 
 TEST_F(DeviceMessages, ShowsWhatWasSentReceivedAndDrafted) {
   const std::string handheld = Filled();
-  const std::string messages = Device({"show", handheld, "messages"}).out;
+  const std::string messages = Device({"show", handheld, "messages", "--list"}).out;
   for (const char* row : {"/Inbox         2008-02-15 13:45 Åsa Björkman         Fika på",
                           "/Sent Items    2008-02-15 13:47 Åsa Björkman         Ja! Kommer",
                           "/Drafts        2008-03-31 21:46 Nils Öberg           Hej, jag",
@@ -82,9 +82,23 @@ TEST_F(DeviceMessages, ShowsWhatWasSentReceivedAndDrafted) {
   EXPECT_THAT(Shown(handheld, "messages"), HasSubstr("\"class\":\"mms\""));
 }
 
+TEST_F(DeviceMessages, ShowsThreadsByPerson) {
+  const std::string handheld = Filled();
+  const std::string card = File("nils.vcf",
+                                "BEGIN:VCARD\nVERSION:3.0\nN:Öberg;Nils Erik;;;\n"
+                                "TEL;TYPE=CELL:0046 70 555 01 03\nEND:VCARD\n");
+  ASSERT_EQ(Device({"import", handheld, card}).code, 0);
+  const Ended threads = Device({"show", handheld, "messages"});
+  EXPECT_EQ(threads.code, 0) << threads.err;
+  EXPECT_THAT(threads.out, HasSubstr("\nNils Erik Öberg\n"));
+  EXPECT_THAT(threads.out, HasSubstr("\n    13:47  I: Ja! Kommer"));
+  EXPECT_THAT(threads.out, HasSubstr("[draft]\n"));
+  EXPECT_THAT(threads.out, HasSubstr("\n9 messages in "));
+}
+
 TEST_F(DeviceMessages, ShowsNothingOfANewHandheld) {
   const std::string handheld = MakeHandheld();
-  EXPECT_EQ(Device({"show", handheld, "messages"}).out, "0 messages\n");
+  EXPECT_EQ(Device({"show", handheld, "messages", "--list"}).out, "0 messages\n");
   EXPECT_EQ(Device({"show", handheld, "calls"}).out, "0 calls\n");
   EXPECT_EQ(Shown(handheld, "messages"), "[]\n");
   EXPECT_THAT(Device({"export", handheld, "messages"}).out, HasSubstr("<smses count=\"0\""));

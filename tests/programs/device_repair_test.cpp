@@ -30,7 +30,7 @@ class DeviceRepair : public ToolTest {
     std::set<std::string> items;
     for (const char* kind : {"contacts", "calendar", "tasks", "messages", "calls"}) {
       for (const auto& item :
-           nlohmann::json::parse(Device({"show", handheld_, kind, "--json"}).out))
+           nlohmann::json::parse(Device({"show", handheld_, kind, "--list", "--json"}).out))
         items.insert(kind + item.dump());
     }
     return items;
