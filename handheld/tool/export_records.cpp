@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
@@ -11,6 +12,7 @@
 #include "common/formats/icalendar/icalendar.h"
 #include "common/formats/json/message_json.h"
 #include "handheld/outlook/outlook_app.h"
+#include "handheld/tool/birthdays.h"
 #include "handheld/tool/imported_items.h"
 #include "handheld/tool/output.h"
 #include "handheld/tool/records.h"
@@ -170,6 +172,21 @@ Outcome ExportRecords<TextMessage>(Session& session, const ExportOptions& option
 template <>
 Outcome ExportRecords<Call>(Session& session, const ExportOptions& options, const Report& report) {
   return ExportPhone<Call, formats::CallBackupWriter>(session, options, report);
+}
+
+Outcome ExportBirthdays(Session& session, const ExportOptions& options, const Report& report) {
+  Items<Contact> people(session);
+  std::vector<Appointment> days;
+  people.ForEach([&](const Contact& contact) {
+    std::ranges::move(BirthdaysOf(contact), std::back_inserter(days));
+  });
+  Output output(options.file, report);
+  output << formats::WriteICalendar(days, {}, session.Zone()).bytes;
+  output.Finish();
+  if (options.file)
+    Tell(report.out, "{}: {}\n", options.file->string(), Counted(days.size(), "day"));
+  people.Remember();
+  return Outcome::kDone;
 }
 
 }  // namespace tool

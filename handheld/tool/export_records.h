@@ -23,4 +23,7 @@ struct ExportOptions {
 template <typename Record>
 Outcome ExportRecords(Session& session, const ExportOptions& options, const Report& report);
 
+// The birthdays and anniversaries of its contacts as iCalendar.
+Outcome ExportBirthdays(Session& session, const ExportOptions& options, const Report& report);
+
 }  // namespace tool

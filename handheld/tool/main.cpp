@@ -22,6 +22,7 @@
 #include "handheld/tool/registry_commands.h"
 #include "handheld/tool/remove_records.h"
 #include "handheld/tool/repair_command.h"
+#include "handheld/tool/search_command.h"
 #include "handheld/tool/session.h"
 #include "handheld/tool/show_calendar.h"
 #include "handheld/tool/show_messages.h"
@@ -36,13 +37,12 @@ using tool::UsageError;
 
 constexpr int kExitUsage = 2;
 
-// What the command line asks for; filled in by the options of the chosen
-// command.
+// What the command line asks for; filled in by the options of the chosen command.
 struct Arguments {
   std::string directory;
   tool::InitOptions init;
   std::string key, value;
-  bool json = false, write = false, list = false;
+  bool json = false, write = false, list = false, birthdays = false;
   tool::CalendarChoice days;
   std::string kind;
   std::vector<std::filesystem::path> files;
@@ -55,7 +55,7 @@ struct Arguments {
   std::optional<std::string> folder;
   std::string verb = "show";
   std::optional<std::string> name, typedValue;
-  std::string time;
+  std::string time, text;
   std::string file, target;
   std::optional<std::string> verified;
 };
@@ -118,13 +118,12 @@ void AddHandheldCommands(CLI::App& app, Arguments& a, Command& chosen) {
       app, "repair", "Say what can be saved of a damaged store", a, chosen,
       [&](auto& session, auto& report) { return tool::Repair(session, a.write, a.json, report); });
   repair->add_flag("--write", a.write,
-                   "Put what can be saved in the store's place; the damaged "
-                   "one stays beside it");
+                   "Put what can be saved in the store's place; the damaged one stays beside it");
   repair->add_flag("--json", a.json, "As JSON");
 }
 
-void AddKind(CLI::App& command, Arguments& a) {
-  command.add_option("KIND", a.kind, "contacts, calendar, tasks, messages or calls")
+CLI::Option* AddKind(CLI::App& command, Arguments& a) {
+  return command.add_option("KIND", a.kind, "contacts, calendar, tasks, messages or calls")
       ->required()
       ->check(
           CLI::IsMember({"contacts", "calendar", "appointments", "tasks", "messages", "calls"}));
@@ -134,8 +133,7 @@ bool IsOfTelephone(const std::string& kind) {
   return kind == "messages" || kind == "calls";
 }
 
-// Runs it with an empty record of the kind, which says by its type which one it
-// is.
+// Runs it with an empty record of the kind, which says by its type which one it is.
 template <typename Run>
 Outcome WithRecord(const std::string& kind, Run run) {
   if (kind == "contacts") return run(formats::Contact());
@@ -154,6 +152,7 @@ Outcome RunExport(const Arguments& a, const Report& report) {
       .vcardVersion = a.vcardVersion == "4.0" ? VCardVersion::k40 : VCardVersion::k30,
       .jsonLines = a.format == "json"};
   Session session(a.directory, tool::Use::kLook);
+  if (a.birthdays) return tool::ExportBirthdays(session, options, report);
   return WithRecord(a.kind, [&](auto record) {
     return tool::ExportRecords<decltype(record)>(session, options, report);
   });
@@ -201,8 +200,7 @@ void AddImport(CLI::App& app, Arguments& a, Command& chosen) {
                             });
   import
       ->add_option("FILE", a.files,
-                   "vCard (2.1, 3.0, 4.0), iCalendar, backups of messages and "
-                   "calls (XML), "
+                   "vCard (2.1, 3.0, 4.0), iCalendar, backups of messages and calls (XML), "
                    "messages and calls as lines of JSON")
       ->required();
   import->add_flag("--dry-run", a.import.dryRun, "Only say what would be done");
@@ -212,15 +210,20 @@ void AddImport(CLI::App& app, Arguments& a, Command& chosen) {
 void AddExport(CLI::App& app, Arguments& a, Command& chosen) {
   auto* out = AddCommand(app, "export", "Write vCards, iCalendar, messages or calls of it", a,
                          chosen, [&](const Report& report) { return RunExport(a, report); });
-  AddKind(*out, a);
+  AddKind(*out, a)->required(false);
+  out->add_flag("--birthdays", a.birthdays,
+                "In place of a kind: the birthdays and anniversaries of contacts as a calendar");
+  out->parse_complete_callback([&a] {
+    if (a.birthdays != a.kind.empty())
+      throw CLI::ValidationError("KIND", "or --birthdays: one of them is wanted");
+  });
   out->add_option("-o,--output", a.output, "The file (default: standard output)")
       ->type_name("FILE");
   out->add_option("--vcard-version", a.vcardVersion, "Of contacts: 3.0 or 4.0")
       ->check(CLI::IsMember({"3.0", "4.0"}))
       ->capture_default_str();
   out->add_option("--format", a.format,
-                  "Of messages and calls: smsbackup (XML) or json (a line "
-                  "each) [smsbackup]")
+                  "Of messages and calls: smsbackup (XML) or json (a line each) [smsbackup]")
       ->check(CLI::IsMember({"smsbackup", "json"}));
 }
 
@@ -263,30 +266,38 @@ void AddShow(CLI::App& app, Arguments& a, Command& chosen) {
   AddKind(*show, a);
   show->add_flag("--json", a.json, "As JSON");
   show->add_flag("--list", a.list,
-                 "Of the calendar and messages: a line each, with its number, "
-                 "a series once");
+                 "Of the calendar and messages: a line each, with its number, a series once");
   AddDay(*show, "--month", a.days.month, true, "Of the calendar: a month, such as 2026-11");
   AddDay(*show, "--week", a.days.week, true, "Of the calendar: the week of a day");
   AddDay(*show, "--from", a.days.from, false, "Of the calendar: its days from there [today]");
   AddDay(*show, "--to", a.days.to, false, "Of the calendar: its days until there [four weeks]");
   show->footer(
-      "The calendar is shown day by day, every occurrence of a series "
-      "in its place, messages by\n"
-      "whom they went to and fro with. With --json an occurrence, or "
-      "such a thread, is a line.");
+      "The calendar is shown day by day, every occurrence of a series in its place, messages by\n"
+      "whom they went to and fro with. With --json an occurrence, or such a thread, is a line.");
+}
+
+void AddSearch(CLI::App& app, Arguments& a, Command& chosen) {
+  auto* search = AddCommand(
+      app, "search", "Find what is on it by words of it", a, chosen,
+      [&](auto& session, auto& report) { return tool::Search(session, a.text, a.json, report); },
+      tool::Use::kLook);
+  search->add_option("TEXT", a.text, "Words that are all in it, in any order")->required();
+  search->add_flag("--json", a.json, "As JSON, a line each");
+  search->footer(
+      "Exit codes: 0 found, 1 nothing found or failed, 2 wrong use, 3 not all was read.");
 }
 
 void AddItemCommands(CLI::App& app, Arguments& a, Command& chosen) {
   AddImport(app, a, chosen);
   AddShow(app, a, chosen);
+  AddSearch(app, a, chosen);
   AddExport(app, a, chosen);
   AddPage(app, a, chosen);
   auto* remove = AddCommand(app, "remove", "Remove what is on it", a, chosen,
                             [&](const Report& report) { return RunRemove(a, report); });
   remove
       ->add_option("OID", a.what,
-                   "Identifiers of contacts, appointments and tasks; or the "
-                   "word messages or calls "
+                   "Identifiers of contacts, appointments and tasks; or the word messages or calls "
                    "and their numbers")
       ->required();
   remove->add_flag("--all", a.all, "All messages, or all calls");
@@ -343,8 +354,7 @@ void AddFileCommands(CLI::App& app, Arguments& a, Command& chosen) {
   note->add_option("VERB", a.verb, "add")->required()->check(CLI::IsMember({"add"}));
   note->add_option("FILE", a.file, "The note's file")->required();
   note->add_option("NAME", a.name,
-                   "Its name in \"\\My Documents\", or its path from a "
-                   "separator on (default: the "
+                   "Its name in \"\\My Documents\", or its path from a separator on (default: the "
                    "file's name)");
 
   auto* card = AddCommand(app, "card", "List, add and remove its storage cards", a, chosen,
@@ -402,8 +412,7 @@ int ParseAndRun(int argc, char** argv) {
   CLI::App app("Makes, fills, shows and maintains a virtual handheld.", "corvane-device");
   app.set_version_flag("--version", "corvane-device " CORVANE_VERSION);
   command_line::AddDescription(app);
-  // Not required: CLI11 would ask for one before it names a word that it does
-  // not know.
+  // Not required: CLI11 would ask for one before it names a word that it does not know.
   app.require_subcommand(0, 1);
   app.footer("Exit codes: 0 all done, 1 failed, 2 wrong use, 3 partly done.");
   AddHandheldCommands(app, arguments, chosen);
@@ -429,8 +438,7 @@ int ParseAndRun(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  std::signal(SIGXFSZ,
-              SIG_IGN);  // a file that may not grow is an error like a full disk
+  std::signal(SIGXFSZ, SIG_IGN);  // a file that may not grow is an error like a full disk
   try {
     return ParseAndRun(argc, argv);
   } catch (const tool::UsageError& error) {
