@@ -70,8 +70,15 @@ Json ToJson(const std::vector<Card>& cards) {
   return array;
 }
 
+// A list has a line for each of its elements.
 int PrintJson(const Json& json, const Console& console) {
-  console.out << json.dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
+  const auto print = [&](const Json& each) {
+    console.out << each.dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
+  };
+  if (json.is_array())
+    std::ranges::for_each(json, print);
+  else
+    print(json);
   FlushOutput(console);
   return kDone;
 }

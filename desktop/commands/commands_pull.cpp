@@ -7,9 +7,9 @@
 #include <string>
 
 #include "common/files/atomic_file.h"
+#include "common/terminal/progress.h"
 #include "common/text/text.h"
 #include "desktop/commands/commands_pair.h"
-#include "desktop/commands/progress.h"
 #include "desktop/records/phone_records.h"
 #include "desktop/transfer/mapping.h"
 #include "desktop/transfer/record_count.h"
@@ -215,7 +215,7 @@ class PullRun {
   void RefuseLess() const {
     if (!options_.output || options_.overwrite) return;
     if (!std::filesystem::is_regular_file(*options_.output)) return;
-    const std::uint64_t held = CountRecords(files::ReadWholeFile(*options_.output), options_.kind,
+    const std::uint64_t held = CountRecords(files::ReadWholeFile(*options_.output),
                                             options_.format.value_or(words_.formats[0]));
     if (written_ >= held) return;
     throw Error(fmt::format(
@@ -247,7 +247,7 @@ class PullRun {
   const Console& console_;
   const KindWords& words_;
   Output output_;
-  Progress progress_;
+  terminal::Progress progress_;
   std::unique_ptr<Mapping> mapping_;
   std::unique_ptr<RecordWriter> writer_;
   bool begun_ = false;

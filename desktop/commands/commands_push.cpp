@@ -6,9 +6,9 @@
 #include <map>
 #include <utility>
 
+#include "common/terminal/progress.h"
 #include "common/text/text.h"
 #include "desktop/commands/commands_pair.h"
-#include "desktop/commands/progress.h"
 #include "desktop/commands/push_report.h"
 #include "desktop/transfer/mapping.h"
 #include "desktop/transfer/push_check.h"
@@ -42,7 +42,7 @@ void PrintLosses(const PushRecord& record, const Console& console) {
 
 // Some handhelds ignore them, and take the rest of the contact in.
 void PrintUnkeptNames(const ConnectionOptions& connection, const std::vector<PushResult>& results,
-                      Progress& progress, const Console& console) {
+                      terminal::Progress& progress, const Console& console) {
   std::map<Oid, const PushRecord*> sent;
   for (const PushResult& result : results) {
     if (IsSent(result.outcome)) sent[result.oid] = result.record;
@@ -63,7 +63,7 @@ int RunPush(const ConnectionOptions& connection, const PushPolicy& policy,
             std::span<const PushRecord> records, const PushReporting& reporting,
             const Console& console) {
   Mapping known(MappingPath(mapping, connection.target));
-  Progress progress(console.err, console.errIsTerminal, reporting.label, records.size());
+  terminal::Progress progress(console.err, console.errIsTerminal, reporting.label, records.size());
   PushSummary summary;
   std::vector<PushResult> results;
   PushSession session(connection, policy, known, [&](const PushResult& result) {
@@ -97,7 +97,7 @@ int RunPush(const ConnectionOptions& connection, const PushPolicy& policy,
     console.err << fmt::format(
         "{} more of an earlier push came late, were there twice and have been deleted\n", late);
   }
-  if (reporting.json) console.out << ResultsToJson(results) << '\n';
+  if (reporting.json) console.out << ResultsToJson(results);
   console.err << SummaryText(results) << '\n';
   FlushOutput(console);
   return code == kDone ? summary.exitCode() : code;

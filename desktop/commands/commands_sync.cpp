@@ -54,7 +54,7 @@ int SyncAll(std::vector<SyncTarget> targets, const SyncCommand& command, const C
   } catch (const Interrupted& problem) {
     TellProblem(console, problem.what());
   }
-  if (command.json) console.out << fmt::format("[{}]\n", fmt::join(json, ",\n"));
+  if (command.json) console.out << fmt::format("{}\n", fmt::join(json, "\n"));
   FlushOutput(console);
   return StatusOfAll(codes);
 }

@@ -71,7 +71,7 @@ bool IsTakenIn(PushOutcome outcome) {
 }
 
 std::string ResultsToJson(std::span<const PushResult> results) {
-  nlohmann::ordered_json array = nlohmann::ordered_json::array();
+  std::string lines;
   for (const PushResult& result : results) {
     nlohmann::ordered_json object = {{"source", result.record->place},
                                      {"name", result.record->title},
@@ -80,9 +80,9 @@ std::string ResultsToJson(std::span<const PushResult> results) {
                                      {"code", result.code}};
     if (result.code != 0) object["meaning"] = StatusMeaning(result.code);
     if (!result.xml.empty()) object["record"] = result.xml;
-    array.push_back(std::move(object));
+    lines += object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + '\n';
   }
-  return array.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+  return lines;
 }
 
 void PushSummary::Count(PushOutcome outcome) {

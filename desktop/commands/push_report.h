@@ -16,7 +16,7 @@ std::string OutcomeText(const PushResult& result);
 // Whether the handheld now has the record, or would have it: what it loses is worth telling.
 bool IsTakenIn(PushOutcome outcome);
 
-// An array with one object a record: "source", "name", "outcome", "oid", "code", "meaning", and of
+// A line with an object a record: "source", "name", "outcome", "oid", "code", "meaning", and of
 // a dry run "record".
 std::string ResultsToJson(std::span<const PushResult> results);
 

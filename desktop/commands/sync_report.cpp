@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "common/terminal/tally.h"
 #include "desktop/records/record_kind.h"
 #include "desktop/sync/handheld_items.h"
 
@@ -13,37 +14,8 @@ namespace {
 
 using nlohmann::ordered_json;
 
-// Lines that differ in their number alone, in the order of the first of each.
-class Tally {
- public:
-  void Add(const std::string& what, std::string_view ofWhat, std::string_view ofWhatAlone) {
-    const auto [place, isNew] = places_.emplace(fmt::format("{}\n{}", what, ofWhat), rows_.size());
-    if (isNew) rows_.push_back({what, std::string(ofWhat), std::string(ofWhatAlone), 0});
-    ++rows_[place->second].count;
-  }
-
-  [[nodiscard]] std::vector<std::string> Lines() const {
-    std::vector<std::string> lines;
-    for (const Row& row : rows_) {
-      lines.push_back(
-          fmt::format("{}: {} {}", row.what, row.count, row.count == 1 ? row.one : row.several));
-    }
-    return lines;
-  }
-
- private:
-  struct Row {
-    std::string what;
-    std::string several;
-    std::string one;
-    std::size_t count;
-  };
-  std::map<std::string, std::size_t> places_;
-  std::vector<Row> rows_;
-};
-
-std::string TextOf(const ordered_json& object, int indent) {
-  return object.dump(indent, ' ', false, ordered_json::error_handler_t::replace);
+std::string TextOf(const ordered_json& object) {
+  return object.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
 }
 
 ordered_json ObjectFor(const std::string& pair) {
@@ -102,7 +74,7 @@ ordered_json ActionsToJson(const Plan& plan, const SyncResults& results, bool dr
 
 std::vector<std::string> NoticeLines(const std::vector<DeskNotice>& notices, bool each) {
   std::vector<std::string> lines;
-  Tally tally;
+  terminal::Tally tally;
   for (const DeskNotice& notice : notices) {
     const std::string property = notice.text.substr(0, notice.text.find(':'));
     const bool named = property.size() < notice.text.size();
@@ -112,9 +84,10 @@ std::vector<std::string> NoticeLines(const std::vector<DeskNotice>& notices, boo
     }
     const std::string folder = notice.file.begin()->string();
     if (folder == "contacts") {
-      tally.Add(property, "contacts", "contact");
+      tally.Add(property, {"contact", "contacts"});
     } else {
-      tally.Add(property, "in " + folder, "in " + folder);
+      const std::string place = "in " + folder;
+      tally.Add(property, {place, place});
     }
   }
   for (std::string& line : tally.Lines()) {
@@ -125,7 +98,7 @@ std::vector<std::string> NoticeLines(const std::vector<DeskNotice>& notices, boo
 
 std::vector<std::string> LossLines(const Plan& plan, const SyncResults& results, bool each) {
   std::vector<std::string> lines;
-  Tally tally;
+  terminal::Tally tally;
   for (std::size_t i = 0; i < results.items.size(); ++i) {
     const Action& action = plan.actions[i];
     const KindWords& words = WordsOf(RecordKindOf(action.kind));
@@ -133,7 +106,7 @@ std::vector<std::string> LossLines(const Plan& plan, const SyncResults& results,
       if (each) {
         lines.push_back(fmt::format("{} {}: {}", words.name, action.name, loss));
       } else {
-        tally.Add(loss, words.plural, words.name);
+        tally.Add(loss, {words.name, words.plural});
       }
     }
   }
@@ -145,7 +118,7 @@ std::string ToText(const ArchiveAddition& addition) {
 }
 
 std::string SyncToJson(const std::string& pair, const SyncPlan& plan, const SyncResults& results,
-                       bool dryRun, int indent) {
+                       bool dryRun) {
   ordered_json object = ObjectFor(pair);
   object["dryRun"] = dryRun;
   object["actions"] = ActionsToJson(plan.items, results, dryRun);
@@ -157,13 +130,13 @@ std::string SyncToJson(const std::string& pair, const SyncPlan& plan, const Sync
   if (!plan.items.stop.empty()) object["stopped"] = plan.items.stop;
   if (!results.problem.empty()) object["problem"] = results.problem;
   object["summary"] = ToJson(results.counts);
-  return TextOf(object, indent);
+  return TextOf(object);
 }
 
-std::string FailureToJson(const std::string& pair, const std::string& problem, int indent) {
+std::string FailureToJson(const std::string& pair, const std::string& problem) {
   ordered_json object = ObjectFor(pair);
   object["problem"] = problem;
-  return TextOf(object, indent);
+  return TextOf(object);
 }
 
 }  // namespace desktop

@@ -18,9 +18,9 @@ std::vector<std::string> LossLines(const Plan& plan, const SyncResults& results,
 // "messages/2026-11.jsonl: add 12".
 std::string ToText(const ArchiveAddition& addition);
 
-// An object, which names the pair where there is one; on one line with an indent of -1.
+// An object on one line, which names the pair where there is one.
 std::string SyncToJson(const std::string& pair, const SyncPlan& plan, const SyncResults& results,
-                       bool dryRun, int indent);
-std::string FailureToJson(const std::string& pair, const std::string& problem, int indent);
+                       bool dryRun);
+std::string FailureToJson(const std::string& pair, const std::string& problem);
 
 }  // namespace desktop

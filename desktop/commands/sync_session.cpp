@@ -47,10 +47,10 @@ int SyncSession::Run() {
     throw;
   } catch (const std::bad_alloc&) {
     TellFailure("out of memory");
-    json_ = FailureToJson(target_.pair, "out of memory", JsonIndent());
+    json_ = FailureToJson(target_.pair, "out of memory");
   } catch (const std::exception& problem) {
     TellFailure(problem.what());
-    json_ = FailureToJson(target_.pair, problem.what(), JsonIndent());
+    json_ = FailureToJson(target_.pair, problem.what());
   }
   failedBefore_ = code == kFailed;
   return code;
@@ -116,7 +116,7 @@ int SyncSession::ShowResults(const SyncPlan& plan, const SyncResults& results) {
   const bool sumsUp = !command_.watch || command_.verbose || said_ || failedBefore_;
   if (IsTalking() && plan.items.stop.empty() && sumsUp) Say(ToText(results.counts));
   if (command_.json) {
-    json_ = SyncToJson(target_.pair, plan, results, target_.sync.dryRun, JsonIndent());
+    json_ = SyncToJson(target_.pair, plan, results, target_.sync.dryRun);
   }
   if (!results.problem.empty()) return results.begun ? kPartlyDone : kFailed;
   return results.whole ? kDone : kPartlyDone;

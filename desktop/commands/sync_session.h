@@ -18,13 +18,12 @@ class SyncSession {
 
   // Failures are told, but for one that is Interrupted. May be called again.
   int Run();
-  // Of the last run; in a watch on one line.
+  // Of the last run, on one line.
   [[nodiscard]] const std::string& json() const { return json_; }
   void Tell(const std::string& line);
 
  private:
   [[nodiscard]] bool IsTalking() const { return !command_.json && !command_.quiet; }
-  [[nodiscard]] int JsonIndent() const { return command_.watch ? -1 : 2; }
   void Head();
   // Whether the run before this one has not told it.
   bool IsNews(const std::string& line);

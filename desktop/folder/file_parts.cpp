@@ -14,7 +14,7 @@ std::vector<std::size_t> LineBegins(std::string_view text) {
   std::vector<std::size_t> begins = {0};
   for (std::size_t i = text.find_first_of("\r\n"); i != std::string_view::npos;
        i = text.find_first_of("\r\n", i)) {
-    i += text.substr(i, 2) == "\r\n" ? 2 : 1;
+    i += formats::LineEndLength(text.substr(i));
     if (i < text.size()) begins.push_back(i);
   }
   begins.push_back(text.size());

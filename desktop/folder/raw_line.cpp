@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "common/formats/lines/content_writer.h"
+#include "common/formats/lines/vcard_lines.h"
 #include "common/text/code_page.h"
 #include "common/text/text.h"
 #include "common/text/unicode.h"
@@ -164,7 +165,7 @@ void RawLine::DropParameter(std::string_view upper) {
 LineStyle StyleOf(std::string_view text) {
   LineStyle style;
   const std::size_t end = text.find_first_of("\r\n");
-  if (end != kNowhere) style.lineEnd = text.substr(end, text.substr(end, 2) == "\r\n" ? 2 : 1);
+  if (end != kNowhere) style.lineEnd = text.substr(end, formats::LineEndLength(text.substr(end)));
   style.western = !text::IsValidUtf8(text);
   return style;
 }

@@ -27,12 +27,10 @@ std::size_t CountOfXml(std::string_view bytes) {
   }
 }
 
-std::size_t CountOfArray(std::string_view bytes) {
+// Lines, or an array, which others may have made of them.
+std::size_t CountOfJson(std::string_view bytes) {
   const auto array = nlohmann::json::parse(bytes, nullptr, false);
-  return array.is_array() ? array.size() : 0;
-}
-
-std::size_t CountOfLines(std::string_view bytes) {
+  if (array.is_array()) return array.size();
   return static_cast<std::size_t>(std::ranges::count(bytes, '\n'));
 }
 
@@ -45,7 +43,7 @@ std::size_t CountOfBackup(std::string_view bytes) {
 
 }  // namespace
 
-std::size_t CountRecords(std::string_view bytes, RecordKind kind, RecordFormat format) {
+std::size_t CountRecords(std::string_view bytes, RecordFormat format) {
   switch (format) {
     case RecordFormat::kVcf:
       return formats::ReadVCards(bytes).contacts.size();
@@ -54,7 +52,7 @@ std::size_t CountRecords(std::string_view bytes, RecordKind kind, RecordFormat f
     case RecordFormat::kXml:
       return CountOfXml(bytes);
     case RecordFormat::kJson:
-      return WordsOf(kind).isItem ? CountOfArray(bytes) : CountOfLines(bytes);
+      return CountOfJson(bytes);
     case RecordFormat::kSmsBackup:
       return CountOfBackup(bytes);
   }

@@ -8,8 +8,8 @@
 
 namespace desktop {
 
-// The records in a file of that format, which a pull of the kind writes; of what cannot be
-// understood as one, none.
-std::size_t CountRecords(std::string_view bytes, RecordKind kind, RecordFormat format);
+// The records in a file of that format, which a pull writes; of what cannot be understood as one,
+// none.
+std::size_t CountRecords(std::string_view bytes, RecordFormat format);
 
 }  // namespace desktop

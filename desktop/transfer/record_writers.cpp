@@ -39,29 +39,18 @@ class XmlWriter : public RecordWriter {
   ByteSink sink_;
 };
 
-// An array of items, a line each; of other records the lines alone.
+// An object a line.
 class JsonWriter : public RecordWriter {
  public:
   JsonWriter(const WriterOptions& options, ByteSink sink)
       : kind_(WordsOf(options.kind)), zone_(options.zone), sink_(std::move(sink)) {}
 
-  void Begin() override {
-    if (kind_.isItem) sink_("[");
-  }
-  void Write(const Record& record) override {
-    const std::string json = kind_.json(record, zone_);
-    sink_(kind_.isItem ? (first_ ? "\n" : ",\n") + json : json + "\n");
-    first_ = false;
-  }
-  void End() override {
-    if (kind_.isItem) sink_(first_ ? "]\n" : "\n]\n");
-  }
+  void Write(const Record& record) override { sink_(kind_.json(record, zone_) + "\n"); }
 
  private:
   const KindWords& kind_;
   calendar::Zone zone_;
   ByteSink sink_;
-  bool first_ = true;
 };
 
 // A file without a name, gone with the object.

@@ -39,9 +39,9 @@ struct WriterOptions {
 bool NeedsMapping(RecordFormat format);
 
 // kXml is one document whose root holds the records, each with the bytes that it came with. kJson
-// is an array of items, a line each, and of other records nothing but the lines. Memory does not
-// grow with the records of either, nor with those of kSmsBackup: that begins with how many it
-// holds, so until the end they lie in a temporary file. kIcs is written at the end.
+// is an object a line. Memory does not grow with the records of either, nor with those of
+// kSmsBackup: that begins with how many it holds, so until the end they lie in a temporary file.
+// kIcs is written at the end.
 //
 // The mapping, null where it is not needed, must outlive the writer. It gives each item its UID,
 // and learns of new ones.

@@ -24,6 +24,7 @@
 #include "handheld/store/store_check.h"
 #include "handheld/tool/handheld_copy.h"
 #include "handheld/tool/output.h"
+#include "handheld/tool/result.h"
 
 namespace tool {
 namespace {
@@ -276,8 +277,10 @@ Outcome BackUp(Session& session, const fs::path& file, const Report& report) {
   });
   backup.Finish();
   out.Finish();
-  Tell(toPipe ? report.err : report.out, "{}: {} files, {} bytes\n", file.string(), backup.files(),
-       backup.bytes());
+  Report said = report;
+  if (toPipe) said.out = report.err;
+  TellResult(said, {{"file", file.string()}, {"files", backup.files()}, {"bytes", backup.bytes()}},
+             "{}: {} files, {} bytes\n", file.string(), backup.files(), backup.bytes());
   return whole ? Outcome::kDone : Outcome::kPartlyDone;
 }
 
@@ -285,7 +288,8 @@ Outcome VerifyBackup(const fs::path& file, const Report& report) {
   const WorkDirectory work(fs::temp_directory_path());
   ReadBackup(file, work.path());
   RequireSound(file, work.path());
-  Tell(report.out, "{}: can be restored, and is sound\n", file.string());
+  TellResult(report, {{"file", file.string()}, {"sound", true}},
+             "{}: can be restored, and is sound\n", file.string());
   return Outcome::kDone;
 }
 
@@ -294,7 +298,8 @@ Outcome Restore(const fs::path& file, const fs::path& directory, const Report& r
   ReadBackup(file, work.path());
   RequireSound(file, work.path());
   work.KeepAs(directory);
-  Tell(report.out, "{}: restored from {}\n", directory.string(), file.string());
+  TellResult(report, {{"directory", directory.string()}, {"from", file.string()}},
+             "{}: restored from {}\n", directory.string(), file.string());
   return Outcome::kDone;
 }
 
@@ -312,7 +317,8 @@ Outcome Clone(Session& session, const fs::path& directory, const Report& report)
     if (error) throw files::Error(to.string() + " cannot be made: " + error.message());
   });
   work.KeepAs(directory);
-  Tell(report.out, "{}: the same as {}\n", directory.string(), from.string());
+  TellResult(report, {{"directory", directory.string()}, {"from", from.string()}},
+             "{}: the same as {}\n", directory.string(), from.string());
   return whole ? Outcome::kDone : Outcome::kPartlyDone;
 }
 

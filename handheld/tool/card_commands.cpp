@@ -10,6 +10,7 @@
 #include "common/text/unicode.h"
 #include "handheld/system/device_path.h"
 #include "handheld/system/directories.h"
+#include "handheld/tool/result.h"
 #include "handheld/tool/table.h"
 #include "platform/find_files.h"
 
@@ -72,6 +73,10 @@ std::vector<Card> ListCards(ce::host::Handheld& handheld) {
   return cards;
 }
 
+Json AsJson(const Card& card) {
+  return {{"name", card.name}, {"directory", card.target.string()}, {"present", card.present}};
+}
+
 Outcome AddCard(Session& session, const std::string& name, const fs::path& target,
                 const Report& report) {
   ce::host::Handheld& handheld = session.handheld();
@@ -88,7 +93,8 @@ Outcome AddCard(Session& session, const std::string& name, const fs::path& targe
   const fs::path link = handheld.filesRoot() / name;
   fs::create_directory_symlink(directory, link);
   files::SyncDirectoryOf(link);
-  Tell(report.out, "{} -> {}\n", name, directory.string());
+  TellResult(report, {{"name", name}, {"directory", directory.string()}}, "{} -> {}\n", name,
+             directory.string());
   return Outcome::kDone;
 }
 
@@ -100,7 +106,7 @@ Outcome RemoveCard(Session& session, const std::string& name, const Report& repo
     const fs::path link = session.handheld().filesRoot() / card.name;
     fs::remove(link);
     files::SyncDirectoryOf(link);
-    Tell(report.out, "removed {}\n", card.name);
+    TellResult(report, {{"removed", card.name}}, "removed {}\n", card.name);
     return Outcome::kDone;
   }
   Tell(report.err, "corvane-device: {}: no such card\n", name);
@@ -109,6 +115,10 @@ Outcome RemoveCard(Session& session, const std::string& name, const Report& repo
 
 Outcome ShowCards(Session& session, const Report& report) {
   const std::vector<Card> cards = ListCards(session.handheld());
+  if (report.json) {
+    for (const Card& card : cards) TellJson(report, AsJson(card));
+    return Outcome::kDone;
+  }
   for (const Card& card : cards)
     Tell(report.out, "{} -> {}{}\n", card.name,
          card.target.empty() ? "a mounted volume" : card.target.string(),

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <filesystem>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,8 @@ struct Card {
 };
 // In the order in which the handheld counts them. Throws files::Error.
 std::vector<Card> ListCards(ce::host::Handheld& handheld);
+// An object of "name", "directory" and "present".
+nlohmann::ordered_json AsJson(const Card& card);
 
 // Throws UsageError for a name that no file of a handheld can have or that is taken, letter case
 // aside, for a target that is no directory, and for one that holds the handheld's own files.

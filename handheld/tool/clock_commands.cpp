@@ -6,14 +6,15 @@
 #include "common/formats/items/message_time.h"
 #include "common/text/unicode.h"
 #include "handheld/clock/handheld_clock.h"
+#include "handheld/tool/result.h"
 #include "platform/clock.h"
 
 namespace tool {
 namespace {
 
-std::string TimeText(const ce::SYSTEMTIME& time) {
-  return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02}", time.wYear, time.wMonth, time.wDay,
-                     time.wHour, time.wMinute, time.wSecond);
+std::string TimeText(const ce::SYSTEMTIME& time, char between = ' ') {
+  return fmt::format("{:04}-{:02}-{:02}{}{:02}:{:02}:{:02}", time.wYear, time.wMonth, time.wDay,
+                     between, time.wHour, time.wMinute, time.wSecond);
 }
 
 }  // namespace
@@ -24,8 +25,13 @@ Outcome ShowClock(Session& session, const Report& report) {
   ce::GetSystemTime(&utc);
   ce::GetLocalTime(&local);
   const std::u16string zone = session.handheld().Text(ce::host::setting::kZone, u"UTC");
-  Tell(report.out, "UTC    {}\nlocal  {}  {}\n", TimeText(utc), TimeText(local),
-       text::ToUtf8Lossy(zone));
+  const std::string zoneName = text::ToUtf8Lossy(zone);
+  if (report.json)
+    TellJson(
+        report,
+        {{"utc", TimeText(utc, 'T') + "Z"}, {"local", TimeText(local, 'T')}, {"zone", zoneName}});
+  else
+    Tell(report.out, "UTC    {}\nlocal  {}  {}\n", TimeText(utc), TimeText(local), zoneName);
   return Outcome::kDone;
 }
 
@@ -46,12 +52,12 @@ Outcome SetClock(Session& session, const std::string& time, const Report& report
                                               : fmt::format("error {}", error));
     return Outcome::kFailed;
   }
-  return ShowClock(session, report);
+  return report.verbosity == Verbosity::kErrors ? Outcome::kDone : ShowClock(session, report);
 }
 
 Outcome ResetClock(Session& session, const Report& report) {
   session.handheld().Set(ce::host::setting::kClockOffset, u"0");
-  Tell(report.out, "The clock goes with this computer's again.\n");
+  TellResult(report, {{"reset", true}}, "The clock goes with this computer's again.\n");
   return Outcome::kDone;
 }
 

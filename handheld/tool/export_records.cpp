@@ -16,6 +16,7 @@
 #include "handheld/tool/imported_items.h"
 #include "handheld/tool/output.h"
 #include "handheld/tool/records.h"
+#include "handheld/tool/result.h"
 #include "handheld/tool/table.h"
 
 namespace tool {
@@ -68,8 +69,10 @@ class Items {
 template <typename Record>
 void Finish(const ExportOptions& options, std::size_t count, Output& output, const Report& report) {
   output.Finish();
-  if (options.file)
-    Tell(report.out, "{}: {}\n", options.file->string(), Counted(count, kRecordName<Record>));
+  if (!options.file) return;
+  TellResult(report,
+             {{"file", options.file->string()}, {"kind", kRecordName<Record>}, {"count", count}},
+             "{}: {}\n", options.file->string(), Counted(count, kRecordName<Record>));
 }
 
 // `write` writes every item, and answers how many it left out.
@@ -184,7 +187,9 @@ Outcome ExportBirthdays(Session& session, const ExportOptions& options, const Re
   output << formats::WriteICalendar(days, {}, session.Zone()).bytes;
   output.Finish();
   if (options.file)
-    Tell(report.out, "{}: {}\n", options.file->string(), Counted(days.size(), "day"));
+    TellResult(report,
+               {{"file", options.file->string()}, {"kind", "birthday"}, {"count", days.size()}},
+               "{}: {}\n", options.file->string(), Counted(days.size(), "day"));
   people.Remember();
   return Outcome::kDone;
 }

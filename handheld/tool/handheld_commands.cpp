@@ -4,7 +4,6 @@
 
 #include <charconv>
 #include <limits>
-#include <nlohmann/json.hpp>
 #include <tuple>
 
 #include "common/text/unicode.h"
@@ -16,6 +15,7 @@
 #include "handheld/system/language.h"
 #include "handheld/tool/card_commands.h"
 #include "handheld/tool/records.h"
+#include "handheld/tool/result.h"
 #include "handheld/tool/status_error.h"
 #include "platform/clock.h"
 
@@ -152,11 +152,9 @@ struct Facts {
   std::uintmax_t storeBytes = 0;
 };
 
-nlohmann::ordered_json CardsAsJson(const std::vector<Card>& cards) {
-  auto array = nlohmann::ordered_json::array();
-  for (const Card& card : cards)
-    array.push_back(
-        {{"name", card.name}, {"directory", card.target.string()}, {"present", card.present}});
+Json CardsAsJson(const std::vector<Card>& cards) {
+  auto array = Json::array();
+  for (const Card& card : cards) array.push_back(AsJson(card));
   return array;
 }
 
@@ -206,8 +204,15 @@ Outcome InitHandheld(const std::filesystem::path& directory, const InitOptions& 
     std::tie(settings.osMajor, settings.osMinor) = ParseVersion(*options.osVersion);
   if (options.firstOid) settings.firstOid = ParseFirstOid(*options.firstOid);
   Handheld::Create(directory, settings);
-  Tell(report.out, "{}: a handheld, {}, {}, version {}.{}\n", directory.string(),
-       TagOf(settings.language), settings.zone, settings.osMajor, settings.osMinor);
+  const std::string version = fmt::format("{}.{}", settings.osMajor, settings.osMinor);
+  const std::string language = TagOf(settings.language);
+  TellResult(report,
+             {{"directory", directory.string()},
+              {"language", language},
+              {"osVersion", version},
+              {"zone", settings.zone}},
+             "{}: a handheld, {}, {}, version {}\n", directory.string(), language, settings.zone,
+             version);
   return Outcome::kDone;
 }
 
@@ -222,7 +227,7 @@ Outcome SetSetting(Session& session, const std::string& key, const std::string& 
   for (const SettingRow& row : kSettings) {
     if (key != row.key) continue;
     row.set(session, key, value);
-    Tell(report.out, "{} = {}\n", key, value);
+    TellResult(report, {{"key", key}, {"value", value}}, "{} = {}\n", key, value);
     return Outcome::kDone;
   }
   std::string known;
@@ -230,27 +235,24 @@ Outcome SetSetting(Session& session, const std::string& key, const std::string& 
   throw UsageError(fmt::format("there is no setting \"{}\"; there are:{}", key, known));
 }
 
-Outcome ShowHandheld(Session& session, bool json, const Report& report) {
+Outcome ShowHandheld(Session& session, const Report& report) {
   const Facts facts = FactsOf(session);
-  if (json) {
-    const nlohmann::ordered_json object = {
-        {"directory", facts.directory},
-        {"language", facts.language},
-        {"osVersion", fmt::format("{}.{}", facts.osMajor, facts.osMinor)},
-        {"zone", facts.zone},
-        {"owner", facts.owner},
-        {"clock", facts.clock},
-        {"contacts", facts.contacts},
-        {"appointments", facts.appointments},
-        {"tasks", facts.tasks},
-        {"messages", facts.messages},
-        {"calls", facts.calls},
-        {"phone", facts.phone},
-        {"ink", facts.ink},
-        {"cards", CardsAsJson(facts.cards)},
-        {"storeBytes", facts.storeBytes}};
-    fmt::print(report.out, "{}\n",
-               object.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+  if (report.json) {
+    TellJson(report, {{"directory", facts.directory},
+                      {"language", facts.language},
+                      {"osVersion", fmt::format("{}.{}", facts.osMajor, facts.osMinor)},
+                      {"zone", facts.zone},
+                      {"owner", facts.owner},
+                      {"clock", facts.clock},
+                      {"contacts", facts.contacts},
+                      {"appointments", facts.appointments},
+                      {"tasks", facts.tasks},
+                      {"messages", facts.messages},
+                      {"calls", facts.calls},
+                      {"phone", facts.phone},
+                      {"ink", facts.ink},
+                      {"cards", CardsAsJson(facts.cards)},
+                      {"storeBytes", facts.storeBytes}});
     return Outcome::kDone;
   }
   Tell(report.out,
@@ -267,9 +269,10 @@ Outcome ShowHandheld(Session& session, bool json, const Report& report) {
 Outcome CheckHandheld(Session& session, const Report& report) {
   const std::vector<std::string> problems = ce::host::CheckStore(session.handheld());
   for (const std::string& problem : problems) Tell(report.err, "corvane-device: {}\n", problem);
-  if (!problems.empty()) return Outcome::kFailed;
-  Tell(report.out, "The store is sound.\n");
-  return Outcome::kDone;
+  const bool sound = problems.empty();
+  if (sound || report.json)
+    TellResult(report, {{"sound", sound}, {"problems", problems}}, "The store is sound.\n");
+  return sound ? Outcome::kDone : Outcome::kFailed;
 }
 
 }  // namespace tool

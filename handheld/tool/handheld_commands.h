@@ -29,7 +29,7 @@ std::vector<SettingHelp> SettingKeys();
 Outcome SetSetting(Session& session, const std::string& key, const std::string& value,
                    const Report& report);
 
-Outcome ShowHandheld(Session& session, bool json, const Report& report);
+Outcome ShowHandheld(Session& session, const Report& report);
 
 // Looks for damage in the store and prints a line for each problem.
 Outcome CheckHandheld(Session& session, const Report& report);

@@ -33,50 +33,52 @@ char FirstSign(std::string_view bytes) {
 
 // One for each kind of record, for all files.
 struct Imports {
-  Imports(Session& session, const ImportOptions& options, const Report& report)
-      : items(session, options, report),
+  Imports(Session& session, const ImportOptions& options, const Report& to)
+      : report(to, options.dryRun),
+        items(session, options, report),
         messages(session, options, report),
         calls(session, options, report) {}
+  ImportReport report;
   ItemImport items;
   MessageImport<formats::TextMessage> messages;
   MessageImport<formats::Call> calls;
 };
 
-void AddNotices(const std::vector<formats::Notice>& notices, const fs::path& file,
-                ItemImport& import, ImportTally& tally) {
-  for (const formats::Notice& notice : notices)
-    import.Notice({file, notice.line}, notice.text, tally);
+void AddNotices(const std::vector<formats::Notice>& notices, ImportReport& report) {
+  for (const formats::Notice& notice : notices) report.Notice(notice.line, notice.text);
 }
 
 // These answer how many records the bytes hold.
-std::size_t ImportCards(const fs::path& file, std::string_view bytes, ItemImport& import,
-                        ImportTally& tally) {
+std::size_t ImportCards(std::string_view bytes, Imports& imports) {
   const formats::VCardFile cards = formats::ReadVCards(bytes);
-  AddNotices(cards.notices, file, import, tally);
+  imports.report.ExpectRecords(cards.contacts.size());
+  imports.report.ExpectNoticesOf({"contact", "contacts"});
+  AddNotices(cards.notices, imports.report);
   for (const formats::ParsedContact& parsed : cards.contacts) {
-    AddNotices(parsed.notices, file, import, tally);
-    import.Import({file, parsed.line}, parsed.contact, tally);
+    imports.report.BeginRecord();
+    AddNotices(parsed.notices, imports.report);
+    imports.items.Import(parsed.line, parsed.contact);
   }
   return cards.contacts.size();
 }
 
-std::size_t ImportCalendar(const fs::path& file, std::string_view bytes, const calendar::Zone& zone,
-                           ItemImport& import, ImportTally& tally) {
+std::size_t ImportCalendar(std::string_view bytes, const calendar::Zone& zone, Imports& imports) {
   const formats::CalendarFile calendar = formats::ReadICalendar(bytes, zone);
-  AddNotices(calendar.notices, file, import, tally);
+  const std::size_t records = calendar.appointments.size() + calendar.tasks.size();
+  imports.report.ExpectRecords(records);
+  AddNotices(calendar.notices, imports.report);
   for (const formats::ParsedAppointment& parsed : calendar.appointments)
-    import.Import({file, parsed.line}, parsed.appointment, tally);
+    imports.items.Import(parsed.line, parsed.appointment);
   for (const formats::ParsedTask& parsed : calendar.tasks)
-    import.Import({file, parsed.line}, parsed.task, tally);
-  return calendar.appointments.size() + calendar.tasks.size();
+    imports.items.Import(parsed.line, parsed.task);
+  return records;
 }
 
 // Backups may be large, with the pictures that were in the messages: they are read piece by piece.
-std::size_t ImportMessages(const fs::path& file, FileKind kind, std::istream& stream,
-                           Imports& imports, ImportTally& tally) {
+std::size_t ImportMessages(FileKind kind, std::istream& stream, Imports& imports) {
   std::size_t records = 0;
-  imports.messages.Begin(file, tally);
-  imports.calls.Begin(file, tally);
+  imports.messages.Begin();
+  imports.calls.Begin();
   const formats::ItemSink sink = {[&](const formats::TextMessage& message, std::size_t line) {
                                     ++records;
                                     imports.messages.Import(message, line);
@@ -87,7 +89,8 @@ std::size_t ImportMessages(const fs::path& file, FileKind kind, std::istream& st
                                   }};
   const auto notices = kind == FileKind::kBackup ? formats::ReadBackup(stream, sink)
                                                  : formats::ReadJsonLines(stream, sink);
-  AddNotices(notices, file, imports.items, tally);
+  for (const formats::Notice& notice : notices)
+    imports.report.SummedNotice(notice.line, notice.text);
   imports.messages.Finish();
   imports.calls.Finish();
   return records;
@@ -109,23 +112,21 @@ const char* NameOf(FileKind kind) {
   return kind == FileKind::kCalendar ? "appointments or tasks" : "messages or calls";
 }
 
-std::size_t ImportRecords(Session& session, const fs::path& file, FileKind kind,
-                          std::istream& stream, Imports& imports, ImportTally& tally) {
+std::size_t ImportRecords(Session& session, FileKind kind, std::istream& stream, Imports& imports) {
   if (kind == FileKind::kBackup || kind == FileKind::kJsonLines)
-    return ImportMessages(file, kind, stream, imports, tally);
+    return ImportMessages(kind, stream, imports);
   const std::string bytes = ReadRest(stream);
-  return kind == FileKind::kCards
-             ? ImportCards(file, bytes, imports.items, tally)
-             : ImportCalendar(file, bytes, session.Zone(), imports.items, tally);
+  return kind == FileKind::kCards ? ImportCards(bytes, imports)
+                                  : ImportCalendar(bytes, session.Zone(), imports);
 }
 
 // False when nothing could be taken from the file.
-bool ImportFile(Session& session, const fs::path& file, const Report& report, Imports& imports,
-                ImportTally& tally) {
+bool ImportFile(Session& session, const fs::path& file, Imports& imports) {
   std::error_code none;
   std::ifstream stream(file, std::ios::binary);
+  imports.report.Begin(file);
   if (!stream || fs::is_directory(file, none)) {
-    Tell(report.err, "corvane-device: {} cannot be read\n", file.string());
+    imports.report.EndInProblem(file.string() + " cannot be read");
     return false;
   }
   std::string beginning = ReadBeginning(stream);
@@ -133,14 +134,14 @@ bool ImportFile(Session& session, const fs::path& file, const Report& report, Im
   stream.clear();
   std::size_t records = 0;
   if (stream.seekg(0)) {
-    records = ImportRecords(session, file, kind, stream, imports, tally);
+    records = ImportRecords(session, kind, stream, imports);
   } else {  // a pipe
     stream.clear();
     std::istringstream whole(std::move(beginning) + ReadRest(stream));
-    records = ImportRecords(session, file, kind, whole, imports, tally);
+    records = ImportRecords(session, kind, whole, imports);
   }
   if (records > 0) return true;
-  Tell(report.err, "corvane-device: {}: no {} in it\n", file.string(), NameOf(kind));
+  imports.report.EndInProblem(fmt::format("{}: no {} in it", file.string(), NameOf(kind)));
   return false;
 }
 
@@ -166,23 +167,20 @@ Outcome ImportFiles(Session& session, const std::vector<fs::path>& files,
   std::size_t done = 0;
   std::size_t failed = 0;
   for (const fs::path& file : files) {
-    ImportTally tally;
     try {
-      if (!ImportFile(session, file, report, imports, tally)) {
+      if (!ImportFile(session, file, imports)) {
         ++failed;
         continue;
       }
       imports.items.Commit();
     } catch (const StatusError& failure) {
-      Tell(report.err, "corvane-device: {}: {}; not all of it is stored: import the file again\n",
-           file.string(), failure.what());
+      imports.report.EndInProblem(fmt::format(
+          "{}: {}; not all of it is stored: import the file again", file.string(), failure.what()));
       return done > 0 ? Outcome::kPartlyDone : Outcome::kFailed;
     }
-    Tell(report.out, "{}: {}{} added, {} changed, {} unchanged, {} failed; {} notices\n",
-         file.string(), options.dryRun ? "would be " : "", tally.added, tally.changed,
-         tally.unchanged, tally.failed, tally.notices);
-    done += tally.done();
-    failed += tally.failed;
+    imports.report.End();
+    done += imports.report.tally().done();
+    failed += imports.report.tally().failed;
   }
   if (failed == 0) return Outcome::kDone;
   return done > 0 ? Outcome::kPartlyDone : Outcome::kFailed;

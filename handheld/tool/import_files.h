@@ -17,9 +17,8 @@ enum class FileKind { kCards, kCalendar, kBackup, kJsonLines };
 // content, else the rest of the names (.xml, .json). What cannot be told is taken for cards.
 FileKind FileKindOf(const std::filesystem::path& file, std::string_view beginning);
 
-// Prints a line for each contact, appointment and task
-// that was added or changed, and for each file what became of its records; names on the error
-// stream each line of a file that could not be kept, and why.
+// Says as ImportReport does what became of each file's records, and on the error stream what could
+// not be kept, and why.
 Outcome ImportFiles(Session& session, const std::vector<std::filesystem::path>& files,
                     const ImportOptions& options, const Report& report);
 

@@ -4,7 +4,6 @@
 
 #include <limits>
 #include <string>
-#include <utility>
 
 #include "handheld/tool/records.h"
 
@@ -27,7 +26,7 @@ NotKept TryExceptions(const Record&, Item&) {
 
 }  // namespace
 
-ItemImport::ItemImport(Session& session, const ImportOptions& options, const Report& report)
+ItemImport::ItemImport(Session& session, const ImportOptions& options, ImportReport& report)
     : session_(session), options_(options), report_(report), batch_(kNoLimit) {
   Check(batch_.Begin(session.Outlook().get()), "the store");
 }
@@ -35,7 +34,7 @@ ItemImport::ItemImport(Session& session, const ImportOptions& options, const Rep
 void ItemImport::Commit() {
   Check(batch_.Commit(), "storing");
   uncommitted_ = 0;
-  Tell(report_.out, "{}", std::exchange(unsaid_, {}));
+  report_.SayStored();
 }
 
 void ItemImport::CommitGroup() {
@@ -44,18 +43,6 @@ void ItemImport::CommitGroup() {
   } catch (const StatusError& failure) {
     throw StoreFailure(failure);
   }
-}
-
-void ItemImport::Notice(const Place& place, std::string_view text, ImportTally& tally) {
-  ++tally.notices;
-  Tell(report_.err, "{}:{}: {}\n", place.file.string(), place.line, text);
-}
-
-void ItemImport::Say(const char* verb, std::uint32_t oid, const std::string& name) {
-  if (oid == 0)
-    Tell(report_.out, "would be {:<8} {}\n", verb, name);
-  else
-    unsaid_ += fmt::format("{:<8} {:>10}  {}\n", verb, oid, name);
 }
 
 ImportedItems& ItemImport::Imported(ce::INT itemType) {
@@ -94,7 +81,8 @@ NotKept ItemImport::Store(const Record& record, ItemOf<Record>& item, std::uint3
 }
 
 template <typename Record>
-void ItemImport::AddOrChange(const Place& place, const Record& record, ImportTally& tally) {
+void ItemImport::AddOrChange(std::size_t line, const Record& record) {
+  ImportTally& tally = report_.tally();
   ImportedItems& imported = Imported(KindOf<Record>::kItemType);
   const RecordIdentity identity = IdentityOf(record);
   const auto known = options_.duplicate ? std::nullopt : imported.Find(identity);
@@ -111,35 +99,34 @@ void ItemImport::AddOrChange(const Place& place, const Record& record, ImportTal
     return;
   }
   const auto target = item ? item : NewItemOf<Record>(session_);
-  for (const std::string& notKept : WriteItem(record, *target.get())) Notice(place, notKept, tally);
+  for (const std::string& notKept : WriteItem(record, *target.get())) report_.Notice(line, notKept);
   std::uint32_t oid = 0;
   const NotKept more = options_.dryRun ? TryExceptions(record, *NewItemOf<Record>(session_).get())
                                        : Store(record, *target.get(), oid);
-  for (const std::string& notKept : more) Notice(place, notKept, tally);
+  for (const std::string& notKept : more) report_.Notice(line, notKept);
   if (options_.dryRun)
     imported.Pretend(identity);
   else
     Remember(KindOf<Record>::kItemType, identity, oid);
   ++(exists ? tally.changed : tally.added);
-  Say(exists ? "changed" : "added", oid, formats::DisplayName(record));
+  report_.Stored(exists ? "changed" : "added", oid, formats::DisplayName(record));
 }
 
 template <typename Record>
-void ItemImport::Import(const Place& place, const Record& record, ImportTally& tally) {
+void ItemImport::Import(std::size_t line, const Record& record) {
   try {
     if (uncommitted_ >= kRecordsPerCommit) CommitGroup();
-    AddOrChange(place, record, tally);
+    AddOrChange(line, record);
   } catch (const StoreFailure&) {
     throw;
   } catch (const StatusError& failure) {
-    ++tally.failed;
-    Tell(report_.err, "{}:{}: {}: {}\n", place.file.string(), place.line,
-         formats::DisplayName(record), failure.what());
+    report_.Failed(line, fmt::format("{}: {}", formats::DisplayName(record), failure.what()));
   }
+  report_.Step();
 }
 
-template void ItemImport::Import(const Place&, const formats::Contact&, ImportTally&);
-template void ItemImport::Import(const Place&, const formats::Appointment&, ImportTally&);
-template void ItemImport::Import(const Place&, const formats::Task&, ImportTally&);
+template void ItemImport::Import(std::size_t, const formats::Contact&);
+template void ItemImport::Import(std::size_t, const formats::Appointment&);
+template void ItemImport::Import(std::size_t, const formats::Task&);
 
 }  // namespace tool

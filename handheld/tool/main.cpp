@@ -1,5 +1,6 @@
 // corvane-device: makes, fills, shows and maintains a virtual handheld.
 #include <fmt/core.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <charconv>
@@ -42,7 +43,8 @@ struct Arguments {
   std::string directory;
   tool::InitOptions init;
   std::string key, value;
-  bool json = false, write = false, list = false, birthdays = false;
+  bool json = false, quiet = false, verbose = false;
+  bool write = false, list = false, birthdays = false;
   tool::CalendarChoice days;
   std::string kind;
   std::vector<std::filesystem::path> files;
@@ -105,21 +107,15 @@ void AddHandheldCommands(CLI::App& app, Arguments& a, Command& chosen) {
     keys += fmt::format("  {:<18}{}\n", key, values);
   set->footer(keys);
 
-  auto* info = AddCommand(
-      app, "info", "Say what it is", a, chosen,
-      [&](auto& session, auto& report) { return tool::ShowHandheld(session, a.json, report); },
-      tool::Use::kLook);
-  info->add_flag("--json", a.json, "As JSON");
-
+  AddCommand(app, "info", "Say what it is", a, chosen, tool::ShowHandheld, tool::Use::kLook);
   AddCommand(app, "check", "Look for damage in the store", a, chosen, tool::CheckHandheld,
              tool::Use::kLook);
 
   auto* repair = AddCommand(
       app, "repair", "Say what can be saved of a damaged store", a, chosen,
-      [&](auto& session, auto& report) { return tool::Repair(session, a.write, a.json, report); });
+      [&](auto& session, auto& report) { return tool::Repair(session, a.write, report); });
   repair->add_flag("--write", a.write,
                    "Put what can be saved in the store's place; the damaged one stays beside it");
-  repair->add_flag("--json", a.json, "As JSON");
 }
 
 CLI::Option* AddKind(CLI::App& command, Arguments& a) {
@@ -264,7 +260,6 @@ void AddShow(CLI::App& app, Arguments& a, Command& chosen) {
   auto* show = AddCommand(app, "show", "Show what is on it", a, chosen,
                           [&](const Report& report) { return RunShow(a, report); });
   AddKind(*show, a);
-  show->add_flag("--json", a.json, "As JSON");
   show->add_flag("--list", a.list,
                  "Of the calendar and messages: a line each, with its number, a series once");
   AddDay(*show, "--month", a.days.month, true, "Of the calendar: a month, such as 2026-11");
@@ -282,7 +277,6 @@ void AddSearch(CLI::App& app, Arguments& a, Command& chosen) {
       [&](auto& session, auto& report) { return tool::Search(session, a.text, a.json, report); },
       tool::Use::kLook);
   search->add_option("TEXT", a.text, "Words that are all in it, in any order")->required();
-  search->add_flag("--json", a.json, "As JSON, a line each");
   search->footer(
       "Exit codes: 0 found, 1 nothing found or failed, 2 wrong use, 3 not all was read.");
 }
@@ -406,6 +400,26 @@ void AddCopyCommands(CLI::App& app, Arguments& a, Command& chosen) {
       ->required();
 }
 
+// How a command says what it has to say: alike for all of them, and last among their options.
+void AddReporting(CLI::App& app, Arguments& a) {
+  for (CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+    command->add_flag("--json", a.json, "Facts and results as JSON, a line each");
+    auto* quiet = command->add_flag("-q,--quiet", a.quiet, "Only errors, and what is asked for");
+    command->add_flag("-v,--verbose", a.verbose, "Each notice and each item by itself")
+        ->excludes(quiet);
+  }
+}
+
+Report ReportOf(const Arguments& a) {
+  Report report;
+  if (a.quiet) report.verbosity = tool::Verbosity::kErrors;
+  if (a.verbose) report.verbosity = tool::Verbosity::kAll;
+  report.json = a.json;
+  report.outIsTerminal = isatty(STDOUT_FILENO) == 1;
+  report.errIsTerminal = isatty(STDERR_FILENO) == 1;
+  return report;
+}
+
 int ParseAndRun(int argc, char** argv) {
   Arguments arguments;
   Command chosen;
@@ -420,6 +434,7 @@ int ParseAndRun(int argc, char** argv) {
   AddFileCommands(app, arguments, chosen);
   AddSystemCommands(app, arguments, chosen);
   AddCopyCommands(app, arguments, chosen);
+  AddReporting(app, arguments);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -429,7 +444,7 @@ int ParseAndRun(int argc, char** argv) {
     fmt::print(stderr, "A command is required\nRun with --help for more information.\n");
     return kExitUsage;
   }
-  const Outcome outcome = chosen(Report{});
+  const Outcome outcome = chosen(ReportOf(arguments));
   if (std::fflush(stdout) != 0 || std::ferror(stdout))
     throw std::runtime_error("the standard output cannot be written");
   return static_cast<int>(outcome);

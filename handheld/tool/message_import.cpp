@@ -68,15 +68,8 @@ class Transaction {
 
 template <typename Record>
 MessageImport<Record>::MessageImport(Session& session, const ImportOptions& options,
-                                     const Report& report)
+                                     ImportReport& report)
     : session_(session), options_(options), report_(report) {}
-
-template <typename Record>
-void MessageImport<Record>::Begin(const std::filesystem::path& file, ImportTally& tally) {
-  file_ = &file;
-  tally_ = &tally;
-  seen_.clear();
-}
 
 template <typename Record>
 void MessageImport<Record>::CountHeld() {
@@ -88,10 +81,11 @@ void MessageImport<Record>::CountHeld() {
 template <typename Record>
 void MessageImport<Record>::Import(const Record& record, std::size_t line) {
   if (!counted_) CountHeld();
+  report_.Step();
   std::string identity = KeptIdentity(record);
   std::size_t& held = held_[identity];
   if (++seen_[identity] <= held && !options_.duplicate) {
-    ++tally_->unchanged;
+    ++report_.tally().unchanged;
     return;
   }
   ++held;
@@ -117,14 +111,13 @@ void MessageImport<Record>::StorePending() {
       continue;
     }
     --held_[one.identity];
-    ++tally_->failed;
-    Tell(report_.err, "{}:{}: {}\n", file_->string(), one.line, WhyNot(one.record));
+    report_.Failed(one.line, WhyNot(one.record));
   }
   if (options_.dryRun)
     folders_.clear();  // they go with the transaction
   else
     transaction.Commit();
-  tally_->added += added;
+  report_.tally().added += added;
 }
 
 template <typename Record>

@@ -2,15 +2,14 @@
 #pragma once
 
 #include <cstddef>
-#include <filesystem>
 #include <map>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
+#include "handheld/tool/import_report.h"
 #include "handheld/tool/item_import.h"
 #include "handheld/tool/records.h"
-#include "handheld/tool/report.h"
 #include "handheld/tool/session.h"
 
 namespace tool {
@@ -27,10 +26,10 @@ namespace tool {
 template <typename Record>
 class MessageImport {
  public:
-  MessageImport(Session& session, const ImportOptions& options, const Report& report);
+  MessageImport(Session& session, const ImportOptions& options, ImportReport& report);
 
-  // From here on records are of this file, and counted here. Both must live until Finish.
-  void Begin(const std::filesystem::path& file, ImportTally& tally);
+  // From here on records are of the report's file, and counted there.
+  void Begin() { seen_.clear(); }
   // A record that cannot be kept is named and counted.
   void Import(const Record& record, std::size_t line);
   // Stores what is held back.
@@ -52,9 +51,7 @@ class MessageImport {
 
   Session& session_;
   const ImportOptions options_;
-  const Report report_;
-  const std::filesystem::path* file_ = nullptr;
-  ImportTally* tally_ = nullptr;
+  ImportReport& report_;
   bool counted_ = false;
   std::unordered_map<std::string, std::size_t> held_;  // on the handheld, by identity
   std::unordered_map<std::string, std::size_t> seen_;  // in the file

@@ -9,6 +9,7 @@
 #include "common/text/unicode.h"
 #include "handheld/ink/note_formats.h"
 #include "handheld/system/device_path.h"
+#include "handheld/tool/result.h"
 #include "platform/files.h"
 #include "platform/status.h"
 
@@ -99,7 +100,9 @@ Outcome AddNote(Session& session, const std::filesystem::path& file,
   const std::u16string path =
       DevicePathOf(session.handheld(), name.value_or(file.filename().string()));
   NewFile(path).Keep(bytes);
-  Tell(report.out, "{}: {} bytes\n", text::ToUtf8Lossy(path), bytes.size());
+  const std::string shown = text::ToUtf8Lossy(path);
+  TellResult(report, {{"path", shown}, {"bytes", bytes.size()}}, "{}: {} bytes\n", shown,
+             bytes.size());
   return Outcome::kDone;
 }
 

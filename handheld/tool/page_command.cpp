@@ -17,6 +17,7 @@
 #include "handheld/tool/note_texts.h"
 #include "handheld/tool/output.h"
 #include "handheld/tool/records.h"
+#include "handheld/tool/result.h"
 #include "platform/disk_space.h"
 #include "platform/windows.h"
 
@@ -98,7 +99,9 @@ Outcome MakePage(Session& session, const std::optional<fs::path>& file, const Re
   output.Finish();
   for (const std::string& remark : contents.remarks)
     Tell(report.err, "corvane-device: {}\n", remark);
-  if (toFile) Tell(report.out, "{}: a page, to be opened in any browser\n", file->string());
+  if (toFile)
+    TellResult(report, {{"file", file->string()}}, "{}: a page, to be opened in any browser\n",
+               file->string());
   return contents.remarks.empty() ? Outcome::kDone : Outcome::kPartlyDone;
 }
 

@@ -7,6 +7,7 @@
 
 #include "common/text/unicode.h"
 #include "handheld/registry/registry_store.h"
+#include "handheld/tool/result.h"
 #include "platform/registry.h"
 
 namespace tool {
@@ -26,6 +27,19 @@ std::string ValueText(const RegistryValue& value) {
   if (const auto number = value.AsNumber()) return fmt::format("dword:{}", *number);
   if (value.type == ce::REG_BINARY) return "binary:" + Hex(value.data);
   return fmt::format("hex({:x}):{}", value.type, Hex(value.data));
+}
+
+// "type" and "value" are what stands before and behind the first colon of ValueText; a number is
+// one.
+Json AsJson(const std::string& name, const RegistryValue& value) {
+  const std::string text = ValueText(value);
+  const std::size_t colon = text.find(':');
+  Json object = {{"name", name}, {"type", text.substr(0, colon)}};
+  if (const auto number = value.AsNumber())
+    object["value"] = *number;
+  else
+    object["value"] = text.substr(colon + 1);
+  return object;
 }
 
 std::optional<RegistryValue> ParseNumber(const std::string& text) {
@@ -82,14 +96,27 @@ Outcome RegistryGet(ce::host::Handheld& handheld, const std::string& key,
   if (name) {
     const auto value = registry.Value(wideKey, text::FromUtf8Lossy(*name));
     if (!value) return Finish(ce::ERROR_FILE_NOT_FOUND, Describe(key, name), report);
-    Tell(report.out, "{}\n", ValueText(*value));
+    if (report.json)
+      TellJson(report, AsJson(*name, *value));
+    else
+      Tell(report.out, "{}\n", ValueText(*value));
     return Outcome::kDone;
   }
   if (!registry.HasKey(wideKey)) return Finish(ce::ERROR_FILE_NOT_FOUND, key, report);
-  for (const auto& [valueName, value] : registry.Values(wideKey))
-    Tell(report.out, "{} = {}\n", text::ToUtf8Lossy(valueName), ValueText(value));
-  for (const std::u16string& subKey : registry.SubKeys(wideKey))
-    Tell(report.out, "[{}]\n", text::ToUtf8Lossy(subKey));
+  for (const auto& [valueName, value] : registry.Values(wideKey)) {
+    const std::string shown = text::ToUtf8Lossy(valueName);
+    if (report.json)
+      TellJson(report, AsJson(shown, value));
+    else
+      Tell(report.out, "{} = {}\n", shown, ValueText(value));
+  }
+  for (const std::u16string& subKey : registry.SubKeys(wideKey)) {
+    const std::string shown = text::ToUtf8Lossy(subKey);
+    if (report.json)
+      TellJson(report, {{"key", shown}});
+    else
+      Tell(report.out, "[{}]\n", shown);
+  }
   return Outcome::kDone;
 }
 

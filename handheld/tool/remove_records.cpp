@@ -4,6 +4,7 @@
 
 #include "common/text/unicode.h"
 #include "handheld/tool/records.h"
+#include "handheld/tool/result.h"
 #include "handheld/tool/table.h"
 
 namespace tool {
@@ -21,7 +22,7 @@ Outcome RemoveEach(const std::vector<Number>& numbers, Remove remove, const Repo
       Tell(report.err, "corvane-device: {}: {}\n", number, why);
       continue;
     }
-    Tell(report.out, "removed {:>10}\n", number);
+    TellResult(report, {{"removed", number}}, "removed {:>10}\n", number);
     ++removed;
   }
   if (removed == numbers.size()) return Outcome::kDone;
@@ -59,7 +60,8 @@ Outcome RemoveFrom(Box& box, const std::vector<std::int64_t>& ids, const Report&
 
 template <typename Record>
 Outcome SayRemoved(std::size_t count, const Report& report) {
-  Tell(report.out, "removed {}\n", Counted(count, kRecordName<Record>));
+  TellResult(report, {{"kind", kRecordName<Record>}, {"count", count}}, "removed {}\n",
+             Counted(count, kRecordName<Record>));
   return Outcome::kDone;
 }
 

@@ -2,7 +2,6 @@
 
 #include <fmt/core.h>
 
-#include <nlohmann/json.hpp>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -12,6 +11,7 @@
 #include "handheld/store/store_check.h"
 #include "handheld/store/store_salvage.h"
 #include "handheld/tool/handheld_copy.h"
+#include "handheld/tool/result.h"
 
 namespace tool {
 namespace {
@@ -61,18 +61,18 @@ fs::path Exchange(const fs::path& store, const fs::path& saved) try {
   throw files::Error(store.string() + " cannot be replaced: " + error.code().message());
 }
 
-nlohmann::ordered_json AsJson(const ce::host::Salvage& salvage, bool written) {
-  auto saved = nlohmann::ordered_json::object();
+Json AsJson(const ce::host::Salvage& salvage, bool written) {
+  auto saved = Json::object();
   for (const auto& [table, rows] : salvage.saved) saved[table] = rows;
   return {{"sound", false}, {"saved", saved}, {"lost", salvage.lost}, {"written", written}};
 }
 
 }  // namespace
 
-Outcome Repair(Session& session, bool write, bool json, const Report& report) {
+Outcome Repair(Session& session, bool write, const Report& report) {
   const ce::host::Handheld& handheld = session.handheld();
   if (ce::host::CheckStore(handheld).empty()) {
-    Tell(report.out, "{}\n", json ? R"({"sound":true})" : "The store is sound.");
+    TellResult(report, {{"sound", true}}, "The store is sound.\n");
     return Outcome::kDone;
   }
   const fs::path store = handheld.storePath();
@@ -91,8 +91,8 @@ Outcome Repair(Session& session, bool write, bool json, const Report& report) {
     // What could be read may still make no sense.
     for (const std::string& left : ce::host::CheckStore(handheld)) salvage.lost.push_back(left);
   }
-  if (json) {
-    Tell(report.out, "{}\n", AsJson(salvage, write).dump());
+  if (report.json) {
+    TellJson(report, AsJson(salvage, write));
   } else {
     for (const auto& [table, rows] : salvage.saved)
       Tell(report.out, "{}: {} {}\n", table, rows, write ? "saved" : "can be saved");

@@ -9,6 +9,6 @@ namespace tool {
 // Says what of the store can be read and what is lost. With `write` what can be read takes the
 // store's place, and the damaged one stays beside it as "store.db.damaged"; otherwise nothing
 // changes. A sound store is left alone. kPartlyDone when something is lost. Throws files::Error.
-Outcome Repair(Session& session, bool write, bool json, const Report& report);
+Outcome Repair(Session& session, bool write, const Report& report);
 
 }  // namespace tool

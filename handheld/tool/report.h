@@ -15,10 +15,18 @@ namespace tool {
 // The program's exit code.
 enum class Outcome { kDone = 0, kFailed = 1, kPartlyDone = 3 };
 
+// How much is said: with kErrors nothing else but what was asked for, with kAll each notice and
+// each record by itself.
+enum class Verbosity { kErrors, kSummary, kAll };
+
 // Results go to `out`; errors and notices to `err`, as lines "corvane-device: …" or "FILE:LINE: …".
 struct Report {
   std::FILE* out = stdout;
   std::FILE* err = stderr;
+  Verbosity verbosity = Verbosity::kSummary;
+  bool json = false;  // results as lines of JSON
+  bool outIsTerminal = false;
+  bool errIsTerminal = false;
 };
 
 // Says something to a person: what names and texts in it could do to a terminal is left out.

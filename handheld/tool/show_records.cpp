@@ -158,13 +158,9 @@ std::string Row(const Call& call, const calendar::Zone& zone) {
 
 template <typename Record>
 void PrintJson(Session& session, const Report& report) {
-  const char* before = "";
-  fmt::print(report.out, "[");
   ForEachRecord<Record>(session, [&](std::int64_t id, const Record& record) {
-    fmt::print(report.out, "{}\n{}", before, ToJson(record, id));
-    before = ",";
+    fmt::print(report.out, "{}\n", ToJson(record, id));
   });
-  fmt::print(report.out, "{}]\n", *before ? "\n" : "");
 }
 
 // `rowOf` makes the cells behind the number.

@@ -1,4 +1,4 @@
-// Lists what is on a handheld, as a table or as JSON.
+// Lists what is on a handheld, as a table or as lines of JSON.
 #pragma once
 
 #include "handheld/tool/report.h"

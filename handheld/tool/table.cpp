@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "common/terminal/tally.h"
 #include "common/text/text.h"
 
 namespace tool {
@@ -37,7 +38,7 @@ std::string Column(std::string_view cell, std::size_t width) {
 }
 
 std::string Counted(std::size_t count, std::string_view name) {
-  return fmt::format("{} {}{}", count, name, count == 1 ? "" : "s");
+  return fmt::format("{} {}{}", terminal::Grouped(count), name, count == 1 ? "" : "s");
 }
 
 }  // namespace tool

@@ -11,7 +11,7 @@ namespace tool {
 // with a blank for a control character.
 std::string Column(std::string_view text, std::size_t width);
 
-// "1 contact", "2 contacts".
+// "1 contact", "2,000 contacts".
 std::string Counted(std::size_t count, std::string_view name);
 
 }  // namespace tool

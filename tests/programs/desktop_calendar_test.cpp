@@ -243,10 +243,10 @@ TEST_F(DesktopCalendar, DeletesAllOfAKindAlone) {
   const Ended tasks = Desktop({"delete", "tasks", "--yes"});
   EXPECT_EQ(tasks.code, 0);
   EXPECT_EQ(tasks.out, "all tasks deleted\n");
-  EXPECT_EQ(Json("tasks"), "[]\n");
+  EXPECT_EQ(Json("tasks"), "");
   EXPECT_THAT(Json("calendar"), HasSubstr("Choir"));
   EXPECT_EQ(Desktop({"delete", "calendar", "--yes"}).out, "all appointments deleted\n");
-  EXPECT_EQ(Json("calendar"), "[]\n");
+  EXPECT_EQ(Json("calendar"), "");
 }
 
 TEST_F(DesktopCalendar, PrintsTheKeysOfEachKind) {
@@ -256,9 +256,10 @@ TEST_F(DesktopCalendar, PrintsTheKeysOfEachKind) {
             "SUBJECT\nLOCATION\nALL_DAY_EVENT\nCATEGORIES\nIS_RECURRING\nRECURRENCE\nHAS_REMINDER\n"
             "ReminderMinutes\nPrivate\nEVENT_START\nEVENT_END\nBusyStatus\nNOTES\nBodyInk\n");
   EXPECT_EQ(Desktop({"keys", "tasks", "--json"}).out,
-            "[\"SUBJECT\",\"CATEGORIES\",\"IS_RECURRING\",\"RECURRENCE\",\"DUE_DATE\","
-            "\"HAS_REMINDER\",\"ReminderTime\",\"ReminderMinutes\",\"StartDate\",\"Private\","
-            "\"COMPLETED\",\"DateCompleted\",\"PRIORITY\",\"NOTES\",\"BodyInk\"]\n");
+            "\"SUBJECT\"\n\"CATEGORIES\"\n\"IS_RECURRING\"\n\"RECURRENCE\"\n\"DUE_DATE\"\n"
+            "\"HAS_REMINDER\"\n\"ReminderTime\"\n\"ReminderMinutes\"\n\"StartDate\"\n"
+            "\"Private\"\n\"COMPLETED\"\n\"DateCompleted\"\n\"PRIORITY\"\n\"NOTES\"\n"
+            "\"BodyInk\"\n");
   const std::string contacts = Desktop({"keys", "contacts"}).out;
   EXPECT_THAT(contacts, HasSubstr("EMAIL_ADDRESSES\nFIRST_NAME\n"));
   EXPECT_EQ(Desktop({"keys", "contacts2"}).out, contacts);

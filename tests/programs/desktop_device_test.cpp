@@ -71,7 +71,7 @@ TEST_F(DesktopDevice, TellsThatThereIsNoInkAndNoCard) {
   EXPECT_THAT(info.out, HasSubstr("ink       no\ncards     none\n"));
   EXPECT_EQ(Desktop({"cards"}).out, "no storage cards\n");
   EXPECT_EQ(Desktop({"storage"}).out, "no storage cards\n");
-  EXPECT_EQ(Desktop({"cards", "--json"}).out, "[]\n");
+  EXPECT_EQ(Desktop({"cards", "--json"}).out, "");
 }
 
 // A volume that nobody writes to.
@@ -103,7 +103,7 @@ TEST_F(DesktopDevice, ListsTheCards) {
   EXPECT_EQ(cards.code, 0);
   EXPECT_THAT(cards.out, MatchesRegex("0  .A: .*\n1  .B: .*\n"));
   const Ended json = AtRest({SourcePath(".")}, {"cards", "--json"});
-  EXPECT_THAT(json.out, HasSubstr("{\"card\":1,\"directory\":\"\\\\B\"," + Json(truth_) + "}]\n"));
+  EXPECT_THAT(json.out, HasSubstr("{\"card\":1,\"directory\":\"\\\\B\"," + Json(truth_) + "}\n"));
 }
 
 TEST_F(DesktopDevice, SaysWhatIsWrongWithADirectory) {

@@ -103,8 +103,8 @@ TEST_F(DesktopPairs, AllTakeTheirTurnWhateverBecomesOfTheOthers) {
 
   const Ended json = Sync({"--json"});
   EXPECT_EQ(json.code, 3);
-  EXPECT_THAT(json.out, AllOf(StartsWith("[{"), HasSubstr("\"pair\": \"a-lost\""),
-                              HasSubstr("\"pair\": \"b-work\""), HasSubstr("\"summary\"")));
+  EXPECT_THAT(json.out, AllOf(StartsWith("{\"pair\":\"a-lost\","),
+                              HasSubstr("}\n{\"pair\":\"b-work\","), HasSubstr("\"summary\"")));
 }
 
 TEST_F(DesktopPairs, HaveOneStatusWhenAllEndAlike) {

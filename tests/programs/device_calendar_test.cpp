@@ -48,7 +48,7 @@ class DeviceCalendar : public ToolTest {
 TEST_F(DeviceCalendar, ImportsAppointmentsAndTasksAndKnowsThemAgain) {
   const std::string handheld = MakeHandheld();
   const std::string file = File("mine.ics", Calendar(kReview + kStandup + kHoliday + kShopping));
-  const Ended first = Device({"import", handheld, file});
+  const Ended first = Device({"import", "-v", handheld, file});
   EXPECT_EQ(first.code, 0);
   EXPECT_EQ(first.err, "");
   EXPECT_EQ(first.out,
@@ -164,7 +164,7 @@ TEST_F(DeviceCalendar, SaysWhichOfSeveralFilesFailedAndImportsWhatItCanRead) {
   const Ended partly = Device({"import", handheld, Path("missing.ics"), broken});
   EXPECT_EQ(partly.code, 3);
   EXPECT_THAT(partly.err, AllOf(HasSubstr(Path("missing.ics") + " cannot be read\n"),
-                                HasSubstr(broken + ":2: ")));
+                                HasSubstr(broken + ":6: the VEVENT that begins here has no END")));
   EXPECT_THAT(Device({"show", handheld, "calendar", "--list"}).out, HasSubstr("Review"));
   const Ended none = Device({"import", handheld, File("letter.ics", "Dear Ada")});
   EXPECT_EQ(none.code, 1);

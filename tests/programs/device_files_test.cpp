@@ -78,7 +78,7 @@ TEST_F(DeviceFiles, SwitchesPhoneAndInk) {
               HasSubstr("Messages    0\nCalls       0\nPhone       off\nInk         off\n"));
   ExpectWrongUse(Device({"set", handheld, "phone", "maybe"}), "\"maybe\"");
   EXPECT_EQ(Device({"set", handheld, "phone", "on"}).code, 0);
-  EXPECT_THAT(Device({"info", handheld, "--json"}).out, HasSubstr("\"phone\": true"));
+  EXPECT_THAT(Device({"info", handheld, "--json"}).out, HasSubstr("\"phone\":true"));
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <set>
 
 #include "tests/programs/tool_test.h"
+#include "tests/support/json_lines.h"
 
 namespace corvane::testing {
 namespace {
@@ -29,8 +30,7 @@ class DeviceRepair : public ToolTest {
   std::set<std::string> Items() const {
     std::set<std::string> items;
     for (const char* kind : {"contacts", "calendar", "tasks", "messages", "calls"}) {
-      for (const auto& item :
-           nlohmann::json::parse(Device({"show", handheld_, kind, "--list", "--json"}).out))
+      for (const auto& item : JsonLines(Device({"show", handheld_, kind, "--list", "--json"}).out))
         items.insert(kind + item.dump());
     }
     return items;
@@ -96,8 +96,7 @@ TEST_F(DeviceRepair, NeverGivesALostIdentifierAgain) {
   const std::string card = File("new.vcf", "BEGIN:VCARD\nVERSION:3.0\nN:New;Nora\nEND:VCARD\n");
   const auto contacts = [this] {
     std::set<int> oids;
-    for (const auto& item :
-         nlohmann::json::parse(Device({"show", handheld_, "contacts", "--json"}).out))
+    for (const auto& item : JsonLines(Device({"show", handheld_, "contacts", "--json"}).out))
       oids.insert(item["oid"].get<int>());
     return oids;
   };

@@ -44,7 +44,7 @@ TEST_F(DeviceTool, MakesAHandheldAsAsked) {
   EXPECT_THAT(info.out, HasSubstr("Language    de-DE\nVersion     4.21\n"
                                   "Zone        Europe/Berlin\nOwner       -\n"));
   EXPECT_THAT(info.out, HasSubstr("Contacts    0\n"));
-  EXPECT_THAT(Device({"import", Path("mine"), Sample("people.vcf")}).out,
+  EXPECT_THAT(Device({"import", "-v", Path("mine"), Sample("people.vcf")}).out,
               HasSubstr("added           500  Okafor, Amara\n"));
 }
 
@@ -82,10 +82,10 @@ TEST_F(DeviceTool, ChangesASetting) {
   ExpectDone(Device({"set", handheld, "zone", "Asia/Tokyo"}), "zone = Asia/Tokyo\n");
   ExpectDone(Device({"set", handheld, "os-version", "3.0"}), "os-version = 3.0\n");
   const std::string info = Device({"info", handheld, "--json"}).out;
-  EXPECT_THAT(info, HasSubstr("\"owner\": \"Ada Brook\""));
-  EXPECT_THAT(info, HasSubstr("\"zone\": \"Asia/Tokyo\""));
-  EXPECT_THAT(info, HasSubstr("\"osVersion\": \"3.0\""));
-  EXPECT_THAT(info, HasSubstr("\"directory\": \"" + handheld + "\""));
+  EXPECT_THAT(info, HasSubstr("\"owner\":\"Ada Brook\""));
+  EXPECT_THAT(info, HasSubstr("\"zone\":\"Asia/Tokyo\""));
+  EXPECT_THAT(info, HasSubstr("\"osVersion\":\"3.0\""));
+  EXPECT_THAT(info, HasSubstr("\"directory\":\"" + handheld + "\""));
 }
 
 TEST_F(DeviceTool, RefusesASettingOrAValueThatItDoesNotKnow) {

@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "tests/programs/tool_test.h"
+#include "tests/support/json_lines.h"
 #include "tests/support/paths.h"
 #include "tests/support/sanitizers.h"
 
@@ -89,7 +90,7 @@ class KilledSync : public ToolTest {
   nlohmann::json Pulled(const std::string& kind) const {
     const Ended pulled = Desktop({"pull", kind, "--format", "json", "--zone", "UTC"});
     EXPECT_EQ(pulled.code, 0) << pulled.err;
-    return nlohmann::json::parse(pulled.out);
+    return JsonLines(pulled.out);
   }
   People OnHandheld() const {
     People people;

@@ -38,6 +38,7 @@ const std::map<std::string, std::set<std::string>> kMayInclude = {
     {"common/page", {"common/text", "common/calendar", "common/phone", "common/formats/items"}},
 
     {"common/command_line", {}},
+    {"common/terminal", {"common/text"}},
 
     {"platform", {}},
     {"agent/request_handler.h", {"platform"}},

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "common/text/code_page.h"
 #include "common/text/text.h"
 #include "common/text/unicode.h"
 
@@ -64,14 +63,21 @@ void ComponentReader::Read(std::string_view text) {
   ContentLine line;
   while (lines.Next(line)) {
     if (const std::string begun = MarkedName(line.text, "BEGIN"); !begun.empty()) {
+      ReleaseStrayLines();
       Begin(line.line, begun);
     } else if (const std::string ended = MarkedName(line.text, "END"); !ended.empty()) {
+      ReleaseStrayLines();
       End(line.line, ended);
     } else {
       TakeProperty(line);
     }
   }
+  ReleaseStrayLines();
   CloseItem(true);
+}
+
+void ComponentReader::ReleaseStrayLines() {
+  if (notices_ != nullptr) stray_.Release(*notices_);
 }
 
 void ComponentReader::Begin(std::size_t line, const std::string& name) {
@@ -178,11 +184,10 @@ void ComponentReader::TakeProperty(const ContentLine& line) {
   }
   std::optional<Property> property = ParseProperty(line);
   if (!property) {
-    const std::string text =
-        text::IsValidUtf8(line.text) ? line.text : text::Windows1252ToUtf8(line.text);
-    Notice(line.line, "not a property, left out: " + text::Excerpt(text));
+    stray_.Add(line);
     return;
   }
+  ReleaseStrayLines();
   if (part_) {
     part_->properties.push_back(std::move(*property));
   } else if (item_) {

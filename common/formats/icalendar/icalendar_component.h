@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "common/formats/lines/notice_list.h"
+#include "common/formats/lines/stray_lines.h"
 #include "common/formats/lines/vcard_property.h"
 
 namespace formats {
@@ -48,6 +49,7 @@ class ComponentReader {
   void TakeProperty(const ContentLine& line);
   void TakeCalendarProperty(const Property& property);
   void Notice(std::size_t line, std::string text);
+  void ReleaseStrayLines();
 
   const std::vector<std::string_view> wanted_;
   const Sink sink_;
@@ -64,6 +66,7 @@ class ComponentReader {
   std::size_t deeper_ = 0;
   std::vector<std::string> reportedKinds_;
   bool outsideReported_ = false;
+  StrayLines stray_;
 };
 
 }  // namespace formats

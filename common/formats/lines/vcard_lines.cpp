@@ -91,13 +91,18 @@ bool IsVCardEnd(std::string_view line) {
   return IsMarker(line, "END");
 }
 
+std::size_t LineEndLength(std::string_view text) {
+  if (text.starts_with("\r\r\n")) return 3;
+  return text.starts_with("\r\n") ? 2 : 1;
+}
+
 std::string_view ContentLineReader::Peek(std::size_t* next) const {
   const std::size_t end = text_.find_first_of("\r\n", position_);
   if (end == kNowhere) {
     *next = text_.size();
     return text_.substr(position_);
   }
-  *next = end + (text_.substr(end, 2) == "\r\n" ? 2 : 1);
+  *next = end + LineEndLength(text_.substr(end));
   return text_.substr(position_, end - position_);
 }
 

@@ -20,7 +20,11 @@ struct ContentLine {
 bool IsVCardBegin(std::string_view line);
 bool IsVCardEnd(std::string_view line);
 
-// Walks a file once. CR LF, LF and CR end a physical line.
+// Of the text that begins with one: CR LF, LF or CR; or CR CR LF, which is a CR LF that was written
+// as text.
+std::size_t LineEndLength(std::string_view text);
+
+// Walks a file once, by its physical lines.
 // - A line that begins with a blank or tab continues the one before; 2.1 keeps the blank, for it
 //   folds where text has one.
 // - Quoted-printable continues after "=" at the end of a line, whatever the next line is; when

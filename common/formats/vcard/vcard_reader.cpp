@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "common/formats/lines/notice_list.h"
+#include "common/formats/lines/stray_lines.h"
 #include "common/formats/lines/vcard_lines.h"
 #include "common/formats/vcard/contact_builder.h"
 #include "common/formats/vcard/vcard.h"
@@ -19,6 +20,7 @@ struct OpenCard {
   bool agentBefore = false;  // the last line was an AGENT without a value
   bool versionSeen = false;
   NoticeList notices;
+  StrayLines stray;
 };
 
 // Cuts the lines of a file into cards. A card within a card is an AGENT's and is skipped; a card
@@ -83,11 +85,10 @@ void CardReader::TakeProperty(const ContentLine& line) {
   if (card_->agentBefore && card_->nested == 0) property->value = "BEGIN:VCARD";
   if (card_->nested > 0) return;
   if (!property) {
-    const std::string text =
-        text::IsValidUtf8(line.text) ? line.text : text::Windows1252ToUtf8(line.text);
-    card_->notices.Add(line.line, "not a property, left out: " + text::Excerpt(text));
+    card_->stray.Add(line);
     return;
   }
+  card_->stray.Release(card_->notices);
   if (property->name == "VERSION") card_->versionSeen = true;
   card_->properties.push_back(std::move(*property));
 }
@@ -108,6 +109,7 @@ void CardReader::ReportOutside() {
 void CardReader::CloseCard(bool endMissing) {
   ParsedContact contact;
   contact.line = card_->line;
+  card_->stray.Release(card_->notices);
   if (!card_->versionSeen) card_->notices.Add(card_->line, "VERSION is missing, read as 3.0");
   contact.contact = BuildContact(card_->properties, card_->notices);
   contact.notices = card_->notices.Release();

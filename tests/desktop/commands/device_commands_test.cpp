@@ -162,12 +162,12 @@ TEST_F(DeviceCommandsTest, CardsBeyondAllReasonAreNotAskedFor) {
             "corvane-desktop: the answer to GetVolumeCount makes no sense: 4294967295 cards\n");
 }
 
-TEST_F(DeviceCommandsTest, CardsAreAnArrayAsJson) {
+TEST_F(DeviceCommandsTest, CardsAreALineEachAsJson) {
   EXPECT_EQ(Cards({ReplyRecord(0, Word(0))}, true), kDone);
   EXPECT_EQ(Cards(kOneCard, true), kDone);
   EXPECT_EQ(out(),
-            "[]\n[{\"card\":0,\"directory\":\"\\\\K\xC3\xA4rte\",\"total\":8589934592,"
-            "\"free\":1536}]\n");
+            "{\"card\":0,\"directory\":\"\\\\K\xC3\xA4rte\",\"total\":8589934592,"
+            "\"free\":1536}\n");
   EXPECT_EQ(Cards({ReplyRecord(0, Word(0))}), kDone);
   EXPECT_THAT(out(), HasSubstr("no storage cards\n"));
 }

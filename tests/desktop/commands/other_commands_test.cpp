@@ -186,9 +186,9 @@ TEST_F(KeysTest, AreOneALineInTheHandheldsOrder) {
   EXPECT_EQ(seen_[0].streamed, 0U);
 }
 
-TEST_F(KeysTest, AreAnArrayAsJson) {
+TEST_F(KeysTest, AreALineEachAsJson) {
   EXPECT_EQ(Run(ReplyRecord(0, Document("<SUBJECT/><NOTES/>")), true), kDone);
-  EXPECT_EQ(out(), "[\"SUBJECT\",\"NOTES\"]\n");
+  EXPECT_EQ(out(), "\"SUBJECT\"\n\"NOTES\"\n");
 }
 
 TEST_F(KeysTest, AreNotToldByAnAgentThatFails) {

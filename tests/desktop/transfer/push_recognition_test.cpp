@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tests/desktop/push_fixture.h"
+#include "tests/support/json_lines.h"
 
 namespace desktop::testing {
 namespace {
@@ -141,7 +142,7 @@ TEST_F(PushRecognition, SendsNothingWhenItCannotLook) {
 // What becomes of each record, as programs are told.
 std::vector<std::string> Outcomes(const std::string& json) {
   std::vector<std::string> outcomes;
-  for (const auto& each : nlohmann::json::parse(json)) outcomes.push_back(each["outcome"]);
+  for (const auto& each : corvane::testing::JsonLines(json)) outcomes.push_back(each["outcome"]);
   return outcomes;
 }
 

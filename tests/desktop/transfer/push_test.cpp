@@ -8,6 +8,7 @@
 
 #include "desktop/transfer/mapping.h"
 #include "tests/desktop/push_fixture.h"
+#include "tests/support/json_lines.h"
 
 namespace desktop::testing {
 namespace {
@@ -196,7 +197,7 @@ TEST_F(PushTest, GivesItsResultsAsJson) {
   store_.refused = "Toolong";
   options_.json = true;
   EXPECT_EQ(PushTo(store_), kPartlyDone);
-  const auto results = nlohmann::json::parse(out());
+  const auto results = corvane::testing::JsonLines(out());
   ASSERT_EQ(results.size(), 2U);
   EXPECT_EQ(results[0]["outcome"], "added");
   EXPECT_EQ(results[0]["oid"], 101);

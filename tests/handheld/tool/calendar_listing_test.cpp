@@ -6,6 +6,7 @@
 #include "handheld/tool/export_records.h"
 #include "handheld/tool/remove_records.h"
 #include "tests/handheld/tool/item_support.h"
+#include "tests/support/json_lines.h"
 
 namespace tool::testing {
 namespace {
@@ -134,20 +135,20 @@ TEST_F(CalendarListing, ListsATaskALine) {
 TEST_F(CalendarListing, ListsNothingAsNothing) {
   EXPECT_EQ(Show<Appointment>(), "0 appointments\n");
   EXPECT_EQ(Show<Task>(), "0 tasks\n");
-  EXPECT_EQ(Show<Appointment>(true), "[]\n");
+  EXPECT_EQ(Show<Appointment>(true), "");
 }
 
 TEST_F(CalendarListing, ListsJson) {
   AddAppointments();
   AddTasks();
-  const auto calendar = nlohmann::json::parse(Show<Appointment>(true));
+  const auto calendar = corvane::testing::JsonLines(Show<Appointment>(true));
   ASSERT_EQ(calendar.size(), 2u);
   EXPECT_EQ(calendar[0]["oid"], 1);
   EXPECT_EQ(calendar[0]["Start"], "2008-02-15T09:00:00");
   EXPECT_EQ(calendar[1]["recurrence"]["PatternEndDate"], "2008-06-30");
   EXPECT_EQ(calendar[1]["recurrence"]["deleted"],
             nlohmann::json::array({"2008-02-20", "2008-02-25"}));
-  const auto tasks = nlohmann::json::parse(Show<Task>(true));
+  const auto tasks = corvane::testing::JsonLines(Show<Task>(true));
   ASSERT_EQ(tasks.size(), 2u);
   EXPECT_EQ(tasks[0]["DueDate"], "2008-02-15");
   EXPECT_EQ(tasks[1]["Complete"], true);

@@ -34,7 +34,7 @@ class CardCommands : public MaintenanceTest {
   }
   std::string Info(bool json) {
     Run([&](Session& session, const Report& report) {
-      return ShowHandheld(session, json, report);
+      return ShowHandheld(session, json ? AsJson(report) : report);
     });
     return out_;
   }

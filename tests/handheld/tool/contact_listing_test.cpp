@@ -36,12 +36,11 @@ TEST_F(ContactListing, ListsAContactALine) {
 }
 
 TEST_F(ContactListing, ListsJson) {
-  EXPECT_EQ(
-      Shown<formats::Contact>(),
-      "[\n{\"oid\":1,\"Email1Address\":\"john@example.org\",\"FirstName\":\"John\","
-      "\"LastName\":\"Doe\",\"CompanyName\":\"Acme\",\"FileAs\":\"Doe, John\","
-      "\"MobileTelephoneNumber\":\"+1 555 0100\"},\n"
-      "{\"oid\":2,\"FirstName\":\"Jane\",\"LastName\":\"Roe\",\"FileAs\":\"Roe, Jane\"}\n]\n");
+  EXPECT_EQ(Shown<formats::Contact>(),
+            "{\"oid\":1,\"Email1Address\":\"john@example.org\",\"FirstName\":\"John\","
+            "\"LastName\":\"Doe\",\"CompanyName\":\"Acme\",\"FileAs\":\"Doe, John\","
+            "\"MobileTelephoneNumber\":\"+1 555 0100\"}\n"
+            "{\"oid\":2,\"FirstName\":\"Jane\",\"LastName\":\"Roe\",\"FileAs\":\"Roe, Jane\"}\n");
 }
 
 TEST_F(ContactListing, ExportsVCardsThatImportAsUnchanged) {

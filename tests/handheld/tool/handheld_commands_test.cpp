@@ -16,7 +16,7 @@ class HandheldCommands : public MaintenanceTest {
  protected:
   nlohmann::json Info() {
     const auto show = [](Session& session, const Report& report) {
-      return ShowHandheld(session, true, report);
+      return ShowHandheld(session, AsJson(report));
     };
     EXPECT_EQ(Run(show), Outcome::kDone);
     return nlohmann::json::parse(out_);
@@ -117,7 +117,7 @@ TEST_F(HandheldCommands, InfoCountsEachKind) {
       EXPECT_EQ(NewItemOf<formats::Appointment>(session)->Save(), ce::S_OK);
     EXPECT_EQ(NewItemOf<formats::Task>(session)->Save(), ce::S_OK);
     Capture capture;
-    ShowHandheld(session, false, capture.report());
+    ShowHandheld(session, capture.report());
     EXPECT_NE(capture.Out().find("Contacts    0\nCalendar    2\nTasks       1\n"
                                  "Messages    0\nCalls       0\nPhone       on\n"
                                  "Ink         on\nCards       -\n"),

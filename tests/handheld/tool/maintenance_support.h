@@ -22,7 +22,8 @@ namespace tool::testing {
 // Collects a Report's two streams.
 class Capture {
  public:
-  Capture() {
+  explicit Capture(Verbosity verbosity = Verbosity::kAll) {
+    report_.verbosity = verbosity;
     report_.out = open_memstream(&out_, &outSize_);
     report_.err = open_memstream(&err_, &errSize_);
   }
@@ -50,6 +51,11 @@ class Capture {
   std::size_t outSize_ = 0;
   std::size_t errSize_ = 0;
 };
+
+inline Report AsJson(Report report) {
+  report.json = true;
+  return report;
+}
 
 inline std::size_t Count(const std::string& text, const std::string& what) {
   std::size_t count = 0;
@@ -81,7 +87,7 @@ class MaintenanceTest : public ::testing::Test {
   }
   template <typename Command>
   Outcome RunIn(Session& session, Command command) {
-    Capture capture;
+    Capture capture(verbosity_);
     const Outcome outcome = command(session, capture.report());
     out_ = capture.Out();
     err_ = capture.Err();
@@ -141,6 +147,7 @@ class MaintenanceTest : public ::testing::Test {
   const corvane::testing::TemporaryDirectory temporary_;
   const std::filesystem::path directory_ = temporary_.path();
   std::string out_, err_;
+  Verbosity verbosity_ = Verbosity::kAll;  // of what is run
 };
 
 }  // namespace tool::testing

@@ -101,7 +101,7 @@ TEST(ReadICalendar, BoundsNesting) {
 
 TEST(ReadICalendar, BoundsNotices) {
   std::string text = "BEGIN:VCALENDAR\nBEGIN:VEVENT\nDTSTART:20080215T090000\n";
-  for (int i = 0; i < 1000; ++i) text += "rubbish\n";
+  for (int i = 0; i < 1000; ++i) text += "rubbish\nX-A:x\n";
   for (int i = 0; i < 1000; ++i) text += "P" + std::to_string(i) + ":x\n";
   const CalendarFile file = Read(text + "END:VEVENT\nEND:VCALENDAR\n");
   EXPECT_EQ(file.appointments.size(), 1u);

@@ -32,6 +32,13 @@ TEST(ContentLines, EndWithEachKindOfLineBreak) {
   EXPECT_EQ(LinesOf("A:1\r\nB:2\nC:3\rD:4"), (Lines{"1: A:1", "2: B:2", "3: C:3", "4: D:4"}));
 }
 
+TEST(ContentLines, EndWithALineBreakThatWasWrittenAsText) {
+  EXPECT_EQ(LinesOf("A:1\r\r\nB:2\r\r\n\r\r\nC:3\r\rD:4"),
+            (Lines{"1: A:1", "2: B:2", "4: C:3", "6: D:4"}));
+  EXPECT_EQ(CardLines("3.0", "PHOTO;ENCODING=b:AAAA\r\r\n BBBB\r\r\n  CCCC\r\r\n"),
+            Lines{"3: PHOTO;ENCODING=b:AAAABBBB CCCC"});
+}
+
 TEST(ContentLines, SkipEmptyOnesButCountThem) {
   EXPECT_EQ(LinesOf("\r\n\r\n \t\r\nA:1\n\n\nB:2\n"), (Lines{"4: A:1", "7: B:2"}));
   EXPECT_EQ(LinesOf(""), Lines{});

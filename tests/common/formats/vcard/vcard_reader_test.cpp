@@ -97,6 +97,13 @@ TEST(ReadVCards, ReportsLinesThatAreNoProperties) {
   EXPECT_EQ(Texts(read.notices), Strings{"4: not a property, left out: rubbish ÿ "});
 }
 
+TEST(ReadVCards, ReportsLinesThatAreNoPropertiesAndFollowEachOtherAsOne) {
+  const ParsedContact read = ReadCard("3.0", "N:;A\nAAAA\n\nBBBB\nCCCC\nTITLE:T\nDDDD\nEEEE");
+  EXPECT_EQ(read.contact[Field::kJobTitle], "T");
+  EXPECT_EQ(Texts(read.notices), (Strings{"4: not a property, left out: AAAA and 2 lines behind",
+                                          "9: not a property, left out: DDDD and 1 line behind"}));
+}
+
 TEST(ReadVCards, ReadsUtf8WithAMark) {
   const VCardFile file = ReadVCards(
       "\xEF\xBB\xBF"

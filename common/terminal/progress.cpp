@@ -1,11 +1,11 @@
-#include "desktop/commands/progress.h"
+#include "common/terminal/progress.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <utility>
 
-namespace desktop {
+namespace terminal {
 namespace {
 
 constexpr std::uint64_t kBarWidth = 30;
@@ -43,4 +43,4 @@ void Progress::Hide() {
   drawn_ = false;
 }
 
-}  // namespace desktop
+}  // namespace terminal

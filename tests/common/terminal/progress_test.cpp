@@ -1,10 +1,10 @@
-#include "desktop/commands/progress.h"
+#include "common/terminal/progress.h"
 
 #include <gtest/gtest.h>
 
 #include <sstream>
 
-namespace desktop::testing {
+namespace terminal::testing {
 namespace {
 
 TEST(ProgressLine, FillsItsBarByShare) {
@@ -56,4 +56,4 @@ TEST(Progress, DrawsAtMostTenTimesASecondHoweverOftenItIsHidden) {
 }
 
 }  // namespace
-}  // namespace desktop::testing
+}  // namespace terminal::testing

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace desktop {
+namespace terminal {
 
 class Progress {
  public:
@@ -38,4 +38,4 @@ class Progress {
 std::string ProgressLine(std::string_view label, std::uint64_t done,
                          std::optional<std::uint64_t> total);
 
-}  // namespace desktop
+}  // namespace terminal
