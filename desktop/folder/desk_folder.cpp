@@ -47,6 +47,12 @@ bool IsDeskPath(const fs::path& file) {
              std::end(kSubfolders);
 }
 
+bool IsNameOfFile(std::string_view name, std::string_view extension) {
+  return !name.starts_with('.') && name.size() > extension.size() &&
+         text::EqualsNoCase(name.substr(name.size() - extension.size()), extension);
+}
+
+// Calls it with the path of each, and that below the root.
 template <typename Look>
 void ForEachFile(const fs::path& root, std::string_view subfolder, const Look& look) {
   const fs::path directory = root / subfolder;
@@ -56,10 +62,10 @@ void ForEachFile(const fs::path& root, std::string_view subfolder, const Look& l
   if (error == std::errc::no_such_file_or_directory) return;
   const fs::directory_iterator end;
   for (; !error && entries != end; entries.increment(error)) {
-    const fs::path name = entries->path().filename();
-    const bool hidden = name.string().starts_with('.');
-    if (hidden || !text::EqualsNoCase(name.extension().string(), ExtensionOf(subfolder))) continue;
-    look(*entries, fs::path(subfolder) / name);
+    const std::string& path = entries->path().native();
+    const std::string_view name = std::string_view(path).substr(path.rfind('/') + 1);
+    if (!IsNameOfFile(name, ExtensionOf(subfolder))) continue;
+    look(entries->path(), fmt::format("{}/{}", subfolder, name));
   }
   if (error) {
     throw files::Error(fmt::format("cannot read {}: {}", directory.string(), error.message()));
@@ -73,19 +79,19 @@ std::string SettledStamp(const FileStamp& stamp, std::chrono::system_clock::time
 
 class FolderReader {
  public:
-  FolderReader(const fs::path& root, const calendar::Zone& zone, const DeskFiles& known,
+  FolderReader(const fs::path& root, const calendar::Zone& zone, DeskFiles known,
                std::chrono::system_clock::time_point now)
-      : root_(root), zone_(zone), known_(known), now_(now) {}
+      : root_(root), zone_(zone), known_(std::move(known)), now_(now) {}
 
   DeskContents Read(const DeskParts& parts) {
     for (const std::string_view subfolder : kSubfolders) {
       if (!IsAskedFor(parts, subfolder)) continue;
-      ForEachFile(root_, subfolder, [this](const fs::directory_entry& entry, const fs::path& file) {
-        Look(entry, file);
-      });
+      ForEachFile(root_, subfolder,
+                  [this](const fs::path& path, const std::string& file) { Look(path, file); });
     }
-    for (const auto& [path, file] : known_) {
-      if (!IsAskedFor(parts, SubfolderOfPath(path))) contents_.files.emplace(path, file);
+    for (auto each = known_.begin(); each != known_.end();) {
+      const auto file = each++;
+      if (!IsAskedFor(parts, SubfolderOfPath(file->first))) Keep(file);
     }
     GiveKeys(contents_.files, known_, contents_.notices);
     std::stable_sort(contents_.notices.begin(), contents_.notices.end(),
@@ -96,40 +102,44 @@ class FolderReader {
   }
 
  private:
-  void Look(const fs::directory_entry& entry, const fs::path& file);
-  void ReadFile(const fs::path& file);
-  void LeaveAlone(const fs::path& file, std::string why);
+  void Look(const fs::path& path, const std::string& file);
+  void ReadFile(const std::string& file);
+  void LeaveAlone(const std::string& file, std::string why);
+  // The file has what it had.
+  DeskFile& Keep(DeskFiles::iterator known) {
+    return contents_.files.insert(known_.extract(known)).position->second;
+  }
 
   const fs::path& root_;
   const calendar::Zone& zone_;
-  const DeskFiles& known_;
+  DeskFiles known_;  // those that have not been looked at, and those that are not as they were
   const std::chrono::system_clock::time_point now_;
   DeskContents contents_;
 };
 
-void FolderReader::Look(const fs::directory_entry& entry, const fs::path& file) {
-  std::error_code error;
-  switch (entry.symlink_status(error).type()) {
-    case fs::file_type::not_found:
+void FolderReader::Look(const fs::path& path, const std::string& file) {
+  const FileLook look = LookAt(path);
+  switch (look.type) {
+    case FileType::kNothing:
       return;  // gone since
-    case fs::file_type::regular:
+    case FileType::kFile:
       break;
-    case fs::file_type::symlink:
+    case FileType::kLink:
       return LeaveAlone(file, "a link, left alone");
-    default:
+    case FileType::kOther:
       return LeaveAlone(file, "not a file, left alone");
   }
-  const auto known = known_.find(file.string());
+  const auto known = known_.find(file);
   const bool same = known != known_.end() && !known->second.stamp.empty() &&
-                    known->second.stamp == StampOf(entry.path()).text;
+                    known->second.stamp == look.stamp.text;
   if (same) {
-    contents_.files.emplace(file.string(), known->second);
+    Keep(known);
   } else {
     ReadFile(file);
   }
 }
 
-void FolderReader::ReadFile(const fs::path& file) {
+void FolderReader::ReadFile(const std::string& file) {
   FileBytes read;
   try {
     read = ReadPlainFile(root_ / file);
@@ -141,16 +151,15 @@ void FolderReader::ReadFile(const fs::path& file) {
   ++contents_.filesRead;
   DeskReading reading = ReadDeskBytes(file, read.bytes, zone_);
   if (!reading.whole) return LeaveAlone(file, "empty or cut off, left alone");
-  contents_.files[file.string()] = {SettledStamp(read.stamp, now_), true, std::move(reading.items)};
+  contents_.files[file] = {SettledStamp(read.stamp, now_), true, std::move(reading.items)};
   std::move(reading.notices.begin(), reading.notices.end(), std::back_inserter(contents_.notices));
 }
 
-void FolderReader::LeaveAlone(const fs::path& file, std::string why) {
-  DeskFile left;
-  if (const auto known = known_.find(file.string()); known != known_.end()) left = known->second;
+void FolderReader::LeaveAlone(const std::string& file, std::string why) {
+  const auto known = known_.find(file);
+  DeskFile& left = known != known_.end() ? Keep(known) : contents_.files[file];
   left.stamp.clear();
   left.readable = false;
-  contents_.files[file.string()] = std::move(left);
   contents_.notices.push_back({DeskTrouble::kLeftAlone, file, 0, std::move(why)});
 }
 
@@ -171,17 +180,17 @@ void DeskFolder::Make() const {
   }
 }
 
-DeskContents DeskFolder::Read(const DeskParts& parts, const DeskFiles& known) const {
-  return FolderReader(root_, zone_, known, clock_()).Read(parts);
+DeskContents DeskFolder::Read(const DeskParts& parts, DeskFiles known) const {
+  return FolderReader(root_, zone_, std::move(known), clock_()).Read(parts);
 }
 
 std::map<std::string, std::string> DeskFolder::Stamps() const {
   std::map<std::string, std::string> stamps;
   const auto now = clock_();
   for (const std::string_view subfolder : kSubfolders) {
-    ForEachFile(root_, subfolder, [&](const fs::directory_entry& entry, const fs::path& file) {
-      const FileStamp stamp = StampOf(entry.path());
-      if (!stamp.text.empty()) stamps.emplace(file.string(), SettledStamp(stamp, now));
+    ForEachFile(root_, subfolder, [&](const fs::path& path, const std::string& file) {
+      const FileLook look = LookAt(path);
+      if (look.type == FileType::kFile) stamps.emplace(file, SettledStamp(look.stamp, now));
     });
   }
   return stamps;

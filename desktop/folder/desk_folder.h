@@ -69,7 +69,7 @@ class DeskFolder {
   // What the folder holds. Files that are as they were in `known`, an earlier call's, are not read
   // again; so are all of parts that are not asked for. A file that cannot be read, or is cut off,
   // is noticed and has the items that it had.
-  DeskContents Read(const DeskParts& parts, const DeskFiles& known) const;
+  DeskContents Read(const DeskParts& parts, DeskFiles known) const;
   // The files that it would read, by their paths below the folder, with what tells whether they are
   // as they were: empty where that cannot be told yet.
   std::map<std::string, std::string> Stamps() const;

@@ -91,7 +91,7 @@ std::vector<FileWish> FilePass::Carry(const std::vector<FileWish>& wishes) {
     }
   }
   if (changed_.empty() && removed_.empty()) return later;
-  if (StampOf(place_.root / file_) == read_.stamp) {
+  if (LookAt(place_.root / file_).stamp == read_.stamp) {
     Write();
     Report();
   } else {

@@ -3,6 +3,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <functional>
+#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -18,15 +21,35 @@ const char* WordOf(const Item& item) {
   return kKindWords[static_cast<std::size_t>(KindOf(item))];
 }
 
+// What no two items have. The UID is the item's own.
+struct Identity {
+  ItemKind kind;
+  std::string_view uid;
+  friend bool operator==(const Identity&, const Identity&) = default;
+};
+
+struct IdentityHash {
+  std::size_t operator()(const Identity& identity) const {
+    return std::hash<std::string_view>()(identity.uid) + static_cast<std::size_t>(identity.kind);
+  }
+};
+
+using ByIdentity = std::unordered_map<Identity, const DeskItem*, IdentityHash>;
+
+Identity IdentityOf(const Item& item) {
+  return {KindOf(item), UidOf(item)};
+}
+
 class KeyGiver {
  public:
   KeyGiver(DeskFiles& files, const DeskFiles& known, std::vector<DeskNotice>& notices)
       : files_(files), known_(known), notices_(notices) {}
 
   void Give() {
+    if (std::ranges::none_of(files_, HasNew)) return;
     for (const auto& [path, file] : known_) {
       for (const DeskItem& item : file.items) {
-        if (!UidOf(item.item).empty()) knownByUid_.emplace(KeyOf(item.item), &item);
+        if (!UidOf(item.item).empty()) knownByUid_.emplace(IdentityOf(item.item), &item);
       }
     }
     LeaveRepeatedAlone();
@@ -37,6 +60,10 @@ class KeyGiver {
   }
 
  private:
+  static bool HasNew(const DeskFiles::value_type& file) {
+    return std::ranges::any_of(file.second.items,
+                               [](const DeskItem& item) { return item.key.empty(); });
+  }
   void LeaveRepeatedAlone();
   void GiveByUid();
   void GiveWithin(const std::string& path, DeskFile& file);
@@ -52,29 +79,33 @@ class KeyGiver {
   DeskFiles& files_;
   const DeskFiles& known_;
   std::vector<DeskNotice>& notices_;
-  std::unordered_map<std::string, const DeskItem*> knownByUid_;
-  std::unordered_set<std::string> used_;                         // keys
+  ByIdentity knownByUid_;
+  std::unordered_set<std::string_view> used_;                    // keys
   std::unordered_map<std::string, std::vector<bool>> repeated_;  // by file, an entry an item
 };
 
 void KeyGiver::LeaveRepeatedAlone() {
-  std::unordered_map<std::string, const DeskItem*> chosen;
+  ByIdentity chosen;
+  bool anyRepeated = false;
   for (const auto& [path, file] : files_) {
     for (const DeskItem& item : file.items) {
       if (UidOf(item.item).empty()) continue;
-      const std::string identity = KeyOf(item.item);
+      const Identity identity = IdentityOf(item.item);
       const auto [at, isNew] = chosen.try_emplace(identity, &item);
       if (isNew) continue;
+      anyRepeated = true;
       const auto known = knownByUid_.find(identity);
-      const bool wasThis = known != knownByUid_.end() && known->second->file == item.file;
+      const bool wasThis =
+          !item.key.empty() || (known != knownByUid_.end() && known->second->file == item.file);
       if (wasThis && at->second->file != item.file) at->second = &item;
     }
   }
+  if (!anyRepeated) return;
   for (auto& [path, file] : files_) {
     // What is pointed to stands in the files, so that nothing is moved before it was looked at.
     std::vector<bool> repeated;
     for (const DeskItem& item : file.items) {
-      const DeskItem* kept = UidOf(item.item).empty() ? &item : chosen.at(KeyOf(item.item));
+      const DeskItem* kept = UidOf(item.item).empty() ? &item : chosen.at(IdentityOf(item.item));
       repeated.push_back(kept != &item);
       if (kept == &item) continue;
       notices_.push_back(
@@ -105,7 +136,7 @@ void KeyGiver::GiveByUid() {
   for (auto& [path, file] : files_) {
     for (DeskItem& item : file.items) {
       if (!item.key.empty() || UidOf(item.item).empty()) continue;
-      const auto known = knownByUid_.find(KeyOf(item.item));
+      const auto known = knownByUid_.find(IdentityOf(item.item));
       if (known != knownByUid_.end() && !used_.contains(known->second->key)) {
         Carry(item, *known->second);
       }

@@ -90,10 +90,13 @@ std::optional<FileBytes> ReadOnce(const fs::path& path) {
 
 }  // namespace
 
-FileStamp StampOf(const fs::path& path) {
+FileLook LookAt(const fs::path& path) {
   struct stat status {};
-  if (lstat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return {};
-  return StampFrom(status);
+  if (lstat(path.c_str(), &status) != 0) {
+    return {errno == ENOENT || errno == ENOTDIR ? FileType::kNothing : FileType::kOther, {}};
+  }
+  if (S_ISREG(status.st_mode)) return {FileType::kFile, StampFrom(status)};
+  return {S_ISLNK(status.st_mode) ? FileType::kLink : FileType::kOther, {}};
 }
 
 FileBytes ReadPlainFile(const fs::path& path) {

@@ -15,8 +15,14 @@ struct FileStamp {
   friend bool operator==(const FileStamp& a, const FileStamp& b) { return a.text == b.text; }
 };
 
-// Of a file that is one itself; a link, a directory or what is not there has none: empty.
-FileStamp StampOf(const std::filesystem::path& path);
+// What stands under a name, without following a link. Only a file has a stamp. What cannot be
+// looked at is kOther.
+enum class FileType { kNothing, kFile, kLink, kOther };
+struct FileLook {
+  FileType type = FileType::kNothing;
+  FileStamp stamp;
+};
+FileLook LookAt(const std::filesystem::path& path);
 
 struct FileBytes {
   std::string bytes;

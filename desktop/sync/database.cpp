@@ -38,6 +38,10 @@ std::int64_t Database::lastInserted() const {
   return sqlite3_last_insert_rowid(handle_);
 }
 
+std::int64_t Database::changes() const {
+  return sqlite3_total_changes(handle_);
+}
+
 Query::Query(const Database& database, std::string_view text) : database_(database) {
   Check(sqlite3_prepare_v2(database.handle_, text.data(), static_cast<int>(text.size()),
                            &statement_, nullptr));

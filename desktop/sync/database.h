@@ -23,6 +23,8 @@ class Database {
 
   void Run(const std::string& statements);
   [[nodiscard]] std::int64_t lastInserted() const;
+  // Rows that were changed since it was opened.
+  [[nodiscard]] std::int64_t changes() const;
   [[nodiscard]] const std::filesystem::path& path() const { return path_; }
 
  private:

@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <set>
 #include <unordered_map>
 #include <utility>
 
@@ -257,18 +256,20 @@ void Execution::TakeBack(std::size_t action, HandheldItem item) {
 
 // An edit of one item of a file moves those behind it.
 void Execution::RememberPlaces(Memory::Changes& changes, const DeskFiles& desk) const {
-  std::unordered_map<std::string, const DeskItem*> places;
+  std::unordered_map<std::string_view, const DeskItem*> places;
+  places.reserve(means_.memory.links().size());
   for (const auto& [name, file] : desk) {
     for (const DeskItem& item : file.items) places.emplace(item.key, &item);
   }
-  for (Link link : means_.memory.links()) {
+  for (const Link& link : means_.memory.links()) {
     const auto place = places.find(link.key);
     if (place == places.end()) continue;
-    const std::string file = place->second->file.string();
-    if (file == link.file && place->second->line == link.line) continue;
-    link.file = file;
-    link.line = place->second->line;
-    changes.Touch(link);
+    const DeskItem& now = *place->second;
+    if (now.file.native() == link.file && now.line == link.line) continue;
+    Link moved = link;
+    moved.file = now.file.string();
+    moved.line = now.line;
+    changes.Touch(moved);
   }
 }
 
@@ -315,8 +316,14 @@ void Execution::RememberAll() {
 
 // Of the files of which every item is remembered as it stands there.
 FileStamps Execution::StampsOf(const DeskFiles& desk) const {
-  std::unordered_map<std::string, const Item*> expected;  // by key; null for what is open
+  const FileStamps& before = means_.memory.stamps();
+  const auto isAsBefore = [&](const std::string& name, const DeskFile& file) {
+    const auto known = before.find(name);
+    return known != before.end() && known->second == file.stamp;
+  };
+  std::unordered_map<std::string_view, const Item*> expected;  // by key; null for what is open
   for (const auto& [name, file] : sides_.desk) {
+    if (isAsBefore(name, file)) continue;
     for (const DeskItem& item : file.items) expected[item.key] = &item.item;
   }
   for (std::size_t i = 0; i < plan_.actions.size(); ++i) {
@@ -327,6 +334,10 @@ FileStamps Execution::StampsOf(const DeskFiles& desk) const {
   }
   FileStamps stamps;
   for (const auto& [name, file] : desk) {
+    if (isAsBefore(name, file)) {
+      stamps.emplace_hint(stamps.end(), name, file.stamp);
+      continue;
+    }
     bool asRemembered = !file.stamp.empty();
     for (const DeskItem& item : file.items) {
       const auto found = expected.find(item.key);
@@ -334,20 +345,14 @@ FileStamps Execution::StampsOf(const DeskFiles& desk) const {
       asRemembered = asRemembered && wanted && found != expected.end() &&
                      found->second != nullptr && *found->second == item.item;
     }
-    if (asRemembered) stamps.emplace(name, file.stamp);
+    if (asRemembered) stamps.emplace_hint(stamps.end(), name, file.stamp);
   }
   return stamps;
 }
 
 // What is remembered needs no mapping any more.
 void Execution::ForgetMapping() {
-  std::set<Oid> linked;
-  for (const Link& link : means_.memory.links()) linked.insert(link.oid);
-  std::vector<Oid> remembered;
-  for (const auto& [oid, item] : means_.mapping.items()) {
-    if (linked.contains(oid)) remembered.push_back(oid);
-  }
-  for (const Oid oid : remembered) means_.mapping.Remove(oid);
+  for (const Link& link : means_.memory.links()) means_.mapping.Remove(link.oid);
   Step("close the mapping");
   means_.mapping.Save();
 }

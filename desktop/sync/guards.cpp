@@ -18,7 +18,7 @@ void Guard::Look(ItemKind kind, const std::vector<Pairing>& pairs) {
   for (const Pairing& pair : pairs) {
     if (pair.desk != nullptr) ++desk.there;
     if (pair.handheld != nullptr) ++handheld.there;
-    if (pair.link.number == 0) continue;
+    if (pair.link == nullptr) continue;
     if (pair.desk == nullptr && pair.handheld == nullptr) continue;  // nothing is to be deleted
     ++desk.known;
     ++handheld.known;
@@ -40,9 +40,9 @@ void Guard::Judge(ItemKind kind, const char* where, const Side& side) {
 
 // An OID that has become another item altogether.
 bool Guard::IsAnother(const Pairing& pair) const {
-  if (pair.handheld->unreadable || pair.handheld->hash == pair.link.recordHash) return false;
+  if (pair.handheld->unreadable || pair.handheld->hash == pair.link->recordHash) return false;
   const Item now = ItemOf(*pair.handheld, zone_);
-  return DisplayName(now) != DisplayName(ItemOfRecord(memory_.BasesOf(pair.link).record, zone_));
+  return DisplayName(now) != DisplayName(ItemOfRecord(memory_.BasesOf(*pair.link).record, zone_));
 }
 
 std::string Guard::Objection() const {

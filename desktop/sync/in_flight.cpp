@@ -18,6 +18,7 @@ void AdoptUnheardOf(const Memory& memory, Mapping& mapping, PushRecovery& recove
 }
 
 std::vector<InFlight> FindInFlight(const Memory& memory, const Mapping& mapping) {
+  if (mapping.items().empty() && memory.intents().empty()) return {};
   std::set<Oid> linked;
   for (const Link& link : memory.links()) linked.insert(link.oid);
   std::vector<InFlight> inFlight;

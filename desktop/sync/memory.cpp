@@ -5,8 +5,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <iterator>
 #include <system_error>
 
 #include "common/files/atomic_file.h"
@@ -16,7 +18,7 @@
 namespace desktop {
 namespace {
 
-constexpr std::int64_t kMemoryVersion = 2;
+constexpr std::int64_t kMemoryVersion = 3;
 
 constexpr char kSchema[] = R"(
 BEGIN;
@@ -28,7 +30,7 @@ CREATE TABLE intent (kind INTEGER NOT NULL, uid TEXT NOT NULL, oid INTEGER NOT N
   record_hash TEXT NOT NULL, PRIMARY KEY (kind, uid));
 CREATE TABLE file (name TEXT PRIMARY KEY, stamp TEXT NOT NULL);
 CREATE TABLE note (name TEXT PRIMARY KEY, value TEXT NOT NULL);
-PRAGMA user_version = 2;
+PRAGMA user_version = 3;
 COMMIT;
 )";
 
@@ -105,7 +107,7 @@ void Memory::Load() {
                         static_cast<Oid>(intents.Number(2)), intents.Text(3)});
   }
   Query files(database_, "SELECT name, stamp FROM file ORDER BY name");
-  while (files.Step()) stamps_.emplace(files.Text(0), files.Text(1));
+  while (files.Step()) stamps_.emplace_hint(stamps_.end(), files.Text(0), files.Text(1));
 }
 
 Bases Memory::BasesOf(const Link& link) const {
@@ -120,19 +122,20 @@ Bases Memory::BasesOf(const Link& link) const {
 
 DeskFiles Memory::Desk() const {
   DeskFiles desk;
-  for (const auto& [name, stamp] : stamps_) desk[name].stamp = stamp;
-  Query query(database_,
-              "SELECT file, line, key, desk FROM link JOIN bases USING (number) "
-              "ORDER BY file, line");
+  for (const auto& [name, stamp] : stamps_) {
+    desk.emplace_hint(desk.end(), name, DeskFile{stamp, true, {}});
+  }
+  Query bases(database_, "SELECT number, desk FROM bases ORDER BY number");
   try {
-    while (query.Step()) {
-      const std::string file = query.Text(0);
-      desk[file].items.push_back({file, static_cast<std::size_t>(query.Number(1)), query.Text(2),
-                                  ItemFromKept(query.Text(3))});
+    for (const Link& link : links_) {
+      if (!bases.Step() || bases.Number(0) != link.number) throw Error("an item is not there");
+      desk[link.file].items.push_back(
+          {link.file, link.line, link.key, ItemFromKept(bases.Text(1))});
     }
   } catch (const Error& problem) {
     RefuseMemory(database_.path(), problem.what());
   }
+  for (auto& [name, file] : desk) std::ranges::stable_sort(file.items, {}, &DeskItem::line);
   return desk;
 }
 
@@ -144,6 +147,7 @@ std::string Memory::Note(std::string_view name) const {
 Memory::Changes::Changes(Memory& memory)
     : memory_(memory),
       transaction_(memory.database_),
+      changesBefore_(memory.database_.changes()),
       add_(memory.database_,
            "INSERT INTO link (kind, key, file, line, oid, record_hash) "
            "VALUES (?, ?, ?, ?, ?, ?)"),
@@ -210,15 +214,24 @@ void Memory::Changes::ForgetIntents() {
 }
 
 void Memory::Changes::SetStamps(const FileStamps& stamps) {
-  if (stamps == memory_.stamps_) return;
-  memory_.database_.Run("DELETE FROM file");
+  const auto forEachOnlyIn = [](const FileStamps& in, const FileStamps& notIn, const auto& take) {
+    FileStamps only;
+    std::ranges::set_difference(in, notIn, std::inserter(only, only.end()));
+    for (const auto& [name, stamp] : only) take(name, stamp);
+  };
+  Query remove(memory_.database_, "DELETE FROM file WHERE name = ?");
   Query add(memory_.database_, "INSERT INTO file (name, stamp) VALUES (?, ?)");
-  for (const auto& [name, stamp] : stamps) add.With(name).With(stamp).Run();
+  forEachOnlyIn(memory_.stamps_, stamps,
+                [&](const std::string& name, const std::string&) { remove.With(name).Run(); });
+  forEachOnlyIn(stamps, memory_.stamps_, [&](const std::string& name, const std::string& stamp) {
+    add.With(name).With(stamp).Run();
+  });
 }
 
 void Memory::Changes::Commit() {
+  const bool changed = memory_.database_.changes() != changesBefore_;
   transaction_.Commit();
-  memory_.Load();
+  if (changed) memory_.Load();
 }
 
 }  // namespace desktop

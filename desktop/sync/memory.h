@@ -76,7 +76,7 @@ class Memory {
     void ExpectOnDesk(const std::vector<Intent>& intents);
     void ForgetIntents();
     void SetStamps(const FileStamps& stamps);
-    // Looks at what is remembered afresh.
+    // Looks at what is remembered afresh, where anything is otherwise.
     void Commit();
 
    private:
@@ -84,6 +84,7 @@ class Memory {
 
     Memory& memory_;
     Transaction transaction_;
+    const std::int64_t changesBefore_;
     Query add_, change_, touch_, remove_, addBases_;
   };
 

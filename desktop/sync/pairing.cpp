@@ -4,9 +4,9 @@
 
 #include <algorithm>
 #include <iterator>
-#include <set>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 #include "desktop/merge/joins.h"
@@ -19,8 +19,13 @@ namespace {
 template <typename Item, typename KeyOf>
 auto Indexed(const std::vector<const Item*>& items, const KeyOf& keyOf) {
   std::unordered_map<decltype(keyOf(items[0])), const Item*> index;
+  index.reserve(items.size());
   for (const Item* item : items) index.emplace(keyOf(item), item);
   return index;
+}
+
+std::string_view DeskKeyOf(const DeskItem* item) {
+  return item->key;
 }
 
 template <typename Index, typename Key>
@@ -43,19 +48,21 @@ class Pairer {
   }
 
   void TakeLinks(const std::vector<Link>& links) {
-    const auto byKey = Indexed(newDesk_, [](const DeskItem* item) { return item->key; });
+    const auto byKey = Indexed(newDesk_, DeskKeyOf);
     const auto byOid = Indexed(newHandheld_, [](const HandheldItem* item) { return item->oid; });
     for (const Link& link : links) {
       if (link.kind != kind_) continue;
-      result_.pairs.push_back({link, Find(byKey, link.key), Find(byOid, link.oid)});
+      result_.pairs.push_back({&link, Find(byKey, link.key), Find(byOid, link.oid)});
     }
     TakeAway(0);
   }
 
   // What a run before this one has put there.
   void TakeInFlight(const std::vector<InFlight>& inFlight) {
-    const auto byKey = Indexed(newDesk_, [](const DeskItem* item) { return item->key; });
-    const auto byUid = Indexed(newDesk_, [](const DeskItem* item) { return UidOf(item->item); });
+    if (inFlight.empty()) return;
+    const auto byKey = Indexed(newDesk_, DeskKeyOf);
+    const auto byUid = Indexed(
+        newDesk_, [](const DeskItem* item) -> std::string_view { return UidOf(item->item); });
     const auto byOid = Indexed(newHandheld_, [](const HandheldItem* item) { return item->oid; });
     for (const InFlight& each : inFlight) {
       if (each.kind != kind_) continue;
@@ -97,10 +104,11 @@ class Pairer {
     std::vector<Pairing*> withoutHandheld;
     for (Pairing& each : result_.pairs) {
       const bool hasHandheld = each.handheld != nullptr && !each.handheld->unreadable;
-      if (each.link.number == 0) continue;
+      if (each.link == nullptr) continue;
       if (each.desk == nullptr && hasHandheld) withoutDesk.push_back(&each);
       if (each.desk != nullptr && each.handheld == nullptr) withoutHandheld.push_back(&each);
     }
+    if (withoutDesk.empty() && withoutHandheld.empty()) return;
     std::vector<const HandheldItem*> handhelds;
     handhelds.reserve(withoutDesk.size());
     for (const Pairing* each : withoutDesk) handhelds.push_back(each->handheld);
@@ -161,7 +169,7 @@ class Pairer {
   // What is known of was gone from the handheld, and is there again.
   bool CompleteLink(const InFlight& each, const HandheldItem& handheld) {
     const auto pair = std::ranges::find_if(result_.pairs, [&](const Pairing& known) {
-      return known.link.number != 0 && known.link.key == each.key;
+      return known.link != nullptr && known.link->key == each.key;
     });
     if (each.key.empty() || pair == result_.pairs.end()) return false;
     if (pair->handheld == nullptr) pair->handheld = &handheld;
@@ -175,7 +183,8 @@ class Pairer {
 
   // The items of pairs from that one on are not new any more.
   void TakeAway(std::size_t first) {
-    std::set<const void*> paired;
+    std::unordered_set<const void*> paired;
+    paired.reserve(2 * (result_.pairs.size() - first));
     for (std::size_t i = first; i < result_.pairs.size(); ++i) {
       paired.insert(result_.pairs[i].desk);
       paired.insert(result_.pairs[i].handheld);

@@ -13,7 +13,7 @@
 namespace desktop {
 
 struct Pairing {
-  Link link;  // with a number of 0 where they were not known to be one
+  const Link* link = nullptr;  // the memory's; null where they were not known to be one
   const DeskItem* desk = nullptr;
   const HandheldItem* handheld = nullptr;
   // What the handheld has is what a run before this one has put there, or has made the file of.

@@ -41,16 +41,14 @@ class Planner {
   Planner(const Sides& sides, const Memory& memory, const PlanPolicy& policy)
       : sides_(sides), memory_(memory), policy_(policy) {
     for (const auto& [name, file] : sides.desk) {
-      for (const DeskItem& item : file.items) {
-        byUid_.emplace(UidOf(item.item), &item.item);
-        if (!file.readable) locked_.insert(&item);
-      }
+      if (file.readable) continue;
+      for (const DeskItem& item : file.items) locked_.insert(&item);
     }
   }
 
-  void Add(const Pairing& pair) {
-    if (pair.handheld != nullptr && pair.handheld->unreadable) return AddUnreadable(pair);
-    const bool known = pair.link.number != 0;
+  void Add(ItemKind kind, const Pairing& pair) {
+    if (pair.handheld != nullptr && pair.handheld->unreadable) return AddUnreadable(kind, pair);
+    const bool known = pair.link != nullptr;
     if (pair.desk != nullptr && pair.handheld != nullptr) {
       AddMet(pair);
     } else if (pair.desk != nullptr) {
@@ -76,7 +74,7 @@ class Planner {
   Action Begin(const Pairing& pair, Happening happening) {
     Action action;
     action.happening = happening;
-    action.link = pair.link;
+    if (pair.link != nullptr) action.link = *pair.link;
     action.deskNow = pair.desk;
     action.handheldNow = pair.handheld;
     if (pair.desk != nullptr) {
@@ -87,7 +85,7 @@ class Planner {
       action.kind = KindOf(item);
       action.name = DisplayName(item);
     } else {
-      action.kind = pair.link.kind;
+      action.kind = pair.link->kind;
     }
     return action;
   }
@@ -104,13 +102,12 @@ class Planner {
     plan_.notices.push_back(fmt::format("{} {}: left alone, {}", NameOf(kind), name, why));
   }
 
-  void AddUnreadable(const Pairing& pair) {
-    const bool known = pair.link.number != 0;
-    if (known && pair.desk != nullptr && !IsChanged(*pair.desk, pair.link)) return;
+  void AddUnreadable(ItemKind kind, const Pairing& pair) {
+    const bool known = pair.link != nullptr;
+    if (known && pair.desk != nullptr && !IsChanged(*pair.desk, *pair.link)) return;
     const std::string name = pair.desk != nullptr ? DisplayName(pair.desk->item)
                                                   : fmt::format("with OID {}", pair.handheld->oid);
-    LeaveAlone(pair.desk != nullptr ? KindOf(pair.desk->item) : pair.link.kind, name,
-               "the handheld cannot send it");
+    LeaveAlone(kind, name, "the handheld cannot send it");
   }
 
   void AddNewOnDesk(const Pairing& pair) {
@@ -134,7 +131,7 @@ class Planner {
   }
 
   void AddGoneFromHandheld(const Pairing& pair) {
-    const bool changed = IsChanged(*pair.desk, pair.link);
+    const bool changed = IsChanged(*pair.desk, *pair.link);
     Action action = Begin(pair, changed ? Happening::kKeep : Happening::kDelete);
     if (changed) {
       action.handheld = Effect::kAdd;
@@ -147,11 +144,11 @@ class Planner {
 
   void AddGoneFromDesk(const Pairing& pair) {
     const Item item = ItemOf(*pair.handheld, policy_.zone);
-    const bool changed = pair.link.number != 0 && pair.handheld->hash != pair.link.recordHash &&
-                         item != HandheldBase(pair.link);
+    const bool changed = pair.link != nullptr && pair.handheld->hash != pair.link->recordHash &&
+                         item != HandheldBase(*pair.link);
     Action action = Begin(pair, changed ? Happening::kKeep : Happening::kDelete);
     if (changed) {
-      const Bases bases = memory_.BasesOf(pair.link);
+      const Bases bases = memory_.BasesOf(*pair.link);
       const Item handheldBase = ItemOfRecord(bases.record, policy_.zone);
       action.desk = Effect::kAdd;
       action.deskTo = Keep(
@@ -164,24 +161,24 @@ class Planner {
   }
 
   void AddMet(const Pairing& pair) {
-    const bool known = pair.link.number != 0;
-    const bool onHandheld = known && pair.handheld->hash != pair.link.recordHash;
-    if (known && !onHandheld && !IsChanged(*pair.desk, pair.link)) return AddMoved(pair);
+    const bool known = pair.link != nullptr;
+    const bool onHandheld = known && pair.handheld->hash != pair.link->recordHash;
+    if (known && !onHandheld && !IsChanged(*pair.desk, *pair.link)) return AddMoved(pair);
     const Item handheld = ItemOf(*pair.handheld, policy_.zone);
     if (!known) {
       // What was put there is what the desk had: the desk's changes since are all there is.
       return AddMerged(pair,
                        {nullptr, pair.desk->item, pair.asPut ? &handheld : nullptr, handheld});
     }
-    const Bases bases = memory_.BasesOf(pair.link);
+    const Bases bases = memory_.BasesOf(*pair.link);
     const Item handheldBase = ItemOfRecord(bases.record, policy_.zone);
     AddMerged(pair, {&bases.desk, pair.desk->item, &handheldBase, handheld});
   }
 
   // Neither side has changed it; it may stand elsewhere.
   void AddMoved(const Pairing& pair) {
-    const Link& link = pair.link;
-    const bool here = pair.desk->key == link.key && pair.desk->file == link.file &&
+    const Link& link = *pair.link;
+    const bool here = pair.desk->key == link.key && pair.desk->file.native() == link.file &&
                       pair.desk->line == link.line && pair.handheld->oid == link.oid;
     if (!here) Put(Begin(pair, Happening::kNote));
   }
@@ -189,7 +186,7 @@ class Planner {
   void AddMerged(const Pairing& pair, const MergeSides& sides) {
     Merged merged = Merge(sides, Winner::kDesk, policy_.numbers);
     Action action = Begin(pair, Happening::kNote);
-    action.joined = pair.link.number == 0;
+    action.joined = pair.link == nullptr;
     action.conflicts = std::move(merged.conflicts);
     if (!action.conflicts.empty()) {
       const ConflictAnswer answer = AnswerFor(action);
@@ -248,6 +245,7 @@ class Planner {
     std::string& body = BodyOf(copy);
     if (!body.empty()) body += '\n';
     body += kCopyMark;
+    IndexUids();
     std::string uid;
     for (std::size_t number = 0;; ++number) {
       uid = UidOfCopy(original.deskNow->key, copy, number);
@@ -268,8 +266,15 @@ class Planner {
     Put(std::move(action));
   }
 
+  void IndexUids() {
+    if (!byUid_.empty()) return;
+    for (const auto& [name, file] : sides_.desk) {
+      for (const DeskItem& item : file.items) byUid_.emplace(UidOf(item.item), &item.item);
+    }
+  }
+
   bool IsChanged(const DeskItem& desk, const Link& link) const {
-    if (desk.key == link.key && sides_.unchanged.contains(desk.file.string())) return false;
+    if (desk.key == link.key && sides_.unchanged.contains(desk.file.native())) return false;
     return desk.item != memory_.BasesOf(link).desk;
   }
 
@@ -280,7 +285,7 @@ class Planner {
   const Sides& sides_;
   const Memory& memory_;
   const PlanPolicy& policy_;
-  std::map<std::string, const Item*> byUid_;  // of the desk
+  std::map<std::string, const Item*> byUid_;  // of the desk, once it is asked for
   std::set<const DeskItem*> locked_;          // whose file cannot be read
   Plan plan_;
 };
@@ -295,7 +300,7 @@ Plan MakePlan(const Sides& sides, const Memory& memory, const std::vector<InFlig
     Pairings pairings = PairUp(kind, sides, memory, inFlight, policy.numbers, policy.zone);
     planner.Note(std::move(pairings.notices));
     guard.Look(kind, pairings.pairs);
-    for (const Pairing& pair : pairings.pairs) planner.Add(pair);
+    for (const Pairing& pair : pairings.pairs) planner.Add(kind, pair);
   }
   if (!policy.allowDeletions) planner.Stop(guard.Objection());
   return std::move(planner).Finish();

@@ -2,8 +2,8 @@
 #pragma once
 
 #include <map>
-#include <set>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "desktop/folder/desk_item.h"
@@ -13,7 +13,7 @@ namespace desktop {
 
 struct Sides {
   DeskFiles desk;
-  std::set<std::string> unchanged;  // files of the desk that are as they were remembered
+  std::unordered_set<std::string> unchanged;  // files of the desk that are as they were remembered
   std::map<ItemKind, std::vector<HandheldItem>> handheld;
 };
 

@@ -33,7 +33,7 @@ class SyncRun {
         recovery_(connection, mapping_, options.quiet,
                   options.dryRun ? PushRecovery::Surplus::kLeave : PushRecovery::Surplus::kDelete),
         zone_(ZoneToUse()),
-        folder_(options.folder, zone_) {}
+        folder_(options.folder, zone_, options.clock) {}
 
   void Run(const SyncListener& listener) {
     AdoptUnheardOf(memory_, mapping_, recovery_);
@@ -84,6 +84,7 @@ class SyncRun {
 
   void ReadSides() {
     KnownRecords known;
+    known.reserve(memory_.links().size());
     for (const Link& link : memory_.links()) known.emplace(link.oid, link.recordHash);
     for (const ItemKind kind : {ItemKind::kContact, ItemKind::kAppointment, ItemKind::kTask}) {
       if (!options_.kinds.contains(RecordKindOf(kind))) continue;

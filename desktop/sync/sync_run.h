@@ -31,6 +31,7 @@ struct SyncOptions {
   bool dryRun = false;                    // changes nothing, on either side
   std::chrono::milliseconds quiet{1000};  // of PushRecovery
   StepHook hook;
+  DeskFolder::Clock clock = std::chrono::system_clock::now;
 };
 
 struct SyncPlan {

@@ -37,7 +37,7 @@ class Store {
       if (seen.function == "UploadPIMRecords") {
         TakeUpload(peer, mostAnswers);
       } else {
-        peer.Send(Counted(Document(Download(seen))) + Word(0) + Word(0));
+        peer.Send(Documents(Download(seen)) + Word(0) + Word(0));
       }
     };
   }
@@ -72,21 +72,31 @@ class Store {
     ended = true;
   }
 
-  std::string Download(const SeenRequest& seen) const {
-    std::string records;
+  // Two records a document.
+  static std::string Documents(const std::vector<std::string>& records) {
+    std::string documents;
+    for (std::size_t i = 0; i < records.size(); i += 2) {
+      const bool last = i + 1 == records.size();
+      documents += Counted(Document(records[i] + (last ? "" : records[i + 1])));
+    }
+    return records.empty() ? Counted(Document("")) : documents;
+  }
+
+  std::vector<std::string> Download(const SeenRequest& seen) const {
+    std::vector<std::string> records;
     if (seen.function == "DownloadAllPIMRecords") {
       const auto kind = WordsOf(static_cast<RecordKind>(text::WordAt(seen.input, 0))).name;
       for (const auto& [oid, bytes] : items) {
         const std::string name = bytes.substr(1, bytes.find_first_of(" />") - 1);
-        if (KindOfElement(name) == kind) records += Stored(oid);
+        if (KindOfElement(name) == kind) records.push_back(Stored(oid));
       }
       return records;
     }
     for (std::size_t at = 4; at < seen.input.size(); at += 4) {
       const Oid oid = text::WordAt(seen.input, at);
-      records += items.contains(oid) ? Stored(oid)
-                                     : "<Error Oid=\"" + OidAttribute(oid) +
-                                           "\"><Value>-2147024894</Value></Error>";
+      records.push_back(items.contains(oid) ? Stored(oid)
+                                            : "<Error Oid=\"" + OidAttribute(oid) +
+                                                  "\"><Value>-2147024894</Value></Error>");
     }
     return records;
   }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
+#include <chrono>
 #include <set>
 
 #include "desktop/wire/error.h"
@@ -65,6 +66,12 @@ class Play {
  public:
   Play() {
     world.options_.allowDeletions = true;
+    // An hour ahead of the files, so that they are known by their stamps; or not yet.
+    if (*rc::gen::arbitrary<bool>()) {
+      world.options_.clock = [] {
+        return std::chrono::system_clock::now() + std::chrono::hours(1);
+      };
+    }
     for (const ItemKind kind : kItemKinds) models.emplace_back(kind);
   }
 
