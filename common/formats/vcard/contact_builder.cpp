@@ -50,6 +50,7 @@ class ContactBuilder {
   void TakeSound(const Property& property);
   void TakeAndroidItem(const Property& property);
   void UseFormattedName();
+  void CompareFormattedName(const std::string& name);
 
   Contact contact_;
   NoticeList& notices_;
@@ -58,6 +59,7 @@ class ContactBuilder {
   std::set<std::string> notes_, categories_, children_;
   std::string name_;  // N as it came
   std::string formattedName_;
+  const Property* formatted_ = nullptr;
   bool nameGiven_ = false;
   bool isOrganization_ = false;
 };
@@ -138,7 +140,10 @@ void ContactBuilder::TakeByKind(const Property& property, const PropertyRule& ru
       return TakeName(property);
     case PropertyKind::kFormattedName: {
       const bool derived = property.Parameter("DERIVED") || property.Parameter("X-DERIVED");
-      if (formattedName_.empty() && !derived) formattedName_ = TextOf(property);
+      if (formattedName_.empty() && !derived) {
+        formattedName_ = TextOf(property);
+        formatted_ = &property;
+      }
       return;
     }
     case PropertyKind::kOrganization:
@@ -367,7 +372,8 @@ void ContactBuilder::TakeAndroidItem(const Property& property) {
 // What a card calls its contact is a name only when nothing else in it is called the same.
 void ContactBuilder::UseFormattedName() {
   const std::string name(text::TrimBlanks(formattedName_));
-  if (nameGiven_ || name.empty()) return;
+  if (name.empty()) return;
+  if (nameGiven_) return CompareFormattedName(name);
   std::string& company = contact_[Field::kCompanyName];
   if (isOrganization_ && IsBlank(company)) company = name;
   if (isOrganization_) return;
@@ -381,6 +387,26 @@ void ContactBuilder::UseFormattedName() {
   contact_[Field::kMiddleName] = parts.middle;
   contact_[Field::kLastName] = parts.last;
   contact_[Field::kSuffix] = parts.suffix;
+}
+
+// Beside a name it says the same in another way, or what a contact has no place for.
+void ContactBuilder::CompareFormattedName(const std::string& name) {
+  const PersonalName parts = {contact_[Field::kTitle], contact_[Field::kFirstName],
+                              contact_[Field::kMiddleName], contact_[Field::kLastName],
+                              contact_[Field::kSuffix]};
+  if (name == JoinFullName(parts)) return;
+  const std::string_view texts[] = {parts.title,
+                                    parts.first,
+                                    parts.middle,
+                                    parts.last,
+                                    parts.suffix,
+                                    contact_[Field::kFileAs],
+                                    contact_[Field::kCompanyName],
+                                    contact_[Field::kDepartment],
+                                    contact_[Field::kJobTitle]};
+  if (IsMadeOfWords(name, texts)) return;
+  notices_.Add(*formatted_,
+               "a contact is called what its N says, left out: " + text::Excerpt(name));
 }
 
 void ContactBuilder::Finish() {

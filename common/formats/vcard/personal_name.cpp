@@ -1,10 +1,14 @@
 #include "common/formats/vcard/personal_name.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <span>
+#include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "common/text/text.h"
+#include "common/text/unicode.h"
 
 namespace formats {
 namespace {
@@ -82,6 +86,42 @@ void PlaceWords(Words words, PersonalName& name) {
   PlaceGivenNames(words.first(last), name);
 }
 
+bool IsPartOfWord(char16_t unit) {
+  if (unit < 0x80) {
+    return (unit >= '0' && unit <= '9') || (unit >= 'A' && unit <= 'Z') ||
+           (unit >= 'a' && unit <= 'z');
+  }
+  const bool punctuation =
+      unit == 0xA0 || (unit >= 0x2000 && unit <= 0x206F) || (unit >= 0x3000 && unit <= 0x303F);
+  return !punctuation;
+}
+
+std::vector<std::u16string> BareWords(std::string_view text) {
+  std::vector<std::u16string> words;
+  bool within = false;
+  for (const char16_t unit : text::Fold(text::FromUtf8Lossy(text))) {
+    const bool part = IsPartOfWord(unit);
+    if (part && !within) words.emplace_back();
+    if (part) words.back() += unit;
+    within = part;
+  }
+  return words;
+}
+
+// Where no blanks are between words one may be several.
+constexpr std::size_t kLongestJoinedWord = 24;
+
+bool IsMadeOf(std::u16string_view word, const std::unordered_set<std::u16string>& known) {
+  if (known.contains(std::u16string(word))) return true;
+  while (!word.empty()) {
+    std::size_t length = std::min(word.size(), kLongestJoinedWord);
+    while (length > 0 && !known.contains(std::u16string(word.substr(0, length)))) --length;
+    if (length == 0) return false;
+    word.remove_prefix(length);
+  }
+  return true;
+}
+
 }  // namespace
 
 PersonalName SplitFullName(std::string_view text) {
@@ -116,6 +156,20 @@ std::string JoinFullName(const PersonalName& name) {
     text += *part;
   }
   return text;
+}
+
+bool IsMadeOfWords(std::string_view name, std::span<const std::string_view> texts) {
+  std::unordered_set<std::u16string> known;
+  std::unordered_set<char16_t> initials;
+  for (const std::string_view text : texts) {
+    for (std::u16string& word : BareWords(text)) {
+      initials.insert(word.front());
+      known.insert(std::move(word));
+    }
+  }
+  return std::ranges::all_of(BareWords(name), [&](const std::u16string& word) {
+    return (word.size() == 1 && initials.contains(word.front())) || IsMadeOf(word, known);
+  });
 }
 
 }  // namespace formats

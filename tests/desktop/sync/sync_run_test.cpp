@@ -125,6 +125,21 @@ TEST_F(SyncTest, SumsUpWhatTheHandheldDoesNotHold) {
   EXPECT_EQ(Command({}), 0);
 }
 
+TEST_F(SyncTest, SaysThatANameInFnAloneStaysOnTheDesk) {
+  Agree({"Ada"});
+  const fs::path file = world_.options_.folder / "contacts/person-1.vcf";
+  std::string bytes = world_.directory_.Read(file);
+  bytes.replace(bytes.find("FN:Ada Brook"), 12, "FN:Ada Stone");
+  world_.directory_.Write(file, bytes);
+  SyncCommand command;
+  command.verbose = true;
+  EXPECT_EQ(Command(command), 0);
+  EXPECT_THAT(err(), HasSubstr("FN: a contact is called what its N says, "
+                               "left out: Ada Stone"));
+  EXPECT_THAT(out(), HasSubstr("desk 0, handheld 0"));
+  EXPECT_EQ(world_.directory_.Read(file), bytes);
+}
+
 TEST_F(SyncTest, StopsWhenASideIsEmptyAndAsksForMore) {
   Agree({"Ada", "Ben"});
   world_.store_.items.clear();

@@ -49,5 +49,16 @@ TEST(JoinFullName, LeavesOutWhatIsBlank) {
   EXPECT_EQ(JoinFullName({}), "");
 }
 
+TEST(IsMadeOfWords, KnowsWordsInAnyCaseAndOrder) {
+  const std::string_view texts[] = {"Ann Mary", "O'Brien-Lee", "山田", "花子"};
+  for (const char* const name :
+       {"", "ann", "LEE, Ann", "Ann M. Lee", "Obrien", "山田花子", "a m l"}) {
+    EXPECT_TRUE(IsMadeOfWords(name, texts)) << name;
+  }
+  for (const char* const name : {"Anne", "Ann X.", "Stone", "山田太郎"}) {
+    EXPECT_FALSE(IsMadeOfWords(name, texts)) << name;
+  }
+}
+
 }  // namespace
 }  // namespace formats
