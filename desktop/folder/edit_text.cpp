@@ -1,6 +1,7 @@
 #include "desktop/folder/edit_text.h"
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
 #include <span>
 #include <utility>
@@ -37,6 +38,7 @@ TextEdit::TextEdit(std::string_view bytes, calendar::Zone zone, std::chrono::sys
     if (!SaysAnItem(part.name)) continue;
     partAt_.emplace(parts_.lines[part.first].content.line, i);
     if (part.name == "VCARD") continue;
+    if (!TextOfLine(i, "RECURRENCE-ID").empty()) changes_.insert(i);
     std::string uid = UidOfPart(i);
     if (!uid.empty()) seriesOf_[part.name + ":" + std::move(uid)].push_back(i);
   }
@@ -82,10 +84,10 @@ std::size_t TextEdit::EndOf(std::size_t part) const {
   return parts_.lines[parts_.parts[part].last].end;
 }
 
-bool TextEdit::IsTouched(std::size_t line) const {
-  const std::vector<std::size_t> parts = PartsOf(line);
-  return std::any_of(parts.begin(), parts.end(),
-                     [&](std::size_t part) { return touched_.contains(part); });
+bool TextEdit::AreTouched(const std::vector<std::size_t>& parts) const {
+  return std::any_of(parts.begin(), parts.end(), [&](std::size_t part) {
+    return touched_.contains(part) || extended_.contains(part);
+  });
 }
 
 void TextEdit::Replace(std::size_t begin, std::size_t end, std::string text) {
@@ -105,6 +107,7 @@ std::optional<std::string> TextEdit::Obstacle(const std::vector<std::size_t>& pa
 TextChange TextEdit::Remove(std::size_t line, const Item& item) {
   const std::vector<std::size_t> parts = PartsOf(line);
   if (const std::optional<std::string> obstacle = Obstacle(parts)) return {false, {*obstacle}};
+  if (AreTouched(parts)) return {false, {}, true};
   if (KindOf(item) != ItemKind::kContact) {
     const CalendarContext context = ContextOf(parts, item);
     const CalendarParts lines = LinesOf(parts);
@@ -163,16 +166,18 @@ TextChange TextEdit::Change(std::size_t line, const Item& from, const Item& to) 
   const std::vector<std::size_t> parts = PartsOf(line);
   if (const std::optional<std::string> obstacle = Obstacle(parts)) return {false, {*obstacle}};
   if (KindOf(from) != KindOf(to)) return {false, {"is of another kind"}};
+  const std::size_t main = partAt_.at(line);
+  if (std::optional<TextChange> change = ChangeOccurrence(parts, main, from, to)) return *change;
+  if (AreTouched(parts)) return {false, {}, true};
   TextChange change{true, {}};
-  const FilePart& part = parts_.parts[parts.front()];
   if (const auto* contact = std::get_if<formats::Contact>(&to)) {
+    const FilePart& part = parts_.parts[main];
     const auto lines = std::span(parts_.lines).subspan(part.first, part.last - part.first + 1);
-    EditedPart edited = EditCard(file_.text(), lines, *contact, StyleOfPart(parts.front()), when_);
+    EditedPart edited = EditCard(file_.text(), lines, *contact, StyleOfPart(main), when_);
     change.losses = std::move(edited.losses);
-    Replace(BeginOf(parts.front()), EndOf(parts.front()), std::move(edited.text));
+    Replace(BeginOf(main), EndOf(main), std::move(edited.text));
   } else {
-    const auto main = std::find(parts.begin(), parts.end(), partAt_.at(line));
-    change = ChangeCalendar(parts, static_cast<std::size_t>(main - parts.begin()), from, to);
+    change = ChangeCalendar(parts, main, from, to);
   }
   if (change.done) touched_.insert(parts.begin(), parts.end());
   return change;
@@ -206,19 +211,64 @@ void TextEdit::Apply(const std::vector<std::size_t>& parts, EditedCalendar edite
   }
 }
 
+EditedCalendar TextEdit::EditIn(const std::vector<std::size_t>& parts, std::size_t part,
+                                const Item& from, const Item& to) const {
+  const auto main = std::find(parts.begin(), parts.end(), part) - parts.begin();
+  return EditCalendarItem(ContextOf(parts, from), LinesOf(parts), static_cast<std::size_t>(main),
+                          from, to, StyleOfPart(parts.front()), when_);
+}
+
 TextChange TextEdit::ChangeCalendar(const std::vector<std::size_t>& parts, std::size_t main,
                                     const Item& from, const Item& to) {
-  EditedCalendar edited = EditCalendarItem(ContextOf(parts, from), LinesOf(parts), main, from, to,
-                                           StyleOfPart(parts.front()), when_);
+  EditedCalendar edited = EditIn(parts, main, from, to);
   if (!edited.done) return {false, std::move(edited.losses)};
-  const std::string named = "TZID=" + zone_.name();
-  const bool zoned = std::any_of(edited.parts.begin(), edited.parts.end(), [&](const auto& text) {
-    return text.find(named) != std::string::npos;
-  });
-  if (zoned) DefineZone(parts.front(), to);
+  DefineZoneOf(edited.parts, parts.front(), to);
   TextChange change{true, std::move(edited.losses)};
   Apply(parts, std::move(edited));
   return change;
+}
+
+// An occurrence that is an item of its own is said by its event, or else the one that recurs, which
+// stays as it is: no other occurrence matters to it. Nothing where that is not all.
+std::optional<TextChange> TextEdit::ChangeOccurrence(const std::vector<std::size_t>& parts,
+                                                     std::size_t main, const Item& from,
+                                                     const Item& to) {
+  const auto* appointment = std::get_if<formats::Appointment>(&from);
+  if (appointment == nullptr || appointment->series || appointment->uid == UidOfPart(main)) {
+    return std::nullopt;
+  }
+  std::vector<std::size_t> own;
+  std::copy_if(parts.begin(), parts.end(), std::back_inserter(own),
+               [&](std::size_t part) { return part == main || !changes_.contains(part); });
+  const bool hasEvent = changes_.contains(main);
+  if (own.size() > (hasEvent ? 2 : 1)) return std::nullopt;
+  const auto isTouched = [&](std::size_t part) { return touched_.contains(part); };
+  if (std::any_of(own.begin(), own.end(), isTouched)) return TextChange{false, {}, true};
+  EditedCalendar edited = EditIn(own, main, from, to);
+  if (!edited.done) return std::nullopt;
+  for (std::size_t i = 0; i < own.size(); ++i) {
+    const bool recurs = !changes_.contains(own[i]);
+    if (recurs && edited.parts[i] != TextAt(own[i])) return std::nullopt;
+  }
+  DefineZoneOf(edited.parts, parts.front(), to);
+  for (std::size_t i = 0; i < own.size(); ++i) {
+    if (own[i] == main && hasEvent) Replace(BeginOf(main), EndOf(main), edited.parts[i]);
+  }
+  for (std::size_t i = own.size(); i < edited.parts.size(); ++i) {
+    insertions_[EndOf(parts.back())] += edited.parts[i];
+    extended_.insert(parts.back());
+  }
+  if (hasEvent) touched_.insert(main);
+  return TextChange{true, std::move(edited.losses)};
+}
+
+void TextEdit::DefineZoneOf(const std::vector<std::string>& texts, std::size_t part,
+                            const Item& written) {
+  const std::string named = "TZID=" + zone_.name();
+  const bool zoned = std::any_of(texts.begin(), texts.end(), [&](const std::string& text) {
+    return text.find(named) != std::string::npos;
+  });
+  if (zoned) DefineZone(part, written);
 }
 
 // Behind the zones that the calendar has; all appointments that need it share one definition.
@@ -238,26 +288,31 @@ void TextEdit::DefineZone(std::size_t part, const Item& written) {
   }
   const auto* appointment = std::get_if<formats::Appointment>(&written);
   if (place == kNoPart || appointment == nullptr) return;
-  std::vector<formats::Appointment>& zoned = zoned_[place];
-  zoned.push_back(*appointment);
-  const formats::CalendarText text = formats::WriteICalendar(zoned, {}, zone_);
+  ZonedItems& zoned = zoned_.try_emplace(place, ZonedItems{StyleOfPart(part), {}}).first->second;
+  zoned.appointments.push_back(*appointment);
+}
+
+std::string TextEdit::DefinitionFor(const ZonedItems& zoned) const {
+  const formats::CalendarText text = formats::WriteICalendar(zoned.appointments, {}, zone_);
   const FileParts parts = FindParts(text.bytes);
+  std::string definition;
   for (const FilePart& each : parts.parts) {
     if (each.name != "VTIMEZONE") continue;
-    std::string definition;
     for (std::size_t i = each.first; i <= each.last; ++i) {
-      definition += BytesOf(RawLine::Of(parts.lines[i].content.text), StyleOfPart(part));
+      definition += BytesOf(RawLine::Of(parts.lines[i].content.text), zoned.style);
     }
-    insertions_[place] = std::move(definition);
   }
+  return definition;
 }
 
 std::string TextEdit::bytes() const {
   std::string text;
   std::size_t from = 0;
-  auto insertion = insertions_.begin();
+  std::map<std::size_t, std::string> insertions = insertions_;
+  for (const auto& [place, zoned] : zoned_) insertions[place] += DefinitionFor(zoned);
+  auto insertion = insertions.begin();
   const auto copyTo = [&](std::size_t end) {
-    for (; insertion != insertions_.end() && insertion->first <= end; ++insertion) {
+    for (; insertion != insertions.end() && insertion->first <= end; ++insertion) {
       text += file_.text().substr(from, insertion->first - from);
       text += insertion->second;
       from = insertion->first;

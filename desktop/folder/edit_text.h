@@ -25,6 +25,9 @@ struct TextChange {
   // Whether the item was edited at all; else the text is as it was.
   bool done = false;
   std::vector<std::string> losses;  // what the text cannot say; why it was not edited
+  // An edit before has changed the lines that say the item: it is to be edited in the bytes that
+  // come of this.
+  bool later = false;
 };
 
 class TextEdit {
@@ -32,11 +35,8 @@ class TextEdit {
   // `when` is the time of the edit. Bytes that are no UTF-16 must not be edited.
   TextEdit(std::string_view bytes, calendar::Zone zone, std::chrono::sys_seconds when);
 
-  // Whether the item that begins at the line of the file as it was has lines that an edit has
-  // already changed. It is to be edited in the bytes that come of this.
-  bool IsTouched(std::size_t line) const;
-
-  // The item reads as `from`, and then as `to`, as far as the file can say it.
+  // The item that begins at the line of the file as it was reads as `from`, and then as `to`, as
+  // far as the file can say it.
   TextChange Change(std::size_t line, const Item& from, const Item& to);
   TextChange Remove(std::size_t line, const Item& item);
 
@@ -53,6 +53,8 @@ class TextEdit {
   };
   // The parts that say the item: a card, or the events of a series.
   std::vector<std::size_t> PartsOf(std::size_t line) const;
+  // Whether an edit has changed any of the parts, or has put others behind them.
+  bool AreTouched(const std::vector<std::size_t>& parts) const;
   std::string UidOfPart(std::size_t index) const;
   // The value of the part's first line of the upper-case name; empty without one.
   std::string TextOfLine(std::size_t index, std::string_view name) const;
@@ -64,8 +66,18 @@ class TextEdit {
   CalendarParts LinesOf(const std::vector<std::size_t>& parts) const;
   TextChange ChangeCalendar(const std::vector<std::size_t>& parts, std::size_t main,
                             const Item& from, const Item& to);
+  std::optional<TextChange> ChangeOccurrence(const std::vector<std::size_t>& parts,
+                                             std::size_t main, const Item& from, const Item& to);
+  EditedCalendar EditIn(const std::vector<std::size_t>& parts, std::size_t part, const Item& from,
+                        const Item& to) const;
   void Apply(const std::vector<std::size_t>& parts, EditedCalendar edited);
+  void DefineZoneOf(const std::vector<std::string>& texts, std::size_t part, const Item& written);
   void DefineZone(std::size_t part, const Item& written);
+  struct ZonedItems {
+    LineStyle style;
+    std::vector<formats::Appointment> appointments;
+  };
+  std::string DefinitionFor(const ZonedItems& zoned) const;
   LineStyle StyleOfPart(std::size_t part) const;
   void Replace(std::size_t begin, std::size_t end, std::string text);
 
@@ -79,8 +91,10 @@ class TextEdit {
   std::map<std::size_t, Splice> splices_;                               // by where they begin
   std::map<std::size_t, std::string> insertions_;                       // before what stands there
   // By where the definition of their zone goes.
-  std::map<std::size_t, std::vector<formats::Appointment>> zoned_;
-  std::unordered_set<std::size_t> touched_;  // parts
+  std::map<std::size_t, ZonedItems> zoned_;
+  std::unordered_set<std::size_t> changes_;   // parts that change an occurrence
+  std::unordered_set<std::size_t> touched_;   // parts
+  std::unordered_set<std::size_t> extended_;  // parts, the last of a series, that others are behind
 };
 
 }  // namespace desktop

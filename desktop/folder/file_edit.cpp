@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <chrono>
-#include <optional>
+#include <map>
 #include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include "common/files/atomic_file.h"
 #include "common/formats/items/identity.h"
@@ -47,7 +49,8 @@ class FilePass {
 
  private:
   const DeskItem* Find(const DeskItem& item) const;
-  void Take(const FileWish& wish, const DeskItem& item);
+  // Whether it is done with, one way or the other.
+  bool Take(const FileWish& wish, const DeskItem& item);
   Standing StandingOf(const DeskItem& item) const;
   void Write();
   void Report();
@@ -62,20 +65,24 @@ class FilePass {
 
 // The one that is as it was read, at its line or wherever it stands by now.
 const DeskItem* FilePass::Find(const DeskItem& item) const {
-  const DeskItem* best = nullptr;
-  if (!reading_.whole) return best;
-  for (const DeskItem& each : reading_.items) {
-    if ((best == nullptr || each.line == item.line) && each.item == item.item) best = &each;
+  if (!reading_.whole) return nullptr;
+  const auto isIt = [&](const DeskItem& each) { return each.item == item.item; };
+  auto there = std::ranges::lower_bound(reading_.items, item.line, {}, &DeskItem::line);
+  for (; there != reading_.items.end() && there->line == item.line; ++there) {
+    if (isIt(*there)) return &*there;
   }
-  return best;
+  const auto same = std::ranges::find_if(reading_.items, isIt);
+  return same == reading_.items.end() ? nullptr : &*same;
 }
 
-void FilePass::Take(const FileWish& wish, const DeskItem& item) {
+bool FilePass::Take(const FileWish& wish, const DeskItem& item) {
   const TextChange change = wish.edit->to ? text_.Change(item.line, item.item, *wish.edit->to)
                                           : text_.Remove(item.line, item.item);
+  if (change.later) return false;
   wish.outcome->losses = change.losses;
   wish.outcome->refused = !change.done;
   if (change.done) (wish.edit->to ? changed_ : removed_).emplace_back(wish.outcome, &item);
+  return true;
 }
 
 std::vector<FileWish> FilePass::Carry(const std::vector<FileWish>& wishes) {
@@ -84,10 +91,8 @@ std::vector<FileWish> FilePass::Carry(const std::vector<FileWish>& wishes) {
     const DeskItem* item = Find(wish.edit->item);
     if (item == nullptr) {
       Refuse(*wish.outcome, kChanged);
-    } else if (text_.IsTouched(item->line)) {
+    } else if (!Take(wish, *item)) {
       later.push_back(wish);
-    } else {
-      Take(wish, *item);
     }
   }
   if (changed_.empty() && removed_.empty()) return later;
@@ -122,6 +127,7 @@ void FilePass::Write() {
 
 Standing FilePass::StandingOf(const DeskItem& item) const {
   Standing standing{KindOf(item.item), UidOf(item.item)};
+  if (!standing.uid.empty()) return standing;
   for (const DeskItem& each : reading_.items) {
     if (&each == &item) break;
     const bool gone = std::any_of(removed_.begin(), removed_.end(),
@@ -135,15 +141,16 @@ Standing FilePass::StandingOf(const DeskItem& item) const {
 void FilePass::Report() {
   if (changed_.empty()) return;
   const DeskReading now = ReadDeskBytes(file_, text_.bytes(), place_.zone);
+  std::map<std::pair<ItemKind, std::string_view>, std::vector<const DeskItem*>> standing;
+  for (const DeskItem& each : now.items) {
+    standing[{KindOf(each.item), UidOf(each.item)}].push_back(&each);
+  }
   for (const auto& [outcome, item] : changed_) {
-    Standing standing = StandingOf(*item);
-    for (const DeskItem& each : now.items) {
-      if (KindOf(each.item) != standing.kind || UidOf(each.item) != standing.uid) continue;
-      if (standing.uid.empty() && standing.rank-- > 0) continue;
-      outcome->item.line = each.line;
-      outcome->item.item = each.item;
-      break;
-    }
+    const Standing was = StandingOf(*item);
+    const auto found = standing.find({was.kind, was.uid});
+    if (found == standing.end() || found->second.size() <= was.rank) continue;
+    outcome->item.line = found->second[was.rank]->line;
+    outcome->item.item = found->second[was.rank]->item;
   }
 }
 
