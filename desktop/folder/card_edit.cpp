@@ -382,8 +382,10 @@ EditedPart CardEditor::Edit(std::chrono::sys_seconds when) {
   EditName(Names::kAll);
   EditCategories();
   EditLines();
-  // That of a company, which would have been a person's name before.
+  // That of a company, which would have been a person's name before; and a person's, which could
+  // not go before another line said what the card calls the contact.
   EditName(Names::kPlain);
+  if (!differences_.empty()) EditLines();
   RemoveLabels(gone);
   if (lines_ != before) NoteTime(when);
   EditedPart edited{CardReading::BytesOf(lines_), {}};

@@ -37,10 +37,14 @@ std::vector<std::string> ListOf(const Contact& contact, Fields fields) {
   return values;
 }
 
+// A note begins and ends as the person has it.
 Contact Plainest(const Contact& contact) {
   Contact plain;
   for (std::size_t i = 0; i < formats::kContactFieldCount; ++i) {
     plain.fields[i] = CommonText(contact.fields[i]);
+  }
+  if (std::string& body = plain[ContactField::kBody]; !body.empty()) {
+    body = text::NormalizeLineBreaks(contact[ContactField::kBody]);
   }
   for (const Fields fields : SeveralSlots()) {
     std::vector<std::string> values = ListOf(contact, fields);

@@ -142,6 +142,28 @@ TEST(CardEdit, FollowsTheNameInWhatTheCardCallsItsContact) {
   EXPECT_EQ(EditContact(Card("", "FN:Anna Berg\r\n"), set).bytes, Card("", "FN:Anna Tal\r\n"));
 }
 
+TEST(CardEdit, LetsANameGoForANumberThatIsNew) {
+  const EditResult result =
+      EditContact(Card("", "FN:Anna Berg\r\nN:Berg;Anna;;;\r\nX-A:1\r\n"), [](Contact& c) {
+        c[F::kFirstName] = c[F::kLastName] = "";
+        c[F::kMobileTelephoneNumber] = "+49 170 1";
+      });
+  EXPECT_THAT(result.losses, IsEmpty());
+  EXPECT_EQ(result.bytes, Card("", "FN:+49 170 1\r\nX-A:1\r\nTEL;TYPE=CELL:+49 170 1\r\n"));
+}
+
+TEST(CardEdit, WritesANoteWithTheEmptyLinesAroundIt) {
+  const auto set = [](Contact& c) { c[F::kBody] = "\n\nfirst\r\nmore\n"; };
+  const std::string note = "NOTE:\\n\\nfirst\\nmore\\n\r\n";
+  EXPECT_EQ(EditContact(Card("", "N:Berg;Anna;;;\r\n"), set).bytes,
+            Card("", "N:Berg;Anna;;;\r\n" + note));
+  EXPECT_EQ(EditContact(Card("", "N:Berg;Anna;;;\r\nNOTE:old\r\nX-A:1\r\n"), set).bytes,
+            Card("", "N:Berg;Anna;;;\r\n" + note + "X-A:1\r\n"));
+  // Empty lines alone are no change.
+  const std::string card = Card("", "N:Berg;Anna;;;\r\nNOTE:first\\nmore\r\n");
+  EXPECT_EQ(EditContact(card, set).bytes, card);
+}
+
 TEST(CardEdit, KeepsTheNameThatACompanyIsCalledBy) {
   const EditResult result = EditContact(Card("", "FN:Old Ltd\r\nORG:Old Ltd;Sales\r\n"),
                                         [](Contact& c) { c[F::kCompanyName] = "New Ltd"; });
