@@ -72,7 +72,7 @@ struct CommandLine {
   LoggingLevel logging = LoggingLevel::kOn;
   std::optional<std::string> directory;
   ConvertOptions convert;
-  bool json = false;
+  Reporting reporting;
   std::function<int(const Console&)> run;
 };
 
@@ -84,10 +84,6 @@ std::function<void()> ToRun(CommandLine& line, Run run, Options&... options) {
       return run(line.connection, options..., console);
     };
   };
-}
-
-void AddJson(CLI::App& command, CommandLine& line) {
-  command.add_flag("--json", line.json, "As JSON");
 }
 
 // Kind, identifiers and format may stand in any order on the command line.
@@ -185,7 +181,7 @@ void AddPull(CLI::App& app, CommandLine& line) {
       {{"3.0", formats::VCardVersion::k30}, {"4.0", formats::VCardVersion::k40}},
       "3.0 (the default) or 4.0")
       ->type_name("VERSION");
-  command.add_option("-o,--output", line.pull.output, "Where to, instead of the standard output")
+  AddOutput(command, line.pull.output, "Where to, instead of the standard output")
       ->type_name("FILE");
   command.add_flag("--overwrite", line.pull.overwrite,
                    "Replace an output that holds more than the handheld sends");
@@ -201,7 +197,8 @@ void AddPush(CLI::App& app, CommandLine& line) {
   CLI::App& command = *app.add_subcommand("push", "Contacts, calendar and tasks to the handheld");
   command
       .add_option("files", line.push.files,
-                  "vCard (.vcf), iCalendar (.ics) or record documents (.xml)")
+                  "vCard (.vcf), iCalendar (.ics) or record documents (.xml); - for the "
+                  "standard input")
       ->required()
       ->type_name("FILE");
   command.add_option("--chunk", line.push.policy.chunk, "Records to a document; default 20")
@@ -211,7 +208,6 @@ void AddPush(CLI::App& app, CommandLine& line) {
                    "Send what has not changed or what the check finds in conflict, too");
   command.add_flag("--dry-run", line.push.policy.dryRun,
                    "Look at the handheld and show what would be sent, send nothing");
-  command.add_flag("--json", line.push.json, "The results as JSON");
   AddPlace(command, line);
   AddMapping(command, line.push.mapping);
   line.push.policy.recognise = true;
@@ -273,12 +269,12 @@ void AddSync(CLI::App& app, CommandLine& line) {
       ->type_name("SECONDS")
       ->check(CLI::Range(1, 1000000).description(""))
       ->needs(&watch);
-  command.add_flag("--json", line.sync.json, "The plan and what became of it as JSON");
-  command.add_flag("-q,--quiet", line.sync.quiet, "Only what went wrong");
-  command.add_flag("-v,--verbose", line.sync.verbose, "Each notice by itself");
   command.footer("A folder that has the name of a pair is meant by ./NAME.");
   command.callback([&line, &command, run = ToRun(line, Sync, line.place, line.sync)] {
     if (command.count("--kinds") > 0) line.sync.choices.kinds = line.kinds;
+    line.sync.json = line.reporting.json;
+    line.sync.quiet = line.reporting.quiet;
+    line.sync.verbose = line.reporting.verbose;
     run();
   });
 }
@@ -302,7 +298,7 @@ void AddPage(CLI::App& app, CommandLine& line) {
   command.add_option("what", line.page.what, "A pair, or a folder that has been synchronised")
       ->required()
       ->type_name("NAME|FOLDER");
-  command.add_option("-o,--output", line.page.output, "The HTML file (default: standard output)")
+  AddOutput(command, line.page.output, "The HTML file (default: standard output)")
       ->type_name("FILE");
   AddZone(command, line.place.zone,
           "The handheld's time zone, such as Europe/Berlin; the one that is remembered by default");
@@ -318,16 +314,14 @@ void AddKeys(CLI::App& app, CommandLine& line) {
           {RecordKind::kContacts, RecordKind::kContacts2, RecordKind::kAppointments,
            RecordKind::kTasks},
           "contacts, contacts2 for their second form, calendar or tasks");
-  AddJson(command, line);
-  command.callback(ToRun(line, PrintKeys, line.keys, line.json));
+  command.callback(ToRun(line, PrintKeys, line.keys, line.reporting.json));
 }
 
 void AddTime(CLI::App& app, CommandLine& line) {
   CLI::App& command = *app.add_subcommand("time", "The handheld's clock");
   command.require_subcommand(1);
   CLI::App& get = *command.add_subcommand("get", "Prints its time, in UTC");
-  AddJson(get, line);
-  get.callback(ToRun(line, GetTime, line.json));
+  get.callback(ToRun(line, GetTime, line.reporting.json));
   CLI::App& set = *command.add_subcommand("set", "Sets its time");
   set.add_option_function<std::string>(
          "time",
@@ -343,18 +337,15 @@ void AddTime(CLI::App& app, CommandLine& line) {
 void AddDevice(CLI::App& app, CommandLine& line) {
   CLI::App& info =
       *app.add_subcommand("info", "The agent's version; the handheld's language, time and cards");
-  AddJson(info, line);
-  info.callback(ToRun(line, PrintInfo, line.json));
+  info.callback(ToRun(line, PrintInfo, line.reporting.json));
   CLI::App& storage = *app.add_subcommand("storage", "The room on the handheld's storage cards");
   storage
       .add_option("directory", line.directory,
                   "On its volume instead; a directory of the handheld, with / or \\")
       ->type_name("PATH");
-  AddJson(storage, line);
-  storage.callback(ToRun(line, PrintStorage, line.directory, line.json));
+  storage.callback(ToRun(line, PrintStorage, line.directory, line.reporting.json));
   CLI::App& cards = *app.add_subcommand("cards", "The handheld's storage cards, one by one");
-  AddJson(cards, line);
-  cards.callback(ToRun(line, PrintCards, line.json));
+  cards.callback(ToRun(line, PrintCards, line.reporting.json));
 }
 
 void RequireOneWay(const ConvertOptions& convert) {
@@ -382,7 +373,9 @@ void AddConvert(CLI::App& app, CommandLine& line) {
                                                      {"rtf", NoteFormat::kRichText},
                                                      {"unicode", NoteFormat::kUnicode},
                                                      {"pwi", NoteFormat::kInk}};
-  command.add_option("file", line.convert.file, "A note on this computer")->type_name("FILE");
+  command
+      .add_option("file", line.convert.file, "A note on this computer; - for the standard input")
+      ->type_name("FILE");
   command.add_option("--device-path", line.convert.devicePath, "A note on the handheld instead")
       ->type_name("PATH");
   AddChoice<NoteFormat>(command, "--to", line.convert.format, formats,
@@ -396,8 +389,7 @@ void AddConvert(CLI::App& app, CommandLine& line) {
   AddChoice<NoteFormat>(command, "--from", line.convert.from, formats,
                         "The FILE's format, where its name does not tell")
       ->type_name("FORMAT");
-  command
-      .add_option("-o,--output", line.convert.output, "Where to, instead of the standard output")
+  AddOutput(command, line.convert.output, "Where to, instead of the standard output")
       ->type_name("OUT");
   command.footer(
       "A FILE travels in one request, which has room for about 900 bytes. While it is converted "
@@ -465,6 +457,7 @@ int Run(int argc, char** argv) {
   AddDevice(app, line);
   AddConvert(app, line);
   AddAgent(app, line);
+  AddReporting(app, line.reporting);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -476,8 +469,16 @@ int Run(int argc, char** argv) {
   }
   line.connection.interruptFd = CatchInterruptions();
   const Console console{
-      std::cout,   std::cerr, std::cin, isatty(STDERR_FILENO) == 1, isatty(STDIN_FILENO) == 1,
-      STDIN_FILENO};
+      .out = std::cout,
+      .err = std::cerr,
+      .in = std::cin,
+      .errIsTerminal = isatty(STDERR_FILENO) == 1,
+      .inIsTerminal = isatty(STDIN_FILENO) == 1,
+      .inFd = STDIN_FILENO,
+      .outIsTerminal = isatty(STDOUT_FILENO) == 1,
+      .verbosity = line.reporting.verbosity(),
+      .json = line.reporting.json,
+  };
   return line.run(console);
 }
 

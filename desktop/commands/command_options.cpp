@@ -3,9 +3,40 @@
 #include <algorithm>
 #include <utility>
 
+#include "common/files/standard_streams.h"
 #include "common/phone/phone_numbers.h"
 
 namespace desktop {
+
+Verbosity Reporting::verbosity() const {
+  if (quiet) return Verbosity::kErrors;
+  return verbose ? Verbosity::kAll : Verbosity::kSummary;
+}
+
+void AddReporting(CLI::App& app, Reporting& reporting) {
+  const auto all = [](const CLI::App*) { return true; };
+  for (CLI::App* command : app.get_subcommands(all)) {
+    if (!command->get_subcommands(all).empty()) {
+      AddReporting(*command, reporting);
+      continue;
+    }
+    command->add_flag("--json", reporting.json, "Facts and results as JSON, a line each");
+    CLI::Option* const quiet =
+        command->add_flag("-q,--quiet", reporting.quiet, "Only errors, and what is asked for");
+    command->add_flag("-v,--verbose", reporting.verbose, "Each notice and each item by itself")
+        ->excludes(quiet);
+  }
+}
+
+CLI::Option* AddOutput(CLI::App& command, std::optional<std::filesystem::path>& output,
+                       const std::string& help) {
+  return command.add_option_function<std::string>(
+      "-o,--output",
+      [&output](const std::string& file) {
+        if (!files::IsStandard(file)) output = file;
+      },
+      help);
+}
 
 void AddOids(CLI::App& command, std::vector<Oid>& oids) {
   command

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "common/calendar/zone.h"
+#include "desktop/commands/console.h"
 #include "desktop/records/record_kind.h"
 
 namespace desktop {
@@ -28,6 +29,19 @@ CLI::Option* AddChoice(CLI::App& command, const std::string& name, Chosen& chose
       ->check(CLI::IsMember(words));
 }
 
+// How much a command says, and how.
+struct Reporting {
+  bool json = false;
+  bool quiet = false;
+  bool verbose = false;
+  [[nodiscard]] Verbosity verbosity() const;
+};
+// To every command below, last among its options.
+void AddReporting(CLI::App& app, Reporting& reporting);
+
+// "-" is the standard output, which is meant without the option, too.
+CLI::Option* AddOutput(CLI::App& command, std::optional<std::filesystem::path>& output,
+                       const std::string& help);
 void AddOids(CLI::App& command, std::vector<Oid>& oids);
 void AddMapping(CLI::App& command, std::optional<std::filesystem::path>& mapping);
 // What does not exist is wrong usage.

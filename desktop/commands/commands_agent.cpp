@@ -6,6 +6,7 @@
 #include <string>
 
 #include "common/text/little_endian.h"
+#include "desktop/commands/result.h"
 #include "desktop/wire/error.h"
 #include "desktop/wire/request.h"
 #include "desktop/wire/status_text.h"
@@ -27,10 +28,10 @@ int SetLogging(const ConnectionOptions& connection, LoggingLevel level, const Co
       throw Error(
           fmt::format("the handheld did not keep the setting: {}", StatusText(reply.status)));
     }
-    console.out << (level == LoggingLevel::kOff       ? "logging is off\n"
-                    : level == LoggingLevel::kVerbose ? "logging is verbose\n"
-                                                      : "logging is on\n");
-    FlushOutput(console);
+    const char* const state = level == LoggingLevel::kOff       ? "off"
+                              : level == LoggingLevel::kVerbose ? "verbose"
+                                                                : "on";
+    TellResult(console, {{"logging", state}}, fmt::format("logging is {}", state));
     return kDone;
   });
 }
@@ -49,9 +50,9 @@ int Quit(const ConnectionOptions& connection, const Console& console) {
     } catch (const Error&) {
       // It has ended without being woken.
     }
-    console.out << fmt::format("the agent at {} has been asked to end\n",
-                               ToString(connection.target));
-    FlushOutput(console);
+    const std::string address = ToString(connection.target);
+    TellResult(console, {{"asked", address}},
+               fmt::format("the agent at {} has been asked to end", address));
     return kDone;
   });
 }

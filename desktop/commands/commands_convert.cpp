@@ -5,8 +5,10 @@
 #include <algorithm>
 
 #include "common/files/atomic_file.h"
+#include "common/files/standard_streams.h"
 #include "common/text/text.h"
 #include "common/text/unicode.h"
+#include "desktop/commands/result.h"
 #include "desktop/wire/error.h"
 
 namespace desktop {
@@ -40,7 +42,7 @@ LocalNote ReadLocalNote(const ConvertOptions& options, std::string_view devicePa
                     "for another",
                     name));
   }
-  LocalNote note{files::ReadWholeFile(*options.file), *format};
+  LocalNote note{files::ReadWholeInput(*options.file), *format};
   // The handheld would take the mark for a character of the note.
   if (note.format == NoteFormat::kUnicode && note.bytes.starts_with(kUnicodeMark)) {
     note.bytes.erase(0, kUnicodeMark.size());
@@ -61,12 +63,13 @@ void WriteOut(const ConvertOptions& options, const std::string& bytes, const Con
     files::AtomicFile file(*options.output);
     file.Write(bytes);
     file.Commit();
-    console.out << fmt::format("{}: {} bytes\n", text::Shown(options.output->string()),
-                               bytes.size());
+    const std::string name = options.output->string();
+    TellResult(console, {{"file", name}, {"bytes", bytes.size()}},
+               fmt::format("{}: {} bytes", name, bytes.size()));
   } else {
     console.out << bytes;
+    FlushOutput(console);
   }
-  FlushOutput(console);
 }
 
 // Whether the note is not there any more. Not to be interrupted: the note is somebody's own.
@@ -126,9 +129,9 @@ int StoreAt(const std::string& devicePath, const ConnectionOptions& connection,
   StoreNote(connection, devicePath, note.format, note.bytes);
   // Of an empty one it is not told whether it could be made.
   if (note.bytes.empty()) FetchNote(connection, devicePath, format);
-  console.out << text::Shown(
-      fmt::format("{}: is {} on the handheld now\n", options.file->string(), devicePath));
-  FlushOutput(console);
+  const std::string name = options.file->string();
+  TellResult(console, {{"file", name}, {"path", devicePath}},
+             fmt::format("{}: is {} on the handheld now", name, devicePath));
   return kDone;
 }
 

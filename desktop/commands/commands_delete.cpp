@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "desktop/commands/commands_push.h"
+#include "desktop/commands/result.h"
 #include "desktop/records/phone_records.h"
 #include "desktop/transfer/mapping.h"
 #include "desktop/wire/error.h"
@@ -55,9 +56,9 @@ int DeleteAll(const ConnectionOptions& connection, const DeleteOptions& options,
     mapping->RemoveKind(words.name);
     mapping->Save();
   }
-  console.out << fmt::format("all {} deleted{}\n", words.plural,
-                             words.isItem ? "" : ", but for drafts and deleted items");
-  FlushOutput(console);
+  TellResult(console, {{"kind", words.name}, {"deleted", "all"}},
+             fmt::format("all {} deleted{}", words.plural,
+                         words.isItem ? "" : ", but for drafts and deleted items"));
   return kDone;
 }
 
@@ -65,7 +66,8 @@ int DeleteSome(const ConnectionOptions& connection, const DeleteOptions& options
                const Console& console) {
   std::vector<PushRecord> records;
   for (const Oid oid : options.oids) records.push_back(DeletionOf(options.kind, oid));
-  return RunPush(connection, {}, options.mapping, records, {"Deleting"}, console);
+  return RunPush(connection, {}, options.mapping, records, {.label = "Deleting", .each = true},
+                 console);
 }
 
 }  // namespace

@@ -4,13 +4,13 @@
 
 #include <algorithm>
 #include <iterator>
-#include <nlohmann/json.hpp>
 #include <string_view>
 #include <vector>
 
 #include "common/text/text.h"
 #include "desktop/commands/clock_text.h"
 #include "desktop/commands/commands_time.h"
+#include "desktop/commands/result.h"
 #include "desktop/wire/device_requests.h"
 #include "desktop/wire/error.h"
 #include "desktop/wire/status_text.h"
@@ -18,8 +18,6 @@
 
 namespace desktop {
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 struct TagRow {
   std::uint32_t id;
@@ -70,15 +68,8 @@ Json ToJson(const std::vector<Card>& cards) {
   return array;
 }
 
-// A list has a line for each of its elements.
-int PrintJson(const Json& json, const Console& console) {
-  const auto print = [&](const Json& each) {
-    console.out << each.dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
-  };
-  if (json.is_array())
-    std::ranges::for_each(json, print);
-  else
-    print(json);
+int GiveJson(const Json& json, const Console& console) {
+  PrintJson(json, console);
   FlushOutput(console);
   return kDone;
 }
@@ -154,7 +145,7 @@ std::vector<std::string> FetchKeys(const ConnectionOptions& connection, RecordKi
 int PrintInfo(const ConnectionOptions& connection, bool json, const Console& console) {
   return RunGuarded(console, [&]() -> int {
     const Info info = AskInfo(connection);
-    if (json) return PrintJson(ToJson(info), console);
+    if (json) return GiveJson(ToJson(info), console);
     console.out << InfoText(info);
     FlushOutput(console);
     return kDone;
@@ -165,7 +156,7 @@ int PrintStorage(const ConnectionOptions& connection, const std::optional<std::s
                  bool json, const Console& console) {
   return RunGuarded(console, [&]() -> int {
     const Space space = directory ? AskSpaceAt(connection, *directory) : AskTotalSpace(connection);
-    if (json) return PrintJson({{"total", space.total}, {"free", space.free}}, console);
+    if (json) return GiveJson({{"total", space.total}, {"free", space.free}}, console);
     // No card has no room at all.
     const bool none = !directory && space.total == 0;
     console.out << (none ? "no storage cards" : SpaceText(space)) << '\n';
@@ -177,7 +168,7 @@ int PrintStorage(const ConnectionOptions& connection, const std::optional<std::s
 int PrintCards(const ConnectionOptions& connection, bool json, const Console& console) {
   return RunGuarded(console, [&]() -> int {
     const std::vector<Card> cards = AskCards(connection);
-    if (json) return PrintJson(ToJson(cards), console);
+    if (json) return GiveJson(ToJson(cards), console);
     for (const Card& card : cards) {
       console.out << fmt::format("{}  {}\n", card.number, CardText(card));
     }
@@ -191,7 +182,7 @@ int PrintKeys(const ConnectionOptions& connection, RecordKind kind, bool json,
               const Console& console) {
   return RunGuarded(console, [&]() -> int {
     const std::vector<std::string> keys = FetchKeys(connection, kind);
-    if (json) return PrintJson(keys, console);
+    if (json) return GiveJson(keys, console);
     for (const std::string& key : keys) console.out << text::OnOneLine(key) << '\n';
     FlushOutput(console);
     return kDone;

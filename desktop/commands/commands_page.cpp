@@ -17,6 +17,7 @@
 #include "common/page/page_file.h"
 #include "common/phone/phone_numbers.h"
 #include "common/text/text.h"
+#include "desktop/commands/result.h"
 #include "desktop/commands/sync_targets.h"
 #include "desktop/folder/desk_folder.h"
 #include "desktop/folder/plain_file.h"
@@ -113,16 +114,17 @@ Contents ReadFolder(const SyncOptions& sync, const Console& console) {
 }
 
 void Write(const Contents& contents, const PageCommand& command, const Console& console) {
-  if (!command.output || *command.output == "-") {
+  if (!command.output) {
     page::WritePage(contents, [&](std::string_view piece) { console.out << piece; });
+    FlushOutput(console);
   } else {
     files::AtomicFile file(*command.output);
     page::WritePage(contents, [&](std::string_view piece) { file.Write(piece); });
     file.Commit();
-    console.out << text::Shown(
-        fmt::format("{}: a page, to be opened in any browser\n", command.output->string()));
+    const std::string name = command.output->string();
+    TellResult(console, {{"file", name}},
+               fmt::format("{}: a page, to be opened in any browser", name));
   }
-  FlushOutput(console);
 }
 
 }  // namespace

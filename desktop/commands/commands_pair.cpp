@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "common/text/text.h"
+#include "desktop/commands/result.h"
 #include "desktop/config/pair.h"
 #include "desktop/wire/error.h"
 
@@ -23,13 +24,35 @@ std::string KindWordsOf(const Pair& pair) {
   return words;
 }
 
-void PrintPair(const Pair& pair, const Console& console) {
+Json AsJson(const Pair& pair) {
+  Json object = {{"pair", pair.name},
+                 {"address", ToString(pair.address)},
+                 {"folder", pair.folder.string()},
+                 {"zone", pair.zone}};
+  if (!pair.country.empty()) object["country"] = pair.country;
+  if (!pair.policy.empty()) object["conflict"] = pair.policy;
+  object["kinds"] = Json::array();
+  for (const RecordKind kind : kPairKinds) {
+    if (pair.kinds.empty() || pair.kinds.contains(kind))
+      object["kinds"].push_back(WordsOf(kind).argument);
+  }
+  return object;
+}
+
+std::string WordsOfPair(const Pair& pair) {
   std::string line = fmt::format("{}: {}, {}, {}", pair.name, ToString(pair.address),
                                  pair.folder.string(), pair.zone);
   if (!pair.country.empty()) line += ", " + pair.country;
   line += ", " + KindWordsOf(pair);
   if (!pair.policy.empty()) line += ", " + pair.policy;
-  console.out << text::OnOneLine(line) << '\n';
+  return text::OnOneLine(line);
+}
+
+void PrintPair(const Pair& pair, const Console& console) {
+  if (console.json)
+    PrintJson(AsJson(pair), console);
+  else
+    console.out << WordsOfPair(pair) << '\n';
 }
 
 int PrintPairs(const Console& console) {
@@ -93,8 +116,7 @@ int SetNamedPair(const ConnectionOptions& connection, const PairOptions& options
     pair.zone = zone->name();
   }
   WritePair(pair);
-  PrintPair(pair, console);
-  FlushOutput(console);
+  TellResult(console, AsJson(pair), WordsOfPair(pair));
   return kDone;
 }
 

@@ -8,8 +8,10 @@
 
 #include "common/files/atomic_file.h"
 #include "common/terminal/progress.h"
+#include "common/terminal/tally.h"
 #include "common/text/text.h"
 #include "desktop/commands/commands_pair.h"
+#include "desktop/commands/result.h"
 #include "desktop/records/phone_records.h"
 #include "desktop/transfer/mapping.h"
 #include "desktop/transfer/record_count.h"
@@ -68,7 +70,7 @@ class PullRun {
         console_(console),
         words_(WordsOf(options.kind)),
         output_(options.output, words_.isItem, console),
-        progress_(console.err, console.errIsTerminal, fmt::format("Pulling {}", words_.plural),
+        progress_(console.err, console.showsProgress(), fmt::format("Pulling {}", words_.plural),
                   Total(options)) {
     const RecordFormat format = options.format.value_or(words_.formats[0]);
     if (NeedsMapping(format)) {
@@ -90,7 +92,7 @@ class PullRun {
     BeginOnce();
     writer_->End();
     output_.Commit(problem.empty() ? std::string_view() : kPartialSuffix);
-    for (const std::string& loss : writer_->Losses()) console_.err << text::Shown(loss) << '\n';
+    for (const std::string& loss : writer_->Losses()) SayUnlessQuiet(loss);
     if (!problem.empty()) {
       ReportPartial(problem);
     } else if (options_.output) {
@@ -196,7 +198,7 @@ class PullRun {
     BeginOnce();
     writer_->Write(record);
     ++written_;
-    if (options_.kind == RecordKind::kMessages) Say(MissingOf(record));
+    if (options_.kind == RecordKind::kMessages) SayUnlessQuiet(MissingOf(record));
   }
 
   void Say(const std::string& line) {
@@ -205,10 +207,14 @@ class PullRun {
     console_.err << text::Shown(line) << '\n';
   }
 
+  void SayUnlessQuiet(const std::string& line) {
+    if (console_.verbosity != Verbosity::kErrors) Say(line);
+  }
+
   void SayWhatIsThere(const std::filesystem::path& file) {
-    console_.out << fmt::format("{}: {} {}\n", text::Shown(file.string()), written_,
-                                written_ == 1 ? words_.name : words_.plural);
-    FlushOutput(console_);
+    TellResult(console_, {{"file", file.string()}, {"kind", words_.name}, {"count", written_}},
+               fmt::format("{}: {}", file.string(),
+                           terminal::Counted(written_, {words_.name, words_.plural})));
   }
 
   // What came complete takes the place of the file.

@@ -6,6 +6,7 @@
 #include <map>
 #include <utility>
 
+#include "common/terminal/notice_sums.h"
 #include "common/terminal/progress.h"
 #include "common/text/text.h"
 #include "desktop/commands/commands_pair.h"
@@ -17,11 +18,11 @@
 namespace desktop {
 namespace {
 
-void PrintResult(const PushResult& result, const Console& console) {
-  console.out << text::Shown(result.record->place) << ": ";
-  if (!result.record->title.empty()) console.out << text::Shown(result.record->title) << ": ";
-  console.out << OutcomeText(result) << '\n';
-  if (!result.xml.empty()) console.out << "  " << text::Shown(result.xml) << '\n';
+void PrintResult(const PushResult& result, std::ostream& to) {
+  to << text::Shown(result.record->place) << ": ";
+  if (!result.record->title.empty()) to << text::Shown(result.record->title) << ": ";
+  to << OutcomeText(result) << '\n';
+  if (!result.xml.empty()) to << "  " << text::Shown(result.xml) << '\n';
 }
 
 // A record with a state is sent as it stands.
@@ -34,26 +35,68 @@ bool IsSent(PushOutcome outcome) {
          outcome == PushOutcome::kChanged;
 }
 
-void PrintLosses(const PushRecord& record, const Console& console) {
-  for (const std::string& loss : record.losses) {
-    console.err << text::Shown(record.place + ": " + loss) << '\n';
+// What is lost on the way, by itself or summed up.
+class Losses {
+ public:
+  Losses(terminal::Progress& progress, const Console& console)
+      : progress_(progress), console_(console) {}
+
+  void Add(const PushRecord& record, const std::string& loss) {
+    if (console_.verbosity == Verbosity::kAll) {
+      Print(record.place + ": " + loss);
+    } else {
+      const std::optional<RecordKind> kind = KindNamed(record.kind);
+      if (kind) sums_.Add(loss, {WordsOf(*kind).name, WordsOf(*kind).plural});
+    }
   }
-}
+  void PrintSums() {
+    if (console_.verbosity == Verbosity::kErrors) return;
+    for (const std::string& line : sums_.Lines()) Print(line);
+  }
+
+ private:
+  void Print(const std::string& line) {
+    progress_.Hide();
+    console_.err << text::Shown(line) << '\n';
+  }
+
+  terminal::Progress& progress_;
+  const Console& console_;
+  terminal::Tally sums_;
+};
 
 // Some handhelds ignore them, and take the rest of the contact in.
-void PrintUnkeptNames(const ConnectionOptions& connection, const std::vector<PushResult>& results,
-                      terminal::Progress& progress, const Console& console) {
+void AddUnkeptNames(const ConnectionOptions& connection, const std::vector<PushResult>& results,
+                    Losses& losses) {
   std::map<Oid, const PushRecord*> sent;
   for (const PushResult& result : results) {
     if (IsSent(result.outcome)) sent[result.oid] = result.record;
   }
   for (const auto& [record, names] : FindUnkeptNames(connection, sent)) {
-    progress.Hide();
     for (const std::string& name : names) {
-      console.err << text::Shown(record->place + ": " + name + ": the handheld does not keep it")
-                  << '\n';
+      losses.Add(*record, name + ": the handheld does not keep it");
     }
   }
+}
+
+std::vector<PushRecord> ReadPushFiles(const PushOptions& options, const Console& console) {
+  terminal::NoticeSums sums;
+  const NoticeSink sink = [&](const std::filesystem::path& file, std::size_t line,
+                              const std::string& text, terminal::Noun noun, std::size_t owner) {
+    if (console.verbosity == Verbosity::kAll)
+      console.err << text::Shown(fmt::format("{}:{}: {}", file.string(), line, text)) << '\n';
+    else
+      sums.Add(file.string(), line, text, noun, owner);
+  };
+  std::vector<PushRecord> records;
+  for (const std::filesystem::path& file : options.files) {
+    for (PushRecord& record : ReadPushFile(file, options.zone, sink)) {
+      records.push_back(std::move(record));
+    }
+  }
+  if (console.verbosity != Verbosity::kErrors)
+    for (const std::string& line : sums.Lines()) console.err << text::Shown(line) << '\n';
+  return records;
 }
 
 }  // namespace
@@ -63,19 +106,24 @@ int RunPush(const ConnectionOptions& connection, const PushPolicy& policy,
             std::span<const PushRecord> records, const PushReporting& reporting,
             const Console& console) {
   Mapping known(MappingPath(mapping, connection.target));
-  terminal::Progress progress(console.err, console.errIsTerminal, reporting.label, records.size());
+  terminal::Progress progress(console.err, console.showsProgress(), reporting.label,
+                              records.size());
+  Losses losses(progress, console);
   PushSummary summary;
   std::vector<PushResult> results;
   PushSession session(connection, policy, known, [&](const PushResult& result) {
     summary.Count(result.outcome);
     results.push_back(result);
-    if (!reporting.json) {
+    const bool each = console.verbosity == Verbosity::kAll ||
+                      (reporting.each && console.verbosity == Verbosity::kSummary);
+    // Of those that were not even sent, the reason and how many they are is enough.
+    const bool failed = IsFailure(result.outcome) && result.outcome != PushOutcome::kNotSent;
+    if (!console.json && (each || failed)) {
       progress.Hide();
-      PrintResult(result, console);
+      PrintResult(result, console.verbosity == Verbosity::kErrors ? console.err : console.out);
     }
-    if (IsTakenIn(result.outcome) && !result.record->losses.empty()) {
-      progress.Hide();
-      PrintLosses(*result.record, console);
+    if (IsTakenIn(result.outcome)) {
+      for (const std::string& loss : result.record->losses) losses.Add(*result.record, loss);
     }
     progress.Update(results.size());
   });
@@ -90,34 +138,30 @@ int RunPush(const ConnectionOptions& connection, const PushPolicy& policy,
     }
   };
   attempt([&] { session.Run(records); });
-  if (code == kDone) attempt([&] { PrintUnkeptNames(connection, results, progress, console); });
+  if (code == kDone) attempt([&] { AddUnkeptNames(connection, results, losses); });
   attempt([&] { known.Save(); });
   progress.Hide();
   if (const std::size_t late = session.deletedLatecomers(); late > 0) {
     console.err << fmt::format(
         "{} more of an earlier push came late, were there twice and have been deleted\n", late);
   }
-  if (reporting.json) console.out << ResultsToJson(results);
-  console.err << SummaryText(results) << '\n';
+  losses.PrintSums();
+  if (console.json) console.out << ResultsToJson(results);
+  if (console.verbosity != Verbosity::kErrors) console.err << SummaryText(results) << '\n';
   FlushOutput(console);
   return code == kDone ? summary.exitCode() : code;
 }
 
 int Push(const ConnectionOptions& connection, const PushOptions& options, const Console& console) {
   return RunGuarded(console, [&] {
-    std::vector<PushRecord> records;
-    for (const std::filesystem::path& file : options.files) {
-      for (PushRecord& record : ReadPushFile(file, options.zone, console.err)) {
-        records.push_back(std::move(record));
-      }
-    }
+    const std::vector<PushRecord> records = ReadPushFiles(options, console);
     if (options.zoneIsGuessed && std::ranges::any_of(records, GoesByZone)) {
       TellGuessedZone(options.zone, console);
     }
     PushPolicy policy = options.policy;
     policy.country = options.country.value_or(phone::PhoneNumbers::CountryOfHost());
-    return RunPush(connection, policy, options.mapping, records, {"Pushing", options.json},
-                   console);
+    return RunPush(connection, policy, options.mapping, records,
+                   {.label = "Pushing", .each = options.policy.dryRun}, console);
   });
 }
 

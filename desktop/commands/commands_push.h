@@ -17,20 +17,20 @@ namespace desktop {
 struct PushOptions {
   std::vector<std::filesystem::path> files;
   PushPolicy policy;
-  bool json = false;
   calendar::Zone zone = calendar::Zone::OfHost();  // the handheld's
   bool zoneIsGuessed = false;                      // and to be told when times go by it
   std::optional<std::filesystem::path> mapping;    // nothing for the target's own
   std::optional<std::string> country;              // of PushPolicy; nothing for the locale's
 };
 
-// Reads all files before it sends anything. Says on the output what became of each record, and on
-// the error output what those that were sent lost.
+// Reads all files before it sends anything. Says on the output what became of each record where
+// that is wanted, and of those that failed always; and on the error output what those that were
+// sent lost.
 int Push(const ConnectionOptions& connection, const PushOptions& options, const Console& console);
 
 struct PushReporting {
   std::string label;  // of the progress bar
-  bool json = false;
+  bool each = false;  // a line a record, which is else for Verbosity::kAll
 };
 
 // A session with its progress and its report. Gives the exit code. Throws Error when the mapping or

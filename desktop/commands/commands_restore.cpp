@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "common/text/text.h"
+#include "desktop/commands/result.h"
 #include "desktop/commands/sync_targets.h"
 #include "desktop/sync/restore.h"
 
@@ -11,7 +12,10 @@ namespace {
 
 int ListRuns(const std::filesystem::path& folder, const Console& console) {
   for (const SavedRun& run : RestorableRuns(folder)) {
-    console.out << text::Shown(fmt::format("{}  {}\n", run.time, run.what));
+    if (console.json)
+      PrintJson({{"time", run.time}, {"what", run.what}}, console);
+    else
+      console.out << text::Shown(fmt::format("{}  {}\n", run.time, run.what));
   }
   FlushOutput(console);
   return kDone;
@@ -25,9 +29,10 @@ int RestoreTime(const SyncTarget& target, const std::string& time, const Console
   for (const std::string& problem : results.problems) {
     console.err << text::Shown(problem) << '\n';
   }
-  console.out << fmt::format("as before {}: {} changed on the desk, {} on the handheld\n",
-                             results.time, results.desk, results.handheld);
-  FlushOutput(console);
+  TellResult(console,
+             {{"time", results.time}, {"desk", results.desk}, {"handheld", results.handheld}},
+             fmt::format("as before {}: {} changed on the desk, {} on the handheld", results.time,
+                         results.desk, results.handheld));
   return results.problems.empty() ? kDone : kPartlyDone;
 }
 

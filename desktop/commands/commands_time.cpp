@@ -2,8 +2,7 @@
 
 #include <fmt/format.h>
 
-#include <nlohmann/json.hpp>
-
+#include "desktop/commands/result.h"
 #include "desktop/wire/error.h"
 #include "desktop/wire/request.h"
 #include "desktop/wire/status_text.h"
@@ -45,7 +44,10 @@ UtcTime AskTime(const ConnectionOptions& connection) {
 int GetTime(const ConnectionOptions& connection, bool json, const Console& console) {
   return RunGuarded(console, [&] {
     const std::string time = FormatTime(AskTime(connection));
-    console.out << (json ? nlohmann::json{{"time", time}}.dump() : time) << '\n';
+    if (json)
+      PrintJson({{"time", time}}, console);
+    else
+      console.out << time << '\n';
     FlushOutput(console);
     return kDone;
   });
@@ -62,8 +64,7 @@ int SetTime(const ConnectionOptions& connection, std::optional<UtcTime> time,
       shown = AskTime(connection);
     }
     wanted = time ? *time : Now();
-    console.out << FormatTime(shown) << '\n';
-    FlushOutput(console);
+    TellResult(console, {{"time", FormatTime(shown)}}, FormatTime(shown));
     if (shown < wanted - kMoved || shown > wanted + kMoved) {
       console.err << fmt::format(
           "corvane-desktop: the handheld was told {} and took another time\n", FormatTime(wanted));

@@ -7,9 +7,13 @@
 #include <string>
 #include <string_view>
 
+#include "common/terminal/verbosity.h"
+
 namespace desktop {
 
 enum ExitCode : int { kDone = 0, kFailed = 1, kUsage = 2, kPartlyDone = 3 };
+
+using terminal::Verbosity;
 
 struct Console {
   std::ostream& out;
@@ -18,6 +22,13 @@ struct Console {
   bool errIsTerminal = false;
   bool inIsTerminal = false;
   int inFd = -1;  // behind in, to wait at together with an interruption; -1 for none
+  bool outIsTerminal = false;
+  Verbosity verbosity = Verbosity::kSummary;
+  bool json = false;  // results as lines of JSON
+
+  [[nodiscard]] bool showsProgress() const {
+    return errIsTerminal && verbosity != Verbosity::kErrors;
+  }
 };
 
 // Runs a command, and turns what it throws into a message and kFailed.

@@ -66,6 +66,10 @@ std::string OutcomeText(const PushResult& result) {
   return text;
 }
 
+bool IsFailure(PushOutcome outcome) {
+  return RowOf(outcome).failure;
+}
+
 bool IsTakenIn(PushOutcome outcome) {
   return RowOf(outcome).takenIn;
 }

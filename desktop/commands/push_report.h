@@ -13,6 +13,8 @@ namespace desktop {
 // "added with OID 12", "failed: 0x80040066 (text too long)".
 std::string OutcomeText(const PushResult& result);
 
+bool IsFailure(PushOutcome outcome);
+
 // Whether the handheld now has the record, or would have it: what it loses is worth telling.
 bool IsTakenIn(PushOutcome outcome);
 

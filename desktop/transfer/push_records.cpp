@@ -8,12 +8,11 @@
 #include <span>
 #include <utility>
 
-#include "common/files/atomic_file.h"
+#include "common/files/standard_streams.h"
 #include "common/formats/icalendar/icalendar.h"
 #include "common/formats/items/identity.h"
 #include "common/formats/items/normal_form.h"
 #include "common/formats/vcard/vcard.h"
-#include "common/text/text.h"
 #include "desktop/records/appointment_xml.h"
 #include "desktop/records/contact_xml.h"
 #include "desktop/records/task_xml.h"
@@ -48,11 +47,12 @@ FileKind KindOf(const std::filesystem::path& path, std::string_view bytes) {
   return formats::LooksLikeICalendar(bytes) ? FileKind::kICalendar : FileKind::kVCards;
 }
 
+constexpr terminal::Noun kContacts = {"contact", "contacts"};
+constexpr terminal::Noun kTimes = {"time", "times"};
+
 void Report(const std::filesystem::path& path, std::span<const formats::Notice> notices,
-            std::ostream& to) {
-  for (const formats::Notice& notice : notices) {
-    to << text::Shown(Place(path, notice.line) + ": " + notice.text) << '\n';
-  }
+            const NoticeSink& to, terminal::Noun noun, std::size_t owner = 0) {
+  for (const formats::Notice& notice : notices) to(path, notice.line, notice.text, noun, owner);
 }
 
 template <typename Item>
@@ -71,25 +71,25 @@ PushRecord FromItem(std::string place, std::string_view kind, const Item& item, 
 }
 
 std::vector<PushRecord> FromVCards(const std::filesystem::path& path, std::string_view bytes,
-                                   std::ostream& notices) {
+                                   const NoticeSink& notices) {
   const formats::VCardFile file = formats::ReadVCards(bytes);
   std::vector<PushRecord> records;
   for (const formats::ParsedContact& parsed : file.contacts) {
-    Report(path, parsed.notices, notices);
+    Report(path, parsed.notices, notices, kContacts, records.size() + 1);
     records.push_back(RecordOf(Place(path, parsed.line), parsed.contact));
   }
-  Report(path, file.notices, notices);
+  Report(path, file.notices, notices, kContacts);
   if (records.empty()) throw Error(fmt::format("{}: no vCard in it", path.string()));
   return records;
 }
 
 std::vector<PushRecord> FromICalendar(const std::filesystem::path& path, std::string_view bytes,
-                                      const Zone& zone, std::ostream& notices) {
+                                      const Zone& zone, const NoticeSink& notices) {
   if (!formats::LooksLikeICalendar(bytes)) {
     throw Error(fmt::format("{}: no calendar in it", path.string()));
   }
   const formats::CalendarFile file = formats::ReadICalendar(bytes, zone);
-  Report(path, file.notices, notices);
+  Report(path, file.notices, notices, kTimes);
   std::multimap<std::size_t, PushRecord> byLine;
   for (const formats::ParsedAppointment& parsed : file.appointments) {
     byLine.emplace(parsed.line, RecordOf(Place(path, parsed.line), parsed.appointment, zone));
@@ -124,7 +124,7 @@ PushRecord FromXmlRecord(const std::filesystem::path& path, Record& parsed, cons
 }
 
 std::vector<PushRecord> FromXml(const std::filesystem::path& path, std::string_view bytes,
-                                const Zone& zone, std::ostream& notices) {
+                                const Zone& zone, const NoticeSink& notices) {
   std::vector<Record> parsed;
   try {
     parsed = ParseRecords(bytes);
@@ -136,8 +136,8 @@ std::vector<PushRecord> FromXml(const std::filesystem::path& path, std::string_v
     if (IsTakenByAgent(each.element.name)) {
       records.push_back(FromXmlRecord(path, each, zone));
     } else {
-      notices << text::Shown(Place(path, each.line) + ": " + each.element.name)
-              << ": the handheld takes in no such record\n";
+      notices(path, each.line, each.element.name + ": the handheld takes in no such record", kTimes,
+              0);
     }
   }
   return records;
@@ -162,8 +162,8 @@ PushRecord RecordOf(std::string place, const formats::Task& task) {
 }
 
 std::vector<PushRecord> ReadPushFile(const std::filesystem::path& path, const Zone& zone,
-                                     std::ostream& notices) {
-  const std::string bytes = files::ReadWholeFile(path);
+                                     const NoticeSink& notices) {
+  const std::string bytes = files::ReadWholeInput(path);
   if (bytes.find_first_not_of(kBlanks) == std::string::npos) return {};
   switch (KindOf(path, bytes)) {
     case FileKind::kXml:

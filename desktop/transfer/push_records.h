@@ -1,9 +1,10 @@
 // What a person hands in to be sent, file by file.
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <optional>
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,7 @@
 #include "common/formats/items/appointment.h"
 #include "common/formats/items/contact.h"
 #include "common/formats/items/task.h"
+#include "common/terminal/tally.h"
 #include "desktop/records/record_kind.h"
 #include "desktop/wire/xml_records.h"
 
@@ -30,13 +32,18 @@ struct PushRecord {
   bool deletes = false;
 };
 
+// What was read and cannot be sent: of a line of a file, about so many of what the noun says, of
+// which the owner is one (see terminal::NoticeSums).
+using NoticeSink =
+    std::function<void(const std::filesystem::path& file, std::size_t line, const std::string& text,
+                       terminal::Noun noun, std::size_t owner)>;
+
 // Contacts of a vCard file, appointments and tasks of an iCalendar file, or the records of an XML
 // document that the agent takes in. Which of them it is, the extension says (.vcf, .vcard, .ics,
-// .xml), otherwise the content. The zone is the handheld's. What was read but cannot be sent goes
-// to notices as FILE:LINE: text. Throws Error when the file cannot be read, is malformed, or is no
-// vCard or iCalendar file though it should be.
+// .xml), otherwise the content; "-" is the standard input. The zone is the handheld's. Throws Error
+// when the file cannot be read, is malformed, or is no vCard or iCalendar file though it should be.
 std::vector<PushRecord> ReadPushFile(const std::filesystem::path& path, const calendar::Zone& zone,
-                                     std::ostream& notices);
+                                     const NoticeSink& notices);
 
 // As ReadPushFile makes it of the item, which stands at that place.
 PushRecord RecordOf(std::string place, const formats::Contact& contact);

@@ -16,6 +16,7 @@
 
 #include "common/files/atomic_file.h"
 #include "common/files/error.h"
+#include "common/files/standard_streams.h"
 #include "common/files/tar.h"
 #include "common/formats/items/identity.h"
 #include "common/text/text.h"
@@ -42,10 +43,6 @@ constexpr char kSums[] = "corvane-sums";
 constexpr char kRegistry[] = "registry.reg";
 constexpr char kStore[] = "store.db";
 constexpr std::size_t kPieceOfFile = 256 * 1024;
-
-bool IsStandard(const fs::path& file) {
-  return file == "-";
-}
 
 [[noreturn]] void FailOn(const fs::path& path, const char* what) {
   throw files::Error(path.string() + " cannot be " + what + ": " + std::strerror(errno));
@@ -196,7 +193,7 @@ class BackupReader {
 };
 
 void ReadBackup(const fs::path& file, const fs::path& directory) try {
-  if (IsStandard(file)) return BackupReader(std::cin, directory).Run();
+  if (files::IsStandard(file)) return BackupReader(std::cin, directory).Run();
   std::ifstream in(file, std::ios::binary);
   if (!in) throw files::Error(std::strerror(errno));
   BackupReader(in, directory).Run();
@@ -258,7 +255,7 @@ void CloneStore(Session& session, const fs::path& to) {
 }  // namespace
 
 Outcome BackUp(Session& session, const fs::path& file, const Report& report) {
-  const bool toPipe = IsStandard(file);
+  const bool toPipe = files::IsStandard(file);
   const bool besideFile = !toPipe && (fs::is_regular_file(file) || !fs::exists(file));
   const WorkDirectory work(besideFile ? fs::absolute(file).parent_path()
                                       : fs::temp_directory_path());

@@ -3,11 +3,13 @@
 #include <fmt/core.h>
 
 #include <fstream>
+#include <iostream>
 #include <iterator>
 #include <sstream>
 #include <string>
 #include <utility>
 
+#include "common/files/standard_streams.h"
 #include "common/formats/backup/sms_backup.h"
 #include "common/formats/icalendar/icalendar.h"
 #include "common/formats/json/message_json.h"
@@ -120,27 +122,32 @@ std::size_t ImportRecords(Session& session, FileKind kind, std::istream& stream,
                                   : ImportCalendar(bytes, session.Zone(), imports);
 }
 
+// What can be read again from its beginning is not held in memory.
+std::size_t ImportStream(Session& session, const fs::path& file, std::istream& stream,
+                         Imports& imports, FileKind& kind) {
+  std::string beginning = ReadBeginning(stream);
+  kind = FileKindOf(file, beginning);
+  stream.clear();
+  if (!files::IsStandard(file) && stream.seekg(0))
+    return ImportRecords(session, kind, stream, imports);
+  stream.clear();
+  std::istringstream whole(std::move(beginning) + ReadRest(stream));
+  return ImportRecords(session, kind, whole, imports);
+}
+
 // False when nothing could be taken from the file.
 bool ImportFile(Session& session, const fs::path& file, Imports& imports) {
   std::error_code none;
-  std::ifstream stream(file, std::ios::binary);
+  std::ifstream opened;
+  const bool standard = files::IsStandard(file);
+  if (!standard) opened.open(file, std::ios::binary);
   imports.report.Begin(file);
-  if (!stream || fs::is_directory(file, none)) {
+  if (!opened || fs::is_directory(file, none)) {
     imports.report.EndInProblem(file.string() + " cannot be read");
     return false;
   }
-  std::string beginning = ReadBeginning(stream);
-  const FileKind kind = FileKindOf(file, beginning);
-  stream.clear();
-  std::size_t records = 0;
-  if (stream.seekg(0)) {
-    records = ImportRecords(session, kind, stream, imports);
-  } else {  // a pipe
-    stream.clear();
-    std::istringstream whole(std::move(beginning) + ReadRest(stream));
-    records = ImportRecords(session, kind, whole, imports);
-  }
-  if (records > 0) return true;
+  FileKind kind = FileKind::kCards;
+  if (ImportStream(session, file, standard ? std::cin : opened, imports, kind) > 0) return true;
   imports.report.EndInProblem(fmt::format("{}: no {} in it", file.string(), NameOf(kind)));
   return false;
 }

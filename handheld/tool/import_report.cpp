@@ -19,7 +19,6 @@ void ImportReport::Begin(const std::filesystem::path& file) {
   record_ = 0;
   steps_ = 0;
   notices_ = {};
-  remarks_ = {};
   ExpectRecords(0);
 }
 
@@ -41,13 +40,7 @@ void ImportReport::Say(std::FILE* to, std::string_view line) {
 void ImportReport::Notice(std::size_t line, std::string_view text) {
   ++tally_.notices;
   if (IsVerbose()) return Say(report_.err, fmt::format("{}:{}: {}", file_->string(), line, text));
-  if (const std::size_t colon = text.find(": "); colon != text.npos) {
-    notices_.Add(fmt::format("{}: {}", file_->string(), text.substr(0, colon)), noun_,
-                 text.substr(colon + 2), record_);
-  } else {
-    const auto [place, isNew] = remarks_.try_emplace(std::string(text), Remark{line, 0});
-    ++place->second.count;
-  }
+  notices_.Add(file_->string(), line, text, noun_, record_);
 }
 
 void ImportReport::SummedNotice(std::size_t line, std::string_view text) {
@@ -89,15 +82,7 @@ void ImportReport::EndInProblem(std::string_view text) {
 
 void ImportReport::SayNotices() {
   if (report_.verbosity == Verbosity::kErrors) return;
-  const std::string file = file_->string();
-  for (const auto& [text, remark] : remarks_) {
-    if (remark.count == 1)
-      Tell(report_.err, "{}:{}: {}\n", file, remark.line, text);
-    else
-      Tell(report_.err, "{}: {}: {} times\n", file, text, terminal::Grouped(remark.count));
-  }
   for (const std::string& line : notices_.Lines()) Tell(report_.err, "{}\n", line);
-  if (!notices_.empty()) Tell(report_.err, "{}: -v names each with its line\n", file);
 }
 
 void ImportReport::End() {

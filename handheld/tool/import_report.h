@@ -4,13 +4,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
 
+#include "common/terminal/notice_sums.h"
 #include "common/terminal/progress.h"
-#include "common/terminal/tally.h"
 #include "handheld/tool/report.h"
 
 namespace tool {
@@ -68,12 +67,7 @@ class ImportReport {
   std::size_t steps_ = 0;
   std::size_t record_ = 0;
   std::string stored_;  // lines about records that wait for SayStored
-  terminal::Tally notices_;
-  struct Remark {
-    std::size_t line;  // of the first one
-    std::size_t count;
-  };
-  std::map<std::string, Remark> remarks_;  // notices that name no property, by their texts
+  terminal::NoticeSums notices_;
 };
 
 }  // namespace tool

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "common/command_line/description.h"
+#include "common/files/standard_streams.h"
 #include "handheld/tool/backup_commands.h"
 #include "handheld/tool/card_commands.h"
 #include "handheld/tool/clock_commands.h"
@@ -197,10 +198,18 @@ void AddImport(CLI::App& app, Arguments& a, Command& chosen) {
   import
       ->add_option("FILE", a.files,
                    "vCard (2.1, 3.0, 4.0), iCalendar, backups of messages and calls (XML), "
-                   "messages and calls as lines of JSON")
+                   "messages and calls as lines of JSON; - for the standard input")
       ->required();
   import->add_flag("--dry-run", a.import.dryRun, "Only say what would be done");
   import->add_flag("--duplicate", a.import.duplicate, "Add what was imported before once more");
+}
+
+// "-" is the standard output, which is meant without the option, too.
+void AddOutput(CLI::App& command, Arguments& a, const char* help) {
+  const auto set = [&a](const std::string& file) {
+    if (!files::IsStandard(file)) a.output = file;
+  };
+  command.add_option_function<std::string>("-o,--output", set, help)->type_name("FILE");
 }
 
 void AddExport(CLI::App& app, Arguments& a, Command& chosen) {
@@ -213,8 +222,7 @@ void AddExport(CLI::App& app, Arguments& a, Command& chosen) {
     if (a.birthdays != a.kind.empty())
       throw CLI::ValidationError("KIND", "or --birthdays: one of them is wanted");
   });
-  out->add_option("-o,--output", a.output, "The file (default: standard output)")
-      ->type_name("FILE");
+  AddOutput(*out, a, "The file (default: standard output)");
   out->add_option("--vcard-version", a.vcardVersion, "Of contacts: 3.0 or 4.0")
       ->check(CLI::IsMember({"3.0", "4.0"}))
       ->capture_default_str();
@@ -228,8 +236,7 @@ void AddPage(CLI::App& app, Arguments& a, Command& chosen) {
       app, "page", "Write all of it as one page, to look at in any browser", a, chosen,
       [&](auto& session, auto& report) { return tool::MakePage(session, a.output, report); },
       tool::Use::kLook);
-  page->add_option("-o,--output", a.output, "The HTML file (default: standard output)")
-      ->type_name("FILE");
+  AddOutput(*page, a, "The HTML file (default: standard output)");
 }
 
 bool IsCalendar(const std::string& kind) {
@@ -346,7 +353,7 @@ void AddFileCommands(CLI::App& app, Arguments& a, Command& chosen) {
       app, "note", "Put a note on it", a, chosen,
       [&](auto& session, auto& report) { return tool::AddNote(session, a.file, a.name, report); });
   note->add_option("VERB", a.verb, "add")->required()->check(CLI::IsMember({"add"}));
-  note->add_option("FILE", a.file, "The note's file")->required();
+  note->add_option("FILE", a.file, "The note's file; - for the standard input")->required();
   note->add_option("NAME", a.name,
                    "Its name in \"\\My Documents\", or its path from a separator on (default: the "
                    "file's name)");

@@ -4,8 +4,8 @@
 
 #include <string_view>
 
-#include "common/files/atomic_file.h"
 #include "common/files/error.h"
+#include "common/files/standard_streams.h"
 #include "common/text/unicode.h"
 #include "handheld/ink/note_formats.h"
 #include "handheld/system/device_path.h"
@@ -93,7 +93,9 @@ class NewFile {
 
 Outcome AddNote(Session& session, const std::filesystem::path& file,
                 const std::optional<std::string>& name, const Report& report) {
-  const std::string bytes = files::ReadWholeFile(file);
+  if (files::IsStandard(file) && !name)
+    throw UsageError("a note from the standard input needs a NAME");
+  const std::string bytes = files::ReadWholeInput(file);
   if (bytes.size() > ce::host::kMaxNoteBytes)
     throw UsageError(
         fmt::format("{}: a note has at most {} bytes", file.string(), ce::host::kMaxNoteBytes));

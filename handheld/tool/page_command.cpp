@@ -93,13 +93,12 @@ Outcome MakePage(Session& session, const std::optional<fs::path>& file, const Re
       },
       [&](const std::string& problem) { contents.remarks.push_back(problem); });
   AddVolumes(handheld, contents);
-  const bool toFile = file && *file != "-";
-  Output output(toFile ? file : std::nullopt, report);
+  Output output(file, report);
   page::WritePage(contents, [&](std::string_view piece) { output << piece; });
   output.Finish();
   for (const std::string& remark : contents.remarks)
     Tell(report.err, "corvane-device: {}\n", remark);
-  if (toFile)
+  if (file)
     TellResult(report, {{"file", file->string()}}, "{}: a page, to be opened in any browser\n",
                file->string());
   return contents.remarks.empty() ? Outcome::kDone : Outcome::kPartlyDone;

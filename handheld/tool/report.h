@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "common/terminal/verbosity.h"
 #include "common/text/text.h"
 
 namespace tool {
@@ -15,9 +16,7 @@ namespace tool {
 // The program's exit code.
 enum class Outcome { kDone = 0, kFailed = 1, kPartlyDone = 3 };
 
-// How much is said: with kErrors nothing else but what was asked for, with kAll each notice and
-// each record by itself.
-enum class Verbosity { kErrors, kSummary, kAll };
+using terminal::Verbosity;
 
 // Results go to `out`; errors and notices to `err`, as lines "corvane-device: …" or "FILE:LINE: …".
 struct Report {

@@ -141,6 +141,7 @@ class PushTest : public CommandTest {
     options_.mapping = directory_ / "map.json";
     options_.files = {directory_ / "in.vcf"};
     options_.policy.quiet = {};
+    console_.console.verbosity = Verbosity::kAll;
   }
 
   int Run(const ConnectionOptions& connection) {

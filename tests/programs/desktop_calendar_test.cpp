@@ -46,7 +46,9 @@ class DesktopCalendar : public ToolTest {
     ASSERT_EQ(made.code, 0) << made.err;
     StartAgent(Path("handheld"));
   }
-  Ended Push(const std::string& file) { return Desktop({"push", "--zone", "Europe/Berlin", file}); }
+  Ended Push(const std::string& file) {
+    return Desktop({"push", "-v", "--zone", "Europe/Berlin", file});
+  }
   Ended Pull(const std::string& kind, Arguments more = {}) {
     Arguments arguments{"pull", kind, "--zone", "Europe/Berlin"};
     arguments.insert(arguments.end(), more.begin(), more.end());
@@ -166,8 +168,8 @@ TEST_F(DesktopCalendar, SeesWhatHasBeenChangedOnTheHandheld) {
 }
 
 TEST_F(DesktopCalendar, PushesTheSamplesOnceAndKnowsThemEverAfter) {
-  const Arguments samples{"push", "--zone", "Europe/Berlin", Sample("calendar.ics"),
-                          Sample("tasks.ics")};
+  const Arguments samples{
+      "push", "-v", "--zone", "Europe/Berlin", Sample("calendar.ics"), Sample("tasks.ics")};
   const Ended first = Desktop(samples);
   EXPECT_EQ(first.code, 0) << first.out << first.err;
   const Ended second = Desktop(samples);

@@ -32,12 +32,12 @@ class DesktopPush : public ToolTest {
 TEST_F(DesktopPush, AddsOnceAndThenKnowsThemUnchanged) {
   const std::string file = File("two.vcf", kTwo);
   ExpectPush(
-      Desktop({"push", file}),
+      Desktop({"push", "-v", file}),
       file + ":1: Brook, Ada: added with OID 1\n" + file + ":8: Field, Ben: added with OID 2\n",
       "2 added\n");
   const std::string contacts = Pulled();
   ExpectPush(
-      Desktop({"push", file}),
+      Desktop({"push", "-v", file}),
       file + ":1: Brook, Ada: unchanged (OID 1)\n" + file + ":8: Field, Ben: unchanged (OID 2)\n",
       "2 unchanged\n");
   EXPECT_EQ(Pulled(), contacts);
@@ -45,11 +45,11 @@ TEST_F(DesktopPush, AddsOnceAndThenKnowsThemUnchanged) {
 
 TEST_F(DesktopPush, ChangesTheSameItemAfterAnEdit) {
   const std::string file = File("two.vcf", kTwo);
-  Desktop({"push", file});
+  Desktop({"push", "-v", file});
   std::string edited = kTwo;
   File("two.vcf", edited.replace(edited.find("CELL:01"), 7, "CELL:02"));
   ExpectPush(
-      Desktop({"push", file}),
+      Desktop({"push", "-v", file}),
       file + ":1: Brook, Ada: changed (OID 1)\n" + file + ":8: Field, Ben: unchanged (OID 2)\n",
       "1 changed, 1 unchanged\n");
   EXPECT_EQ(Pulled(),
@@ -126,7 +126,7 @@ TEST_F(DesktopPush, NamesPhoneticNamesThatTheHandheldIgnores) {
   const std::string file = File(
       "sato.vcf",
       "BEGIN:VCARD\nVERSION:3.0\nUID:s\nN:Sato;Eri;;;\nX-PHONETIC-LAST-NAME:satou\nEND:VCARD\n");
-  EXPECT_EQ(Desktop({"push", file}).err,
+  EXPECT_EQ(Desktop({"push", "-v", file}).err,
             file + ":1: YomiLastName: the handheld does not keep it\n1 added\n");
 }
 

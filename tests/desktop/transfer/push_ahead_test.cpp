@@ -99,7 +99,7 @@ TEST_F(PushAhead, KeepsTheOrderAmongThoseThatAreNotSent) {
 TEST_F(PushAhead, TellsOfNothingThatTheNextOneWouldNotRecognise) {
   Input(Cards(7));
   options_.policy.chunk = 2;
-  std::ostringstream notices;
+  const NoticeSink notices = [](const auto&...) {};
   const auto records = ReadPushFile(options_.files[0], options_.zone, notices);
   FakeAgent agent({store_.Serve()});
   std::size_t told = 0;

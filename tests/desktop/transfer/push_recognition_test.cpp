@@ -169,7 +169,7 @@ TEST_F(PushRecognition, ADryRunSaysWhatARunDoes) {
         Card("same", "Same") + Card("theirs", "Theirs") + Card("new", "New") + Card("new", "New") +
         Card("new", "Newer") + Card("there", "There"));
   options_.files.push_back(directory_ / "changes.xml");
-  options_.json = true;
+  console_.console.json = true;
   options_.policy.dryRun = true;
   const auto items = store_.items;
   const std::string mapping = directory_.Read("map.json");

@@ -195,7 +195,7 @@ TEST_F(PushTest, ShowsInADryRunWhatItWouldSend) {
 TEST_F(PushTest, GivesItsResultsAsJson) {
   Input(Card("u1", "Lee") + Card("u2", "Toolong"));
   store_.refused = "Toolong";
-  options_.json = true;
+  console_.console.json = true;
   EXPECT_EQ(PushTo(store_), kPartlyDone);
   const auto results = corvane::testing::JsonLines(out());
   ASSERT_EQ(results.size(), 2U);
@@ -263,7 +263,7 @@ TEST_F(PushTest, HashesStayTheSameOverVersions) {
   Input(
       "BEGIN:VCARD\nVERSION:3.0\nN:Lee;Ann;;;\nFN:Ann Lee\nUID:ann\nNOTE:a\\nb \"q\" \\\\ back\n"
       "BDAY:1970-02-28\nCATEGORIES:x,y\nEND:VCARD\n");
-  std::ostringstream notices;
+  const NoticeSink notices = [](const auto&...) {};
   std::vector<PushRecord> records = ReadPushFile(directory_ / "in.ics", ZoneNamed("UTC"), notices);
   for (PushRecord& record : ReadPushFile(options_.files[0], ZoneNamed("UTC"), notices)) {
     records.push_back(std::move(record));

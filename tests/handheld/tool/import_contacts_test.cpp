@@ -49,8 +49,8 @@ TEST_F(ImportContacts, SumsNoticesByWhatTheyAreAbout) {
   EXPECT_EQ(err_, name + ":13: 1 line outside any vCard left out\n" + name +
                       ": VERSION is missing, read as 3.0: 2 times\n" + name +
                       ": PHOTO: 2 contacts (a contact holds no pictures)\n" + name +
-                      ": BDAY: 1 contact (a date without a year cannot be kept: --0917)\n" + name +
-                      ": -v names each with its line\n");
+                      ": BDAY: 1 contact (a date without a year cannot be kept: --0917)\n" +
+                      "-v names each of them with its line\n");
   EXPECT_NE(out_.find("; 7 notices\n"), std::string::npos) << out_;
 }
 

@@ -122,8 +122,6 @@ TEST_F(PageCommand, GoesToAFileAsAWhole) {
   EXPECT_EQ(make(file), Outcome::kDone);
   EXPECT_EQ(out_, file.string() + ": a page, to be opened in any browser\n");
   EXPECT_EQ(DataIn(ReadFile(file))["name"], "handheld");
-  EXPECT_EQ(make("-"), Outcome::kDone);
-  EXPECT_EQ(DataIn(out_)["name"], "handheld");
 }
 
 TEST_F(PageCommand, LeavesNothingOfItsCopyBehind) {
