@@ -1,10 +1,12 @@
 #include "desktop/sync/item_fields.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <string_view>
 #include <type_traits>
 #include <utility>
 
+#include "common/formats/items/identity.h"
 #include "desktop/merge/field_words.h"
 
 namespace desktop {
@@ -18,7 +20,10 @@ class Differences {
  public:
   template <typename T>
   void Compare(std::string_view name, const T& a, const T& b) {
-    if (a != b && (names_.empty() || names_.back() != name)) names_.emplace_back(name);
+    if (a != b) Add(name);
+  }
+  void Add(std::string_view name) {
+    if (names_.empty() || names_.back() != name) names_.emplace_back(name);
   }
   std::vector<std::string> names() && { return std::move(names_); }
 
@@ -26,12 +31,32 @@ class Differences {
   std::vector<std::string> names_;
 };
 
+// As the common form has them, which takes longer to make than most contacts need.
+std::string FiledAs(const Contact& contact) {
+  using Field = formats::ContactField;
+  std::string text = CommonText(contact[Field::kFileAs]);
+  if (!text.empty()) return text;
+  Contact named;
+  for (const Field field : {Field::kFirstName, Field::kLastName, Field::kCompanyName}) {
+    named[field] = CommonText(contact[field]);
+  }
+  return formats::WithFileAs(std::move(named))[Field::kFileAs];
+}
+
+std::vector<std::string> CommonCategories(std::vector<std::string> names) {
+  for (std::string& name : names) name = CommonText(std::move(name));
+  std::ranges::sort(names);
+  return names;
+}
+
 void CompareFields(const Contact& a, const Contact& b, Differences& differences) {
   for (std::size_t i = 0; i < formats::kContactFieldCount; ++i) {
     const auto field = static_cast<formats::ContactField>(i);
-    differences.Compare(FieldWords(field), a[field], b[field]);
+    const bool same = field == formats::ContactField::kFileAs ? FiledAs(a) == FiledAs(b)
+                                                              : SameText(a[field], b[field]);
+    if (!same) differences.Add(FieldWords(field));
   }
-  differences.Compare("Categories", a.categories, b.categories);
+  differences.Compare("Categories", CommonCategories(a.categories), CommonCategories(b.categories));
   differences.Compare("Birthday", a.birthday, b.birthday);
   differences.Compare("Anniversary", a.anniversary, b.anniversary);
 }
@@ -72,9 +97,13 @@ void CompareFields(const Task& a, const Task& b, Differences& differences) {
 }  // namespace
 
 std::vector<std::string> DifferentFields(const Item& a, const Item& b) {
+  Differences differences;
+  if (const auto* contact = std::get_if<Contact>(&a)) {
+    CompareFields(*contact, std::get<Contact>(b), differences);
+    return std::move(differences).names();
+  }
   const Item commonA = CommonForm(a);
   const Item commonB = CommonForm(b);
-  Differences differences;
   std::visit(
       [&](const auto& first) {
         using Kind = std::remove_cvref_t<decltype(first)>;
