@@ -51,6 +51,7 @@ const std::map<std::string, FormatWord> kFormatWords = {
     {"ics", {RecordFormat::kIcs, "ics is for the calendar and tasks"}},
     {"xml", {RecordFormat::kXml}},
     {"json", {RecordFormat::kJson}},
+    {"csv", {RecordFormat::kCsv, "csv is for contacts and calls"}},
     {"smsbackup", {RecordFormat::kSmsBackup, "smsbackup is for messages and calls"}},
 };
 
@@ -88,7 +89,7 @@ std::function<void()> ToRun(CommandLine& line, Run run, Options&... options) {
 
 // Kind, identifiers and format may stand in any order on the command line.
 void BringTogether(const std::optional<FormatWord>& format, PullOptions& pull) {
-  if (!WordsOf(pull.kind).isItem && !pull.oids.empty()) {
+  if (!WordsOf(pull.kind).isItem && !(pull.oids.empty() && pull.uids.empty())) {
     throw CLI::ValidationError("--oid", "messages and calls are pulled all together");
   }
   if (!format) return;
@@ -171,9 +172,12 @@ void AddPull(CLI::App& app, CommandLine& line) {
            RecordKind::kTasks, RecordKind::kMessages, RecordKind::kCalls},
           "contacts, contacts2 for their second form, calendar, tasks, messages or calls");
   AddOids(command, line.pull.oids);
-  AddChoice<FormatWord>(command, "--format", line.format, kFormatWords,
-                        "vcf (contacts), ics (calendar, tasks) and json (messages, calls: an "
-                        "object a line) are the defaults; xml or json; smsbackup (messages, calls)")
+  AddUids(command, line.pull.uids);
+  AddChoice<FormatWord>(
+      command, "--format", line.format, kFormatWords,
+      "vcf (contacts), ics (calendar, tasks) and json (messages, calls: an "
+      "object a line) are the defaults; xml or json; smsbackup (messages, calls); csv "
+      "(contacts, calls)")
       ->type_name("FORMAT");
   AddPlace(command, line);
   AddChoice<formats::VCardVersion>(
@@ -225,10 +229,12 @@ void AddDelete(CLI::App& app, CommandLine& line) {
       {RecordKind::kContacts, RecordKind::kAppointments, RecordKind::kTasks, RecordKind::kMessages},
       "contacts, calendar, tasks or messages");
   AddOids(command, line.remove.oids);
+  AddUids(command, line.remove.uids);
   command.add_flag("--yes", line.remove.yes, "Delete all without asking");
   AddMapping(command, line.remove.mapping);
   command.callback([&line, run = ToRun(line, Delete, line.remove)] {
-    if (!WordsOf(line.remove.kind).isItem && !line.remove.oids.empty()) {
+    if (!WordsOf(line.remove.kind).isItem &&
+        !(line.remove.oids.empty() && line.remove.uids.empty())) {
       throw CLI::ValidationError("--oid", "messages are deleted all together");
     }
     run();

@@ -53,6 +53,13 @@ void AddOids(CLI::App& command, std::vector<Oid>& oids) {
       ->type_name("N");
 }
 
+void AddUids(CLI::App& command, std::vector<std::string>& uids) {
+  command
+      .add_option("--uid", uids,
+                  "Only the items that have come from here or gone to here with this UID")
+      ->type_name("UID");
+}
+
 void AddMapping(CLI::App& command, std::optional<std::filesystem::path>& mapping) {
   command
       .add_option("--map", mapping,

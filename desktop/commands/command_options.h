@@ -43,6 +43,7 @@ void AddReporting(CLI::App& app, Reporting& reporting);
 CLI::Option* AddOutput(CLI::App& command, std::optional<std::filesystem::path>& output,
                        const std::string& help);
 void AddOids(CLI::App& command, std::vector<Oid>& oids);
+void AddUids(CLI::App& command, std::vector<std::string>& uids);
 void AddMapping(CLI::App& command, std::optional<std::filesystem::path>& mapping);
 // What does not exist is wrong usage.
 calendar::Zone ZoneFrom(const std::string& name);

@@ -64,8 +64,14 @@ int DeleteAll(const ConnectionOptions& connection, const DeleteOptions& options,
 
 int DeleteSome(const ConnectionOptions& connection, const DeleteOptions& options,
                const Console& console) {
+  std::vector<Oid> oids = options.oids;
+  if (!options.uids.empty()) {
+    const Mapping known(MappingPath(options.mapping, connection.target));
+    const std::vector<Oid> more = OidsOf(known, WordsOf(options.kind).name, options.uids);
+    oids.insert(oids.end(), more.begin(), more.end());
+  }
   std::vector<PushRecord> records;
-  for (const Oid oid : options.oids) records.push_back(DeletionOf(options.kind, oid));
+  for (const Oid oid : oids) records.push_back(DeletionOf(options.kind, oid));
   return RunPush(connection, {}, options.mapping, records, {.label = "Deleting", .each = true},
                  console);
 }
@@ -75,8 +81,8 @@ int DeleteSome(const ConnectionOptions& connection, const DeleteOptions& options
 int Delete(const ConnectionOptions& connection, const DeleteOptions& options,
            const Console& console) {
   return RunGuarded(console, [&] {
-    return options.oids.empty() ? DeleteAll(connection, options, console)
-                                : DeleteSome(connection, options, console);
+    return options.oids.empty() && options.uids.empty() ? DeleteAll(connection, options, console)
+                                                        : DeleteSome(connection, options, console);
   });
 }
 

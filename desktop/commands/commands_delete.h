@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "desktop/commands/console.h"
@@ -14,6 +15,7 @@ namespace desktop {
 struct DeleteOptions {
   RecordKind kind = RecordKind::kContacts;
   std::vector<Oid> oids;                         // of items; empty for all of the kind
+  std::vector<std::string> uids;                 // of items as well, by the mapping
   bool yes = false;                              // all without asking
   std::optional<std::filesystem::path> mapping;  // nothing for the target's own
 };

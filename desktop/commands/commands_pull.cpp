@@ -273,7 +273,13 @@ bool PullGoesByZone(const PullOptions& options) {
 int Pull(const ConnectionOptions& connection, const PullOptions& options, const Console& console) {
   return RunGuarded(console, [&] {
     if (options.zoneIsGuessed && PullGoesByZone(options)) TellGuessedZone(options.zone, console);
-    return PullRun(connection, options, console).Run();
+    PullOptions named = options;
+    if (!options.uids.empty()) {
+      const Mapping known(MappingPath(options.mapping, connection.target));
+      const std::vector<Oid> more = OidsOf(known, WordsOf(options.kind).name, options.uids);
+      named.oids.insert(named.oids.end(), more.begin(), more.end());
+    }
+    return PullRun(connection, named, console).Run();
   });
 }
 

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "common/calendar/zone.h"
@@ -16,6 +17,7 @@ namespace desktop {
 struct PullOptions {
   RecordKind kind = RecordKind::kContacts;
   std::vector<Oid> oids;               // of items; empty for all
+  std::vector<std::string> uids;       // of items as well, by the mapping
   std::optional<RecordFormat> format;  // one that the kind can be had in; nothing for the usual one
   formats::VCardVersion version = formats::VCardVersion::k30;
   std::optional<std::filesystem::path> output;  // nothing for the standard output

@@ -35,10 +35,10 @@ std::string CallJson(const Record& record, const Zone&) {
 }
 
 using enum RecordFormat;
-using Formats = std::array<RecordFormat, 3>;
-constexpr Formats kCards = {kVcf, kXml, kJson};
-constexpr Formats kCalendar = {kIcs, kXml, kJson};
-constexpr Formats kPhone = {kJson, kXml, kSmsBackup};
+constexpr RecordFormat kCards[] = {kVcf, kXml, kJson, kCsv};
+constexpr RecordFormat kCalendar[] = {kIcs, kXml, kJson};
+constexpr RecordFormat kTexts[] = {kJson, kXml, kSmsBackup};
+constexpr RecordFormat kCallLog[] = {kJson, kXml, kSmsBackup, kCsv};
 
 using enum RecordKind;
 constexpr KindWords kKindWords[] = {
@@ -49,9 +49,9 @@ constexpr KindWords kKindWords[] = {
     {kAppointments, "calendar", kAppointmentKind, "an appointment", "appointments", "CALENDAR",
      true, kCalendar, AppointmentJson},
     {kTasks, "tasks", kTaskKind, "a task", "tasks", "TASK", true, kCalendar, TaskJson},
-    {kMessages, "messages", "text message", "a text message", "text messages", "SMS", false, kPhone,
+    {kMessages, "messages", "text message", "a text message", "text messages", "SMS", false, kTexts,
      MessageJson},
-    {kCalls, "calls", "call", "a call", "calls", "Call", false, kPhone, CallJson},
+    {kCalls, "calls", "call", "a call", "calls", "Call", false, kCallLog, CallJson},
 };
 
 template <typename Value>
@@ -67,7 +67,7 @@ const KindWords& WordsOf(RecordKind kind) {
 }
 
 bool IsFormatOf(RecordFormat format, RecordKind kind) {
-  const Formats& formats = WordsOf(kind).formats;
+  const auto formats = WordsOf(kind).formats;
   return std::ranges::find(formats, format) != formats.end();
 }
 

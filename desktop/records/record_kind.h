@@ -1,8 +1,8 @@
 // The kinds of records that travel: what each is called where, and what becomes of it.
 #pragma once
 
-#include <array>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -17,7 +17,7 @@ inline constexpr std::string_view kAppointmentKind = "appointment";
 inline constexpr std::string_view kTaskKind = "task";
 
 // What people's programs take. kSmsBackup is a backup file of formats/sms_backup.h.
-enum class RecordFormat { kVcf, kIcs, kXml, kJson, kSmsBackup };
+enum class RecordFormat { kVcf, kIcs, kXml, kJson, kSmsBackup, kCsv };
 
 struct KindWords {
   RecordKind kind;
@@ -28,7 +28,7 @@ struct KindWords {
   std::string_view element;  // of a record
   // Has an OID and travels both ways; the others, the telephone's, come and are never sent.
   bool isItem;
-  std::array<RecordFormat, 3> formats;  // that its records can be had in, the usual one first
+  std::span<const RecordFormat> formats;  // that its records can be had in, the usual one first
   // The record as one line of JSON. An item must have its OID; the zone is the handheld's.
   std::string (*json)(const Record& record, const calendar::Zone& zone);
 };

@@ -305,6 +305,17 @@ void Mapping::Save() {
   journal_.Discard();
 }
 
+std::vector<Oid> OidsOf(const Mapping& mapping, std::string_view kind,
+                        const std::vector<std::string>& uids) {
+  std::vector<Oid> oids;
+  for (const std::string& uid : uids) {
+    const MappedItem* const item = mapping.FindUid(kind, uid);
+    if (item == nullptr) throw Error(fmt::format("no {} with the UID {} is known here", kind, uid));
+    oids.push_back(item->oid);
+  }
+  return oids;
+}
+
 std::filesystem::path MappingPath(const std::optional<std::filesystem::path>& chosen,
                                   const Target& target) {
   if (chosen) return *chosen;

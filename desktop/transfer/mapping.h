@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "desktop/transfer/journal.h"
 #include "desktop/wire/target.h"
@@ -85,6 +86,10 @@ class Mapping {
   std::map<Oid, MappedItem> items_;
   std::unordered_map<std::string, Oid> byKey_;
 };
+
+// The OIDs of items of the kind. Throws Error for a UID that is not known.
+std::vector<Oid> OidsOf(const Mapping& mapping, std::string_view kind,
+                        const std::vector<std::string>& uids);
 
 // The one chosen, else $XDG_STATE_HOME/corvane/<host>_<port>.json, by default below ~/.local/state.
 // Throws Error when neither of these is known.

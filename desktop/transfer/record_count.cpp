@@ -34,6 +34,17 @@ std::size_t CountOfJson(std::string_view bytes) {
   return static_cast<std::size_t>(std::ranges::count(bytes, '\n'));
 }
 
+// Without the line of names.
+std::size_t CountOfCsv(std::string_view bytes) {
+  std::size_t lines = 0;
+  bool quoted = false;
+  for (const char c : bytes) {
+    if (c == '"') quoted = !quoted;
+    if (c == '\n' && !quoted) ++lines;
+  }
+  return lines > 0 ? lines - 1 : 0;
+}
+
 std::size_t CountOfBackup(std::string_view bytes) {
   std::size_t count = 0;
   formats::ReadBackup(bytes, {[&](const formats::TextMessage&, std::size_t) { ++count; },
@@ -53,6 +64,8 @@ std::size_t CountRecords(std::string_view bytes, RecordFormat format) {
       return CountOfXml(bytes);
     case RecordFormat::kJson:
       return CountOfJson(bytes);
+    case RecordFormat::kCsv:
+      return CountOfCsv(bytes);
     case RecordFormat::kSmsBackup:
       return CountOfBackup(bytes);
   }

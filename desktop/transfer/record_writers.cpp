@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "common/formats/backup/sms_backup.h"
+#include "common/formats/csv/csv.h"
 #include "common/formats/icalendar/icalendar.h"
 #include "common/formats/items/identity.h"
 #include "common/formats/items/normal_form.h"
@@ -49,6 +50,26 @@ class JsonWriter : public RecordWriter {
 
  private:
   const KindWords& kind_;
+  calendar::Zone zone_;
+  ByteSink sink_;
+};
+
+class CsvWriter : public RecordWriter {
+ public:
+  CsvWriter(const WriterOptions& options, ByteSink sink)
+      : kind_(WordsOf(options.kind)),
+        csv_(kind_.isItem ? formats::CsvKind::kContacts : formats::CsvKind::kCalls),
+        zone_(options.zone),
+        sink_(std::move(sink)) {}
+
+  void Begin() override { sink_(formats::CsvHeader(csv_)); }
+  void Write(const Record& record) override {
+    sink_(formats::CsvRow(csv_, kind_.json(record, zone_)));
+  }
+
+ private:
+  const KindWords& kind_;
+  const formats::CsvKind csv_;
   calendar::Zone zone_;
   ByteSink sink_;
 };
@@ -250,6 +271,8 @@ std::unique_ptr<RecordWriter> MakeRecordWriter(const WriterOptions& options, Map
       return std::make_unique<ICalendarWriter>(options.zone, *mapping, std::move(sink));
     case RecordFormat::kJson:
       return std::make_unique<JsonWriter>(options, std::move(sink));
+    case RecordFormat::kCsv:
+      return std::make_unique<CsvWriter>(options, std::move(sink));
     case RecordFormat::kSmsBackup:
       if (options.kind == RecordKind::kCalls)
         return std::make_unique<BackupWriter<formats::CallBackupWriter>>(std::move(sink));

@@ -39,9 +39,9 @@ struct WriterOptions {
 bool NeedsMapping(RecordFormat format);
 
 // kXml is one document whose root holds the records, each with the bytes that it came with. kJson
-// is an object a line. Memory does not grow with the records of either, nor with those of
-// kSmsBackup: that begins with how many it holds, so until the end they lie in a temporary file.
-// kIcs is written at the end.
+// is an object a line, kCsv a line of names and one a record. Memory does not grow with the records
+// of these, nor with those of kSmsBackup: that begins with how many it holds, so until the end they
+// lie in a temporary file. kIcs is written at the end.
 //
 // The mapping, null where it is not needed, must outlive the writer. It gives each item its UID,
 // and learns of new ones.

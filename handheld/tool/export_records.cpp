@@ -9,7 +9,9 @@
 #include <vector>
 
 #include "common/formats/backup/sms_backup.h"
+#include "common/formats/csv/csv.h"
 #include "common/formats/icalendar/icalendar.h"
+#include "common/formats/items/item_json.h"
 #include "common/formats/json/message_json.h"
 #include "handheld/outlook/outlook_app.h"
 #include "handheld/tool/birthdays.h"
@@ -124,6 +126,27 @@ std::string ToJson(const Call& call) {
   return formats::CallToJson(call);
 }
 
+std::string JsonWithNumber(const Contact& contact, std::int64_t oid) {
+  return formats::ContactToJson(contact, static_cast<std::uint32_t>(oid));
+}
+std::string JsonWithNumber(const Call& call, std::int64_t id) {
+  return formats::CallToJson(call, std::to_string(id));
+}
+
+template <typename Record>
+Outcome ExportCsv(Session& session, formats::CsvKind kind, const ExportOptions& options,
+                  const Report& report) {
+  std::size_t count = 0;
+  Output output(options.file, report);
+  output << formats::CsvHeader(kind);
+  ForEachRecord<Record>(session, [&](std::int64_t number, const Record& record) {
+    output << formats::CsvRow(kind, JsonWithNumber(record, number));
+    ++count;
+  });
+  Finish<Record>(options, count, output, report);
+  return Outcome::kDone;
+}
+
 template <typename Record, typename BackupWriter>
 Outcome ExportPhone(Session& session, const ExportOptions& options, const Report& report) {
   const std::size_t count = CountRecords<Record>(session);
@@ -146,6 +169,7 @@ Outcome ExportPhone(Session& session, const ExportOptions& options, const Report
 template <>
 Outcome ExportRecords<Contact>(Session& session, const ExportOptions& options,
                                const Report& report) {
+  if (options.csv) return ExportCsv<Contact>(session, formats::CsvKind::kContacts, options, report);
   const auto write = [&](Items<Contact>& items, Output& output) {
     items.ForEach([&](const Contact& contact) {
       output << formats::WriteVCard(contact, options.vcardVersion);
@@ -174,6 +198,7 @@ Outcome ExportRecords<TextMessage>(Session& session, const ExportOptions& option
 
 template <>
 Outcome ExportRecords<Call>(Session& session, const ExportOptions& options, const Report& report) {
+  if (options.csv) return ExportCsv<Call>(session, formats::CsvKind::kCalls, options, report);
   return ExportPhone<Call, formats::CallBackupWriter>(session, options, report);
 }
 

@@ -14,6 +14,7 @@ struct ExportOptions {
   std::optional<std::filesystem::path> file = {};  // the report's output without one
   formats::VCardVersion vcardVersion = formats::VCardVersion::k30;  // of contacts
   bool jsonLines = false;  // messages and calls so, not as a backup
+  bool csv = false;        // contacts and calls so
 };
 
 // `Record` is one of records.h. Importing what was written changes nothing, and makes the same

@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <charconv>
 #include <csignal>
 #include <functional>
 #include <string>
@@ -14,6 +13,7 @@
 #include "common/files/standard_streams.h"
 #include "handheld/tool/backup_commands.h"
 #include "handheld/tool/card_commands.h"
+#include "handheld/tool/chosen_records.h"
 #include "handheld/tool/clock_commands.h"
 #include "handheld/tool/export_records.h"
 #include "handheld/tool/handheld_commands.h"
@@ -22,7 +22,7 @@
 #include "handheld/tool/page_command.h"
 #include "handheld/tool/records.h"
 #include "handheld/tool/registry_commands.h"
-#include "handheld/tool/remove_records.h"
+#include "handheld/tool/remove_command.h"
 #include "handheld/tool/repair_command.h"
 #include "handheld/tool/search_command.h"
 #include "handheld/tool/session.h"
@@ -50,12 +50,11 @@ struct Arguments {
   std::string kind;
   std::vector<std::filesystem::path> files;
   tool::ImportOptions import;
+  tool::ChosenRecords chosen;
   std::optional<std::filesystem::path> output;
   std::string vcardVersion = "3.0";
   std::optional<std::string> format;
-  std::vector<std::string> what;  // to remove: identifiers, or a kind and its numbers
-  bool all = false;
-  std::optional<std::string> folder;
+  tool::RemoveCommand remove;
   std::string verb = "show";
   std::optional<std::string> name, typedValue;
   std::string time, text;
@@ -140,54 +139,43 @@ Outcome WithRecord(const std::string& kind, Run run) {
   return run(formats::Appointment());
 }
 
+// Runs it with what is chosen, if any of it is there.
+template <typename Record, typename Run>
+Outcome WithChosen(Session& session, const Arguments& a, const Report& report, Run run) {
+  if (a.chosen.all()) return run();
+  const Outcome found = tool::ChooseRecords<Record>(session, a.chosen, report);
+  if (found == Outcome::kFailed) return found;
+  const Outcome done = run();
+  return done == Outcome::kDone ? found : done;
+}
+
+void AddChosen(CLI::App& command, Arguments& a) {
+  command.add_option("--oid", a.chosen.numbers, "Only what has this number")->type_name("N");
+  command.add_option("--uid", a.chosen.uids, "Only the item that other programs know by this UID")
+      ->type_name("UID");
+}
+
 Outcome RunExport(const Arguments& a, const Report& report) {
-  if (a.format && !IsOfTelephone(a.kind))
-    throw UsageError("--format is of messages and calls only");
+  const bool csv = a.format == "csv";
+  if (a.format && !(csv ? a.kind == "contacts" || a.kind == "calls" : IsOfTelephone(a.kind)))
+    throw UsageError(csv ? "--format csv is of contacts and calls only"
+                         : "--format " + *a.format + " is of messages and calls only");
   using formats::VCardVersion;
   const tool::ExportOptions options = {
       .file = a.output,
       .vcardVersion = a.vcardVersion == "4.0" ? VCardVersion::k40 : VCardVersion::k30,
-      .jsonLines = a.format == "json"};
+      .jsonLines = a.format == "json",
+      .csv = csv};
   Session session(a.directory, tool::Use::kLook);
-  if (a.birthdays) return tool::ExportBirthdays(session, options, report);
+  if (a.birthdays) {
+    return WithChosen<formats::Contact>(
+        session, a, report, [&] { return tool::ExportBirthdays(session, options, report); });
+  }
   return WithRecord(a.kind, [&](auto record) {
-    return tool::ExportRecords<decltype(record)>(session, options, report);
+    return WithChosen<decltype(record)>(session, a, report, [&] {
+      return tool::ExportRecords<decltype(record)>(session, options, report);
+    });
   });
-}
-
-template <typename Number>
-std::vector<Number> ParseNumbers(std::vector<std::string>::const_iterator word,
-                                 std::vector<std::string>::const_iterator end) {
-  std::vector<Number> numbers;
-  for (; word != end; ++word) {
-    Number number = 0;
-    const char* const last = word->data() + word->size();
-    const auto [stop, error] = std::from_chars(word->data(), last, number);
-    if (error != std::errc() || stop != last)
-      throw UsageError(fmt::format("\"{}\" is no identifier", *word));
-    numbers.push_back(number);
-  }
-  return numbers;
-}
-
-Outcome RunRemove(const Arguments& a, const Report& report) {
-  const std::string& kind = a.what.front();
-  const bool chosen = a.all || a.folder;
-  if (!IsOfTelephone(kind)) {
-    if (chosen) throw UsageError("--all and --folder are of messages and calls only");
-    const auto oids = ParseNumbers<std::uint32_t>(a.what.begin(), a.what.end());
-    Session session(a.directory);
-    return RemoveItems(session, oids, report);
-  }
-  if (a.folder && kind == "calls") throw UsageError("--folder: calls have no folders");
-  const auto ids = ParseNumbers<std::int64_t>(a.what.begin() + 1, a.what.end());
-  if (a.all + a.folder.has_value() + !ids.empty() != 1)
-    throw UsageError("name the " + kind + ", or --all" + (kind == "calls" ? "" : ", or --folder"));
-  Session session(a.directory);
-  if (a.folder) return RemoveMessagesOfFolder(session, *a.folder, report);
-  if (kind == "messages")
-    return a.all ? RemoveAllMessages(session, report) : RemoveMessages(session, ids, report);
-  return a.all ? RemoveAllCalls(session, report) : RemoveCalls(session, ids, report);
 }
 
 void AddImport(CLI::App& app, Arguments& a, Command& chosen) {
@@ -227,8 +215,10 @@ void AddExport(CLI::App& app, Arguments& a, Command& chosen) {
       ->check(CLI::IsMember({"3.0", "4.0"}))
       ->capture_default_str();
   out->add_option("--format", a.format,
-                  "Of messages and calls: smsbackup (XML) or json (a line each) [smsbackup]")
-      ->check(CLI::IsMember({"smsbackup", "json"}));
+                  "Of messages and calls: smsbackup (XML) or json (a line each) [smsbackup]; of "
+                  "contacts and calls: csv")
+      ->check(CLI::IsMember({"smsbackup", "json", "csv"}));
+  AddChosen(*out, a);
 }
 
 void AddPage(CLI::App& app, Arguments& a, Command& chosen) {
@@ -244,13 +234,16 @@ bool IsCalendar(const std::string& kind) {
 }
 
 Outcome RunShow(const Arguments& a, const Report& report) {
-  if (a.days.isMade() && (a.list || !IsCalendar(a.kind)))
+  if (a.days.isMade() && (a.list || !a.chosen.all() || !IsCalendar(a.kind)))
     throw UsageError("--month, --week, --from and --to choose days of the calendar");
   Session session(a.directory, tool::Use::kLook);
-  if (!a.list && IsCalendar(a.kind)) return tool::ShowCalendar(session, a.days, a.json, report);
-  if (!a.list && a.kind == "messages") return tool::ShowThreads(session, a.json, report);
+  const bool list = a.list || !a.chosen.all();
+  if (!list && IsCalendar(a.kind)) return tool::ShowCalendar(session, a.days, a.json, report);
+  if (!list && a.kind == "messages") return tool::ShowThreads(session, a.json, report);
   return WithRecord(a.kind, [&](auto record) {
-    return tool::ShowRecords<decltype(record)>(session, a.json, report);
+    return WithChosen<decltype(record)>(session, a, report, [&] {
+      return tool::ShowRecords<decltype(record)>(session, a.json, report);
+    });
   });
 }
 
@@ -269,6 +262,7 @@ void AddShow(CLI::App& app, Arguments& a, Command& chosen) {
   AddKind(*show, a);
   show->add_flag("--list", a.list,
                  "Of the calendar and messages: a line each, with its number, a series once");
+  AddChosen(*show, a);
   AddDay(*show, "--month", a.days.month, true, "Of the calendar: a month, such as 2026-11");
   AddDay(*show, "--week", a.days.week, true, "Of the calendar: the week of a day");
   AddDay(*show, "--from", a.days.from, false, "Of the calendar: its days from there [today]");
@@ -294,15 +288,20 @@ void AddItemCommands(CLI::App& app, Arguments& a, Command& chosen) {
   AddSearch(app, a, chosen);
   AddExport(app, a, chosen);
   AddPage(app, a, chosen);
-  auto* remove = AddCommand(app, "remove", "Remove what is on it", a, chosen,
-                            [&](const Report& report) { return RunRemove(a, report); });
-  remove
-      ->add_option("OID", a.what,
-                   "Identifiers of contacts, appointments and tasks; or the word messages or calls "
-                   "and their numbers")
-      ->required();
-  remove->add_flag("--all", a.all, "All messages, or all calls");
-  remove->add_option("--folder", a.folder, "The messages of this folder, such as /Inbox")
+  auto* remove = AddCommand(
+      app, "remove", "Remove what is on it", a, chosen,
+      [&](const Report& report) { return tool::RunRemove(a.directory, a.remove, report); });
+  remove->add_option("OID", a.remove.what,
+                     "Identifiers of contacts, appointments and tasks; or the word messages or "
+                     "calls and their numbers");
+  remove->add_option("--uid", a.remove.uids, "Items that other programs know by this UID")
+      ->type_name("UID");
+  remove->parse_complete_callback([&a] {
+    if (a.remove.what.empty() && a.remove.uids.empty())
+      throw CLI::ValidationError("OID", "or --uid is required");
+  });
+  remove->add_flag("--all", a.remove.all, "All messages, or all calls");
+  remove->add_option("--folder", a.remove.folder, "The messages of this folder, such as /Inbox")
       ->type_name("PATH");
 }
 

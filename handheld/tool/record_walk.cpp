@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "handheld/tool/message_records.h"
 #include "handheld/tool/records.h"
 
@@ -12,6 +14,24 @@ constexpr std::size_t kAtOnce = 500;
 constexpr char kFolder[] = "the folder";
 constexpr char kMessages[] = "the messages";
 constexpr char kCalls[] = "the call log";
+
+bool IsWanted(const Session& session, std::int64_t number) {
+  return !session.chosen() || session.chosen()->contains(number);
+}
+
+// Those of the kind, found by their identifiers.
+template <typename Record>
+void ForEachChosen(Session& session, const RecordVisitor<Record>& visit) {
+  for (const std::int64_t number : *session.chosen()) {
+    if (!std::in_range<std::uint32_t>(number)) continue;
+    ce::ComPtr<ce::IDispatch> any;
+    const ce::HRESULT status =
+        session.Outlook()->GetItemFromOid(static_cast<ce::LONG>(number), any.put());
+    if (status == ce::E_INVALIDARG) continue;
+    Check(status, kRecordName<Record>);
+    if (const auto item = any.query<ItemOf<Record>>()) visit(number, ReadItem(*item.get()));
+  }
+}
 
 }  // namespace
 
@@ -30,6 +50,7 @@ std::vector<MessageFolderInfo> SmsFolders(Session& session) {
 
 template <typename Record>
 void ForEachRecord(Session& session, const RecordVisitor<Record>& visit) {
+  if (session.chosen()) return ForEachChosen<Record>(session, visit);
   const auto items = session.Items(KindOf<Record>::kFolder);
   const ce::INT count = Read(*items.get(), &ce::IPOutlookItemCollection::get_Count, kFolder);
   for (ce::INT i = 1; i <= count; ++i) {
@@ -49,7 +70,7 @@ void ForEachRecord(Session& session, const RecordVisitor<TextMessage>& visit) {
     do {
       Check(session.Messages().Read(folder.id, last, kAtOnce, messages), kMessages);
       for (const auto& [id, message] : messages) {
-        visit(id, ToRecord(message, folder.path));
+        if (IsWanted(session, id)) visit(id, ToRecord(message, folder.path));
         last = id;
       }
     } while (!messages.empty());
@@ -63,7 +84,7 @@ void ForEachRecord(Session& session, const RecordVisitor<Call>& visit) {
   do {
     Check(session.Calls().Read(last, kAtOnce, calls), kCalls);
     for (const ce::host::NumberedCall& call : calls) {
-      visit(call.id, ToRecord(call.call));
+      if (IsWanted(session, call.id)) visit(call.id, ToRecord(call.call));
       last = call.position();
     }
   } while (!calls.empty());
@@ -75,6 +96,7 @@ template void ForEachRecord(Session&, const RecordVisitor<formats::Task>&);
 
 template <typename Record>
 std::size_t CountRecords(Session& session) {
+  if (session.chosen()) return session.chosen()->size();
   const auto items = session.Items(KindOf<Record>::kFolder);
   return static_cast<std::size_t>(
       Read(*items.get(), &ce::IPOutlookItemCollection::get_Count, kFolder));
@@ -82,6 +104,7 @@ std::size_t CountRecords(Session& session) {
 
 template <>
 std::size_t CountRecords<TextMessage>(Session& session) {
+  if (session.chosen()) return session.chosen()->size();
   std::size_t all = 0;
   for (const MessageFolderInfo& folder : SmsFolders(session)) {
     std::int64_t count = 0;
@@ -93,6 +116,7 @@ std::size_t CountRecords<TextMessage>(Session& session) {
 
 template <>
 std::size_t CountRecords<Call>(Session& session) {
+  if (session.chosen()) return session.chosen()->size();
   std::int64_t count = 0;
   Check(session.Calls().Count(count), kCalls);
   return static_cast<std::size_t>(count);

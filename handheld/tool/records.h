@@ -106,7 +106,8 @@ using RecordVisitor = std::function<void(std::int64_t id, const Record& record)>
 
 // One at a time, in memory that does not depend on how many there are: items in the store's order,
 // from one snapshot; messages of the telephone's store folder by folder, in a folder as they were
-// stored; calls newest first. Throws as above.
+// stored; calls newest first. Of a choice (Session::Choose) those alone, which are counted without
+// a look at them. Throws as above.
 template <typename Record>
 void ForEachRecord(Session& session, const RecordVisitor<Record>& visit);
 template <typename Record>

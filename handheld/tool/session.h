@@ -1,8 +1,12 @@
 // A handheld in use by corvane-device: locked, the process's current one, logged on to.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
+#include <set>
+#include <utility>
 
 #include "common/calendar/zone.h"
 #include "handheld/directory/handheld.h"
@@ -33,6 +37,9 @@ class Session {
   // Opened at the first use. Throw ce::host::HandheldError, as above.
   ce::host::MessageStores& Messages();
   ce::host::CallLog& Calls();
+  // From here on the walks of records.h visit these alone.
+  void Choose(std::set<std::int64_t> numbers) { chosen_ = std::move(numbers); }
+  const std::optional<std::set<std::int64_t>>& chosen() const { return chosen_; }
   // Throws ce::host::HandheldError when the zone database lacks the handheld's zone.
   calendar::Zone Zone() const;
 
@@ -41,6 +48,7 @@ class Session {
   ce::ComPtr<ce::IPOutlookApp> outlook_;
   std::unique_ptr<ce::host::MessageStores> messages_;
   std::unique_ptr<ce::host::CallLog> calls_;
+  std::optional<std::set<std::int64_t>> chosen_;
 };
 
 }  // namespace tool

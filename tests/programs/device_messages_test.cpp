@@ -130,7 +130,7 @@ TEST_F(DeviceMessages, ExportsABackupUnlessAskedOtherwise) {
   EXPECT_THAT(Exported(handheld, "messages"), StartsWith("{\"folder\":\"/Inbox\","));
   const Ended cards = Device({"export", handheld, "contacts", "--format", "json"});
   EXPECT_EQ(cards.code, 2);
-  EXPECT_EQ(cards.err, "corvane-device: --format is of messages and calls only\n");
+  EXPECT_EQ(cards.err, "corvane-device: --format json is of messages and calls only\n");
 }
 
 TEST_F(DeviceMessages, RemovesByTheNumbersThatItShows) {

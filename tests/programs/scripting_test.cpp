@@ -117,6 +117,71 @@ TEST_F(Scripting, SaysNothingOfWhatWentWellWhenOnlyErrorsAreWanted) {
   EXPECT_THAT(Device({"show", pda, "contacts", "-q"}).out, HasSubstr("0 contacts"));
 }
 
+TEST_F(Scripting, ShowsExportsAndRemovesSingleItems) {
+  const std::string pda = MakeHandheld();
+  Device({"import", pda, File("ada.vcf", kAda), Sample("calendar.ics"), Sample("phone-calls.xml")});
+  EXPECT_EQ(Device1({"show", pda, "contacts", "--oid", "2"})["LastName"], "Field");
+  EXPECT_EQ(Device1({"show", pda, "contacts", "--uid", "ada-1"})["LastName"], "Brook");
+  EXPECT_THAT(Device({"show", pda, "calendar", "--oid", "3"}).out, HasSubstr("1 appointment\n"));
+  EXPECT_EQ(Device1({"show", pda, "calls", "--oid", "1"})["oid"], "1");
+  const Ended card = Device({"export", pda, "contacts", "--uid", "ben-1"});
+  EXPECT_THAT(card.out, HasSubstr("N:Field;Ben"));
+  EXPECT_THAT(card.out, ::testing::Not(HasSubstr("Brook")));
+  EXPECT_THAT(Device({"export", pda, "calls", "--oid", "1"}).out, HasSubstr("<calls count=\"1\""));
+
+  const Ended partly = Device({"show", pda, "contacts", "--oid", "1", "--oid", "3", "--uid", "x"});
+  EXPECT_EQ(partly.code, 3) << "one is an appointment";
+  EXPECT_THAT(partly.out, HasSubstr("1 contact\n"));
+  EXPECT_EQ(partly.err, "corvane-device: x: no such contact\ncorvane-device: 3: no such contact\n");
+  const Ended none = Device({"export", pda, "contacts", "--oid", "99", "-o", Path("none.vcf")});
+  EXPECT_EQ(none.code, 1);
+  EXPECT_FALSE(std::filesystem::exists(Path("none.vcf")));
+  EXPECT_EQ(Device({"show", pda, "calls", "--uid", "x"}).code, 2);
+
+  EXPECT_EQ(Device({"remove", pda, "--uid", "ada-1", "--uid", "x"}).code, 3);
+  EXPECT_EQ(Device({"show", pda, "contacts", "--uid", "ada-1"}).code, 1) << "it is gone";
+  EXPECT_EQ(Device({"remove", pda, "--uid", "ada-1"}).code, 1);
+  EXPECT_EQ(Device({"remove", pda}).code, 2);
+}
+
+TEST_F(Scripting, PullsAndDeletesSingleItems) {
+  StartAgent(MakeHandheld());
+  Desktop({"push", File("ada.vcf", kAda)});
+  const Ended ben = Desktop({"pull", "contacts", "--uid", "ben-1"});
+  EXPECT_EQ(ben.code, 0) << ben.err;
+  EXPECT_THAT(ben.out, HasSubstr("N:Field;Ben"));
+  EXPECT_THAT(ben.out, ::testing::Not(HasSubstr("Brook")));
+  EXPECT_EQ(Desktop({"pull", "contacts", "--uid", "x"}).code, 1);
+  EXPECT_EQ(Desktop({"pull", "calls", "--uid", "x"}).code, 2);
+  EXPECT_EQ(Desktop({"delete", "contacts", "--uid", "x"}).code, 1);
+  EXPECT_EQ(Desktop({"delete", "contacts", "--uid", "ada-1"}).code, 0);
+  EXPECT_EQ(JsonLines(Desktop({"pull", "contacts", "--format", "json"}).out).size(), 1u);
+}
+
+TEST_F(Scripting, WritesContactsAndCallsForSpreadsheets) {
+  const std::string pda = MakeHandheld();
+  const std::string hostile = File("a.vcf",
+                                   "BEGIN:VCARD\nVERSION:3.0\nN:=1+1;\"A, B\";;;\n"
+                                   "NOTE:one\\ntwo\nEND:VCARD\n");
+  Device({"import", pda, hostile, Sample("phone-calls.xml")});
+  const Ended contacts = Device({"export", pda, "contacts", "--format", "csv"});
+  EXPECT_THAT(contacts.out, StartsWith("oid,Email1Address,"));
+  EXPECT_THAT(contacts.out, HasSubstr(",\"\"\"A, B\"\"\",=1+1,"));
+  EXPECT_THAT(contacts.out, HasSubstr(",\"one\ntwo\","));
+  const std::string calls = Device({"export", pda, "calls", "--format", "csv"}).out;
+  EXPECT_THAT(calls, StartsWith("oid,number,name,"));
+  EXPECT_EQ(Device({"export", pda, "tasks", "--format", "csv"}).code, 2);
+
+  StartAgent(pda);
+  const std::string file = Path("people.csv");
+  EXPECT_EQ(Desktop({"pull", "contacts", "--format", "csv", "-o", file}).out,
+            file + ": 1 contact\n");
+  EXPECT_EQ(directory_.Read("people.csv"), contacts.out);
+  EXPECT_EQ(Desktop({"pull", "contacts", "--format", "csv", "-o", file}).code, 0);
+  EXPECT_THAT(Desktop({"pull", "calls", "--format", "csv"}).out, StartsWith("oid,number,name,"));
+  EXPECT_EQ(Desktop({"pull", "calendar", "--format", "csv"}).code, 2);
+}
+
 TEST_F(Scripting, TellsProgramsWhatTheDeviceToolHasDone) {
   const std::string pda = Path("pda");
   EXPECT_EQ(Device1({"init", pda, "--language", "de-DE", "--zone", "UTC"}),

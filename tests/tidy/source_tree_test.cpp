@@ -32,6 +32,7 @@ const std::map<std::string, std::set<std::string>> kMayInclude = {
      {"common/text", "common/calendar", "common/formats/items", "common/formats/lines"}},
     {"common/formats/json",
      {"common/text", "common/files", "common/formats/items", "common/formats/lines"}},
+    {"common/formats/csv", {"common/formats/items"}},
     {"common/formats/backup",
      {"common/text", "common/files", "common/formats/items", "common/formats/lines",
       "common/formats/json"}},

@@ -38,6 +38,7 @@ INSTANTIATE_TEST_SUITE_P(
                   "<root><CONTACT Oid=\"1\"/><CONTACT Oid=\"2\"/></root>", 2},
         CountCase{"AnArray", RecordFormat::kJson, "[\n{\"oid\":1},\n{\"oid\":2}\n]\n", 2},
         CountCase{"Lines", RecordFormat::kJson, "{}\n{}\n{}\n", 3},
+        CountCase{"Csv", RecordFormat::kCsv, "oid,name\r\n1,\"a\nb\"\r\n2,c\r\n", 2},
         CountCase{"ABackup", RecordFormat::kSmsBackup,
                   "<smses count=\"1\"><sms address=\"1\" date=\"1210000000000\" type=\"1\" "
                   "body=\"x\" read=\"1\"/></smses>",
