@@ -33,7 +33,7 @@ Cell CellOf(local_days day, std::span<const page::PlacedOccurrence> placed, loca
   return cell;
 }
 
-void AddLine(std::string line, std::string& text) {
+void AddLine(const std::string& line, std::string& text) {
   text += line.substr(0, line.find_last_not_of(' ') + 1) + '\n';
 }
 

@@ -215,11 +215,10 @@ class SearchRun {
 
   std::string TitleOf(const Contact& contact) const { return DisplayName(contact); }
   std::string TitleOf(const Appointment& appointment) const {
-    const std::string name = DisplayName(appointment);
-    if (!appointment.start) return name;
+    if (!appointment.start) return DisplayName(appointment);
     return (appointment.allDay ? formats::IsoDate(formats::DayOf(*appointment.start))
                                : DayAndTime(*appointment.start)) +
-           "  " + name;
+           "  " + DisplayName(appointment);
   }
   std::string TitleOf(const Task& task) const {
     return (task.due ? formats::IsoDate(*task.due) + "  " : "") + DisplayName(task);
