@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -149,6 +150,9 @@ int ParseAndRun(int argc, char** argv) {
 int main(int argc, char** argv) {
   try {
     return ParseAndRun(argc, argv);
+  } catch (const std::bad_alloc&) {
+    std::fputs("corvane: out of memory\n", stderr);
+    return kExitFailed;
   } catch (const std::exception& error) {
     SayProblem(error.what());
     return kExitFailed;

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <exception>
 #include <functional>
 #include <initializer_list>
 #include <iostream>
@@ -18,6 +17,7 @@
 #include <vector>
 
 #include "common/command_line/description.h"
+#include "common/command_line/run.h"
 #include "common/text/text.h"
 #include "desktop/commands/clock_text.h"
 #include "desktop/commands/command_options.h"
@@ -491,10 +491,5 @@ int Run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  try {
-    return Run(argc, argv);
-  } catch (const std::exception& problem) {
-    std::fprintf(stderr, "corvane-desktop: %s\n", text::Shown(problem.what()).c_str());
-    return kFailed;
-  }
+  return command_line::RunToTheEnd("corvane-desktop", [&] { return Run(argc, argv); });
 }

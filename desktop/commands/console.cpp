@@ -30,7 +30,7 @@ int RunGuarded(const Console& console, const std::function<int()>& command) {
   try {
     return command();
   } catch (const std::bad_alloc&) {
-    TellProblem(console, "out of memory");
+    throw;
   } catch (const std::exception& problem) {
     TellProblem(console, problem.what());
   }

@@ -1,6 +1,7 @@
 #include "desktop/transfer/push_session.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 #include "desktop/wire/error.h"
@@ -104,6 +105,9 @@ void PushSession::Run(std::span<const PushRecord> records) {
   } catch (const Interrupted&) {
     TakeWhatWasAnswered(true);
     GiveUp(records.subspan(next));
+    throw;
+  } catch (const std::bad_alloc&) {
+    // An answer may be half taken in. The journal knows what was on its way, as after a kill.
     throw;
   } catch (...) {
     TakeWhatWasAnswered(false);

@@ -40,8 +40,7 @@ bool SyncDirectory(const std::filesystem::path& directory) {
 
 DWORD ReplaceFile(const std::filesystem::path& file, std::string_view content) {
   if (const DWORD error = FaultFor("ReplaceFile")) return error;
-  std::filesystem::path fresh = file;
-  fresh += ".new";
+  const std::filesystem::path fresh = UnfinishedFile(file);
   if (!WriteDurably(fresh, content) || ::rename(fresh.c_str(), file.c_str()) != 0) {
     const DWORD error = ErrorFromErrno(errno, ERROR_WRITE_FAULT);
     ::unlink(fresh.c_str());
@@ -50,6 +49,10 @@ DWORD ReplaceFile(const std::filesystem::path& file, std::string_view content) {
   // The new content stands; only its being there after a power cut is in doubt.
   if (!SyncDirectory(file.parent_path())) return ErrorFromErrno(errno, ERROR_WRITE_FAULT);
   return ERROR_SUCCESS;
+}
+
+std::filesystem::path UnfinishedFile(const std::filesystem::path& file) {
+  return file.native() + ".new";
 }
 
 std::optional<std::string> ReadWholeFile(const std::filesystem::path& file, std::size_t limit) {

@@ -15,6 +15,9 @@ namespace ce::host {
 // stand when only the directory could not be synchronised.
 [[nodiscard]] DWORD ReplaceFile(const std::filesystem::path& file, std::string_view content);
 
+// What a process leaves that is killed in ReplaceFile; the next takes its place.
+std::filesystem::path UnfinishedFile(const std::filesystem::path& file);
+
 // The content of a regular file; nothing, with errno set, when it cannot be read or is longer than
 // `limit` (EFBIG).
 std::optional<std::string> ReadWholeFile(const std::filesystem::path& file, std::size_t limit);

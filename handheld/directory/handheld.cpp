@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "common/text/unicode.h"
+#include "handheld/base/durable_file.h"
 #include "handheld/base/upload_memory.h"
 #include "handheld/clock/handheld_clock.h"
 #include "handheld/clock/zone.h"
@@ -72,6 +73,19 @@ class Unfinished {
   std::vector<fs::path> made_;
 };
 
+// Nor does a directory in which nothing is but what a process left that was killed at making one.
+bool HoldsNothing(const fs::path& directory, std::error_code& error) {
+  bool nothing = true;
+  for (fs::directory_iterator each(directory, error), end; each != end; each.increment(error)) {
+    std::error_code other;
+    const fs::path name = each->path().filename();
+    nothing = nothing && ((name == "files" && each->is_directory(other) &&
+                           fs::is_empty(each->path(), other) && !other) ||
+                          name == UnfinishedFile(RegistryFile(directory)).filename());
+  }
+  return nothing;
+}
+
 std::vector<NamedRegistryValue> InitialSettings(const HandheldSettings& settings) {
   const auto number = RegistryValue::Number;
   return {{setting::kFormatVersion, number(Handheld::kFormatVersion)},
@@ -107,7 +121,7 @@ void Handheld::Create(const fs::path& directory, const HandheldSettings& setting
   Unfinished unfinished;
   unfinished.MakeDirectory(directory);
   std::error_code error;
-  if (!fs::is_empty(directory, error) || error) {
+  if (!HoldsNothing(directory, error) || error) {
     throw HandheldError(directory.string() +
                         (error ? " cannot be read: " + error.message() : " is not empty"));
   }

@@ -11,7 +11,7 @@ namespace ce::host {
 inline constexpr std::uint64_t kReserveBytes = std::uint64_t{8} << 20;
 
 // Makes the file that holds the room, or makes it larger: of half of what is free at the most. That
-// it cannot be made is no failure.
+// it cannot be made is no failure. Allocates nothing: it is what a store does last.
 void KeepReserve(const std::filesystem::path& file);
 
 // Gives the room back when there is less than that left on the volume; whether it did.

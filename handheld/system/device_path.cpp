@@ -98,7 +98,7 @@ DWORD Enter(DevicePath& found, const struct stat& status, bool atRoot) {
   if (!isLink && !S_ISDIR(status.st_mode)) return ERROR_PATH_NOT_FOUND;
   const int flags = O_PATH | O_DIRECTORY | O_CLOEXEC | (isLink ? 0 : O_NOFOLLOW);
   UniqueFd next(::openat(found.directory.get(), found.name.c_str(), flags));
-  if (!next) return isLink ? ERROR_ACCESS_DENIED : ErrorFromErrno(errno, ERROR_PATH_NOT_FOUND);
+  if (!next) return isLink ? ERROR_ACCESS_DENIED : ErrorFromErrno(errno, ERROR_ACCESS_DENIED);
   found.directory = std::move(next);
   return ERROR_SUCCESS;
 }

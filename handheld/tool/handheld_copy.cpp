@@ -1,6 +1,7 @@
 #include "handheld/tool/handheld_copy.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -11,7 +12,6 @@
 
 #include "common/files/atomic_file.h"
 #include "common/files/error.h"
-#include "handheld/base/unique_fd.h"
 #include "handheld/store/store.h"
 
 namespace tool {
@@ -75,26 +75,62 @@ class FileWalk {
   bool whole_ = true;
 };
 
+constexpr std::string_view kWorkName = ".corvane.";
+
+// A directory of ours that is locked by this call: nobody else works in it.
+ce::host::UniqueFd Claim(const fs::path& directory) {
+  ce::host::UniqueFd fd(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  struct ::stat opened {
+  }, named{};
+  const bool ours = fd && ::flock(fd.get(), LOCK_EX | LOCK_NB) == 0 &&
+                    ::fstat(fd.get(), &opened) == 0 && opened.st_uid == ::geteuid();
+  // Whoever had it before may have removed it meanwhile.
+  if (!ours || ::lstat(directory.c_str(), &named) != 0 || named.st_ino != opened.st_ino)
+    fd = ce::host::UniqueFd();
+  return fd;
+}
+
+// Removes what processes left that were killed at work.
+void RemoveAbandoned(const fs::path& parent) {
+  std::error_code ignored;
+  std::vector<fs::path> abandoned;
+  for (fs::directory_iterator each(parent, ignored), end; each != end; each.increment(ignored)) {
+    const std::string name = each->path().filename().string();
+    if (name.starts_with(kWorkName) && name.size() == kWorkName.size() + 6)
+      abandoned.push_back(each->path());
+  }
+  for (const fs::path& path : abandoned)
+    if (const ce::host::UniqueFd claimed = Claim(path)) fs::remove_all(path, ignored);
+}
+
 }  // namespace
 
 WorkDirectory::WorkDirectory(const fs::path& parent) {
-  std::string name = (parent / ".corvane.XXXXXX").string();
-  if (!::mkdtemp(name.data()))
-    throw files::Error(parent.string() + ": no directory can be made: " + std::strerror(errno));
-  path_ = name;
+  RemoveAbandoned(parent);
+  while (!claim_) {
+    std::string name = (parent / kWorkName).string() + "XXXXXX";
+    if (!::mkdtemp(name.data()))
+      throw files::Error(parent.string() + ": no directory can be made: " + std::strerror(errno));
+    claimed_ = name;
+    claim_ = Claim(claimed_);
+  }
+  // A handheld has a lock of its own on its directory.
+  if (::mkdir(path().c_str(), S_IRWXU) != 0) {
+    const int error = errno;
+    ::rmdir(claimed_.c_str());
+    throw files::Error(path().string() + " cannot be made: " + std::strerror(error));
+  }
 }
 
 WorkDirectory::~WorkDirectory() {
   std::error_code ignored;
-  if (!path_.empty()) fs::remove_all(path_, ignored);
+  fs::remove_all(claimed_, ignored);
 }
 
 void WorkDirectory::KeepAs(const fs::path& name) {
-  const ce::host::UniqueFd directory(::open(path_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!directory || ::syncfs(directory.get()) != 0 || ::rename(path_.c_str(), name.c_str()) != 0) {
+  if (::syncfs(claim_.get()) != 0 || ::rename(path().c_str(), name.c_str()) != 0) {
     throw files::Error(name.string() + " cannot be made: " + std::strerror(errno));
   }
-  path_.clear();
   files::SyncDirectoryOf(name);
 }
 

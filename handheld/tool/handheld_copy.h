@@ -7,12 +7,14 @@
 #include <string_view>
 
 #include "common/files/tar.h"
+#include "handheld/base/unique_fd.h"
 #include "handheld/tool/report.h"
 #include "handheld/tool/session.h"
 
 namespace tool {
 
-// A directory for the owner alone, which goes with all that is in it unless it is kept.
+// A directory for the owner alone, which goes with all that is in it unless it is kept. What a
+// process left that was killed goes when the next one is made beside it.
 class WorkDirectory {
  public:
   // Throws files::Error.
@@ -21,12 +23,13 @@ class WorkDirectory {
   WorkDirectory(const WorkDirectory&) = delete;
   WorkDirectory& operator=(const WorkDirectory&) = delete;
 
-  const std::filesystem::path& path() const { return path_; }
+  std::filesystem::path path() const { return claimed_ / "work"; }
   // Puts it on the disk and gives it this name, in the place of an empty directory of that name.
   void KeepAs(const std::filesystem::path& name);
 
  private:
-  std::filesystem::path path_;
+  std::filesystem::path claimed_;
+  ce::host::UniqueFd claim_;  // while it lives, nobody takes that for left behind
 };
 
 // The place where a new handheld's directory will stand. Throws files::Error when there is

@@ -4,12 +4,14 @@
 
 #include <CLI/CLI.hpp>
 #include <csignal>
+#include <cstdio>
 #include <functional>
 #include <string>
 #include <type_traits>
 #include <vector>
 
 #include "common/command_line/description.h"
+#include "common/command_line/run.h"
 #include "common/files/standard_streams.h"
 #include "handheld/tool/backup_commands.h"
 #include "handheld/tool/card_commands.h"
@@ -456,17 +458,18 @@ int ParseAndRun(int argc, char** argv) {
   return static_cast<int>(outcome);
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  std::signal(SIGXFSZ, SIG_IGN);  // a file that may not grow is an error like a full disk
+int RunTool(int argc, char** argv) {
   try {
     return ParseAndRun(argc, argv);
   } catch (const tool::UsageError& error) {
     tool::Tell(stderr, "corvane-device: {}\n", error.what());
     return kExitUsage;
-  } catch (const std::exception& error) {
-    tool::Tell(stderr, "corvane-device: {}\n", error.what());
-    return static_cast<int>(Outcome::kFailed);
   }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::signal(SIGXFSZ, SIG_IGN);  // a file that may not grow is an error like a full disk
+  return command_line::RunToTheEnd("corvane-device", [&] { return RunTool(argc, argv); });
 }

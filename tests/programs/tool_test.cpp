@@ -71,8 +71,9 @@ ProcessOptions ToolTest::Options(int listener) const {
           .captureErrors = true};
 }
 
-Ended ToolTest::Run(const std::string& program, const Arguments& arguments) const {
-  return RunToEnd(ProgramPath(program), arguments, Options());
+Ended ToolTest::Run(const std::string& program, const Arguments& arguments,
+                    const ProcessOptions& options) const {
+  return RunToEnd(ProgramPath(program), arguments, options);
 }
 
 Ended ToolTest::Shell(const std::string& command) const {

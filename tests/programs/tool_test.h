@@ -50,7 +50,11 @@ class ToolTest : public ::testing::Test {
   using Arguments = std::vector<std::string>;
 
   // Runs one of the programs to its end.
-  Ended Run(const std::string& program, const Arguments& arguments) const;
+  Ended Run(const std::string& program, const Arguments& arguments) const {
+    return Run(program, arguments, Options());
+  }
+  Ended Run(const std::string& program, const Arguments& arguments,
+            const ProcessOptions& options) const;
   // Runs it in a shell that finds the programs by their names.
   Ended Shell(const std::string& command) const;
   Ended Device(const Arguments& arguments) const { return Run("corvane-device", arguments); }

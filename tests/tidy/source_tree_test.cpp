@@ -38,7 +38,7 @@ const std::map<std::string, std::set<std::string>> kMayInclude = {
       "common/formats/json"}},
     {"common/page", {"common/text", "common/calendar", "common/phone", "common/formats/items"}},
 
-    {"common/command_line", {}},
+    {"common/command_line", {"common/text"}},
     {"common/terminal", {"common/text"}},
 
     {"platform", {}},

@@ -1,9 +1,10 @@
-// Uploads of an agent that is killed in the middle of them, and beside downloads: what was answered
-// is there once, and nothing is ever half there.
+// Uploads of an agent that is killed in the middle of them, whose disk fails, and beside downloads:
+// what was answered is there once, and nothing is ever half there.
 #include <gtest/gtest.h>
 #include <signal.h>
 
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <map>
 #include <random>
@@ -11,7 +12,9 @@
 #include <stop_token>
 #include <thread>
 
+#include "tests/support/temporary_directory.h"
 #include "tests/support/wire/agent_process.h"
+#include "tests/support/wire/shim.h"
 
 namespace corvane::testing {
 namespace {
@@ -110,8 +113,8 @@ class KilledUpload : public WireTest {
     return document + "</root>";
   }
 
-  // What the replies that came say of what was sent.
-  void TakeReplies(const std::string& replies) {
+  // What the replies that came say of what was sent. None tells of a failure but of a disk's.
+  void TakeReplies(const std::string& replies, bool diskFails = false) {
     const std::size_t answered = replies.size() / 8;
     for (std::size_t i = 0; i < sent_.size(); ++i) {
       const SentRecord& sent = sent_[i];
@@ -120,8 +123,11 @@ class KilledUpload : public WireTest {
         continue;
       }
       const std::uint32_t oid = WordAt(replies, 8 * i);
+      if (diskFails && WordAt(replies, 8 * i + 4) != 0) continue;
       EXPECT_EQ(WordAt(replies, 8 * i + 4), 0u);
-      if (sent.changed) EXPECT_EQ(oid, sent.changed);
+      if (sent.changed) {
+        EXPECT_EQ(oid, sent.changed);
+      }
       (i % 3 == 0 ? contacts_ : series_)[oid] = sent.name;
     }
   }
@@ -143,6 +149,18 @@ class KilledUpload : public WireTest {
       TakeReplies(replies);
       if (replies.size() < 8 * records) return;
     }
+  }
+
+  // The forms of what is uploaded, as a download gives them.
+  void LearnForms() {
+    Upload({"<root>" + ContactRecord("@") + SeriesRecord("", "@") + "</root>"}, 2);
+    contactForm_ = Stored(kContacts, "CONTACT").begin()->second;
+    seriesForm_ = Stored(kAppointments, "CALENDAR").begin()->second;
+    unanswered_ = {"@"};
+  }
+  void ExpectAllWhole() {
+    ExpectWhole(contacts_, Stored(kContacts, "CONTACT"), contactForm_);
+    ExpectWhole(series_, Stored(kAppointments, "CALENDAR"), seriesForm_);
   }
 
   // Each record that was answered is there as it was answered, each other one that is there is
@@ -169,6 +187,7 @@ class KilledUpload : public WireTest {
   std::mt19937 random_{20080215u +
                        static_cast<unsigned>(::testing::UnitTest::GetInstance()->random_seed())};
   std::atomic<std::size_t> bytesAnswered_{0};
+  std::string contactForm_, seriesForm_;
   int names_ = 0;
   std::vector<SentRecord> sent_;
   std::map<std::uint32_t, std::string> contacts_;  // the names that were answered last
@@ -178,10 +197,7 @@ class KilledUpload : public WireTest {
 };
 
 TEST_F(KilledUpload, LosesNothingThatWasAnsweredAndLeavesNothingHalf) {
-  Upload({"<root>" + ContactRecord("@") + SeriesRecord("", "@") + "</root>"}, 2);
-  const std::string contact = Stored(kContacts, "CONTACT").begin()->second;
-  const std::string series = Stored(kAppointments, "CALENDAR").begin()->second;
-  unanswered_ = {"@"};
+  LearnForms();
   // So many more replies, and a moment, so that it is within a chunk or between two.
   std::uniform_int_distribution<std::size_t> replies(0, 30);
   std::uniform_int_distribution<int> moment(0, 5'000);
@@ -198,10 +214,76 @@ TEST_F(KilledUpload, LosesNothingThatWasAnsweredAndLeavesNothingHalf) {
     killer.request_stop();
     killer.join();
     StopAgent(SIGKILL);
-    ExpectWhole(contacts_, Stored(kContacts, "CONTACT"), contact);
-    ExpectWhole(series_, Stored(kAppointments, "CALENDAR"), series);
+    ExpectAllWhole();
   }
   EXPECT_GT(contacts_.size() + series_.size(), static_cast<std::size_t>(kKills));
+}
+
+// Before its n-th write, or in the middle of it: starting, opening the store, within a group of
+// records, between two.
+class KilledAtAnyWrite : public KilledUpload, public ::testing::WithParamInterface<const char*> {};
+
+TEST_P(KilledAtAnyWrite, LosesNothingThatWasAnsweredAndLeavesNothingHalf) {
+  const TemporaryDirectory directory;
+  LearnForms();
+  StopAgent(SIGTERM);
+  for (const std::uint64_t write : PointsAmong(240, 24)) {
+    SCOPED_TRACE("write " + std::to_string(write));
+    options_.environment = ShimEnvironment({"writes", GetParam()}, write,
+                                           handheld().path().string(), directory / "told");
+    try {
+      RawConnection connection = Begin();
+      UploadToTheEnd(connection);
+    } catch (const std::runtime_error&) {
+      // It was killed before it listened.
+    }
+    EXPECT_EQ(WaitForAgent(), -SIGKILL);
+    StopAgent(SIGKILL);
+    options_.environment.clear();
+    ExpectAllWhole();
+    StopAgent(SIGTERM);
+    if (HasFailure()) break;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Ends, KilledAtAnyWrite, ::testing::Values("kill", "half"),
+                         [](const auto& test) { return std::string(test.param); });
+
+// The n-th call to the system for the store fails: what was answered with 0 is there, what was
+// answered otherwise is not, and the agent goes on.
+TEST_F(KilledUpload, IsToldOfADiskThatFailsOnce) {
+  const TemporaryDirectory directory;
+  LearnForms();
+  StopAgent(SIGTERM);
+  std::size_t failed = 0;
+  for (const std::uint64_t call : PointsAmong(200, 24)) {
+    SCOPED_TRACE("call " + std::to_string(call));
+    options_.environment = ShimEnvironment({"files", "fail", EIO}, call, handheld().path().string(),
+                                           directory / "told");
+    options_.captureErrors = true;
+    try {
+      port();
+    } catch (const std::runtime_error&) {
+      EXPECT_EQ(WaitForAgent(), 1) << "it cannot start";
+      StopAgent(SIGKILL);
+      continue;
+    }
+    for (int upload = 0; upload < 3; ++upload) {
+      RawConnection connection = Begin();
+      connection.Send(Chunk(NextDocument(6)) + Word(0));
+      const std::string replies = connection.ReceiveToEnd();
+      TakeReplies(replies, true);
+      for (std::size_t i = 0; i < 6; ++i)
+        failed += replies.size() < 8 * i + 8 || WordAt(replies, 8 * i + 4) != 0;
+    }
+    ExpectServing();
+    StopAgent(SIGTERM);
+    options_.environment.clear();
+    ExpectAllWhole();
+    StopAgent(SIGTERM);
+    if (HasFailure()) break;
+  }
+  EXPECT_GT(failed, 0u);
 }
 
 TEST_F(KilledUpload, ShowsNothingHalfToADownload) {

@@ -1,11 +1,14 @@
 // Whole requests, from the first byte to the last, with each platform call of theirs failed in
-// turn: once, and from there on. Whatever fails, the desktop is not told that all is well when it
-// is not, nothing is left behind, the store is sound, and the next request is served as ever.
+// turn: once, and from there on; and each allocation, once. Whatever fails, the desktop is not told
+// that all is well when it is not, nothing is left behind, the store is sound, and the next request
+// is served as ever.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <ostream>
@@ -23,6 +26,7 @@
 #include "handheld/network/socket_watcher.h"
 #include "handheld/store/store_check.h"
 #include "handheld/system/memory.h"
+#include "tests/agent/requests/allocation_faults.h"
 #include "tests/support/call_filler.h"
 #include "tests/support/desktop_end.h"
 #include "tests/support/fault_runs.h"
@@ -163,15 +167,33 @@ class WholeRequestFaults : public ::testing::TestWithParam<WholeRequest> {
     fs::remove(handheld_.directory() / "files/other.txt");
   }
 
-  static std::string Serve(const WholeRequest& request) {
+  // With that allocation of the agent failed, when one is given; how many there were is kept.
+  std::string Serve(const WholeRequest& request, std::uint64_t failingAllocation = 0) {
     const Invoke invoke{.function = request.function,
                         .input = request.input,
                         .streamFlag = request.streamed ? 1u : 0u};
     DesktopEnd desktop({Record(invoke.Body()) + request.chunks}, AfterSending::kClose);
-    handleRequest(reinterpret_cast<void*>(desktop.socket()));
+    {
+      const FailNthAllocation failing(failingAllocation);
+      handleRequest(reinterpret_cast<void*>(desktop.socket()));
+      allocations_ = failing.allocations();
+    }
     if (const auto socket = ce::host::Sockets().Remove(desktop.socket()))
       ce::host::CloseNow(socket);
     return desktop.Received();
+  }
+
+  // What the request is answered, and what there is before and after it.
+  void ServeUndisturbed() {
+    Restore();
+    whole_ = Lasting(Serve(GetParam()));
+    ASSERT_FALSE(whole_.empty());
+    Restore();
+    ASSERT_EQ(Lasting(Serve(GetParam())), whole_) << "the same request has the same answer";
+    names_ = Names();
+    blocks_ = ce::host::LiveLocalBlocks();
+    ce::host::StopSocketWatcher();
+    descriptors_ = OpenDescriptors();
   }
 
   // Without what others on the host change.
@@ -246,26 +268,47 @@ class WholeRequestFaults : public ::testing::TestWithParam<WholeRequest> {
                 failing == Failing::kOnce ? "failed once" : "failed from there on");
   }
 
+  void SweepAllocations() {
+    const std::uint64_t all = allocations_;
+    // In the short form some sixty of them fail, from the first to the last.
+    const std::uint64_t step =
+        std::getenv("CORVANE_SWEEP_ALL") ? 1 : std::max<std::uint64_t>(1, all / 60);
+    std::uint64_t points = 0;
+    for (std::uint64_t n = 1; !HasFailure(); n += step) {
+      SCOPED_TRACE("allocation " + std::to_string(n));
+      Restore();
+      const std::string answer = Serve(GetParam(), n);
+      if (allocations_ < n) break;
+      ++points;
+      ExpectHonest(answer, "operator new");
+      ExpectNothingLeft();
+      Restore();
+      EXPECT_EQ(Lasting(Serve(GetParam())), whole_) << "the next request";
+    }
+    EXPECT_GE(points * step, all);
+    std::printf("%s: %llu allocations failed\n", GetParam().name.c_str(),
+                static_cast<unsigned long long>(points));
+  }
+
   TestHandheld handheld_;
   fs::path copy_;
   std::string whole_;
   std::set<std::string> names_;
   std::int64_t blocks_ = 0;
   std::ptrdiff_t descriptors_ = 0;
+  std::uint64_t allocations_ = 0;
 };
 
 TEST_P(WholeRequestFaults, AreToldAndLeaveNothing) {
-  Restore();
-  whole_ = Lasting(Serve(GetParam()));
-  ASSERT_FALSE(whole_.empty());
-  Restore();
-  ASSERT_EQ(Lasting(Serve(GetParam())), whole_) << "the same request has the same answer";
-  names_ = Names();
-  blocks_ = ce::host::LiveLocalBlocks();
-  ce::host::StopSocketWatcher();
-  descriptors_ = OpenDescriptors();
+  ServeUndisturbed();
   Sweep(Failing::kOnce);
   Sweep(Failing::kFromThen);
+  EXPECT_THAT(ce::host::CheckStore(*handheld_), IsEmpty());
+}
+
+TEST_P(WholeRequestFaults, OfMemoryAreToldAndLeaveNothing) {
+  ServeUndisturbed();
+  SweepAllocations();
   EXPECT_THAT(ce::host::CheckStore(*handheld_), IsEmpty());
 }
 
