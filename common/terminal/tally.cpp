@@ -6,7 +6,7 @@ namespace terminal {
 
 std::string Grouped(std::uint64_t number) {
   std::string digits = std::to_string(number);
-  for (std::size_t left = digits.size(); left > 3; left -= 3) digits.insert(left - 3, ",");
+  for (std::size_t left = digits.size(); left > 3; left -= 3) digits.insert(left - 3, 1, ',');
   return digits;
 }
 
