@@ -12,7 +12,7 @@ namespace {
 
 void AddYearlyDay(const formats::Contact& contact,
                   const std::optional<std::chrono::year_month_day>& date, const std::string& name,
-                  const std::string& category, std::vector<formats::Appointment>& days) {
+                  const std::string& category, std::vector<formats::Appointment>& added) {
   if (!date || !date->ok()) return;
   const formats::local_days day(*date);
   formats::Appointment appointment;
@@ -24,7 +24,7 @@ void AddYearlyDay(const formats::Contact& contact,
   appointment.end = day + std::chrono::days(1);
   appointment.busyStatus = static_cast<int>(formats::BusyStatus::kFree);
   appointment.series.emplace().pattern = calendar::PatternFrom(calendar::PatternType::kYearly, day);
-  days.push_back(std::move(appointment));
+  added.push_back(std::move(appointment));
 }
 
 }  // namespace
