@@ -71,6 +71,7 @@ int DeleteSome(const ConnectionOptions& connection, const DeleteOptions& options
     oids.insert(oids.end(), more.begin(), more.end());
   }
   std::vector<PushRecord> records;
+  records.reserve(oids.size());
   for (const Oid oid : oids) records.push_back(DeletionOf(options.kind, oid));
   return RunPush(connection, {}, options.mapping, records, {.label = "Deleting", .each = true},
                  console);

@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <new>
 
+#include "tests/support/sanitizers.h"
+
 namespace corvane::testing {
 namespace {
 
@@ -11,7 +13,7 @@ thread_local bool t_counts = false;
 thread_local std::uint64_t t_allocations = 0;
 thread_local std::uint64_t t_failing = 0;
 
-bool FailsNow() {
+[[maybe_unused]] bool FailsNow() {
   return t_counts && ++t_allocations == t_failing;
 }
 
@@ -33,6 +35,8 @@ std::uint64_t FailNthAllocation::allocations() const {
 
 }  // namespace corvane::testing
 
+// The thread sanitizer has its own and lets nobody take their place.
+#if !CORVANE_TESTS_THREAD_SANITIZER
 // All forms but those for more than usual alignment: a sanitizer has its own of each that is not
 // here, and wants what one form gave back by its counterpart.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
@@ -61,3 +65,4 @@ void operator delete[](void* block) noexcept {
 void operator delete[](void* block, std::size_t) noexcept {
   std::free(block);
 }
+#endif

@@ -306,11 +306,13 @@ TEST_P(WholeRequestFaults, AreToldAndLeaveNothing) {
   EXPECT_THAT(ce::host::CheckStore(*handheld_), IsEmpty());
 }
 
+#if !CORVANE_TESTS_THREAD_SANITIZER  // under which no allocation can be made to fail
 TEST_P(WholeRequestFaults, OfMemoryAreToldAndLeaveNothing) {
   ServeUndisturbed();
   SweepAllocations();
   EXPECT_THAT(ce::host::CheckStore(*handheld_), IsEmpty());
 }
+#endif
 
 INSTANTIATE_TEST_SUITE_P(Requests, WholeRequestFaults, ::testing::ValuesIn(WholeRequests()),
                          [](const auto& test) { return test.param.name; });
