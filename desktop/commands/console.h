@@ -31,7 +31,8 @@ struct Console {
   }
 };
 
-// Runs a command, and turns what it throws into a message and kFailed.
+// Runs a command, and turns what it throws into a message and kFailed; but for std::bad_alloc,
+// which is for main to tell.
 int RunGuarded(const Console& console, const std::function<int()>& command);
 
 // A line "corvane-desktop: ..." on the error output.
