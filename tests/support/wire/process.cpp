@@ -28,7 +28,7 @@ void HandOver(int listener) {
 }
 
 [[noreturn]] void Become(char** argv, const ProcessOptions& options, int output, int errors) {
-  dup2(open("/dev/null", O_RDONLY | O_CLOEXEC), STDIN_FILENO);
+  dup2(options.input >= 0 ? options.input : open("/dev/null", O_RDONLY | O_CLOEXEC), STDIN_FILENO);
   dup2(output, STDOUT_FILENO);
   if (errors >= 0) dup2(errors, STDERR_FILENO);
   for (const auto& [name, value] : options.environment) setenv(name.c_str(), value.c_str(), 1);

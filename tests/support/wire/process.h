@@ -17,11 +17,13 @@ struct ProcessOptions {
   int listener = -1;
   // Whether ReadErrors() gives the standard error, instead of the test's own showing it.
   bool captureErrors = false;
+  // A descriptor that becomes its standard input; stays the caller's. -1 for an empty one.
+  int input = -1;
   // How many descriptors the program may have; 0 for as many as the test.
   unsigned descriptorLimit = 0;
 };
 
-// A running program whose standard output can be read line by line. Its standard input is empty.
+// A running program whose standard output can be read line by line.
 class Process {
  public:
   Process(const std::string& program, const std::vector<std::string>& arguments,
