@@ -11,8 +11,11 @@
 #include <vector>
 
 #include "common/command_line/description.h"
+#include "common/command_line/paging.h"
 #include "common/command_line/run.h"
 #include "common/files/standard_streams.h"
+#include "common/terminal/pager.h"
+#include "common/terminal/screen.h"
 #include "handheld/tool/backup_commands.h"
 #include "handheld/tool/card_commands.h"
 #include "handheld/tool/chosen_records.h"
@@ -109,7 +112,8 @@ void AddHandheldCommands(CLI::App& app, Arguments& a, Command& chosen) {
     keys += fmt::format("  {:<18}{}\n", key, values);
   set->footer(keys);
 
-  AddCommand(app, "info", "Say what it is", a, chosen, tool::ShowHandheld, tool::Use::kLook);
+  command_line::AddPaging(
+      *AddCommand(app, "info", "Say what it is", a, chosen, tool::ShowHandheld, tool::Use::kLook));
   AddCommand(app, "check", "Look for damage in the store", a, chosen, tool::CheckHandheld,
              tool::Use::kLook);
 
@@ -269,6 +273,7 @@ void AddShow(CLI::App& app, Arguments& a, Command& chosen) {
   AddDay(*show, "--week", a.days.week, true, "Of the calendar: the week of a day");
   AddDay(*show, "--from", a.days.from, false, "Of the calendar: its days from there [today]");
   AddDay(*show, "--to", a.days.to, false, "Of the calendar: its days until there [four weeks]");
+  command_line::AddPaging(*show);
   show->footer(
       "The calendar is shown day by day, every occurrence of a series in its place, messages by\n"
       "whom they went to and fro with. With --json an occurrence, or such a thread, is a line.");
@@ -280,6 +285,7 @@ void AddSearch(CLI::App& app, Arguments& a, Command& chosen) {
       [&](auto& session, auto& report) { return tool::Search(session, a.text, a.json, report); },
       tool::Use::kLook);
   search->add_option("TEXT", a.text, "Words that are all in it, in any order")->required();
+  command_line::AddPaging(*search);
   search->footer(
       "Exit codes: 0 found, 1 nothing found or failed, 2 wrong use, 3 not all was read.");
 }
@@ -425,6 +431,8 @@ Report ReportOf(const Arguments& a) {
   report.json = a.json;
   report.outIsTerminal = isatty(STDOUT_FILENO) == 1;
   report.errIsTerminal = isatty(STDERR_FILENO) == 1;
+  report.emphasises = terminal::ShowsEmphasis(STDOUT_FILENO);
+  report.columns = terminal::ColumnsOf(STDOUT_FILENO);
   return report;
 }
 
@@ -452,10 +460,12 @@ int ParseAndRun(int argc, char** argv) {
     fmt::print(stderr, "A command is required\nRun with --help for more information.\n");
     return kExitUsage;
   }
-  const Outcome outcome = chosen(ReportOf(arguments));
+  const Report report = ReportOf(arguments);
+  const int code = terminal::Paged(command_line::WantsPager(app),
+                                   [&] { return static_cast<int>(chosen(report)); });
   if (std::fflush(stdout) != 0 || std::ferror(stdout))
     throw std::runtime_error("the standard output cannot be written");
-  return static_cast<int>(outcome);
+  return code;
 }
 
 int RunTool(int argc, char** argv) {

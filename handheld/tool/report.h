@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "common/terminal/screen.h"
 #include "common/terminal/verbosity.h"
 #include "common/text/text.h"
 
@@ -26,6 +27,8 @@ struct Report {
   bool json = false;  // results as lines of JSON
   bool outIsTerminal = false;
   bool errIsTerminal = false;
+  bool emphasises = false;                        // headings of `out`
+  std::size_t columns = terminal::kUsualColumns;  // of `out`
 };
 
 // Says something to a person: what names and texts in it could do to a terminal is left out.

@@ -15,6 +15,7 @@
 #include "common/calendar/wall_time.h"
 #include "common/page/directory.h"
 #include "common/page/json.h"
+#include "common/terminal/width.h"
 #include "common/text/search_text.h"
 #include "common/text/text.h"
 #include "handheld/tool/handheld_facts.h"
@@ -38,6 +39,11 @@ using Texts = std::vector<std::string>;
 
 // What a found text is shown with at most.
 constexpr std::size_t kTitleWidth = 44;
+constexpr std::size_t kPartWidth = 60;
+
+std::string Excerpt(std::string_view text) {
+  return terminal::Cut(text::OnOneLine(text), kPartWidth);
+}
 
 std::string Digits(const std::string& number) {
   std::string digits;
@@ -48,16 +54,15 @@ std::string Digits(const std::string& number) {
 
 // The line from a little in front of the first of the words on, which is in it.
 std::string PartFrom(const text::SearchWords& words, std::string_view line) {
-  constexpr std::size_t kShort = 60;
   constexpr std::size_t kWordsBefore = 3;
   std::vector<std::size_t> begins = {0};
-  if (line.size() > kShort)
+  if (line.size() > kPartWidth)
     for (std::size_t at = line.find(' '); at != line.npos; at = line.find(' ', at + 1)) {
       if (words.HasOneIn(text::SearchForm(line.substr(begins.back(), at - begins.back())))) break;
       begins.push_back(at + 1);
     }
   const std::size_t from = begins[begins.size() - 1 - std::min(begins.size() - 1, kWordsBefore)];
-  return (from > 0 ? "…" : "") + text::Excerpt(line.substr(from));
+  return (from > 0 ? "…" : "") + Excerpt(line.substr(from));
 }
 
 // What shows why texts were found: of the first line with one of the words.
@@ -98,7 +103,7 @@ class SearchRun {
       const std::string title = TitleOf(record);
       std::string part = PartOf(title, texts);
       if constexpr (std::is_same_v<Record, TextMessage>)
-        if (part.empty()) part = text::Excerpt(record.text);
+        if (part.empty()) part = Excerpt(record.text);
       PrintLine(kRecordName<Record>, std::to_string(id), title, part);
     });
   }

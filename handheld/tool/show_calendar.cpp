@@ -27,9 +27,10 @@ using Placed = std::vector<PlacedOccurrence>;
 
 // So many days are looked at together, so that memory does not grow with those that are asked for.
 constexpr std::chrono::days kAtATime{31};
-// A line has 80 columns, of which what is in front leaves so many.
-constexpr std::size_t kAgendaWidth = 65;
-constexpr std::size_t kWeekWidth = 59;
+// What stands in front of an entry, and the least that is left for it.
+constexpr std::size_t kBeforeInAgenda = 15;
+constexpr std::size_t kBeforeInWeek = 21;
+constexpr std::size_t kNarrowest = 20;
 
 struct Appointments {
   std::vector<Appointment> all;
@@ -60,7 +61,8 @@ void ForEachNew(const Placed& placed, const DayRange& part, const DayRange& days
     if (part.first == days.first || each.days().first >= part.first) visit(each);
 }
 
-std::string EntryText(const DayEntry& entry, std::size_t width) {
+std::string EntryText(const DayEntry& entry, std::size_t before, const Report& report) {
+  const std::size_t width = std::max(report.columns, before + kNarrowest) - before;
   const std::string text = Column(entry.subject + entry.more, width);
   return text.substr(0, text.find_last_not_of(' ') + 1);
 }
@@ -95,10 +97,11 @@ void PrintAgenda(const std::vector<Appointment>& appointments, const DayRange& d
     for (local_days day = part.first; day <= part.last; day += std::chrono::days(1)) {
       const std::vector<DayEntry> entries = EntriesOn(day, placed);
       if (entries.empty()) continue;
-      fmt::print(report.out, "{}{}\n", LongDay(day), day == today ? ", today" : "");
+      fmt::print(report.out, "{}\n",
+                 Heading(LongDay(day) + (day == today ? ", today" : ""), report));
       for (const DayEntry& entry : entries)
         fmt::print(report.out, "  {}  {}\n", Column(entry.times, 11),
-                   EntryText(entry, kAgendaWidth));
+                   EntryText(entry, kBeforeInAgenda, report));
       fmt::print(report.out, "\n");
     }
   });
@@ -113,7 +116,8 @@ void PrintAgenda(const std::vector<Appointment>& appointments, const DayRange& d
 void PrintWeek(const std::vector<Appointment>& appointments, const DayRange& days, local_days today,
                const Report& report) {
   const Placed placed = page::OccurrencesIn(appointments, days);
-  fmt::print(report.out, "Week {}, {}\n\n", IsoWeek(days.first), WordsFor(days));
+  fmt::print(report.out, "{}\n\n",
+             Heading(fmt::format("Week {}, {}", IsoWeek(days.first), WordsFor(days)), report));
   for (local_days day = days.first; day <= days.last; day += std::chrono::days(1)) {
     const std::chrono::year_month_day date(day);
     std::string head = fmt::format("{} {:>2}{}", WeekdayName(day).substr(0, 3),
@@ -122,7 +126,7 @@ void PrintWeek(const std::vector<Appointment>& appointments, const DayRange& day
     if (entries.empty()) fmt::print(report.out, "{}\n", head);
     for (const DayEntry& entry : entries) {
       fmt::print(report.out, "{:<7} {}  {}\n", head, Column(entry.times, 11),
-                 EntryText(entry, kWeekWidth));
+                 EntryText(entry, kBeforeInWeek, report));
       head.clear();
     }
   }
@@ -163,8 +167,9 @@ Outcome ShowCalendar(Session& session, const CalendarChoice& choice, bool json,
     return Outcome::kDone;
   }
   if (window.form == CalendarForm::kMonth) {
-    fmt::print(report.out, "{}",
-               MonthGrid(window.days, page::OccurrencesIn(appointments.all, window.days), today));
+    fmt::print(
+        report.out, "{}",
+        MonthGrid(window.days, page::OccurrencesIn(appointments.all, window.days), today, report));
   } else if (window.form == CalendarForm::kWeek) {
     PrintWeek(appointments.all, window.days, today, report);
   } else {

@@ -113,7 +113,7 @@ void PrintMessage(const ThreadMessage& each, const Report& report) {
 }
 
 void PrintThread(const Thread& thread, const std::vector<Contact>& people, const Report& report) {
-  fmt::print(report.out, "{}\n", NamesOf(thread, people));
+  fmt::print(report.out, "{}\n", Heading(NamesOf(thread, people), report));
   std::optional<std::string> before;
   for (const ThreadMessage& each : thread.messages) {
     std::string day = "Without a time";

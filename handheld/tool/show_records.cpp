@@ -7,6 +7,7 @@
 
 #include "common/calendar/pattern_words.h"
 #include "common/calendar/wall_time.h"
+#include "common/text/text.h"
 #include "handheld/tool/record_json.h"
 #include "handheld/tool/records.h"
 #include "handheld/tool/table.h"
@@ -43,7 +44,8 @@ std::string Row(const Contact& contact) {
       contact,
       {ContactField::kEmail1Address, ContactField::kEmail2Address, ContactField::kEmail3Address});
   return fmt::format("{} {} {} {}", Column(formats::DisplayName(contact), 28),
-                     Column(contact[ContactField::kCompanyName], 20), Column(phone, 20), email);
+                     Column(contact[ContactField::kCompanyName], 20), Column(phone, 20),
+                     text::OnOneLine(email));
 }
 
 std::string TimeOfDay(formats::local_seconds time) {
@@ -168,7 +170,9 @@ template <typename Record, typename RowOf>
 void PrintTable(Session& session, const char* number, RowOf rowOf, const Report& report) {
   std::size_t count = 0;
   ForEachRecord<Record>(session, [&](std::int64_t id, const Record& record) {
-    if (count++ == 0) fmt::print(report.out, "{:>10}  {}\n", number, Header(record));
+    if (count++ == 0)
+      fmt::print(report.out, "{}\n",
+                 Heading(fmt::format("{:>10}  {}", number, Header(record)), report));
     fmt::print(report.out, "{:>10}  {}\n", id, rowOf(record));
   });
   fmt::print(report.out, "{}\n", Counted(count, kRecordName<Record>));

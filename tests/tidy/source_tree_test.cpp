@@ -174,7 +174,8 @@ TEST(SourceTree, RoomsIncludeOnlyDownwards) {
 
 TEST(SourceTree, NothingAboveTheSeamKnowsTheHost) {
   const std::regex host(
-      "#include <(sqlite3|libxml|pugixml|libical|unistd|sys/|netinet|arpa|fcntl|poll|pthread|dirent"
+      "#include "
+      "<(sqlite3|libxml|pugixml|libical|utf8proc|unistd|sys/|netinet|arpa|fcntl|poll|pthread|dirent"
       "|signal|errno|thread|filesystem|fstream)");
   for (const Source& source : Sources({"agent", "platform"})) {
     if (source.path == "agent/main.cpp") continue;

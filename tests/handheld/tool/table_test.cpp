@@ -25,6 +25,12 @@ TEST(Column, CountsCharactersNotBytes) {
   EXPECT_EQ(Column("äöüßé", 4), "äöü…");
 }
 
+TEST(Column, CountsCellsNotCharacters) {
+  EXPECT_EQ(Column("山田", 6), "山田  ");
+  EXPECT_EQ(Column("山田太郎", 6), "山田… ");
+  EXPECT_EQ(Column("e\u0301e\u0301", 4), "e\u0301e\u0301  ");
+}
+
 TEST(Column, StaysOnOneLine) {
   EXPECT_EQ(Column("a\nb\rc", 6), "a b c ");
 }

@@ -1,6 +1,7 @@
 #include "tests/support/wire/process.h"
 
 #include <fcntl.h>
+#include <pty.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/mman.h>
@@ -27,10 +28,39 @@ void HandOver(int listener) {
   setenv("LISTEN_PID", std::to_string(getpid()).c_str(), 1);
 }
 
+struct Ends {
+  int reading = -1;
+  int writing = -1;
+};
+
+Ends NewPipe() {
+  int ends[2];
+  if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+  return {ends[0], ends[1]};
+}
+
+Ends NewTerminal(unsigned short columns) {
+  Ends ends;
+  const winsize size{24, columns, 0, 0};
+  if (openpty(&ends.reading, &ends.writing, nullptr, nullptr, &size) != 0)
+    throw std::runtime_error("no terminal");
+  termios asWritten{};
+  tcgetattr(ends.writing, &asWritten);
+  cfmakeraw(&asWritten);
+  tcsetattr(ends.writing, TCSANOW, &asWritten);
+  fcntl(ends.reading, F_SETFD, FD_CLOEXEC);
+  fcntl(ends.writing, F_SETFD, FD_CLOEXEC);
+  return ends;
+}
+
 [[noreturn]] void Become(char** argv, const ProcessOptions& options, int output, int errors) {
   dup2(options.input >= 0 ? options.input : open("/dev/null", O_RDONLY | O_CLOEXEC), STDIN_FILENO);
   dup2(output, STDOUT_FILENO);
-  if (errors >= 0) dup2(errors, STDERR_FILENO);
+  if (errors >= 0) {
+    dup2(errors, STDERR_FILENO);
+  } else if (options.terminalColumns != 0) {
+    dup2(output, STDERR_FILENO);
+  }
   for (const auto& [name, value] : options.environment) setenv(name.c_str(), value.c_str(), 1);
   if (options.listener >= 0) HandOver(options.listener);
   const rlimit limit{options.descriptorLimit, options.descriptorLimit};
@@ -43,17 +73,16 @@ void HandOver(int listener) {
 
 Process::Process(const std::string& program, const std::vector<std::string>& arguments,
                  const ProcessOptions& options) {
-  int pipe[2];
-  if (pipe2(pipe, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+  const Ends ends = options.terminalColumns == 0 ? NewPipe() : NewTerminal(options.terminalColumns);
   // A file, so that nobody has to read it for the program to go on.
   if (options.captureErrors) errors_ = memfd_create("errors", MFD_CLOEXEC);
   std::vector<char*> argv{const_cast<char*>(program.c_str())};
   for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
   argv.push_back(nullptr);
   pid_ = fork();
-  if (pid_ == 0) Become(argv.data(), options, pipe[1], errors_);
-  close(pipe[1]);
-  output_ = pipe[0];
+  if (pid_ == 0) Become(argv.data(), options, ends.writing, errors_);
+  close(ends.writing);
+  output_ = ends.reading;
 }
 
 Process::~Process() {

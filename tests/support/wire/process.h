@@ -21,6 +21,9 @@ struct ProcessOptions {
   int input = -1;
   // How many descriptors the program may have; 0 for as many as the test.
   unsigned descriptorLimit = 0;
+  // The columns of a terminal that the standard output is, and the standard error when it is not
+  // captured; 0 for a pipe. Lines end as they were written. Nobody types on it.
+  unsigned short terminalColumns = 0;
 };
 
 // A running program whose standard output can be read line by line.
