@@ -11,6 +11,7 @@
 #include "common/terminal/tally.h"
 #include "common/text/text.h"
 #include "desktop/commands/commands_pair.h"
+#include "desktop/commands/losses.h"
 #include "desktop/commands/result.h"
 #include "desktop/records/phone_records.h"
 #include "desktop/transfer/mapping.h"
@@ -71,7 +72,8 @@ class PullRun {
         words_(WordsOf(options.kind)),
         output_(options.output, words_.isItem, console),
         progress_(console.err, console.showsProgress(), fmt::format("Pulling {}", words_.plural),
-                  Total(options)) {
+                  Total(options)),
+        losses_(progress_, console) {
     const RecordFormat format = options.format.value_or(words_.formats[0]);
     if (NeedsMapping(format)) {
       mapping_ = std::make_unique<Mapping>(MappingPath(options.mapping, connection.target));
@@ -92,7 +94,8 @@ class PullRun {
     BeginOnce();
     writer_->End();
     output_.Commit(problem.empty() ? std::string_view() : kPartialSuffix);
-    for (const std::string& loss : writer_->Losses()) SayUnlessQuiet(loss);
+    for (const auto& [item, loss] : writer_->Losses()) losses_.Add(options_.kind, item, loss);
+    losses_.PrintSums();
     if (!problem.empty()) {
       ReportPartial(problem);
     } else if (options_.output) {
@@ -198,7 +201,7 @@ class PullRun {
     BeginOnce();
     writer_->Write(record);
     ++written_;
-    if (options_.kind == RecordKind::kMessages) SayUnlessQuiet(MissingOf(record));
+    if (options_.kind == RecordKind::kMessages) AddMissing(record);
   }
 
   void Say(const std::string& line) {
@@ -207,8 +210,14 @@ class PullRun {
     console_.err << text::Shown(line) << '\n';
   }
 
-  void SayUnlessQuiet(const std::string& line) {
-    if (console_.verbosity != Verbosity::kErrors) Say(line);
+  void AddMissing(const Record& message) {
+    const std::string missing = MissingOf(message);
+    if (missing.empty()) return;
+    const std::string_view folder = message.element.ChildText("Folder");
+    losses_.Add(RecordKind::kMessages,
+                message.oidText.empty() ? fmt::format("a message in {}", folder)
+                                        : fmt::format("message {} in {}", message.oidText, folder),
+                missing);
   }
 
   void SayWhatIsThere(const std::filesystem::path& file) {
@@ -254,6 +263,7 @@ class PullRun {
   const KindWords& words_;
   Output output_;
   terminal::Progress progress_;
+  Losses losses_;
   std::unique_ptr<Mapping> mapping_;
   std::unique_ptr<RecordWriter> writer_;
   bool begun_ = false;

@@ -34,7 +34,7 @@ struct PullOptions {
 // telephone's records as they come (a backup file at the end). An interrupted one leaves no file.
 // An output that exists and holds more records than have come stays as it is: that is kFailed. A
 // complete pull to a file says on the standard output how many records were pulled. What a format
-// cannot say, and what the handheld leaves out of a message, goes to the error output.
+// cannot say, and what the handheld leaves out of a message, is said as Losses says it.
 int Pull(const ConnectionOptions& connection, const PullOptions& options, const Console& console);
 
 }  // namespace desktop

@@ -10,6 +10,7 @@
 #include "common/terminal/progress.h"
 #include "common/text/text.h"
 #include "desktop/commands/commands_pair.h"
+#include "desktop/commands/losses.h"
 #include "desktop/commands/push_report.h"
 #include "desktop/transfer/mapping.h"
 #include "desktop/transfer/push_check.h"
@@ -35,35 +36,9 @@ bool IsSent(PushOutcome outcome) {
          outcome == PushOutcome::kChanged;
 }
 
-// What is lost on the way, by itself or summed up.
-class Losses {
- public:
-  Losses(terminal::Progress& progress, const Console& console)
-      : progress_(progress), console_(console) {}
-
-  void Add(const PushRecord& record, const std::string& loss) {
-    if (console_.verbosity == Verbosity::kAll) {
-      Print(record.place + ": " + loss);
-    } else {
-      const std::optional<RecordKind> kind = KindNamed(record.kind);
-      if (kind) sums_.Add(loss, {WordsOf(*kind).name, WordsOf(*kind).plural});
-    }
-  }
-  void PrintSums() {
-    if (console_.verbosity == Verbosity::kErrors) return;
-    for (const std::string& line : sums_.Lines()) Print(line);
-  }
-
- private:
-  void Print(const std::string& line) {
-    progress_.Hide();
-    console_.err << text::Shown(line) << '\n';
-  }
-
-  terminal::Progress& progress_;
-  const Console& console_;
-  terminal::Tally sums_;
-};
+void AddLoss(const PushRecord& record, const std::string& loss, Losses& losses) {
+  if (const auto kind = KindNamed(record.kind)) losses.Add(*kind, record.place, loss);
+}
 
 // Some handhelds ignore them, and take the rest of the contact in.
 void AddUnkeptNames(const ConnectionOptions& connection, const std::vector<PushResult>& results,
@@ -74,7 +49,7 @@ void AddUnkeptNames(const ConnectionOptions& connection, const std::vector<PushR
   }
   for (const auto& [record, names] : FindUnkeptNames(connection, sent)) {
     for (const std::string& name : names) {
-      losses.Add(*record, name + ": the handheld does not keep it");
+      AddLoss(*record, name + ": the handheld does not keep it", losses);
     }
   }
 }
@@ -123,7 +98,7 @@ int RunPush(const ConnectionOptions& connection, const PushPolicy& policy,
       PrintResult(result, console.verbosity == Verbosity::kErrors ? console.err : console.out);
     }
     if (IsTakenIn(result.outcome)) {
-      for (const std::string& loss : result.record->losses) losses.Add(*result.record, loss);
+      for (const std::string& loss : result.record->losses) AddLoss(*result.record, loss, losses);
     }
     progress.Update(results.size());
   });

@@ -84,15 +84,11 @@ formats::Call CallFromXml(const XmlElement& record) {
 }
 
 std::string MissingOf(const Record& message) {
-  const std::string_view folder = message.element.ChildText("Folder");
   if (message.oidText.empty()) {
-    return fmt::format(
-        "a message in {} has no identifier: the handheld sends no sender, text and recipients",
-        folder);
+    return "no identifier: the handheld sends no sender, text and recipients";
   }
   if (IsMultimedia(message.element)) {
-    return fmt::format("multimedia message {} in {}: the handheld sends nothing else of it",
-                       message.oidText, folder);
+    return "multimedia: the handheld sends nothing of it but its number and folder";
   }
   return {};
 }

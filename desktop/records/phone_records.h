@@ -22,9 +22,9 @@ inline constexpr std::string_view kNoMessageStore =
 formats::TextMessage MessageFromXml(const XmlElement& record);
 formats::Call CallFromXml(const XmlElement& record);
 
-// What the handheld has left out of a message, for people; empty for a whole one. Of a multimedia
-// message it tells where it lies and nothing else; of one without an identifier neither sender nor
-// text nor recipients.
+// What the handheld has left out of a message, for people, alike for all of which it is the same;
+// empty for a whole one. Of a multimedia message it tells where it lies and nothing else; of one
+// without an identifier neither sender nor text nor recipients.
 std::string MissingOf(const Record& message);
 
 }  // namespace desktop

@@ -236,16 +236,20 @@ class ICalendarWriter : public RecordWriter {
 
   void End() override {
     const formats::CalendarText text = formats::WriteICalendar(appointments_, tasks_, zone_);
-    losses_.insert(losses_.end(), text.losses.begin(), text.losses.end());
+    for (const std::string& loss : text.losses) losses_.push_back(Parted(loss));
     sink_(text.bytes);
   }
 
-  [[nodiscard]] std::vector<std::string> Losses() const override { return losses_; }
+  [[nodiscard]] std::vector<RecordLoss> Losses() const override { return losses_; }
 
  private:
   void AddLosses(const Record& record, const std::string& name) {
-    const std::string item = name + ": ";
-    for (const std::string& loss : RecordLosses(record.element)) losses_.push_back(item + loss);
+    for (const std::string& loss : RecordLosses(record.element)) losses_.push_back({name, loss});
+  }
+  // "NAME: why", of which a name may have a colon.
+  static RecordLoss Parted(const std::string& loss) {
+    const std::size_t colon = loss.rfind(": ");
+    return {loss.substr(0, colon), loss.substr(colon + 2)};
   }
 
   calendar::Zone zone_;
@@ -253,7 +257,7 @@ class ICalendarWriter : public RecordWriter {
   ByteSink sink_;
   std::vector<formats::Appointment> appointments_;
   std::vector<formats::Task> tasks_;
-  std::vector<std::string> losses_;
+  std::vector<RecordLoss> losses_;
 };
 
 }  // namespace

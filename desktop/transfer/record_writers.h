@@ -17,6 +17,11 @@ namespace desktop {
 // Where the bytes of a form go, in order. What it throws passes through.
 using ByteSink = std::function<void(std::string_view)>;
 
+struct RecordLoss {
+  std::string item;  // its name
+  std::string loss;
+};
+
 class RecordWriter {
  public:
   virtual ~RecordWriter() = default;
@@ -24,8 +29,8 @@ class RecordWriter {
   // The record must be of the writer's kind; an item must have an OID.
   virtual void Write(const Record& record) = 0;
   virtual void End() {}
-  // After the end: what the form cannot say, a line each with the name of what it is about.
-  [[nodiscard]] virtual std::vector<std::string> Losses() const { return {}; }
+  // After the end: what the form cannot say.
+  [[nodiscard]] virtual std::vector<RecordLoss> Losses() const { return {}; }
 };
 
 struct WriterOptions {

@@ -121,8 +121,14 @@ TEST_F(DesktopPhone, NamesAMultimediaMessage) {
   const Ended pull = Desktop({"pull", "messages"});
   EXPECT_EQ(pull.code, 0);
   EXPECT_THAT(pull.out, HasSubstr("\"folder\":\"/Inbox\",\"class\":\"mms\"}\n"));
-  EXPECT_THAT(pull.err, StartsWith("multimedia message 00000000"));
-  EXPECT_TRUE(IsOneLine(pull.err)) << pull.err;
+  EXPECT_EQ(pull.err,
+            "multimedia: the handheld sends nothing of it but its number and folder: 1 text "
+            "message\n");
+  const Ended each = Desktop({"pull", "messages", "-v"});
+  EXPECT_THAT(each.err, StartsWith("message 00000000"));
+  EXPECT_THAT(each.err, HasSubstr(" in /Inbox: multimedia: the handheld sends nothing of it but "));
+  EXPECT_TRUE(IsOneLine(each.err)) << each.err;
+  EXPECT_EQ(Desktop({"pull", "messages", "-q"}).err, "");
 }
 
 TEST_F(DesktopPhone, DeletesMessagesButForDrafts) {

@@ -57,7 +57,7 @@ TEST(MessageFromXml, TakesAMessageWithFolderAloneForAMultimediaOne) {
   EXPECT_EQ(message.messageClass, MessageClass::kMms);
   EXPECT_EQ(message.folder, "/Inbox");
   EXPECT_EQ(MissingOf(record),
-            "multimedia message 0A in /Inbox: the handheld sends nothing else of it");
+            "multimedia: the handheld sends nothing of it but its number and folder");
 }
 
 TEST(MessageFromXml, TakesAMessageWithoutTextForATextMessage) {
@@ -68,9 +68,7 @@ TEST(MessageFromXml, TakesAMessageWithoutTextForATextMessage) {
 
 TEST(MissingOf, NamesAMessageWithoutAnIdentifier) {
   const Record record = Only("<SMS><Folder>/Inbox</Folder><Flags>1</Flags></SMS>");
-  EXPECT_EQ(MissingOf(record),
-            "a message in /Inbox has no identifier: the handheld sends no sender, text and "
-            "recipients");
+  EXPECT_EQ(MissingOf(record), "no identifier: the handheld sends no sender, text and recipients");
 }
 
 TEST(CallFromXml, TakesEveryField) {

@@ -153,11 +153,21 @@ TEST_F(PullPhoneTest, SaysHowManyAreInTheFile) {
   EXPECT_EQ(Names(directory_), std::vector<std::string>{"out"});
 }
 
-TEST_F(PullPhoneTest, NamesAMultimediaMessageAndKeepsWhatThereIs) {
+TEST_F(PullPhoneTest, CountsMultimediaMessagesAndKeepsWhatThereIs) {
   EXPECT_EQ(RunAgainst(Word(0) + Counted(Document(kMultimedia + kFirstMessage)) + kNoMore), kDone);
-  EXPECT_EQ(err(), "multimedia message 0C in /Inbox: the handheld sends nothing else of it\n");
+  EXPECT_EQ(err(),
+            "multimedia: the handheld sends nothing of it but its number and folder: 1 text "
+            "message\n");
   EXPECT_EQ(out(),
             std::string("{\"oid\":\"0C\",\"folder\":\"/Inbox\",\"class\":\"mms\"}\n") + kFirstLine);
+}
+
+TEST_F(PullPhoneTest, NamesEachMultimediaMessageWhenToldSo) {
+  console_.console.verbosity = Verbosity::kAll;
+  EXPECT_EQ(RunAgainst(Word(0) + Counted(Document(kMultimedia + kFirstMessage)) + kNoMore), kDone);
+  EXPECT_EQ(err(),
+            "message 0C in /Inbox: multimedia: the handheld sends nothing of it but its number and "
+            "folder\n");
 }
 
 TEST_F(PullPhoneTest, LeavesOutWhatIsNoneOfTheKind) {
