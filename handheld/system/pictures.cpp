@@ -13,7 +13,7 @@ namespace {
 
 using host::GuardedCode;
 
-// A letter of a picture and how many of it mean what. The longest row that fits is taken.
+// A letter of a picture and how many of it at least mean what. The first row that fits is taken.
 struct Field {
   char16_t letter;
   std::size_t count;
@@ -23,7 +23,7 @@ struct Field {
 };
 
 constexpr std::array kDateFields = {
-    Field{u'y', 4, &SYSTEMTIME::wYear, 0, 4},   Field{u'y', 2, &SYSTEMTIME::wYear, 100, 2},
+    Field{u'y', 3, &SYSTEMTIME::wYear, 0, 4},   Field{u'y', 2, &SYSTEMTIME::wYear, 100, 2},
     Field{u'y', 1, &SYSTEMTIME::wYear, 100, 1}, Field{u'M', 2, &SYSTEMTIME::wMonth, 0, 2},
     Field{u'M', 1, &SYSTEMTIME::wMonth, 0, 1},  Field{u'd', 2, &SYSTEMTIME::wDay, 0, 2},
     Field{u'd', 1, &SYSTEMTIME::wDay, 0, 1}};
@@ -75,7 +75,7 @@ std::u16string Draw(const std::array<Field, kCount>& fields, const SYSTEMTIME& t
     }
     const unsigned value = time.*field->value;
     AppendNumber(out, field->modulus ? value % field->modulus : value, field->digits);
-    picture.remove_prefix(field->count);
+    picture.remove_prefix(run);
   }
   return out;
 }

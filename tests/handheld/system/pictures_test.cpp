@@ -43,6 +43,12 @@ TEST(GetDateFormatCall, ReadsApostrophes) {
   EXPECT_EQ(Date(kTime, u"'open dd"), u"open dd");
 }
 
+TEST(PictureCalls, TakeARunOfALetterForOneField) {
+  EXPECT_EQ(Date(kTime, u"yyy"), u"2008");
+  EXPECT_EQ(Date(kTime, u"yyyyyyyyyMMd"), u"2008025");
+  EXPECT_EQ(Time(kTime, u"HHH:mmmm:sss"), u"07:04:09");
+}
+
 TEST(GetDateFormatCall, WritesEveryDateThatADateValueCanHold) {
   EXPECT_EQ(Date({1899, 12, 0, 30, 0, 0, 0, 0}, u"yyyyMMdd"), u"18991230");
   EXPECT_EQ(Date({100, 1, 0, 1, 0, 0, 0, 0}, u"yyyyMMdd"), u"01000101");
