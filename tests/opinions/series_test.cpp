@@ -179,7 +179,7 @@ std::string AnyRule() {
   return rule;
 }
 
-RC_GTEST_PROP(Series, ThatAnotherProgramsRuleIsReadAsHasItsDaysByDateutil, ()) {
+RC_GTEST_PROP(Series, OfAnotherProgramsRuleHasItsDaysByDateutil, ()) {
   const local_days start = AnyStart(1900, 2900);
   const std::string text = AnyRule();
   // Days are looked at one by one, so their rules end sooner.
@@ -195,6 +195,11 @@ RC_GTEST_PROP(Series, ThatAnotherProgramsRuleIsReadAsHasItsDaysByDateutil, ()) {
     for (const auto& each : of) times.push_back(formats::IsoDateTime(each));
     return times;
   };
+
+  formats::WorkBudget budget;
+  const formats::RuleTimes told =
+      TimesOfRule(*rule, start, until, start, until + days(1), kMost, budget);
+  RC_ASSERT(asTimes(told.times) == found);
 
   const auto pattern = formats::PatternOfRule(*rule, {.until = until}, start);
   RC_CLASSIFY(pattern.has_value(), "a pattern");

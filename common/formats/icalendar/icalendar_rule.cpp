@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 
 #include "common/formats/icalendar/icalendar_values.h"
+#include "common/formats/icalendar/rule_days.h"
 #include "common/text/text.h"
 
 namespace formats {
@@ -25,7 +27,7 @@ constexpr std::string_view kPartNames[] = {
 
 struct FrequencyStep {
   std::string_view name;
-  long long step;  // seconds that libical looks ahead in one step
+  long long step;  // seconds that are looked ahead in one step
 };
 constexpr FrequencyStep kFrequencies[] = {
     {"SECONDLY", 1},    {"MINUTELY", 60},    {"HOURLY", 3600},        {"DAILY", 86'400},
@@ -78,6 +80,62 @@ local_seconds FromIcal(const icaltimetype& time) {
   const local_days day{std::chrono::year{time.year} / time.month / time.day};
   return day + std::chrono::hours(time.hour) + std::chrono::minutes(time.minute) +
          seconds(time.second);
+}
+
+// The times of a rule up to and with a last one.
+class TimeWalk {
+ public:
+  TimeWalk(const RecurrenceRule& rule, local_seconds start, local_seconds last);
+
+  // False for a rule whose parts exclude each other.
+  bool isPossible() const { return days_ || times_; }
+  // Nothing behind the last one, nor beyond the rule's COUNT.
+  std::optional<local_seconds> Next();
+
+ private:
+  std::optional<local_seconds> NextOfDays();
+  std::optional<local_seconds> NextOfTimes();
+
+  const local_seconds last_;
+  const seconds clock_;  // of each day
+  const std::optional<int> most_;
+  int count_ = 0;
+  // Rules of days alone are walked here, by the book: libical passes over days of theirs, such as a
+  // day that counts from the month's end, or Sundays of weeks that begin on a Monday.
+  std::optional<RuleWalk> days_;
+  const std::chrono::days shift_;
+  Iterator times_;
+};
+
+TimeWalk::TimeWalk(const RecurrenceRule& rule, local_seconds start, local_seconds last)
+    : last_(last), clock_(start - DayOf(start)), most_(rule.Count()), shift_(ShiftOf(start)) {
+  if (const std::optional<DayRule> days = DayRule::Of(rule)) {
+    days_.emplace(*days, DayOf(start));
+    return;
+  }
+  RecurrenceRule endless = rule;
+  endless.Drop("UNTIL");
+  LibicalRule recurrence(endless.Text());
+  // libical looks for the next time until it finds one, so it is told where to end.
+  recurrence.until = ToIcal(last - shift_);
+  times_.reset(icalrecur_iterator_new(recurrence, ToIcal(start - shift_)));
+}
+
+std::optional<local_seconds> TimeWalk::Next() {
+  return days_ ? NextOfDays() : NextOfTimes();
+}
+
+std::optional<local_seconds> TimeWalk::NextOfDays() {
+  if (most_ && count_ == *most_) return std::nullopt;
+  ++count_;
+  const std::optional<local_days> day = days_->NextUntil(DayOf(last_));
+  return day && *day + clock_ <= last_ ? std::optional(*day + clock_) : std::nullopt;
+}
+
+std::optional<local_seconds> TimeWalk::NextOfTimes() {
+  const icaltimetype next = icalrecur_iterator_next(times_.get());
+  if (icaltime_is_null_time(next)) return std::nullopt;
+  return FromIcal(next) + shift_;
 }
 
 bool IsKnownPart(std::string_view name) {
@@ -174,19 +232,12 @@ RuleTimes TimesOfRule(const RecurrenceRule& rule, local_seconds start,
   result.cut = budget.isUsedUp();
   if (result.cut) return result;
 
-  RecurrenceRule endless = rule;
-  endless.Drop("UNTIL");
-  LibicalRule recurrence(endless.Text());
-  // libical looks for the next time until it finds one, so it is told where to end.
-  const std::chrono::days shift = ShiftOf(start);
-  recurrence.until = ToIcal((until ? std::min(*until, end) : end) - shift);
-  const Iterator iterator(icalrecur_iterator_new(recurrence, ToIcal(start - shift)));
-  if (!iterator) return result;
+  TimeWalk walk(rule, start, until ? std::min(*until, end) : end);
+  if (!walk.isPossible()) return result;
   int count = 0;
   local_seconds reached = end;
-  icaltimetype next = icalrecur_iterator_next(iterator.get());
-  for (; !icaltime_is_null_time(next); next = icalrecur_iterator_next(iterator.get()), ++count) {
-    const local_seconds time = FromIcal(next) + shift;
+  for (; const std::optional<local_seconds> next = walk.Next(); ++count) {
+    const local_seconds time = *next;
     if (time < from) {
       ++result.skipped;
     } else if (time >= end || result.times.size() == most) {

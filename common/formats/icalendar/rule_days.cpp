@@ -1,6 +1,7 @@
 #include "common/formats/icalendar/rule_days.h"
 
 #include <algorithm>
+#include <limits>
 #include <string_view>
 
 #include "common/calendar/pattern.h"
@@ -111,13 +112,20 @@ RuleWalk::RuleWalk(DayRule rule, local_days start) : rule_(std::move(rule)), sta
 
 std::optional<local_days> RuleWalk::Next() {
   const bool isDaily = rule_.frequency == Frequency::kDaily;
-  int left = isDaily ? kMostEmptyDays : kMostEmptyPeriods;
+  return Next(calendar::kLastDay, isDaily ? kMostEmptyDays : kMostEmptyPeriods);
+}
+
+std::optional<local_days> RuleWalk::NextUntil(local_days last) {
+  return Next(last, std::numeric_limits<std::int64_t>::max());
+}
+
+std::optional<local_days> RuleWalk::Next(local_days last, std::int64_t mostEmpty) {
   while (place_ == days_.size()) {
-    if (left-- == 0 || BeginOf(period_) > calendar::kLastDay) return std::nullopt;
+    if (mostEmpty-- == 0 || BeginOf(period_) > last) return std::nullopt;
     Fill();
   }
   const local_days day = days_[place_++];
-  return day <= calendar::kLastDay ? std::optional(day) : std::nullopt;
+  return day <= last ? std::optional(day) : std::nullopt;
 }
 
 // The days of the next period that are not before the start.

@@ -42,8 +42,11 @@ class RuleWalk {
   // Nothing behind the last day of a handheld, and when there is none in so many intervals that no
   // pattern gives such a rule.
   std::optional<local_days> Next();
+  // However many intervals have none; nothing behind `last`, and nothing more then.
+  std::optional<local_days> NextUntil(local_days last);
 
  private:
+  std::optional<local_days> Next(local_days last, std::int64_t mostEmpty);
   void Fill();
   bool Has(local_days day) const;
   bool HasWeekday(local_days day) const;

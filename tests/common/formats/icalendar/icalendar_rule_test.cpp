@@ -50,6 +50,41 @@ TEST(TimesOfRule, GivesTheTimesOfAWindow) {
             (Strings{"2008-02-15T09:00:00", "2008-02-16T09:00:00", "cut at 2008-02-17T09:00:00"}));
 }
 
+// The first three times of an endless rule.
+std::string FirstDays(const char* text, local_days start) {
+  std::string days;
+  for (const local_seconds time : Times(text, start, start, At(2060, 1, 1, 0), 3).times) {
+    days += (days.empty() ? "" : " ") + IsoDate(DayOf(time));
+  }
+  return days;
+}
+
+TEST(TimesOfRule, CountsDaysFromTheEndOfAMonth) {
+  EXPECT_EQ(FirstDays("FREQ=DAILY;BYMONTHDAY=-1", Day(2026, 1, 2)),
+            "2026-01-31 2026-02-28 2026-03-31");
+}
+
+TEST(TimesOfRule, TakesEveryMonthForAYearsRuleThatNamesNone) {
+  EXPECT_EQ(FirstDays("FREQ=YEARLY;BYMONTHDAY=15", Day(2026, 2, 8)),
+            "2026-02-15 2026-03-15 2026-04-15");
+  EXPECT_EQ(FirstDays("FREQ=YEARLY;BYDAY=TH;BYMONTHDAY=15,29", Day(2026, 4, 1)),
+            "2026-10-15 2026-10-29 2027-04-15");
+  EXPECT_EQ(FirstDays("FREQ=YEARLY;BYMONTHDAY=15;BYSETPOS=-2", Day(2026, 2, 15)),
+            "2026-11-15 2027-11-15 2028-11-15");
+}
+
+TEST(TimesOfRule, CountsWeeksFromThatOfTheStart) {
+  EXPECT_EQ(FirstDays("FREQ=WEEKLY;INTERVAL=6;BYDAY=SU", Day(2026, 9, 30)),
+            "2026-10-04 2026-11-15 2026-12-27");
+  EXPECT_EQ(FirstDays("FREQ=WEEKLY;INTERVAL=2;BYDAY=TU;BYMONTH=10;WKST=TH", Day(2026, 9, 30)),
+            "2026-10-13 2026-10-27 2027-10-12");
+}
+
+TEST(TimesOfRule, FindsDaysThatAreYearsApart) {
+  EXPECT_EQ(FirstDays("FREQ=DAILY;BYDAY=SU;BYMONTHDAY=29;BYMONTH=12", Day(1997, 3, 31)),
+            "2002-12-29 2013-12-29 2019-12-29");
+}
+
 TEST(TimesOfRule, EndsWithTheRule) {
   const local_seconds start = At(2008, 2, 15, 9);
   EXPECT_EQ(Show(Times("FREQ=DAILY;COUNT=2", start, start, At(2018, 1, 1, 0), 9)),
