@@ -180,11 +180,7 @@ void AddPull(CLI::App& app, CommandLine& line) {
       "(contacts, calls)")
       ->type_name("FORMAT");
   AddPlace(command, line);
-  AddChoice<formats::VCardVersion>(
-      command, "--vcard-version", line.pull.version,
-      {{"3.0", formats::VCardVersion::k30}, {"4.0", formats::VCardVersion::k40}},
-      "3.0 (the default) or 4.0")
-      ->type_name("VERSION");
+  AddCardForm(command, line.pull.version, line.pull.overflow);
   AddOutput(command, line.pull.output, "Where to, instead of the standard output")
       ->type_name("FILE");
   command.add_flag("--overwrite", line.pull.overwrite,
@@ -212,6 +208,7 @@ void AddPush(CLI::App& app, CommandLine& line) {
                    "Send what has not changed or what the check finds in conflict, too");
   command.add_flag("--dry-run", line.push.policy.dryRun,
                    "Look at the handheld and show what would be sent, send nothing");
+  AddOverflow(command, line.push.overflow);
   AddPlace(command, line);
   AddMapping(command, line.push.mapping);
   line.push.policy.recognise = true;

@@ -21,11 +21,8 @@ void RequireUtf8(const formats::Contact& contact) {
   }
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const formats::VCardFile file =
-      formats::ReadVCards(std::string_view(reinterpret_cast<const char*>(data), size));
+void ReadAndWrite(std::string_view bytes, formats::Overflow overflow) {
+  const formats::VCardFile file = formats::ReadVCards(bytes, overflow);
   for (const formats::ParsedContact& read : file.contacts) {
     RequireUtf8(read.contact);
     for (const formats::Notice& notice : read.notices) {
@@ -34,9 +31,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Require(!formats::DisplayName(read.contact).empty());
     for (auto version : {formats::VCardVersion::k30, formats::VCardVersion::k40}) {
       const formats::VCardFile again =
-          formats::ReadVCards(formats::WriteVCard(read.contact, version));
+          formats::ReadVCards(formats::WriteVCard(read.contact, version, overflow), overflow);
       Require(again.contacts.size() == 1 && again.contacts.front().contact == read.contact);
     }
   }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string_view bytes(reinterpret_cast<const char*>(data), size);
+  ReadAndWrite(bytes, formats::Overflow::kLeftOut);
+  ReadAndWrite(bytes, formats::Overflow::kNote);
   return 0;
 }

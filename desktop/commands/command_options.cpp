@@ -123,4 +123,22 @@ void AddKinds(CLI::App& command, std::set<RecordKind>& kinds) {
       ->type_name("KINDS");
 }
 
+void AddCardForm(CLI::App& command, formats::VCardVersion& version, formats::Overflow& overflow) {
+  AddChoice<formats::VCardVersion>(
+      command, "--vcard-version", version,
+      {{"3.0", formats::VCardVersion::k30}, {"4.0", formats::VCardVersion::k40}},
+      "3.0 (the default) or 4.0")
+      ->type_name("VERSION");
+  AddChoice<formats::Overflow>(
+      command, "--overflow", overflow, {{"note", formats::Overflow::kNote}},
+      "Of contacts: take what a push or an import kept so off the end of the note again");
+}
+
+void AddOverflow(CLI::App& command, formats::Overflow& overflow) {
+  AddChoice<formats::Overflow>(
+      command, "--overflow", overflow, {{"note", formats::Overflow::kNoteForWire}},
+      "Keep numbers, addresses, nicknames and labels that a contact has no field for: at the end "
+      "of its note");
+}
+
 }  // namespace desktop

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "common/calendar/zone.h"
+#include "common/formats/vcard/vcard.h"
 #include "desktop/commands/console.h"
 #include "desktop/records/record_kind.h"
 
@@ -52,6 +53,10 @@ void AddCountry(CLI::App& command, std::optional<std::string>& country, const st
 // A positional that takes one of the kinds' arguments.
 void AddKind(CLI::App& command, RecordKind& kind, std::initializer_list<RecordKind> kinds,
              const std::string& help);
+// How vCards are written.
+void AddCardForm(CLI::App& command, formats::VCardVersion& version, formats::Overflow& overflow);
+// What becomes of that for which a contact on its way to the handheld has no field.
+void AddOverflow(CLI::App& command, formats::Overflow& overflow);
 // Some of the kinds that `kinds` begins with, all by default.
 void AddKinds(CLI::App& command, std::set<RecordKind>& kinds);
 

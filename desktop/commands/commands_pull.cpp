@@ -79,8 +79,8 @@ class PullRun {
       mapping_ = std::make_unique<Mapping>(MappingPath(options.mapping, connection.target));
     }
     writer_ =
-        MakeRecordWriter({options.kind, format, options.version, options.zone}, mapping_.get(),
-                         [this](std::string_view bytes) { output_.Write(bytes); });
+        MakeRecordWriter({options.kind, format, options.version, options.zone, options.overflow},
+                         mapping_.get(), [this](std::string_view bytes) { output_.Write(bytes); });
   }
 
   int Run() {

@@ -20,8 +20,9 @@ struct PullOptions {
   std::vector<std::string> uids;       // of items as well, by the mapping
   std::optional<RecordFormat> format;  // one that the kind can be had in; nothing for the usual one
   formats::VCardVersion version = formats::VCardVersion::k30;
-  std::optional<std::filesystem::path> output;  // nothing for the standard output
-  bool overwrite = false;                       // an output that holds more records than have come
+  formats::Overflow overflow = formats::Overflow::kLeftOut;  // of kVcf
+  std::optional<std::filesystem::path> output;               // nothing for the standard output
+  bool overwrite = false;  // an output that holds more records than have come
   // Nothing for the target's own; used by kVcf and kIcs alone.
   std::optional<std::filesystem::path> mapping;
   calendar::Zone zone = calendar::Zone::OfHost();  // the handheld's

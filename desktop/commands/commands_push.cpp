@@ -65,7 +65,7 @@ std::vector<PushRecord> ReadPushFiles(const PushOptions& options, const Console&
   };
   std::vector<PushRecord> records;
   for (const std::filesystem::path& file : options.files) {
-    for (PushRecord& record : ReadPushFile(file, options.zone, sink)) {
+    for (PushRecord& record : ReadPushFile(file, options.zone, sink, options.overflow)) {
       records.push_back(std::move(record));
     }
   }

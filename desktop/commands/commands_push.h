@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "common/calendar/zone.h"
+#include "common/formats/vcard/overflow.h"
 #include "desktop/commands/console.h"
 #include "desktop/transfer/push_session.h"
 #include "desktop/wire/connection.h"
@@ -17,10 +18,11 @@ namespace desktop {
 struct PushOptions {
   std::vector<std::filesystem::path> files;
   PushPolicy policy;
-  calendar::Zone zone = calendar::Zone::OfHost();  // the handheld's
-  bool zoneIsGuessed = false;                      // and to be told when times go by it
-  std::optional<std::filesystem::path> mapping;    // nothing for the target's own
-  std::optional<std::string> country;              // of PushPolicy; nothing for the locale's
+  formats::Overflow overflow = formats::Overflow::kLeftOut;  // of contacts
+  calendar::Zone zone = calendar::Zone::OfHost();            // the handheld's
+  bool zoneIsGuessed = false;                                // and to be told when times go by it
+  std::optional<std::filesystem::path> mapping;              // nothing for the target's own
+  std::optional<std::string> country;  // of PushPolicy; nothing for the locale's
 };
 
 // Reads all files before it sends anything. Says on the output what became of each record where

@@ -71,8 +71,8 @@ PushRecord FromItem(std::string place, std::string_view kind, const Item& item, 
 }
 
 std::vector<PushRecord> FromVCards(const std::filesystem::path& path, std::string_view bytes,
-                                   const NoticeSink& notices) {
-  const formats::VCardFile file = formats::ReadVCards(bytes);
+                                   formats::Overflow overflow, const NoticeSink& notices) {
+  const formats::VCardFile file = formats::ReadVCards(bytes, overflow);
   std::vector<PushRecord> records;
   for (const formats::ParsedContact& parsed : file.contacts) {
     Report(path, parsed.notices, notices, kContacts, records.size() + 1);
@@ -162,7 +162,7 @@ PushRecord RecordOf(std::string place, const formats::Task& task) {
 }
 
 std::vector<PushRecord> ReadPushFile(const std::filesystem::path& path, const Zone& zone,
-                                     const NoticeSink& notices) {
+                                     const NoticeSink& notices, formats::Overflow overflow) {
   const std::string bytes = files::ReadWholeInput(path);
   if (bytes.find_first_not_of(kBlanks) == std::string::npos) return {};
   switch (KindOf(path, bytes)) {
@@ -173,7 +173,7 @@ std::vector<PushRecord> ReadPushFile(const std::filesystem::path& path, const Zo
     case FileKind::kVCards:
       break;
   }
-  return FromVCards(path, bytes, notices);
+  return FromVCards(path, bytes, overflow, notices);
 }
 
 std::string StateOf(const PushRecord& record) {

@@ -12,6 +12,7 @@
 #include "common/formats/items/appointment.h"
 #include "common/formats/items/contact.h"
 #include "common/formats/items/task.h"
+#include "common/formats/vcard/overflow.h"
 #include "common/terminal/tally.h"
 #include "desktop/records/record_kind.h"
 #include "desktop/wire/xml_records.h"
@@ -43,7 +44,8 @@ using NoticeSink =
 // .xml), otherwise the content; "-" is the standard input. The zone is the handheld's. Throws Error
 // when the file cannot be read, is malformed, or is no vCard or iCalendar file though it should be.
 std::vector<PushRecord> ReadPushFile(const std::filesystem::path& path, const calendar::Zone& zone,
-                                     const NoticeSink& notices);
+                                     const NoticeSink& notices,
+                                     formats::Overflow overflow = formats::Overflow::kLeftOut);
 
 // As ReadPushFile makes it of the item, which stands at that place.
 PushRecord RecordOf(std::string place, const formats::Contact& contact);

@@ -197,18 +197,22 @@ class Memory {
 
 class VCardWriter : public RecordWriter {
  public:
-  VCardWriter(formats::VCardVersion version, Mapping& mapping, ByteSink sink)
-      : version_(version), memory_(mapping), sink_(std::move(sink)) {}
+  VCardWriter(const WriterOptions& options, Mapping& mapping, ByteSink sink)
+      : version_(options.version),
+        overflow_(options.overflow),
+        memory_(mapping),
+        sink_(std::move(sink)) {}
 
   void Write(const Record& record) override {
     formats::Contact contact = ContactFromXml(record.element);
     contact.uid =
         memory_.Remember(record, ContactToXml(formats::WithFileAs(contact)), StateHash(contact));
-    sink_(formats::WriteVCard(contact, version_));
+    sink_(formats::WriteVCard(contact, version_, overflow_));
   }
 
  private:
   formats::VCardVersion version_;
+  formats::Overflow overflow_;
   Memory memory_;
   ByteSink sink_;
 };
@@ -270,7 +274,7 @@ std::unique_ptr<RecordWriter> MakeRecordWriter(const WriterOptions& options, Map
                                                ByteSink sink) {
   switch (options.format) {
     case RecordFormat::kVcf:
-      return std::make_unique<VCardWriter>(options.version, *mapping, std::move(sink));
+      return std::make_unique<VCardWriter>(options, *mapping, std::move(sink));
     case RecordFormat::kIcs:
       return std::make_unique<ICalendarWriter>(options.zone, *mapping, std::move(sink));
     case RecordFormat::kJson:

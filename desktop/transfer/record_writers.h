@@ -38,6 +38,7 @@ struct WriterOptions {
   RecordFormat format = RecordFormat::kXml;  // one that the kind can be had in
   formats::VCardVersion version = formats::VCardVersion::k30;
   calendar::Zone zone = calendar::Zone::OfHost();  // the handheld's
+  formats::Overflow overflow = formats::Overflow::kLeftOut;
 };
 
 // Needs a mapping for those formats alone.

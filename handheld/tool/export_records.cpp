@@ -172,7 +172,7 @@ Outcome ExportRecords<Contact>(Session& session, const ExportOptions& options,
   if (options.csv) return ExportCsv<Contact>(session, formats::CsvKind::kContacts, options, report);
   const auto write = [&](Items<Contact>& items, Output& output) {
     items.ForEach([&](const Contact& contact) {
-      output << formats::WriteVCard(contact, options.vcardVersion);
+      output << formats::WriteVCard(contact, options.vcardVersion, options.overflow);
     });
     return std::size_t{0};
   };

@@ -15,6 +15,7 @@ struct ExportOptions {
   formats::VCardVersion vcardVersion = formats::VCardVersion::k30;  // of contacts
   bool jsonLines = false;  // messages and calls so, not as a backup
   bool csv = false;        // contacts and calls so
+  formats::Overflow overflow = formats::Overflow::kLeftOut;  // of contacts
 };
 
 // `Record` is one of records.h. Importing what was written changes nothing, and makes the same

@@ -36,10 +36,12 @@ char FirstSign(std::string_view bytes) {
 // One for each kind of record, for all files.
 struct Imports {
   Imports(Session& session, const ImportOptions& options, const Report& to)
-      : report(to, options.dryRun),
+      : overflow(options.overflow),
+        report(to, options.dryRun),
         items(session, options, report),
         messages(session, options, report),
         calls(session, options, report) {}
+  const formats::Overflow overflow;
   ImportReport report;
   ItemImport items;
   MessageImport<formats::TextMessage> messages;
@@ -52,7 +54,7 @@ void AddNotices(const std::vector<formats::Notice>& notices, ImportReport& repor
 
 // These answer how many records the bytes hold.
 std::size_t ImportCards(std::string_view bytes, Imports& imports) {
-  const formats::VCardFile cards = formats::ReadVCards(bytes);
+  const formats::VCardFile cards = formats::ReadVCards(bytes, imports.overflow);
   imports.report.ExpectRecords(cards.contacts.size());
   imports.report.ExpectNoticesOf({"contact", "contacts"});
   AddNotices(cards.notices, imports.report);

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <map>
 
+#include "common/formats/vcard/overflow.h"
 #include "handheld/outlook/outlook_app.h"
 #include "handheld/tool/import_report.h"
 #include "handheld/tool/imported_items.h"
@@ -16,6 +17,7 @@ namespace tool {
 struct ImportOptions {
   bool dryRun = false;     // say what would be done, change nothing
   bool duplicate = false;  // add even what was imported before
+  formats::Overflow overflow = formats::Overflow::kLeftOut;  // of contacts
 };
 
 // Writes come together in transactions: one that fails takes earlier records with it, so that the

@@ -59,6 +59,7 @@ struct Arguments {
   std::optional<std::filesystem::path> output;
   std::string vcardVersion = "3.0";
   std::optional<std::string> format;
+  formats::Overflow overflow = formats::Overflow::kLeftOut;  // of an export
   tool::RemoveCommand remove;
   std::string verb = "show";
   std::optional<std::string> name, typedValue;
@@ -171,7 +172,8 @@ Outcome RunExport(const Arguments& a, const Report& report) {
       .file = a.output,
       .vcardVersion = a.vcardVersion == "4.0" ? VCardVersion::k40 : VCardVersion::k30,
       .jsonLines = a.format == "json",
-      .csv = csv};
+      .csv = csv,
+      .overflow = a.overflow};
   Session session(a.directory, tool::Use::kLook);
   if (a.birthdays) {
     return WithChosen<formats::Contact>(
@@ -182,6 +184,13 @@ Outcome RunExport(const Arguments& a, const Report& report) {
       return tool::ExportRecords<decltype(record)>(session, options, report);
     });
   });
+}
+
+void AddOverflow(CLI::App& command, formats::Overflow& overflow, const char* help) {
+  command
+      .add_option_function<std::string>(
+          "--overflow", [&](const std::string&) { overflow = formats::Overflow::kNote; }, help)
+      ->check(CLI::IsMember({"note"}));
 }
 
 void AddImport(CLI::App& app, Arguments& a, Command& chosen) {
@@ -196,6 +205,10 @@ void AddImport(CLI::App& app, Arguments& a, Command& chosen) {
       ->required();
   import->add_flag("--dry-run", a.import.dryRun, "Only say what would be done");
   import->add_flag("--duplicate", a.import.duplicate, "Add what was imported before once more");
+  AddOverflow(
+      *import, a.import.overflow,
+      "Keep numbers, addresses, nicknames and labels that a contact has no field for: at the "
+      "end of its note");
 }
 
 // "-" is the standard output, which is meant without the option, too.
@@ -220,6 +233,7 @@ void AddExport(CLI::App& app, Arguments& a, Command& chosen) {
   out->add_option("--vcard-version", a.vcardVersion, "Of contacts: 3.0 or 4.0")
       ->check(CLI::IsMember({"3.0", "4.0"}))
       ->capture_default_str();
+  AddOverflow(*out, a.overflow, "Take what was kept so off the end of the note again");
   out->add_option("--format", a.format,
                   "Of messages and calls: smsbackup (XML) or json (a line each) [smsbackup]; of "
                   "contacts and calls: csv")

@@ -6,6 +6,9 @@
 #include <string>
 
 #include "common/formats/lines/category_list.h"
+#include "common/formats/lines/content_writer.h"
+#include "common/formats/vcard/overflow_block.h"
+#include "common/formats/vcard/overflow_collection.h"
 #include "common/formats/vcard/personal_name.h"
 #include "common/formats/vcard/slot_placement.h"
 #include "common/formats/vcard/vcard_dates.h"
@@ -19,7 +22,7 @@ using Field = ContactField;
 
 class ContactBuilder {
  public:
-  explicit ContactBuilder(NoticeList& notices) : notices_(notices) {}
+  ContactBuilder(Overflow overflow, NoticeList& notices) : overflow_(overflow), notices_(notices) {}
   Contact Build(std::vector<Property>& properties);
 
  private:
@@ -52,10 +55,15 @@ class ContactBuilder {
   void UseFormattedName();
   void CompareFormattedName(const std::string& name);
 
+  bool hasBlock() const { return overflow_ != Overflow::kLeftOut; }
+
+  const Overflow overflow_;
   Contact contact_;
+  OverflowBlock block_;
   NoticeList& notices_;
   PropertyRefs phones_, emails_, addresses_, addressLabels_, webPages_;
   std::vector<WeakText> weakTexts_;
+  std::size_t noteLine_ = 0;
   std::set<std::string> notes_, categories_, children_;
   std::string name_;  // N as it came
   std::string formattedName_;
@@ -73,6 +81,19 @@ bool IsEmptyValue(const Property& property, PropertyKind kind) {
   if (kind == PropertyKind::kWebPage) return property.value.empty();
   return property.value.find_first_not_of(';') == std::string::npos &&
          property.Parameter("LABEL") == nullptr;
+}
+
+// As vCard 3.0 writes it.
+std::string ValueOnOneLine(const Property& property) {
+  if (property.dialect == VCardDialect::k21) return ContentValue().Add(TextOf(property)).text();
+  std::string value;
+  for (const char c : property.value) {
+    if (c == '\n')
+      value += "\\n";
+    else if (!text::IsControl(c))
+      value += c;
+  }
+  return value;
 }
 
 Contact ContactBuilder::Build(std::vector<Property>& properties) {
@@ -117,7 +138,7 @@ void ContactBuilder::ApplyTypes(std::vector<Property>& properties) {
 void ContactBuilder::Take(const Property& property) {
   const PropertyRule& rule = FindPropertyRule(property.name);
   if (rule.kind == PropertyKind::kIgnored || IsEmptyValue(property, rule.kind)) return;
-  if (rule.kind == PropertyKind::kNotKept) {
+  if (rule.kind == PropertyKind::kNotKept || (rule.kind == PropertyKind::kForNote && !hasBlock())) {
     notices_.Add(property, rule.detail);
     return;
   }
@@ -129,13 +150,15 @@ void ContactBuilder::TakeByKind(const Property& property, const PropertyRule& ru
   const bool keepsNoLabel =
       rule.kind == PropertyKind::kPhone || rule.kind == PropertyKind::kEmail ||
       rule.kind == PropertyKind::kAddress || rule.kind == PropertyKind::kWebPage;
-  if (keepsNoLabel && !property.label.empty()) {
+  if (keepsNoLabel && !property.label.empty() && !hasBlock()) {
     notices_.Add(property, "a contact keeps no labels of a person's own");
   }
   switch (rule.kind) {
     case PropertyKind::kIgnored:
     case PropertyKind::kNotKept:
       return;
+    case PropertyKind::kForNote:
+      return block_.Add(property, ValueOnOneLine(property));
     case PropertyKind::kName:
       return TakeName(property);
     case PropertyKind::kFormattedName: {
@@ -278,6 +301,7 @@ void ContactBuilder::TakeOrganization(const Property& property) {
 void ContactBuilder::TakeNote(const Property& property) {
   const std::string text = TextOf(property);
   if (text.empty() || !notes_.insert(text).second) return;
+  noteLine_ = property.line;
   std::string& body = contact_[Field::kBody];
   if (!body.empty()) body += '\n';
   body += text;
@@ -364,6 +388,10 @@ void ContactBuilder::TakeAndroidItem(const Property& property) {
     TakeChild(parts[1]);
   } else if (kind == "relation" && type == "14") {
     SetText(property, Field::kSpouse, parts[1]);
+  } else if (kind == "nickname" && hasBlock()) {
+    Property nickname;
+    nickname.name = "NICKNAME";
+    block_.Add(nickname, ContentValue().Add(parts[1]).text());
   } else {
     notices_.Add(property, "a contact has no field for it (" + text::Excerpt(kind) + ")");
   }
@@ -410,18 +438,25 @@ void ContactBuilder::CompareFormattedName(const std::string& name) {
 }
 
 void ContactBuilder::Finish() {
-  PlacePhones(phones_, contact_, notices_);
-  PlaceEmails(emails_, contact_, notices_);
+  OverflowBlock known;
+  if (hasBlock()) known = OverflowBlock::TakeFrom(contact_[Field::kBody], noteLine_);
+  for (const Property& line : known.lines()) Take(line);
+  PlacePhones(phones_, overflow_, contact_, notices_);
+  PlaceEmails(emails_, overflow_, contact_, notices_);
   PlaceAddresses(addresses_, addressLabels_, contact_, notices_);
   PlaceWebPages(webPages_, contact_, notices_);
   for (const WeakText& weak : weakTexts_) SetText(*weak.property, weak.field, weak.text);
   UseFormattedName();
+  if (!hasBlock()) return;
+  CollectOverflow({phones_, emails_, addresses_, webPages_}, overflow_, contact_, block_);
+  KeepDescriptions(known, contact_, block_);
+  block_.AppendTo(contact_[Field::kBody]);
 }
 
 }  // namespace
 
-Contact BuildContact(std::vector<Property>& properties, NoticeList& notices) {
-  return ContactBuilder(notices).Build(properties);
+Contact BuildContact(std::vector<Property>& properties, Overflow overflow, NoticeList& notices) {
+  return ContactBuilder(overflow, notices).Build(properties);
 }
 
 }  // namespace formats

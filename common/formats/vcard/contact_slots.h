@@ -4,9 +4,11 @@
 #include <array>
 #include <cstddef>
 #include <span>
+#include <string>
 #include <string_view>
 
 #include "common/formats/items/contact.h"
+#include "common/formats/lines/content_writer.h"
 
 namespace formats {
 
@@ -77,5 +79,15 @@ inline constexpr AddressSlot kAddressSlots[] = {
 // Whether the texts in these slots would find the same slots again when they come in order: no gap
 // before one, none twice.
 bool FillsSlotsInOrder(const Contact& contact, std::span<const ContactField> slots);
+
+// As a card has it: a post office box and what is beside the street are empty.
+ContentValue AddressValue(const Contact& contact, const AddressSlot& slot);
+
+// What a card has for the slot, as it is written; of an address all of it, for its street.
+std::string SlotValue(const Contact& contact, ContactField slot);
+
+// Readers drop blanks around numbers and addresses and a "tel:" before them, unless they are told
+// that the value is plain text.
+bool MustBeExact(std::string_view text);
 
 }  // namespace formats

@@ -6,6 +6,7 @@
 #include <span>
 
 #include "common/formats/vcard/contact_slots.h"
+#include "common/formats/vcard/overflow_block.h"
 #include "common/text/text.h"
 
 namespace formats {
@@ -20,31 +21,13 @@ constexpr Field kUntypedOrder[] = {Field::kHomeTelephoneNumber, Field::kBusiness
 constexpr Field kOverflowOrder[] = {Field::kHome2TelephoneNumber, Field::kBusiness2TelephoneNumber,
                                     Field::kHomeTelephoneNumber, Field::kBusinessTelephoneNumber,
                                     Field::kMobileTelephoneNumber};
+constexpr Field kNumberSlots[] = {Field::kBusinessTelephoneNumber, Field::kBusiness2TelephoneNumber,
+                                  Field::kHomeTelephoneNumber,     Field::kHome2TelephoneNumber,
+                                  Field::kMobileTelephoneNumber,   Field::kBusinessFaxNumber,
+                                  Field::kHomeFaxNumber,           Field::kPagerNumber,
+                                  Field::kCarTelephoneNumber,      Field::kRadioTelephoneNumber,
+                                  Field::kAssistantTelephoneNumber};
 constexpr Field kFaxOrder[] = {Field::kBusinessFaxNumber, Field::kHomeFaxNumber};
-
-// A value that a program wrote without care for blanks, unless it says that the text is exact.
-std::string LooseTextOf(const Property& property) {
-  std::string text = TextOf(property);
-  const std::string* value = property.Parameter("VALUE");
-  if (value != nullptr && text::EqualsNoCase(*value, "text")) return text;
-  return std::string(text::TrimBlanks(text));
-}
-
-// "tel:+1-418-656-9254;ext=102" is +1-418-656-9254 ext. 102.
-std::string NumberOf(const Property& property) {
-  const std::string* value = property.Parameter("VALUE");
-  std::string text = LooseTextOf(property);
-  if ((value != nullptr && text::EqualsNoCase(*value, "text")) ||
-      !text::StartsWithNoCase(text, "tel:")) {
-    return text;
-  }
-  const std::vector<std::string_view> parts = SplitValue(std::string_view(text).substr(4), ';');
-  std::string number(parts.front());
-  for (std::string_view part : parts) {
-    if (text::StartsWithNoCase(part, "ext=")) number += " ext. " + std::string(part.substr(4));
-  }
-  return number;
-}
 
 bool Holds(const Contact& contact, Fields fields, const std::string& text) {
   return std::any_of(fields.begin(), fields.end(),
@@ -60,9 +43,14 @@ std::optional<Field> PutIntoFirstFree(Contact& contact, Fields fields, const std
   return std::nullopt;
 }
 
-// The slot that X-SLOT names, counted from 1, when it is free.
-bool PutIntoNamedSlot(const Property& property, Contact& contact, Fields fields,
+// The one of `all` that a description names, or the one of its own that X-SLOT names, counted from
+// 1, when it is free.
+bool PutIntoNamedSlot(const Property& property, Contact& contact, Fields all, Fields fields,
                       const std::string& text) {
+  if (const std::string* name = property.Parameter(kKeptAs)) {
+    const auto named = std::ranges::find(all, std::string_view(*name), ContactFieldName);
+    return named != all.end() && PutIntoFirstFree(contact, {&*named, 1}, text);
+  }
   const std::string* slot = property.Parameter("X-SLOT");
   std::size_t number = 0;
   if (slot == nullptr ||
@@ -131,13 +119,18 @@ bool IsKeptAnywhere(const Contact& contact, const std::string& text) {
       kPhoneSlots, [&](const PhoneSlots& kind) { return Holds(contact, kind.slots, text); });
 }
 
-void PlaceLeftOver(const Number& number, Contact& contact, NoticeList& notices) {
+void PlaceLeftOver(const Number& number, Overflow overflow, Contact& contact, NoticeList& notices) {
   if (IsKeptAnywhere(contact, number.text)) return;
   const std::optional<Field> field = PutIntoFirstFree(contact, OverflowSlots(number), number.text);
   const std::string what = text::Excerpt(number.text);
   if (!field) {
-    notices.Add(*number.property, "no slot is left for " + what);
-  } else if (number.kind && !IsLoose(number)) {
+    if (overflow == Overflow::kLeftOut)
+      notices.Add(*number.property, "no slot is left for " + what);
+  } else if (!number.kind) {
+    if (overflow != Overflow::kLeftOut)
+      notices.Add(*number.property,
+                  "of no kind, " + what + " is kept as " + std::string(ContactFieldName(*field)));
+  } else if (!IsLoose(number)) {
     notices.Add(*number.property, "the slots of its kind are full, " + what + " is kept as " +
                                       std::string(ContactFieldName(*field)));
   }
@@ -221,14 +214,40 @@ void PlaceLabel(const Property& label, Contact& contact, NoticeList& notices) {
 
 }  // namespace
 
-void PlacePhones(const PropertyRefs& phones, Contact& contact, NoticeList& notices) {
+// A value that a program wrote without care for blanks, unless it says that the text is exact.
+std::string LooseTextOf(const Property& property) {
+  std::string text = TextOf(property);
+  const std::string* value = property.Parameter("VALUE");
+  if (value != nullptr && text::EqualsNoCase(*value, "text")) return text;
+  return std::string(text::TrimBlanks(text));
+}
+
+// "tel:+1-418-656-9254;ext=102" is +1-418-656-9254 ext. 102.
+std::string NumberOf(const Property& property) {
+  const std::string* value = property.Parameter("VALUE");
+  std::string text = LooseTextOf(property);
+  if ((value != nullptr && text::EqualsNoCase(*value, "text")) ||
+      !text::StartsWithNoCase(text, "tel:")) {
+    return text;
+  }
+  const std::vector<std::string_view> parts = SplitValue(std::string_view(text).substr(4), ';');
+  std::string number(parts.front());
+  for (std::string_view part : parts) {
+    if (text::StartsWithNoCase(part, "ext=")) number += " ext. " + std::string(part.substr(4));
+  }
+  return number;
+}
+
+void PlacePhones(const PropertyRefs& phones, Overflow overflow, Contact& contact,
+                 NoticeList& notices) {
   std::vector<Number> numbers;
   for (const Property* property : phones) {
     std::string text = NumberOf(*property);
     if (!text.empty()) numbers.push_back({property, std::move(text), KindOf(*property)});
   }
   for (Number& number : numbers) {
-    number.placed = PutIntoNamedSlot(*number.property, contact, number.ownSlots(), number.text);
+    number.placed =
+        PutIntoNamedSlot(*number.property, contact, kNumberSlots, number.ownSlots(), number.text);
   }
   for (Number& number : numbers) {
     if (number.placed || IsLoose(number)) continue;
@@ -236,21 +255,22 @@ void PlacePhones(const PropertyRefs& phones, Contact& contact, NoticeList& notic
                     PutIntoFirstFree(contact, number.ownSlots(), number.text);
   }
   for (const Number& number : numbers) {
-    if (!number.placed) PlaceLeftOver(number, contact, notices);
+    if (!number.placed) PlaceLeftOver(number, overflow, contact, notices);
   }
 }
 
-void PlaceEmails(const PropertyRefs& emails, Contact& contact, NoticeList& notices) {
+void PlaceEmails(const PropertyRefs& emails, Overflow overflow, Contact& contact,
+                 NoticeList& notices) {
   PropertyRefs unnamed;
   for (const Property* email : emails) {
-    if (!PutIntoNamedSlot(*email, contact, kEmailSlots, LooseTextOf(*email))) {
+    if (!PutIntoNamedSlot(*email, contact, kEmailSlots, kEmailSlots, LooseTextOf(*email))) {
       unnamed.push_back(email);
     }
   }
   for (const Property* email : unnamed) {
     const std::string text = LooseTextOf(*email);
     if (text.empty() || Holds(contact, kEmailSlots, text)) continue;
-    if (!PutIntoFirstFree(contact, kEmailSlots, text)) {
+    if (!PutIntoFirstFree(contact, kEmailSlots, text) && overflow == Overflow::kLeftOut) {
       notices.Add(*email,
                   "a contact has three addresses, no slot is left for " + text::Excerpt(text));
     }
@@ -301,6 +321,42 @@ void PlaceWebPages(const PropertyRefs& pages, Contact& contact, NoticeList& noti
       notices.Add(*page, "a contact has one web page, no slot is left for " + text::Excerpt(text));
     }
   }
+}
+
+std::optional<Field> SlotOfPhone(const Property& phone, const Contact& contact) {
+  const std::string text = NumberOf(phone);
+  std::optional<Field> found;
+  for (const PhoneSlots& kind : kPhoneSlots) {
+    for (const Field field : kind.slots) {
+      if (contact[field] != text) continue;
+      if (IsOfItsKind(phone, field)) return field;
+      if (!found) found = field;
+    }
+  }
+  return found;
+}
+
+std::optional<Field> SlotOfEmail(const Property& email, const Contact& contact) {
+  const auto found = std::ranges::find(kEmailSlots, LooseTextOf(email),
+                                       [&](Field field) { return contact[field]; });
+  return found == kEmailSlots.end() ? std::nullopt : std::optional(*found);
+}
+
+std::optional<Field> SlotOfAddress(const Property& address, const Contact& contact) {
+  NoticeList said;  // when it was placed
+  const Address parts = AddressOf(address, said);
+  for (const AddressSlot& slot : kAddressSlots) {
+    const auto fields = slot.fields();
+    const auto same = [&](std::size_t i) { return contact[fields[i]] == parts[i]; };
+    if (same(0) && same(1) && same(2) && same(3) && same(4)) return slot.street;
+  }
+  return std::nullopt;
+}
+
+bool IsOfItsKind(const Property& phone, Field slot) {
+  const Number number{&phone, {}, KindOf(phone)};
+  const Fields slots = IsLoose(number) ? Fields(kFaxOrder) : number.ownSlots();
+  return std::ranges::find(slots, slot) != slots.end();
 }
 
 }  // namespace formats

@@ -9,6 +9,7 @@
 
 #include "common/formats/items/contact.h"
 #include "common/formats/items/notice.h"
+#include "common/formats/vcard/overflow.h"
 
 namespace formats {
 
@@ -28,12 +29,14 @@ struct VCardFile {
 // comes out is UTF-8 with LF for a line break, unless our writer noted another. A card has at most
 // 201 notices, in the order of their lines. docs/contact-mapping.md tells what becomes of each
 // property.
-VCardFile ReadVCards(std::string_view bytes);
+VCardFile ReadVCards(std::string_view bytes, Overflow overflow = Overflow::kLeftOut);
 
 enum class VCardVersion { k30, k40 };
 // One card, CRLF line ends, lines folded at 75 octets. Reading it back gives the same contact when
 // its text is valid UTF-8 and its categories and dates are as Contact asks; a date that is none is
-// left out.
-std::string WriteVCard(const Contact& contact, VCardVersion version);
+// left out. Lines at the end of the note stay in it, unless they are asked for: then they are the
+// card's own, and reading it with the same Overflow gives the same contact.
+std::string WriteVCard(const Contact& contact, VCardVersion version,
+                       Overflow overflow = Overflow::kLeftOut);
 
 }  // namespace formats

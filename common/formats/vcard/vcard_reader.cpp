@@ -27,6 +27,7 @@ struct OpenCard {
 // that begins anywhere else ends the one before, whose END is missing.
 class CardReader {
  public:
+  explicit CardReader(Overflow overflow) : overflow_(overflow) {}
   void Take(const ContentLine& line);
   VCardFile Finish();
 
@@ -38,6 +39,7 @@ class CardReader {
   void ReportOutside();
   void CloseCard(bool endMissing);
 
+  const Overflow overflow_;
   VCardFile file_;
   std::optional<OpenCard> card_;
   std::size_t outsideFirst_ = 0;
@@ -111,7 +113,7 @@ void CardReader::CloseCard(bool endMissing) {
   contact.line = card_->line;
   card_->stray.Release(card_->notices);
   if (!card_->versionSeen) card_->notices.Add(card_->line, "VERSION is missing, read as 3.0");
-  contact.contact = BuildContact(card_->properties, card_->notices);
+  contact.contact = BuildContact(card_->properties, overflow_, card_->notices);
   contact.notices = card_->notices.Release();
   if (endMissing) {
     file_.notices.push_back({card_->line, "the vCard that begins here has no END:VCARD"});
@@ -128,10 +130,10 @@ VCardFile CardReader::Finish() {
 
 }  // namespace
 
-VCardFile ReadVCards(std::string_view bytes) {
+VCardFile ReadVCards(std::string_view bytes, Overflow overflow) {
   const text::Conversion text = text::DecodeFile(bytes);
   ContentLineReader lines(text.text);
-  CardReader cards;
+  CardReader cards(overflow);
   ContentLine line;
   while (lines.Next(line)) cards.Take(line);
   VCardFile file = cards.Finish();

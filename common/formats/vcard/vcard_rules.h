@@ -10,6 +10,7 @@ namespace formats {
 enum class PropertyKind {
   kIgnored,  // says nothing about the person
   kNotKept,  // a contact has no place for it
+  kForNote,  // nor for this, but its note may have
   kName,
   kFormattedName,
   kOrganization,
@@ -39,7 +40,7 @@ struct PropertyRule {
   std::string_view name;
   PropertyKind kind;
   ContactField field = ContactField::kBody;  // of kText and kWeakText
-  // Why it is not kept (kNotKept), or the type that the name implies (kPhone).
+  // Why it is not kept (kNotKept, kForNote), or the type that the name implies (kPhone).
   std::string_view detail = {};
 };
 

@@ -3,6 +3,7 @@
 
 #include "common/formats/lines/content_writer.h"
 #include "common/formats/vcard/contact_slots.h"
+#include "common/formats/vcard/overflow_block.h"
 #include "common/formats/vcard/personal_name.h"
 #include "common/formats/vcard/vcard.h"
 #include "common/formats/vcard/vcard_dates.h"
@@ -32,20 +33,18 @@ constexpr TextProperty kTextProperties[] = {
     {Field::kBody, "NOTE", "NOTE"},
 };
 
-// Readers drop blanks around numbers and addresses and a "tel:" before them, unless they are told
-// that the value is plain text.
-bool MustBeExact(std::string_view text) {
-  return text::TrimBlanks(text).size() != text.size() || text::StartsWithNoCase(text, "tel:");
-}
-
 class CardWriter {
  public:
-  CardWriter(const Contact& contact, VCardVersion version)
-      : contact_(contact), is40_(version == VCardVersion::k40) {}
+  CardWriter(const Contact& contact, VCardVersion version, const OverflowBlock& overflow)
+      : contact_(contact), is40_(version == VCardVersion::k40), overflow_(overflow) {}
   std::string Write();
 
  private:
   void Line(std::string name, const ContentValue& value);
+  // With the name that a description of the slot has, and the label, if there are any.
+  void SlotLine(Field slot, std::string name, const ContentValue& value);
+  void Labelled(const Property& property, const std::string& line);
+  void OverflowLines();
   void Names();
   template <typename TypeOf>
   void Slots(std::string_view name, std::span<const Field> slots, TypeOf typeOf);
@@ -59,6 +58,8 @@ class CardWriter {
 
   const Contact& contact_;
   const bool is40_;
+  const OverflowBlock& overflow_;
+  int groups_ = 0;
   std::string out_;
 };
 
@@ -66,6 +67,23 @@ void CardWriter::Line(std::string name, const ContentValue& value) {
   name += value.LineBreakParameter();
   name += ':';
   AppendFolded(out_, name + value.text());
+}
+
+void CardWriter::SlotLine(Field slot, std::string name, const ContentValue& value) {
+  const Property* const description = overflow_.Find(slot, value.text());
+  if (!description) return Line(std::move(name), value);
+  Labelled(*description, HeadOf(*description) + value.LineBreakParameter() + ":" + value.text());
+}
+
+void CardWriter::Labelled(const Property& property, const std::string& line) {
+  if (property.label.empty()) return AppendFolded(out_, line);
+  const std::string group = "item" + std::to_string(++groups_) + ".";
+  AppendFolded(out_, group + line);
+  AppendFolded(out_, group + "X-ABLabel:" + ContentValue().Add(property.label).text());
+}
+
+void CardWriter::OverflowLines() {
+  for (const Property& line : overflow_.lines()) Labelled(line, HeadOf(line) + ":" + line.value);
 }
 
 void CardWriter::Names() {
@@ -104,7 +122,7 @@ void CardWriter::Slots(std::string_view name, std::span<const Field> slots, Type
     head += typeOf(i);
     if (named) head += ";X-SLOT=" + std::to_string(i + 1);
     if (MustBeExact(text)) head += ";VALUE=text";
-    Line(head, ContentValue().Add(text));
+    SlotLine(slots[i], head, ContentValue().Add(text));
   }
 }
 
@@ -123,12 +141,10 @@ void CardWriter::Emails() {
 
 void CardWriter::Addresses() {
   for (const AddressSlot& slot : kAddressSlots) {
-    ContentValue parts;
-    parts.Separate(';');  // no post office box and nothing beside the street
-    for (Field field : slot.fields()) parts.Separate(';').Add(contact_[field]);
+    const ContentValue parts = AddressValue(contact_, slot);
     if (parts.text() == ";;;;;;") continue;
     const std::string_view type = is40_ ? slot.type40 : slot.type30;
-    Line(type.empty() ? "ADR" : "ADR;TYPE=" + std::string(type), parts);
+    SlotLine(slot.street, type.empty() ? "ADR" : "ADR;TYPE=" + std::string(type), parts);
   }
 }
 
@@ -136,7 +152,8 @@ void CardWriter::WebPage() {
   const std::string& page = contact_[Field::kWebPage];
   if (page.empty()) return;
   // An address is written as it is: not every program undoes escapes in one.
-  Line(MustBeExact(page) ? "URL;VALUE=text" : "URL", ContentValue(kUriSpecials).Add(page));
+  SlotLine(Field::kWebPage, MustBeExact(page) ? "URL;VALUE=text" : "URL",
+           ContentValue(kUriSpecials).Add(page));
 }
 
 void CardWriter::Dates() {
@@ -178,14 +195,18 @@ std::string CardWriter::Write() {
   WebPage();
   Dates();
   Categories();
+  OverflowLines();
   out_ += "END:VCARD\r\n";
   return std::move(out_);
 }
 
 }  // namespace
 
-std::string WriteVCard(const Contact& contact, VCardVersion version) {
-  return CardWriter(contact, version).Write();
+std::string WriteVCard(const Contact& contact, VCardVersion version, Overflow overflow) {
+  if (overflow == Overflow::kLeftOut) return CardWriter(contact, version, OverflowBlock()).Write();
+  Contact bare = contact;
+  const OverflowBlock block = OverflowBlock::TakeFrom(bare[Field::kBody]);
+  return CardWriter(bare, version, block).Write();
 }
 
 }  // namespace formats
