@@ -127,9 +127,8 @@ void PlaceLeftOver(const Number& number, Overflow overflow, Contact& contact, No
     if (overflow == Overflow::kLeftOut)
       notices.Add(*number.property, "no slot is left for " + what);
   } else if (!number.kind) {
-    if (overflow != Overflow::kLeftOut)
-      notices.Add(*number.property,
-                  "of no kind, " + what + " is kept as " + std::string(ContactFieldName(*field)));
+    notices.Add(*number.property,
+                "of no kind, " + what + " is kept as " + std::string(ContactFieldName(*field)));
   } else if (!IsLoose(number)) {
     notices.Add(*number.property, "the slots of its kind are full, " + what + " is kept as " +
                                       std::string(ContactFieldName(*field)));

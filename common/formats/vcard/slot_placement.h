@@ -17,8 +17,8 @@ namespace formats {
 using PropertyRefs = std::vector<const Property*>;
 
 // Numbers of a known kind come first; one of no kind, or beyond the slots of its kind, takes the
-// next free slot for a voice number. With an Overflow a number of no kind is noticed and what has
-// no slot is not.
+// next free slot for a voice number, and a notice says which. With an Overflow what has no slot is
+// not noticed.
 void PlacePhones(const PropertyRefs& phones, Overflow overflow, Contact& contact,
                  NoticeList& notices);
 void PlaceEmails(const PropertyRefs& emails, Overflow overflow, Contact& contact,
