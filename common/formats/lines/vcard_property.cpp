@@ -61,14 +61,13 @@ void AddParameter(Property& property, std::string_view parameter) {
   parameter = text::TrimBlanks(parameter);
   if (parameter.empty()) return;
   const std::size_t equals = FindUnquoted(parameter, '=');
-  if (equals == kNone) {
-    const std::string upper = text::ToUpperAscii(parameter);
-    AddParameterValue(property, IsEncodingWord(upper) ? "ENCODING" : "TYPE", parameter);
-    return;
-  }
-  const std::string name = text::ToUpperAscii(text::TrimBlanks(parameter.substr(0, equals)));
+  std::string name = text::ToUpperAscii(text::TrimBlanks(parameter.substr(0, equals)));
+  std::string_view rest = parameter;
+  if (equals == kNone)
+    name = IsEncodingWord(name) ? "ENCODING" : "TYPE";
+  else
+    rest.remove_prefix(equals + 1);
   const bool listInQuotes = name == "TYPE" || name == "SORT-AS";
-  std::string_view rest = parameter.substr(equals + 1);
   bool more = true;
   while (more) {
     const std::size_t comma = listInQuotes ? rest.find(',') : FindUnquoted(rest, ',');
