@@ -1,7 +1,9 @@
 #include "desktop/sync/database.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <sqlite3.h>
+#include <unistd.h>
 
 #include <utility>
 
@@ -10,9 +12,10 @@
 namespace desktop {
 
 Database::Database(std::filesystem::path path, Open open) : path_(std::move(path)) {
-  const int flags =
-      SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | (open == Open::kNew ? SQLITE_OPEN_CREATE : 0);
+  // An empty file is an empty database; SQLite would make one that others can read.
+  if (open == Open::kNew) close(::open(path_.c_str(), O_CREAT | O_CLOEXEC, 0600));
   try {
+    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
     if (sqlite3_open_v2(path_.c_str(), &handle_, flags, nullptr) != SQLITE_OK) Fail();
   } catch (...) {
     sqlite3_close(handle_);

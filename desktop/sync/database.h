@@ -14,7 +14,7 @@ namespace desktop {
 
 class Database {
  public:
-  // The file must be there, unless it is to be made.
+  // The file must be there, unless it is to be made, for its owner alone.
   enum class Open { kExisting, kNew };
   Database(std::filesystem::path path, Open open);
   ~Database();

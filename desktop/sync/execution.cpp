@@ -38,6 +38,7 @@ Execution::Execution(const Means& means, const Plan& plan, const Sides& sides,
 
 void Execution::Run() {
   NoteIntents();
+  started_ = true;
   AddToDesk();
   SendToHandheld();
   EditDesk();

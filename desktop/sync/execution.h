@@ -58,6 +58,8 @@ class Execution {
   [[nodiscard]] const std::vector<ActionResult>& results() const { return results_; }
   // Whether anything was done to a side.
   [[nodiscard]] bool begun() const;
+  // Whether anything can have been done to one, be it unheard of.
+  [[nodiscard]] bool started() const { return started_; }
   // Notes beside the items to be remembered with them.
   void Remember(std::map<std::string, std::string> notes) { notes_ = std::move(notes); }
 
@@ -95,6 +97,7 @@ class Execution {
   std::map<std::string, std::string> notes_;
   std::vector<Progress> progress_;     // an entry an action
   std::vector<ActionResult> results_;  // as well
+  bool started_ = false;
 };
 
 }  // namespace desktop

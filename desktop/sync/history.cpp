@@ -39,6 +39,28 @@ void WritePrivate(const fs::path& path, std::string_view bytes) {
   file.Commit();
 }
 
+void WriteHandheld(const fs::path& path, const Sides& sides) {
+  files::AtomicFile handheld(path, files::Access::kPrivate);
+  handheld.Write("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<root>\n");
+  for (const auto& [kind, items] : sides.handheld) {
+    for (const HandheldItem& item : items) {
+      if (item.unreadable) continue;
+      handheld.Write(item.record);
+      handheld.Write("\n");
+    }
+  }
+  handheld.Write("</root>\n");
+  handheld.Commit();
+}
+
+// What has no place in the history yet, be it of a run that was killed.
+void RemoveUnfinished(const fs::path& root) {
+  std::error_code error;
+  for (const auto& entry : fs::directory_iterator(root, error)) {
+    if (entry.path().filename().string().starts_with('.')) fs::remove_all(entry.path(), error);
+  }
+}
+
 }  // namespace
 
 History::History(fs::path root) : root_(std::move(root)) {}
@@ -92,26 +114,26 @@ std::string History::NewTime(Time now) const {
 void History::Save(const SavedRun& run, const DeskFolder& folder, const Sides& sides,
                    const fs::path& memory) const {
   const fs::path beside = root_ / ("." + run.time);
-  std::error_code error;
-  fs::remove_all(beside, error);
-  files::MakePrivateDirectories(beside);
-  DeskHistory(DeskPath(), Database::Open::kNew).Save(run.time, folder);
-  files::AtomicFile handheld(beside / "handheld.xml", files::Access::kPrivate);
-  handheld.Write("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<root>\n");
-  for (const auto& [kind, items] : sides.handheld) {
-    for (const HandheldItem& item : items) {
-      if (item.unreadable) continue;
-      handheld.Write(item.record);
-      handheld.Write("\n");
-    }
+  RemoveUnfinished(root_);
+  try {
+    files::MakePrivateDirectories(beside);
+    DeskHistory(DeskPath(), Database::Open::kNew).Save(run.time, folder);
+    WriteHandheld(beside / "handheld.xml", sides);
+    WritePrivate(beside / "memory.db", files::ReadWholeFile(memory));
+    WritePrivate(beside / kAbout, AboutText(run));
+    std::error_code error;
+    fs::rename(beside, root_ / run.time, error);
+    if (error) throw Error(fmt::format("cannot write {}: {}", beside.string(), error.message()));
+  } catch (...) {
+    RemoveUnfinished(root_);
+    throw;
   }
-  handheld.Write("</root>\n");
-  handheld.Commit();
-  WritePrivate(beside / "memory.db", files::ReadWholeFile(memory));
-  WritePrivate(beside / kAbout, AboutText(run));
-  fs::rename(beside, root_ / run.time, error);
-  if (error) throw Error(fmt::format("cannot write {}: {}", beside.string(), error.message()));
   files::SyncDirectoryOf(root_ / run.time);
+}
+
+void History::Forget(const std::string& time) const {
+  std::error_code error;
+  fs::remove_all(root_ / time, error);
 }
 
 void History::Prune(Time now) const {

@@ -39,6 +39,9 @@ class History {
   void Save(const SavedRun& run, const DeskFolder& folder, const Sides& sides,
             const std::filesystem::path& memory) const;
 
+  // Of a run that has changed nothing, so that it takes no other's place.
+  void Forget(const std::string& time) const;
+
   // Keeps the last ten, and of those before one a month for a year.
   void Prune(Time now) const;
 

@@ -153,6 +153,7 @@ class SyncRun {
       if (plan_.items.HasEffects()) history.Prune(now);
     } catch (const Error& problem) {
       results_.problem = problem.what();
+      if (!execution.started()) history.Forget(time);
     }
     TakeResults(execution);
   }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <set>
@@ -14,6 +15,8 @@
 
 namespace desktop::testing {
 namespace {
+
+namespace fs = std::filesystem;
 
 class RestoreTest : public ::testing::Test {
  protected:
@@ -226,6 +229,46 @@ TEST(History, KeepsTheLastTenAndOneAMonthForAYear) {
   EXPECT_THROW(static_cast<void>(desk.Before(desks.begin()->first)), Error)
       << "it has been forgotten";
   EXPECT_EQ(desk.BytesOf(1), "") << "with what the folder held then";
+}
+
+TEST(History, KeepsNothingHalf) {
+  const TemporaryDirectory directory;
+  const History history(directory / "history");
+  const DeskFolder folder(directory / "desk", ZoneNamed("UTC"));
+  folder.Make();
+  directory.Write(directory / "memory.db", "m");
+  const auto entries = [&] {
+    std::set<std::string> names;
+    for (const auto& entry : fs::directory_iterator(directory / "history")) {
+      names.insert(entry.path().filename().string());
+    }
+    return names;
+  };
+  EXPECT_ANY_THROW(history.Save({"2026-01-01T00-00-00Z", {}, {}}, folder, {}, directory / "none"));
+  EXPECT_EQ(entries(), std::set<std::string>{"desk.db"}) << "memory could not be read";
+  // As a run that was killed leaves it.
+  fs::create_directory(directory / "history/.2025-12-01T00-00-00Z");
+  directory.Write(directory / "history/.2025-12-01T00-00-00Z/handheld.xml", "<root>");
+  history.Save({"2026-01-02T00-00-00Z", {}, {}}, folder, {}, directory / "memory.db");
+  EXPECT_EQ(entries(), (std::set<std::string>{"2026-01-02T00-00-00Z", "desk.db"}));
+  EXPECT_EQ(fs::status(directory / "history/desk.db").permissions(),
+            fs::perms::owner_read | fs::perms::owner_write);
+}
+
+TEST_F(RestoreTest, KnowsNothingOfARunThatChangedNothing) {
+  Begin();
+  const auto runs = [&] { return RestorableRuns(world_->options_.folder).size(); };
+  const std::size_t before = runs();
+  world_->AddOnHandheld(ItemKind::kContact, {"Gina", "H", {}});
+  std::size_t saved = 0;
+  world_->options_.hook = [&](std::string_view step) {
+    if (step != "note what becomes a file") return;
+    saved = runs();
+    throw Error("the disk is full");
+  };
+  EXPECT_EQ(world_->Sync().results.problem, "the disk is full");
+  EXPECT_EQ(saved, before + 1);
+  EXPECT_EQ(runs(), before);
 }
 
 }  // namespace
