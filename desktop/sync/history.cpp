@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <system_error>
@@ -30,6 +31,14 @@ std::string AboutText(const SavedRun& run) {
   json about = {{"what", run.what}, {"kinds", json::array()}};
   for (const ItemKind kind : run.kinds) about["kinds"].push_back(static_cast<int>(kind));
   return about.dump(1, ' ', false, json::error_handler_t::replace) + "\n";
+}
+
+ItemKind KindFrom(const json& number) {
+  const std::int64_t kind = number.is_number_integer() ? number.get<std::int64_t>() : -1;
+  if (kind < 0 || kind > static_cast<int>(ItemKind::kTask)) {
+    throw Error(fmt::format("a kind of {}", number.dump()));
+  }
+  return static_cast<ItemKind>(kind);
 }
 
 void WritePrivate(const fs::path& path, std::string_view bytes) {
@@ -88,7 +97,7 @@ std::vector<SavedRun> History::Runs() const {
       const json about = json::parse(files::ReadWholeFile(entry.path() / kAbout));
       run.what = about.at("what").get<std::string>();
       for (const json& kind : about.at("kinds")) {
-        run.kinds.push_back(static_cast<ItemKind>(kind.get<int>()));
+        run.kinds.push_back(KindFrom(kind));
       }
     } catch (const std::exception& problem) {
       throw Error(fmt::format("{} cannot be understood: {}", (entry.path() / kAbout).string(),

@@ -48,8 +48,14 @@ json ToJson(const MappedItem& item) {
   return object;
 }
 
+std::int64_t WholeNumberFrom(const json& object, const char* name) {
+  const json& number = object.at(name);
+  if (!number.is_number_integer()) throw Error(fmt::format("{} is no whole number", name));
+  return number.get<std::int64_t>();
+}
+
 Oid OidFrom(const json& object) {
-  const auto oid = object.at("oid").get<std::int64_t>();
+  const std::int64_t oid = WholeNumberFrom(object, "oid");
   if (oid <= 0 || oid > std::int64_t{UINT32_MAX}) throw Error(fmt::format("an OID of {}", oid));
   return static_cast<Oid>(oid);
 }
@@ -86,7 +92,7 @@ std::string Dump(const json& value, int indent) {
 }
 
 void CheckVersion(const json& object) {
-  const int version = object.at("version").get<int>();
+  const std::int64_t version = WholeNumberFrom(object, "version");
   if (version != kVersion) throw Error(fmt::format("it has version {}", version));
 }
 

@@ -271,5 +271,19 @@ TEST_F(RestoreTest, KnowsNothingOfARunThatChangedNothing) {
   EXPECT_EQ(runs(), before);
 }
 
+TEST(History, RefusesARunOfAKindThatThereIsNot) {
+  const TemporaryDirectory directory;
+  const std::string about = "2026-11-22T09-46-50Z/about.json";
+  std::filesystem::create_directories((directory / about).parent_path());
+  const History history(directory.path());
+  directory.Write(about, R"({"what":"2 added","kinds":[0,2]})");
+  EXPECT_EQ(history.Runs().at(0).kinds,
+            (std::vector<ItemKind>{ItemKind::kContact, ItemKind::kTask}));
+  for (const char* kinds : {"[3]", "[-1]", "[4294967296]", "[0.5]", "[\"a\"]", "7"}) {
+    directory.Write(about, std::string(R"({"what":"2 added","kinds":)") + kinds + "}");
+    EXPECT_THROW(static_cast<void>(history.Runs()), Error) << kinds;
+  }
+}
+
 }  // namespace
 }  // namespace desktop::testing

@@ -113,6 +113,9 @@ TEST_F(MappingTest, RefusesADamagedFileAndLeavesItAsItIs) {
       R"({"version":1,"items":[{"oid":-1,"kind":"contact","hash":"h"}]})",
       R"({"version":1,"items":[{"oid":4294967296,"kind":"contact","hash":"h"}]})",
       R"({"version":1,"items":[{"oid":"1","kind":"contact","hash":"h"}]})",
+      R"({"version":1,"items":[{"oid":1.5,"kind":"contact","hash":"h"}]})",
+      R"({"version":1,"items":[{"oid":1e300,"kind":"contact","hash":"h"}]})",
+      R"({"version":1.5,"items":[]})",
       R"({"version":1,"items":[{"oid":1,"kind":"contact"}]})",
       R"({"version":1,"items":[{"oid":1,"kind":"c","hash":"h"},{"oid":1,"kind":"c","hash":"h"}]})",
   };
