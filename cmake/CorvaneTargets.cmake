@@ -69,11 +69,11 @@ function(corvane_program name)
   target_compile_options(${name} PRIVATE $<$<CONFIG:Release>:-Os>)
 endfunction()
 
-# corvane_tests(NAME FOLDER dirs... LIBRARIES libs... [PARTS n] [ROUNDS n])
+# corvane_tests(NAME FOLDER dirs... LIBRARIES libs... [PARTS n])
 # One test program of every .cpp below the folders. CTest runs it in `n` parts, each a process with
-# its share of the cases, and with so many random cases a property (100).
+# its share of the cases.
 function(corvane_tests name)
-  cmake_parse_arguments(ARG "" "PARTS;ROUNDS" "FOLDER;LIBRARIES" ${ARGN})
+  cmake_parse_arguments(ARG "" "PARTS" "FOLDER;LIBRARIES" ${ARGN})
   list(TRANSFORM ARG_FOLDER REPLACE "(.+)" "${CMAKE_CURRENT_SOURCE_DIR}/\\1/*.cpp"
        OUTPUT_VARIABLE patterns)
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${patterns})
@@ -87,13 +87,10 @@ function(corvane_tests name)
     set(ARG_PARTS 1)
   endif()
   math(EXPR last "${ARG_PARTS} - 1")
-  if(NOT ARG_ROUNDS)
-    set(ARG_ROUNDS 100)
-  endif()
-  # A sanitizer, which is slower by far, looks at other things.
-  set(rounds ${ARG_ROUNDS})
+  # Random cases a property; a sanitizer, which is slower by far, looks at other things.
+  set(rounds 100)
   if(CORVANE_SANITIZE)
-    math(EXPR rounds "${ARG_ROUNDS} / 5")
+    set(rounds 20)
   endif()
   foreach(part RANGE ${last})
     add_test(NAME ${name}_${part} COMMAND ${name} --gtest_brief=1)

@@ -143,14 +143,16 @@ class SyncRun {
                         {kCountryNote, Country()},
                         {kAddressNote, ToString(connection_.target)}});
     try {
-      if (plan_.items.HasEffects()) SaveHistory(history, time);
+      if (plan_.items.HasEffects()) {
+        SaveHistory(history, time);
+        history.Prune(now);
+      }
       execution.Run();
       for (const ArchiveAddition& addition : plan_.archive) {
         Step("add to an archive");
         desktop::Execute(addition, options_.folder);
         results_.begun = true;
       }
-      if (plan_.items.HasEffects()) history.Prune(now);
     } catch (const Error& problem) {
       results_.problem = problem.what();
       if (!execution.started()) history.Forget(time);

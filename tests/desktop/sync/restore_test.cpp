@@ -255,6 +255,18 @@ TEST(History, KeepsNothingHalf) {
             fs::perms::owner_read | fs::perms::owner_write);
 }
 
+TEST_F(RestoreTest, KnowsNoMoreRunsWhenMostWereCutOff) {
+  Begin();
+  for (int run = 0; run < 12; ++run) {
+    world_->AddOnDesk(ItemKind::kContact, {"Gina" + std::to_string(run), "D", {}});
+    world_->options_.hook = [&](std::string_view step) {
+      if (step == "read back") throw Error("the disk is full");
+    };
+    EXPECT_EQ(world_->Sync().results.problem, "the disk is full");
+  }
+  EXPECT_EQ(RestorableRuns(world_->options_.folder).size(), 10u + 1u) << "and one of the month";
+}
+
 TEST_F(RestoreTest, KnowsNothingOfARunThatChangedNothing) {
   Begin();
   const auto runs = [&] { return RestorableRuns(world_->options_.folder).size(); };
