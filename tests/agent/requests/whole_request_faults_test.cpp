@@ -160,8 +160,10 @@ class WholeRequestFaults : public ::testing::TestWithParam<WholeRequest> {
     calls.AddMany(2);
   }
 
-  // The store, the clock and the files as they were.
+  // The store, the clock and the files as they were, and no connection of before still watched, so
+  // that the same request makes the same allocations.
   void Restore() {
+    ce::host::StopSocketWatcher();
     fs::copy_file(copy_, StorePath(), fs::copy_options::overwrite_existing);
     handheld_.FreezeClock({2008, 2, 0, 15, 13, 45, 1, 0});
     fs::remove(handheld_.directory() / "files/other.txt");
