@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <utility>
 
 #include "common/text/code_page.h"
 #include "common/text/text.h"
@@ -52,8 +53,14 @@ bool IsEncodingWord(std::string_view upper) {
 }
 
 void AddParameterValue(Property& property, const std::string& name, std::string_view value) {
-  property.parameters.emplace_back(
-      name, property.dialect == VCardDialect::k21 ? std::string(value) : DecodeCarets(value));
+  std::string text =
+      property.dialect == VCardDialect::k21 ? std::string(value) : DecodeCarets(value);
+  // A type is a word, and as such is written.
+  if (name == "TYPE") {
+    std::erase_if(text, text::IsControl);
+    text = text::TrimBlanks(text);
+  }
+  property.parameters.emplace_back(name, std::move(text));
 }
 
 // One parameter's values: lists are split at commas, and some are lists within quotation marks.
