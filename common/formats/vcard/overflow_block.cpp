@@ -49,9 +49,7 @@ std::string ParameterText(std::string_view value) {
 // Each word that is not yet known.
 void AddTypes(std::string_view words, std::set<std::string>& known, Property& property) {
   for (const std::string_view word : SplitValue(words, ',')) {
-    std::string shown(word);
-    std::erase_if(shown, text::IsControl);
-    const std::string_view type = text::TrimBlanks(shown);
+    const std::string_view type = text::TrimBlanks(word);
     if (type.empty() || text::EqualsNoCase(type, "PREF")) continue;
     if (known.insert(text::ToUpperAscii(type)).second)
       property.parameters.emplace_back("TYPE", type);
