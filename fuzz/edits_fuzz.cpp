@@ -133,9 +133,9 @@ std::vector<std::string_view> OtherItems(const Layout& layout, std::size_t line)
   for (const desktop::FilePart& part : all) {
     const bool isApart = part.last < own->first || part.first > own->last;
     const bool sameSeries = part.name == own->name && !uid.empty() && layout.UidOf(part) == uid;
-    if (!isItem(part) || !isApart || sameSeries || part.first < next) continue;
-    others.push_back(layout.TextOf(part.first, part.last));
-    next = part.last + 1;
+    if (!isItem(part) || !isApart || part.first < next) continue;
+    if (!sameSeries) others.push_back(layout.TextOf(part.first, part.last));
+    next = part.last + 1;  // what is within it is its own
   }
   return others;
 }
