@@ -12,6 +12,11 @@ constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 constexpr std::string_view kLittleMark = "\xFF\xFE";
 constexpr std::string_view kBigMark = "\xFE\xFF";
 
+bool IsMarked(std::string_view bytes) {
+  return bytes.starts_with(kUtf8Mark) || bytes.starts_with(kLittleMark) ||
+         bytes.starts_with(kBigMark);
+}
+
 }  // namespace
 
 FileText::FileText(std::string_view bytes) {
@@ -24,7 +29,8 @@ FileText::FileText(std::string_view bytes) {
 }
 
 std::string FileText::BytesOf(std::string_view text) const {
-  if (form_ == Form::kBytes) return std::string(text);
+  // Bytes that come to stand in front are no mark; an empty line, which says nothing, keeps it so.
+  if (form_ == Form::kBytes) return (IsMarked(text) ? "\r\n" : "") + std::string(text);
   if (form_ == Form::kMarkedUtf8) return std::string(kUtf8Mark) + std::string(text);
   std::string bytes = text::ToUtf16Le(text::FromUtf8Lossy(text));
   if (form_ == Form::kUtf16Le) return std::string(kLittleMark) + bytes;

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "common/text/unicode.h"
+#include "desktop/folder/item_facts.h"
 #include "tests/desktop/folder/edit_support.h"
 
 namespace desktop::testing {
@@ -255,6 +256,20 @@ TEST(CardEdit, KeepsTheCharacterSetOfAFile) {
   EXPECT_EQ(result.bytes, utf16(Replaced(card, "END:", "NOTE:\u5C71\r\nEND:")));
   result = EditContact("\xEF\xBB\xBF" + card, [](Contact& c) { c[F::kBody] = "x"; });
   EXPECT_EQ(result.bytes, "\xEF\xBB\xBF" + Replaced(card, "END:", "NOTE:x\r\nEND:"));
+}
+
+TEST(CardEdit, LetsNoBytesBecomeTheMarkOfAFile) {
+  const std::string bytes =
+      "BEGIN:VCARD\r\nVERSION:3.0\r\nN:One\r\nEND:VCARD\r\n"
+      "\xFF\xFE lost\r\n"
+      "BEGIN:VCARD\r\nVERSION:3.0\r\nN:Two\r\nEND:VCARD\r\n";
+  const DeskReading before = ReadDeskBytes("a.vcf", bytes, Berlin());
+  ASSERT_EQ(before.items.size(), 2u);
+  TextEdit text(bytes, Berlin(), kEditTime);
+  EXPECT_TRUE(text.Remove(before.items[0].line, before.items[0].item).done);
+  const DeskReading after = ReadDeskBytes("a.vcf", text.bytes(), Berlin());
+  ASSERT_EQ(after.items.size(), 1u);
+  EXPECT_TRUE(FactsOf(after.items[0].item) == FactsOf(before.items[1].item));
 }
 
 TEST(CardEdit, KeepsAQuotedValueThatEndsInAnEmptyLine) {
