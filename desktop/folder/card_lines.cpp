@@ -115,7 +115,8 @@ RawLine CardReading::Spelled(const CardLine& line) {
 Contact CardReading::Read(const CardLines& lines) {
   std::string card;
   for (const CardLineRef& line : lines) {
-    if (!line->foreign) card += line->bytes;
+    // What stands behind a line that is left out does not continue the one before it.
+    card += line->foreign ? "\n" : line->bytes;
   }
   Contact contact = ReadCard(card);
   contact.uid.clear();

@@ -258,6 +258,11 @@ TEST(CardEdit, KeepsTheCharacterSetOfAFile) {
   EXPECT_EQ(result.bytes, "\xEF\xBB\xBF" + Replaced(card, "END:", "NOTE:x\r\nEND:"));
 }
 
+TEST(CardEdit, JoinsNothingAcrossAnEmptyLine) {
+  const std::string card = "BEGIN:VCARD\nVERSION:3.0\nN:Lee\n\n e\nEND:VCARD\n";
+  EXPECT_EQ(EditContact(card, [](formats::Contact&) {}).bytes, card);
+}
+
 TEST(CardEdit, LetsNoBytesBecomeTheMarkOfAFile) {
   const std::string bytes =
       "BEGIN:VCARD\r\nVERSION:3.0\r\nN:One\r\nEND:VCARD\r\n"
