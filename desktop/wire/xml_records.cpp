@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <limits>
 #include <memory>
+#include <new>
 #include <utility>
 
 #include "common/text/text.h"
@@ -40,7 +41,27 @@ std::string WithDeclarationInSmallLetters(std::string_view document) {
   return copy;
 }
 
-DocumentPtr Parse(const std::string& document) {
+// Without memory the library may go on with a document that lacks a text; but it says so.
+class RefusedMemory {
+ public:
+  RefusedMemory() { xmlSetStructuredErrorFunc(this, Note); }
+  ~RefusedMemory() { xmlSetStructuredErrorFunc(nullptr, nullptr); }
+  RefusedMemory(const RefusedMemory&) = delete;
+  RefusedMemory& operator=(const RefusedMemory&) = delete;
+
+  void ThrowIfAny() const {
+    if (any_) throw std::bad_alloc();
+  }
+
+ private:
+  static void Note(void* self, xmlError* error) {
+    if (error->code == XML_ERR_NO_MEMORY) static_cast<RefusedMemory*>(self)->any_ = true;
+  }
+
+  bool any_ = false;
+};
+
+DocumentPtr Parse(const std::string& document, const RefusedMemory& refused) {
   const std::unique_ptr<xmlParserCtxt, XmlDeleter> context(xmlNewParserCtxt());
   if (context == nullptr) throw std::bad_alloc();
   if (document.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
@@ -51,11 +72,13 @@ DocumentPtr Parse(const std::string& document) {
   DocumentPtr parsed(xmlCtxtReadMemory(context.get(), document.data(),
                                        static_cast<int>(document.size()), nullptr, nullptr,
                                        kOptions));
+  refused.ThrowIfAny();
   if (parsed == nullptr) {
     const xmlError* error = xmlCtxtGetLastError(context.get());
-    std::string message = error == nullptr ? "it is not XML" : error->message;
+    if (error == nullptr || error->message == nullptr) throw std::bad_alloc();
+    std::string message = error->message;
     while (message.ends_with('\n')) message.pop_back();
-    throw Error(fmt::format("line {}: {}", error == nullptr ? 1 : error->line, message));
+    throw Error(fmt::format("line {}: {}", error->line, message));
   }
   if (parsed->intSubset != nullptr) throw Error("a document type declaration is not accepted");
   return parsed;
@@ -198,7 +221,8 @@ std::string_view XmlElement::ChildText(std::string_view childName) const {
 
 std::vector<Record> ParseRecords(std::string_view document) {
   const std::string readable = WithDeclarationInSmallLetters(document);
-  const DocumentPtr parsed = Parse(readable);
+  const RefusedMemory refused;
+  const DocumentPtr parsed = Parse(readable, refused);
   std::vector<std::string_view> spans;
   if (HasAsciisBytes(*parsed, document)) spans = ChildSpans(document);
 
@@ -209,6 +233,7 @@ std::vector<Record> ParseRecords(std::string_view document) {
     const std::size_t index = records.size();
     records.push_back(ReadRecord(*parsed, *node, index < spans.size() ? &spans[index] : nullptr));
   }
+  refused.ThrowIfAny();
   return records;
 }
 

@@ -28,6 +28,7 @@ struct XmlElement {
   [[nodiscard]] const XmlElement* Child(std::string_view childName) const;
   // The text of the first child of that name, empty when there is none.
   [[nodiscard]] std::string_view ChildText(std::string_view childName) const;
+  bool operator==(const XmlElement&) const = default;
 };
 
 struct Record {

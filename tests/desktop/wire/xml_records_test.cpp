@@ -1,6 +1,10 @@
 #include "desktop/wire/xml_records.h"
 
 #include <gtest/gtest.h>
+#include <libxml/xmlmemory.h>
+
+#include <cstdlib>
+#include <new>
 
 #include "common/text/xml_text.h"
 #include "desktop/wire/error.h"
@@ -132,6 +136,65 @@ TEST(ParseRecords, TakesAnyNumberOfLineBreaksInAText) {
   for (int i = 0; i < 400000; ++i) breaks += "&#13;&#10;";
   const std::string document = "<root><TASK><NOTES>" + breaks + "</NOTES></TASK></root>";
   EXPECT_EQ(ParseRecords(document).at(0).element.ChildText("NOTES"), std::string(400000, '\n'));
+}
+
+// The parser's allocations: which of the next ones is refused, 0 for none.
+int g_refused = 0;
+bool IsRefused() {
+  return g_refused > 0 && --g_refused == 0;
+}
+void* Allocate(std::size_t size) {
+  return IsRefused() ? nullptr : std::malloc(size);
+}
+void* Reallocate(void* block, std::size_t size) {
+  return IsRefused() ? nullptr : std::realloc(block, size);
+}
+char* Duplicate(const char* text) {
+  return IsRefused() ? nullptr : strdup(text);
+}
+
+class ParseRecordsWithoutMemory : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_EQ(xmlMemGet(&free_, &allocate_, &reallocate_, &duplicate_), 0);
+    ASSERT_EQ(xmlMemSetup(free_, Allocate, Reallocate, Duplicate), 0);
+  }
+  void TearDown() override {
+    g_refused = 0;
+    EXPECT_EQ(xmlMemSetup(free_, allocate_, reallocate_, duplicate_), 0);
+  }
+
+ private:
+  xmlFreeFunc free_ = nullptr;
+  xmlMallocFunc allocate_ = nullptr;
+  xmlReallocFunc reallocate_ = nullptr;
+  xmlStrdupFunc duplicate_ = nullptr;
+};
+
+TEST_F(ParseRecordsWithoutMemory, LosesNoText) {
+  const std::string document = Document(
+      "<CONTACT Oid=\"5\"><FIRSTNAME>Ada</FIRSTNAME><BODY>a &amp; " + std::string(700, 'b') +
+      "&#10;</BODY><OTHER><![CDATA[c]]></OTHER></CONTACT><CONTACT Oid=\"6\" Delete=\"1\"/>");
+  const auto whole = ParseRecords(document);
+  int refusals = 0;
+  for (bool refused = true; refused; ++refusals) {
+    SCOPED_TRACE(refusals);
+    g_refused = refusals + 1;
+    try {
+      const auto records = ParseRecords(document);
+      refused = g_refused == 0;
+      ASSERT_EQ(records.size(), whole.size());
+      for (std::size_t i = 0; i < whole.size(); ++i) {
+        EXPECT_EQ(records[i].element, whole[i].element);
+        EXPECT_EQ(records[i].oid, whole[i].oid);
+        EXPECT_EQ(records[i].deletes, whole[i].deletes);
+        EXPECT_EQ(records[i].bytes, whole[i].bytes);
+      }
+    } catch (const std::bad_alloc&) {
+      EXPECT_EQ(g_refused, 0);
+    }
+  }
+  EXPECT_GT(refusals, 20);
 }
 
 TEST(ParseOid, TakesSignedAndUnsignedDecimalsAndHexadecimal) {
