@@ -110,16 +110,21 @@ class Converters {
     }
   }
 
-  // Null when the system knows no such conversion.
+  // Null when the system knows no such conversion. Throws std::bad_alloc: a text read by another
+  // set for want of memory would be another text.
   const iconv_t* Open(const std::string& to, const std::string& from) {
     const auto [found, isNew] = handles_.try_emplace({to, from}, kNone);
     if (isNew) {
       ++g_opened;
-      found->second = ::iconv_open(to.c_str(), from.c_str());
+      // It may say that there is none when memory for it was refused.
+      for (int tries = 0; tries < 2 && found->second == kNone; ++tries)
+        found->second = ::iconv_open(to.c_str(), from.c_str());
     }
     if (found->second == kNone) {
       // Another time there may be room for it.
-      if (isNew && errno != EINVAL) handles_.erase(found);
+      const int error = isNew ? errno : EINVAL;
+      if (error != EINVAL) handles_.erase(found);
+      if (error == ENOMEM) throw std::bad_alloc();
       return nullptr;
     }
     ::iconv(found->second, nullptr, nullptr, nullptr, nullptr);

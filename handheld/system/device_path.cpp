@@ -158,7 +158,7 @@ DWORD OpenFilesRoot(UniqueFd& root) {
   const Handheld* handheld = Handheld::Current();
   if (!handheld) return ERROR_NOT_READY;
   root.reset(::open(handheld->filesRoot().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-  return root ? ERROR_SUCCESS : ErrorFromErrno(errno, ERROR_PATH_NOT_FOUND);
+  return root ? ERROR_SUCCESS : ErrorFromErrno(errno, ERROR_ACCESS_DENIED);
 }
 
 }  // namespace ce::host

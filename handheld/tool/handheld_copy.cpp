@@ -107,12 +107,16 @@ void RemoveAbandoned(const fs::path& parent) {
 
 WorkDirectory::WorkDirectory(const fs::path& parent) {
   RemoveAbandoned(parent);
-  while (!claim_) {
+  constexpr int kTries = 100;  // another may take it for abandoned before it is locked
+  for (int tries = 1; !claim_; ++tries) {
     std::string name = (parent / kWorkName).string() + "XXXXXX";
     if (!::mkdtemp(name.data()))
       throw files::Error(parent.string() + ": no directory can be made: " + std::strerror(errno));
     claimed_ = name;
     claim_ = Claim(claimed_);
+    if (claim_) break;
+    ::rmdir(claimed_.c_str());
+    if (tries == kTries) throw files::Error(parent.string() + ": no directory can be locked");
   }
   // A handheld has a lock of its own on its directory.
   if (::mkdir(path().c_str(), S_IRWXU) != 0) {
@@ -135,12 +139,14 @@ void WorkDirectory::KeepAs(const fs::path& name) {
 }
 
 fs::path ParentOfNew(const fs::path& directory) {
+  const fs::path whole = fs::absolute(directory).lexically_normal();
+  fs::path parent = (whole.has_filename() ? whole : whole.parent_path()).parent_path();
+  RemoveAbandoned(parent);
   std::error_code error;
   if (fs::exists(fs::symlink_status(directory, error)) &&
       !(fs::is_directory(fs::symlink_status(directory)) && fs::is_empty(directory, error)))
     throw files::Error(directory.string() + " is not empty");
-  const fs::path whole = fs::absolute(directory).lexically_normal();
-  return (whole.has_filename() ? whole : whole.parent_path()).parent_path();
+  return parent;
 }
 
 bool CopyStore(Session& session, const fs::path& to) {

@@ -32,8 +32,8 @@ class WorkDirectory {
   ce::host::UniqueFd claim_;  // while it lives, nobody takes that for left behind
 };
 
-// The place where a new handheld's directory will stand. Throws files::Error when there is
-// something.
+// The place where a new handheld's directory will stand, without what killed processes left there.
+// Throws files::Error when there is something in the way.
 std::filesystem::path ParentOfNew(const std::filesystem::path& directory);
 
 // A copy of the store as it is at one moment. False when there is no store yet. Throws

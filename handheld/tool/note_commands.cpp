@@ -18,21 +18,6 @@ namespace {
 
 constexpr char16_t kDocuments[] = u"\\My Documents";
 
-void MakeDocuments(ce::host::Handheld& handheld) {
-  ce::host::DevicePath documents;
-  if (ce::host::ResolveDevicePath(kDocuments, documents) != 0 || documents.exists) return;
-  std::filesystem::create_directory(handheld.filesRoot() / documents.name);
-}
-
-// Makes the directory that a name without one goes to.
-std::u16string DevicePathOf(ce::host::Handheld& handheld, const std::string& name) {
-  const auto path = text::FromUtf8(name);
-  if (!path) throw UsageError("the note's name is no UTF-8");
-  if (path->starts_with(u'\\') || path->starts_with(u'/')) return *path;
-  MakeDocuments(handheld);
-  return kDocuments + (u"\\" + *path);
-}
-
 struct FailureMeaning {
   ce::DWORD error;
   bool isWrongUse;
@@ -56,6 +41,23 @@ constexpr FailureMeaning kFailureMeanings[] = {
     throw files::Error(text);
   }
   throw files::Error(fmt::format("{}: code {}", name, error));
+}
+
+void MakeDocuments(ce::host::Handheld& handheld) {
+  ce::host::DevicePath documents;
+  if (const ce::DWORD error = ce::host::ResolveDevicePath(kDocuments, documents))
+    Fail(kDocuments, error);
+  if (documents.exists) return;
+  std::filesystem::create_directory(handheld.filesRoot() / documents.name);
+}
+
+// Makes the directory that a name without one goes to.
+std::u16string DevicePathOf(ce::host::Handheld& handheld, const std::string& name) {
+  const auto path = text::FromUtf8(name);
+  if (!path) throw UsageError("the note's name is no UTF-8");
+  if (path->starts_with(u'\\') || path->starts_with(u'/')) return *path;
+  MakeDocuments(handheld);
+  return kDocuments + (u"\\" + *path);
 }
 
 // Of the device, new. It goes again unless it is kept.

@@ -30,25 +30,29 @@ void CopyIfThere(const fs::path& from, const fs::path& to) {
     throw files::Error(from.string() + " cannot be copied: " + error.message());
 }
 
-// The store, and its log of what was written last, which belongs to it.
-void CopyDamaged(const fs::path& store, const fs::path& to) {
-  CopyIfThere(store, to);
-  CopyIfThere(With(store, "-wal"), With(to, "-wal"));
-}
-
-// The first name that nothing has.
-fs::path NewNameBeside(const fs::path& store) {
+// What a damaged store is to be called: the first name that nothing has, or that which an exchange
+// that was cut short has given it.
+fs::path NameAside(const fs::path& store) {
   fs::path name = With(store, ".damaged");
   std::error_code error;
-  for (int n = 2; fs::exists(name, error) || fs::exists(With(name, "-wal"), error); ++n)
+  for (int n = 2; fs::exists(name, error) || fs::exists(With(name, "-wal"), error); ++n) {
+    if (fs::equivalent(name, store, error)) break;
     name = With(store, ".damaged-" + std::to_string(n));
+  }
   return name;
+}
+
+// The store, and its log of what was written last, which belongs to it and may be aside already.
+void CopyDamaged(const fs::path& store, const fs::path& to) {
+  CopyIfThere(store, to);
+  const fs::path log = With(store, "-wal");
+  CopyIfThere(fs::exists(log) ? log : With(NameAside(store), "-wal"), With(to, "-wal"));
 }
 
 // What the damaged store is called now.
 fs::path Exchange(const fs::path& store, const fs::path& saved) try {
-  fs::path aside = NewNameBeside(store);
-  fs::create_hard_link(store, aside);
+  fs::path aside = NameAside(store);
+  if (!fs::exists(aside)) fs::create_hard_link(store, aside);
   files::SyncDirectoryOf(store);
   // The log must not meet the new store.
   fs::remove(With(store, "-shm"));

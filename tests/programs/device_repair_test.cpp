@@ -92,6 +92,19 @@ TEST_F(DeviceRepair, SavesAllButTheDamagedPage) {
   EXPECT_GT(lossy, 0);
 }
 
+// Its end may come when the store has its new name already, and its log is aside.
+TEST_F(DeviceRepair, FinishesAnExchangeThatWasCutShort) {
+  Damage(3);
+  const std::string damaged = directory_.Read("handheld/store.db");
+  fs::create_hard_link(Path("handheld/store.db"), Path("handheld/store.db.damaged"));
+  directory_.Write("handheld/store.db.damaged-wal", "a log");
+  EXPECT_NE(Device({"repair", handheld_, "--write"}).code, 1);
+  EXPECT_EQ(Device({"check", handheld_}).out, "The store is sound.\n");
+  EXPECT_EQ(directory_.Read("handheld/store.db.damaged"), damaged);
+  EXPECT_EQ(directory_.Read("handheld/store.db.damaged-wal"), "a log");
+  EXPECT_FALSE(fs::exists(Path("handheld/store.db.damaged-2")));
+}
+
 TEST_F(DeviceRepair, NeverGivesALostIdentifierAgain) {
   const std::string card = File("new.vcf", "BEGIN:VCARD\nVERSION:3.0\nN:New;Nora\nEND:VCARD\n");
   const auto contacts = [this] {

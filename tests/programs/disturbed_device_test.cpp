@@ -145,26 +145,28 @@ class DisturbedDevice : public DisturbedTest, public ::testing::WithParamInterfa
     return state;
   }
   void KeepWhole() override { whole_ = StateNow(); }
-  void ExpectWhole(const std::string& when) const {
+  // A directory of the program's own that could not be taken away is for the next run.
+  void ExpectWhole(const std::string& when, bool mayLeaveItsDirectory = false) const {
     SCOPED_TRACE(when);
     for (const Arguments& arguments : {Arguments{"check", GetParam().handheld}, GetParam().proof}) {
       if (arguments.empty()) continue;
       const Ended proof = Device(InWork(arguments));
       EXPECT_EQ(proof.code, 0) << ::testing::PrintToString(proof);
     }
-    const State now = StateNow();
+    State now = StateNow();
+    if (mayLeaveItsDirectory)
+      std::erase_if(now.names, [](const auto& name) { return name.starts_with(".corvane."); });
     EXPECT_EQ(now.names, whole_.names);
     ExpectSame(now.contents, whole_.contents);
   }
 
   void ExpectToldAndFinished(const Ended& ended, const Fault& fault) override {
     if (ended.code == doneCode_) {
-      ExpectWhole("it went on as if nothing had been");
+      ExpectWhole("it went on as if nothing had been", true);
     } else if (!EndedAtOnce(ended, fault)) {
       EXPECT_THAT(ended.code, AnyOf(1, 3)) << ::testing::PrintToString(ended);
       // The command as a whole, or an item of a file that is imported.
-      EXPECT_THAT(ended.err,
-                  AnyOf(HasSubstr("corvane-device: "), ContainsRegex(":[0-9]+: .*code ")))
+      EXPECT_THAT(ended.err, AnyOf(HasSubstr("corvane-device: "), ContainsRegex(":[0-9]+: ")))
           << ::testing::PrintToString(ended);
       std::set<std::string> may = whole_.names;
       may.merge(before_);
