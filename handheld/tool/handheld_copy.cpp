@@ -90,7 +90,16 @@ ce::host::UniqueFd Claim(const fs::path& directory) {
   return fd;
 }
 
-// Removes what processes left that were killed at work.
+// What cannot be removed is left for the next one that looks.
+void Remove(const fs::path& directory) {
+  std::error_code error;
+  fs::remove_all(directory, error);
+  // A disk that failed once may not fail again.
+  if (error) fs::remove_all(directory, error);
+}
+
+}  // namespace
+
 void RemoveAbandoned(const fs::path& parent) {
   std::error_code ignored;
   std::vector<fs::path> abandoned;
@@ -100,10 +109,8 @@ void RemoveAbandoned(const fs::path& parent) {
       abandoned.push_back(each->path());
   }
   for (const fs::path& path : abandoned)
-    if (const ce::host::UniqueFd claimed = Claim(path)) fs::remove_all(path, ignored);
+    if (const ce::host::UniqueFd claimed = Claim(path)) Remove(path);
 }
-
-}  // namespace
 
 WorkDirectory::WorkDirectory(const fs::path& parent) {
   RemoveAbandoned(parent);
@@ -127,8 +134,7 @@ WorkDirectory::WorkDirectory(const fs::path& parent) {
 }
 
 WorkDirectory::~WorkDirectory() {
-  std::error_code ignored;
-  fs::remove_all(claimed_, ignored);
+  Remove(claimed_);
 }
 
 void WorkDirectory::KeepAs(const fs::path& name) {
@@ -141,11 +147,12 @@ void WorkDirectory::KeepAs(const fs::path& name) {
 fs::path ParentOfNew(const fs::path& directory) {
   const fs::path whole = fs::absolute(directory).lexically_normal();
   fs::path parent = (whole.has_filename() ? whole : whole.parent_path()).parent_path();
-  RemoveAbandoned(parent);
   std::error_code error;
   if (fs::exists(fs::symlink_status(directory, error)) &&
-      !(fs::is_directory(fs::symlink_status(directory)) && fs::is_empty(directory, error)))
+      !(fs::is_directory(fs::symlink_status(directory)) && fs::is_empty(directory, error))) {
+    RemoveAbandoned(parent);
     throw files::Error(directory.string() + " is not empty");
+  }
   return parent;
 }
 

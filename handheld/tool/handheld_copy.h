@@ -13,8 +13,8 @@
 
 namespace tool {
 
-// A directory for the owner alone, which goes with all that is in it unless it is kept. What a
-// process left that was killed goes when the next one is made beside it.
+// A directory for the owner alone, which goes with all that is in it unless it is kept. What was
+// left there goes when the next one is made beside it.
 class WorkDirectory {
  public:
   // Throws files::Error.
@@ -32,8 +32,11 @@ class WorkDirectory {
   ce::host::UniqueFd claim_;  // while it lives, nobody takes that for left behind
 };
 
-// The place where a new handheld's directory will stand, without what killed processes left there.
-// Throws files::Error when there is something in the way.
+// Removes the work directories that were left in `parent` by processes that were killed.
+void RemoveAbandoned(const std::filesystem::path& parent);
+
+// The place where a new handheld's directory will stand. Throws files::Error when there is
+// something in the way, and then removes what was left there.
 std::filesystem::path ParentOfNew(const std::filesystem::path& directory);
 
 // A copy of the store as it is at one moment. False when there is no store yet. Throws

@@ -76,6 +76,8 @@ Json AsJson(const ce::host::Salvage& salvage, bool written) {
 Outcome Repair(Session& session, bool write, const Report& report) {
   const ce::host::Handheld& handheld = session.handheld();
   if (ce::host::CheckStore(handheld).empty()) {
+    // One that was killed behind the exchange left a copy of the damaged store.
+    RemoveAbandoned(handheld.directory());
     TellResult(report, {{"sound", true}}, "The store is sound.\n");
     return Outcome::kDone;
   }

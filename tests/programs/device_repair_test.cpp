@@ -3,12 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <csignal>
 #include <filesystem>
+#include <fstream>
 #include <nlohmann/json.hpp>
 #include <set>
 
 #include "tests/programs/tool_test.h"
 #include "tests/support/json_lines.h"
+#include "tests/support/sanitizers.h"
 
 namespace corvane::testing {
 namespace {
@@ -27,13 +30,46 @@ class DeviceRepair : public ToolTest {
     ASSERT_GT(whole_.size(), 8 * kPage);
   }
 
-  std::set<std::string> Items() const {
+  std::set<std::string> ItemsOf(const std::string& handheld) const {
     std::set<std::string> items;
     for (const char* kind : {"contacts", "calendar", "tasks", "messages", "calls"}) {
-      for (const auto& item : JsonLines(Device({"show", handheld_, kind, "--list", "--json"}).out))
+      for (const auto& item : JsonLines(Device({"show", handheld, kind, "--list", "--json"}).out))
         items.insert(kind + item.dump());
     }
     return items;
+  }
+  std::set<std::string> Items() const { return ItemsOf(handheld_); }
+
+  static std::set<std::string> NamesIn(const std::string& handheld) {
+    std::set<std::string> names;
+    for (const auto& entry : fs::directory_iterator(handheld))
+      names.insert(entry.path().filename());
+    return names;
+  }
+
+  // Makes the handheld one whose last page is damaged, and whose log has what was imported before
+  // the program was killed. The path of another one like it.
+  std::string WithACalendarInItsLog() {
+    fs::remove_all(handheld_);
+    MakeHandheld();
+    Device({"import", handheld_, Sample("people.vcf")});
+    const std::uintmax_t size = fs::file_size(Path("handheld/store.db"));
+    const Arguments import{"import", handheld_, Sample("calendar.ics")};
+    fs::copy(handheld_, Path("counted"), fs::copy_options::recursive);
+    Run("corvane-device", {"import", Path("counted"), Sample("calendar.ics")},
+        Disturbed({"writes", "kill"}, 0, Path("counted")));
+    // The last writes take the log into the store.
+    const std::uint64_t writes = std::stoull(directory_.Read("told"));
+    EXPECT_EQ(
+        Run("corvane-device", import, Disturbed({"writes", "kill"}, writes - 20, handheld_)).code,
+        -SIGKILL);
+    EXPECT_GT(fs::file_size(Path("handheld/store.db-wal")), kPage);
+    std::fstream store(Path("handheld/store.db"), std::ios::in | std::ios::out);
+    store.seekp(static_cast<std::streamoff>(size - kPage));
+    store << std::string(kPage, 'x');
+    store.close();
+    fs::copy(handheld_, Path("twin"), fs::copy_options::recursive);
+    return Path("twin");
   }
 
   void Damage(std::size_t page) {
@@ -92,17 +128,47 @@ TEST_F(DeviceRepair, SavesAllButTheDamagedPage) {
   EXPECT_GT(lossy, 0);
 }
 
-// Its end may come when the store has its new name already, and its log is aside.
+// Killed when the log has its new name already, and the store not yet.
 TEST_F(DeviceRepair, FinishesAnExchangeThatWasCutShort) {
-  Damage(3);
+  const std::string twin = WithACalendarInItsLog();
+  ASSERT_EQ(Device({"repair", twin, "--write"}).code, 3);
+  const std::set<std::string> saved = ItemsOf(twin);
+  ASSERT_TRUE(std::ranges::any_of(saved, [](auto& item) { return item.starts_with("calendar"); }));
+
   const std::string damaged = directory_.Read("handheld/store.db");
+  const std::string log = directory_.Read("handheld/store.db-wal");
   fs::create_hard_link(Path("handheld/store.db"), Path("handheld/store.db.damaged"));
-  directory_.Write("handheld/store.db.damaged-wal", "a log");
-  EXPECT_NE(Device({"repair", handheld_, "--write"}).code, 1);
-  EXPECT_EQ(Device({"check", handheld_}).out, "The store is sound.\n");
+  fs::rename(Path("handheld/store.db-wal"), Path("handheld/store.db.damaged-wal"));
+  EXPECT_EQ(Device({"repair", handheld_, "--write"}).code, 3);
+  EXPECT_EQ(Items(), saved);
   EXPECT_EQ(directory_.Read("handheld/store.db.damaged"), damaged);
-  EXPECT_EQ(directory_.Read("handheld/store.db.damaged-wal"), "a log");
+  EXPECT_EQ(directory_.Read("handheld/store.db.damaged-wal"), log);
   EXPECT_FALSE(fs::exists(Path("handheld/store.db.damaged-2")));
+}
+
+TEST_F(DeviceRepair, LeavesNothingWhereItWasKilled) {
+  const std::string twin = WithACalendarInItsLog();
+  ASSERT_EQ(
+      Run("corvane-device", {"repair", twin, "--write"}, Disturbed({"writes", "kill"}, 0, twin))
+          .code,
+      3);
+  const int writes = std::stoi(directory_.Read("told"));
+  const std::set<std::string> saved = ItemsOf(twin);
+  const std::set<std::string> names = NamesIn(twin);
+  fs::rename(handheld_, Path("pristine"));
+  // From the last of the new store on.
+  for (int write = writes - 14; write <= writes; write += kSanitizer ? 4 : 1) {
+    SCOPED_TRACE("write " + std::to_string(write));
+    fs::remove_all(handheld_);
+    fs::copy(Path("pristine"), handheld_, fs::copy_options::recursive);
+    EXPECT_EQ(Run("corvane-device", {"repair", handheld_, "--write"},
+                  Disturbed({"writes", "kill"}, static_cast<std::uint64_t>(write), handheld_))
+                  .code,
+              -SIGKILL);
+    Device({"repair", handheld_, "--write"});
+    EXPECT_EQ(NamesIn(handheld_), names);
+    EXPECT_EQ(Items(), saved);
+  }
 }
 
 TEST_F(DeviceRepair, NeverGivesALostIdentifierAgain) {

@@ -145,24 +145,21 @@ class DisturbedDevice : public DisturbedTest, public ::testing::WithParamInterfa
     return state;
   }
   void KeepWhole() override { whole_ = StateNow(); }
-  // A directory of the program's own that could not be taken away is for the next run.
-  void ExpectWhole(const std::string& when, bool mayLeaveItsDirectory = false) const {
+  void ExpectWhole(const std::string& when) const {
     SCOPED_TRACE(when);
     for (const Arguments& arguments : {Arguments{"check", GetParam().handheld}, GetParam().proof}) {
       if (arguments.empty()) continue;
       const Ended proof = Device(InWork(arguments));
       EXPECT_EQ(proof.code, 0) << ::testing::PrintToString(proof);
     }
-    State now = StateNow();
-    if (mayLeaveItsDirectory)
-      std::erase_if(now.names, [](const auto& name) { return name.starts_with(".corvane."); });
+    const State now = StateNow();
     EXPECT_EQ(now.names, whole_.names);
     ExpectSame(now.contents, whole_.contents);
   }
 
   void ExpectToldAndFinished(const Ended& ended, const Fault& fault) override {
     if (ended.code == doneCode_) {
-      ExpectWhole("it went on as if nothing had been", true);
+      ExpectWhole("it went on as if nothing had been");
     } else if (!EndedAtOnce(ended, fault)) {
       EXPECT_THAT(ended.code, AnyOf(1, 3)) << ::testing::PrintToString(ended);
       // The command as a whole, or an item of a file that is imported.

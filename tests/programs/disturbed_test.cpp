@@ -20,16 +20,17 @@ bool Kills(const Fault& fault) {
   return fault.how == "kill" || fault.how == "half";
 }
 
+int Failures() {
+  return ::testing::UnitTest::GetInstance()->current_test_info()->result()->total_part_count();
+}
+
 }  // namespace
 
 DisturbedTest::DisturbedTest() : work_(Path("work")) {}
 
 Ended DisturbedTest::RunWith(const Fault& fault, std::uint64_t n) const {
   std::filesystem::remove(Path("told"));
-  ProcessOptions options = Options();
-  for (auto& variable : ShimEnvironment(fault, n, work_, Path("told")))
-    options.environment.push_back(std::move(variable));
-  return RunCommand(options);
+  return RunCommand(Disturbed(fault, n, work_));
 }
 
 void DisturbedTest::Disturb(const std::string& command, std::vector<Fault> faults) {
@@ -48,8 +49,10 @@ void DisturbedTest::Disturb(const std::string& command, std::vector<Fault> fault
     Prepare();
     EXPECT_EQ(RunWith(fault, 0).code, doneCode_);
     const std::uint64_t calls = std::stoull("0" + directory_.Read("told"));
-    const std::vector<std::uint64_t> points = PointsAmong(calls, 1);
-    for (const std::uint64_t point : points) {
+    const int failedBefore = Failures();
+    std::size_t points = 0;
+    for (const std::uint64_t point : PointsAmong(calls, 1)) {
+      ++points;
       Prepare();
       const Ended ended = RunWith(fault, point);
       const std::string told = directory_.Read("told");
@@ -62,10 +65,10 @@ void DisturbedTest::Disturb(const std::string& command, std::vector<Fault> fault
         EXPECT_EQ(ended.code, wentWrong ? -SIGKILL : doneCode_);
       }
       ExpectToldAndFinished(ended, fault);
-      if (HasFailure()) break;
+      if (Failures() > failedBefore) break;
     }
-    std::printf("%s: %s at %zu of %llu calls\n", command.c_str(), NameOf(fault).c_str(),
-                points.size(), static_cast<unsigned long long>(calls));
+    std::printf("%s: %s at %zu of %llu calls\n", command.c_str(), NameOf(fault).c_str(), points,
+                static_cast<unsigned long long>(calls));
   }
 }
 

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "tests/programs/tool_test.h"
-#include "tests/support/wire/shim.h"
 
 namespace corvane::testing {
 

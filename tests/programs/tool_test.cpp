@@ -71,6 +71,14 @@ ProcessOptions ToolTest::Options(int listener) const {
           .captureErrors = true};
 }
 
+ProcessOptions ToolTest::Disturbed(const Fault& fault, std::uint64_t n,
+                                   const std::string& below) const {
+  ProcessOptions options = Options();
+  for (auto& variable : ShimEnvironment(fault, n, below, Path("told")))
+    options.environment.push_back(std::move(variable));
+  return options;
+}
+
 Ended ToolTest::Run(const std::string& program, const Arguments& arguments,
                     const ProcessOptions& options) const {
   return RunToEnd(ProgramPath(program), arguments, options);

@@ -13,6 +13,7 @@
 
 #include "tests/support/temporary_directory.h"
 #include "tests/support/wire/process.h"
+#include "tests/support/wire/shim.h"
 
 namespace corvane::testing {
 
@@ -83,6 +84,9 @@ class ToolTest : public ::testing::Test {
 
   // How programs are started: with a home and settings of the test's own.
   ProcessOptions Options(int listener = -1) const;
+  // The same, with the n-th such call for files below a directory going wrong; none for 0. What
+  // happened is in the file "told".
+  ProcessOptions Disturbed(const Fault& fault, std::uint64_t n, const std::string& below) const;
 
   const TemporaryDirectory directory_;
 

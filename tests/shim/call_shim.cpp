@@ -4,7 +4,8 @@
 //
 //   SHIM_CALLS  what counts: "writes" (whatever changes a file or a directory), "room" (those of
 //               them that need some), "files" (all of them, and reading), "sockets" (connections
-//               alone) or "memory" (allocations, from the first file on)
+//               alone), "memory" (allocations, from the first file on), "locks" (of files) or
+//               "conversions" (of text, when one is opened)
 //   SHIM_BELOW  the directory
 //   SHIM_AT     which of them goes wrong, from 1; 0 for none
 //   SHIM_HOW    "kill" ends the process before the call; "half" writes the first half and ends it;
@@ -16,8 +17,10 @@
 // Nothing here allocates, and it speaks to the system directly where it does not stand for a call.
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <iconv.h>
 #include <signal.h>
 #include <stdarg.h>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -32,7 +35,7 @@
 
 namespace {
 
-enum class Counted { kNothing, kWrites, kRoom, kFiles, kSockets, kMemory };
+enum class Counted { kNothing, kWrites, kRoom, kFiles, kSockets, kMemory, kLocks, kConversions };
 enum class How { kFail, kFailOn, kKill, kHalf };
 
 struct Settings {
@@ -79,11 +82,13 @@ __attribute__((constructor)) void ReadSettings() {
                      : Is(how, "fail-on") ? How::kFailOn
                                           : How::kFail;
   }
-  g_settings.counted = Is(calls, "writes")    ? Counted::kWrites
-                       : Is(calls, "room")    ? Counted::kRoom
-                       : Is(calls, "files")   ? Counted::kFiles
-                       : Is(calls, "sockets") ? Counted::kSockets
-                                              : Counted::kMemory;
+  g_settings.counted = Is(calls, "writes")        ? Counted::kWrites
+                       : Is(calls, "room")        ? Counted::kRoom
+                       : Is(calls, "files")       ? Counted::kFiles
+                       : Is(calls, "sockets")     ? Counted::kSockets
+                       : Is(calls, "locks")       ? Counted::kLocks
+                       : Is(calls, "conversions") ? Counted::kConversions
+                                                  : Counted::kMemory;
 }
 
 __attribute__((destructor)) void TellCalls() {
@@ -281,6 +286,20 @@ SHIM_SOCKET(ssize_t, send, (int fd, const void* bytes, size_t count, int flags),
             (fd, bytes, count, flags))
 SHIM_SOCKET(ssize_t, recv, (int fd, void* bytes, size_t count, int flags),
             (fd, bytes, count, flags))
+
+int flock(int fd, int operation) noexcept {
+  BEHIND(flock);
+  return IsBelow(fd) && g_settings.counted == Counted::kLocks && GoesWrong("flock")
+             ? -1
+             : behind(fd, operation);
+}
+
+iconv_t iconv_open(const char* to, const char* from) {
+  BEHIND(iconv_open);
+  return g_settings.counted == Counted::kConversions && GoesWrong("iconv_open")
+             ? reinterpret_cast<iconv_t>(-1)
+             : behind(to, from);
+}
 
 // The library's own, which need no look-up: that would allocate.
 void* __libc_malloc(size_t size);

@@ -48,6 +48,11 @@ std::string DecodeCarets(std::string_view text) {
   return decoded;
 }
 
+// What no form of text can say; a line break is none of them.
+bool IsLeftOut(char c) {
+  return c != '\n' && c != '\r' && text::IsControl(c);
+}
+
 bool IsEncodingWord(std::string_view upper) {
   return upper == "QUOTED-PRINTABLE" || upper == "BASE64" || upper == "8BIT" || upper == "7BIT";
 }
@@ -55,6 +60,7 @@ bool IsEncodingWord(std::string_view upper) {
 void AddParameterValue(Property& property, const std::string& name, std::string_view value) {
   std::string text =
       property.dialect == VCardDialect::k21 ? std::string(value) : DecodeCarets(value);
+  std::erase_if(text, IsLeftOut);
   // A type is a word, and as such is written.
   if (name == "TYPE") {
     std::erase_if(text, text::IsControl);
@@ -100,11 +106,6 @@ bool HasEncoding(const Property& property, std::string_view first, std::string_v
   const std::string* encoding = property.Parameter("ENCODING");
   return encoding != nullptr &&
          (text::EqualsNoCase(*encoding, first) || text::EqualsNoCase(*encoding, second));
-}
-
-// What no form of text can say; a line break is none of them.
-bool IsLeftOut(char c) {
-  return c != '\n' && c != '\r' && text::IsControl(c);
 }
 
 std::string DecodeValue(std::string_view raw, Property& property) {

@@ -11,7 +11,7 @@ namespace corvane::testing {
 
 // What goes wrong, in the words of the library's settings.
 struct Fault {
-  std::string calls;  // "writes", "files", "sockets" or "memory"
+  std::string calls;  // "writes", "room", "files", "sockets", "memory", "locks", "conversions"
   std::string how;    // "kill", "half", "fail" or "fail-on"
   int error = 0;      // for the last two
 };
