@@ -1,5 +1,6 @@
 #include "common/formats/lines/vcard_lines.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "common/text/text.h"
@@ -58,6 +59,15 @@ class HeaderScan {
   bool done_ = false;
   Encoding encoding_ = Encoding::kNone;
 };
+
+// A property's line has no colon when it is folded before it, but most often a sign of its own.
+bool IsBase64(std::string_view line) {
+  constexpr std::string_view kSigns = "+/= \t";
+  return !line.empty() && std::ranges::all_of(line, [&](char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') ||
+           kSigns.find(c) != kNowhere;
+  });
+}
 
 // How many characters of the line's end are a soft line break: "=" and blanks behind it.
 std::size_t SoftBreakLength(std::string_view line) {
@@ -168,7 +178,7 @@ void ContentLineReader::JoinContinuations(std::string_view last, std::string& ou
       out += line.substr(dialect_ == VCardDialect::k21 ? 0 : 1);
       header.Feed(line.substr(1));
     } else if ((quotedPrintable && line.starts_with('=')) ||
-               (encoding == Encoding::kBase64 && !line.empty() && line.find(':') == kNowhere)) {
+               (encoding == Encoding::kBase64 && IsBase64(line))) {
       out += line;
     } else {
       break;

@@ -130,6 +130,8 @@ TEST(Base64, ReachesToAnEmptyLineOrAProperty) {
             (Lines{"3: PHOTO;BASE64: AAAA BBBB", "7: TEL:1"}));
   EXPECT_EQ(CardLines("2.1", "PHOTO;ENCODING=BASE64:AAAA\nBBBB\nTEL:1\n"),
             (Lines{"3: PHOTO;ENCODING=BASE64:AAAABBBB", "5: TEL:1"}));
+  EXPECT_EQ(CardLines("3.0", "PHOTO;ENCODING=b:AAAA\nTEL;TYPE=HOME\n ,VOICE:1\n"),
+            (Lines{"3: PHOTO;ENCODING=b:AAAA", "4: TEL;TYPE=HOME,VOICE:1"}));
   EXPECT_EQ(CardLines("3.0", "PHOTO;ENCODING=b;TYPE=JPEG:AAAA\nBBBB==\nTEL:1\n"),
             (Lines{"3: PHOTO;ENCODING=b;TYPE=JPEG:AAAABBBB==", "5: TEL:1"}));
 }
