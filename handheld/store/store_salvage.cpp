@@ -62,7 +62,8 @@ constexpr NumberedTable kNumberedTables[] = {
     {"calls", "call", &kCallIds},
 };
 
-// Whether what failed is the reading of this row, so that others may be had.
+// Whether what failed is the reading of this row, so that others may be had. An error of the disk
+// is none: it is the copy's, and may not be there the next time.
 bool IsLoss(int result) {
   switch (result & 0xFF) {
     case SQLITE_CORRUPT:
@@ -72,7 +73,7 @@ bool IsLoss(int result) {
     case SQLITE_TOOBIG:
       return true;
     default:
-      return result == SQLITE_IOERR_SHORT_READ || result == SQLITE_IOERR_CORRUPTFS;
+      return result == SQLITE_IOERR_SHORT_READ;
   }
 }
 
@@ -91,12 +92,6 @@ class Query {
     statement_.reset(statement);
   }
 
-  // For INSERT: takes the values of another query's row.
-  void BindRowOf(const Query& other) {
-    sqlite3_reset(statement());
-    for (int i = 0; i < sqlite3_column_count(other.statement()); ++i)
-      sqlite3_bind_value(statement(), i + 1, sqlite3_column_value(other.statement(), i));
-  }
   sqlite3_stmt* statement() const { return statement_.get(); }
   std::int64_t Integer(int column) const { return sqlite3_column_int64(statement(), column); }
 
@@ -105,6 +100,14 @@ class Query {
     if (!statement_) return prepared_;
     if (Failed(FaultStatus("sqlite3_step:salvage"))) return SQLITE_IOERR_WRITE;
     return sqlite3_step(statement());
+  }
+  // For INSERT: with the values of another query's row.
+  int RunWithRowOf(const Query& other) {
+    sqlite3_reset(statement());
+    int result = prepared_;
+    for (int i = 0; result == SQLITE_OK && i < sqlite3_column_count(other.statement()); ++i)
+      result = sqlite3_bind_value(statement(), i + 1, sqlite3_column_value(other.statement(), i));
+    return result == SQLITE_OK ? Step() : result;
   }
   // From the start, with this number bound.
   int Run(std::int64_t number) {
@@ -137,20 +140,23 @@ class Salvager {
   void Lose(std::string what) {
     if (salvage_.lost.size() < kMostLost) salvage_.lost.push_back(std::move(what));
   }
-  // Whether a statement without rows, or the end of one with rows, went well. A loss is for the
-  // caller to name; anything else ends it all.
-  bool IsDone(int result) {
-    if (result != SQLITE_DONE && !IsLoss(result) && Succeeded(status_))
-      status_ = StoreStatus(result);
-    return result == SQLITE_DONE;
+  // A loss is for the caller to name; anything else that went wrong ends it all.
+  int Seen(int result) {
+    if (Succeeded(status_) && !IsLoss(result)) status_ = StoreStatus(result);
+    return result;
   }
+  bool IsRow(int result) { return Seen(result) == SQLITE_ROW; }
+  // Whether a statement without rows, or the end of one with rows, went well.
+  bool IsDone(int result) { return Seen(result) == SQLITE_DONE; }
   void Execute(const std::string& sql) {
     Query query(fresh_, sql);
     IsDone(query.Step());
   }
-  static std::int64_t Number(sqlite3* database, const std::string& sql) {
+  std::int64_t Number(sqlite3* database, const std::string& sql) {
     Query query(database, sql);
-    return query.Step() == SQLITE_ROW ? query.Integer(0) : 0;
+    const int result = query.Step();
+    const bool lacksTable = result == SQLITE_ERROR;  // which an older store may
+    return !lacksTable && IsRow(result) ? query.Integer(0) : 0;
   }
   // An older store lacks the later tables.
   bool Has(const std::string& table) {
@@ -167,8 +173,7 @@ class Salvager {
   // `result`. False when some are lost.
   bool SaveRows(Query& rows, int result, Query& insert) {
     for (; result == SQLITE_ROW && Succeeded(status_); result = rows.Step()) {
-      insert.BindRowOf(rows);
-      if (!IsDone(insert.Step())) return false;
+      if (!IsDone(insert.RunWithRowOf(rows))) return false;
     }
     return IsDone(result);
   }
@@ -184,7 +189,7 @@ class Salvager {
     bool whole = true;
     std::int64_t number = 1;
     int result;
-    while ((result = next.Run(number)) != SQLITE_DONE && Succeeded(status_)) {
+    while (!IsDone(result = next.Run(number)) && Succeeded(status_)) {
       std::int64_t last = number;
       bool toTheEnd = false;
       if (result == SQLITE_ROW) {
@@ -193,13 +198,10 @@ class Salvager {
           saved.push_back(number++);
           continue;
         }
-      } else if (IsLoss(result)) {
+      } else {
         const std::int64_t readable = FirstReadable(next, number);
         toTheEnd = readable == kNone;
         last = toTheEnd ? std::max(number, LastGiven(table)) : readable - 1;
-      } else {
-        status_ = StoreStatus(result);
-        break;
       }
       whole = false;
       LoseRange(table, number, last);
@@ -217,19 +219,23 @@ class Salvager {
   }
 
   // The first number from which on rows can be looked for again, kNone when there is none.
-  static std::int64_t FirstReadable(Query& next, std::int64_t bad) {
+  std::int64_t FirstReadable(Query& next, std::int64_t bad) {
+    const auto isLost = [&](std::int64_t number) {
+      const int result = next.Run(number);
+      return !IsRow(result) && IsLoss(result);
+    };
     std::int64_t good = bad;
     for (int tries = 0; tries < kSingleSteps; ++tries) {
-      if (!IsLoss(next.Run(++good))) return good;
+      if (!isLost(++good)) return good;
     }
-    for (std::int64_t step = 1; IsLoss(next.Run(good)); step *= 2) {
+    for (std::int64_t step = 1; isLost(good); step *= 2) {
       bad = good;
       if (step > kNone / 2 - good) return kNone;
       good += step;
     }
     while (good - bad > 1) {
       const std::int64_t middle = bad + (good - bad) / 2;
-      (IsLoss(next.Run(middle)) ? bad : good) = middle;
+      (isLost(middle) ? bad : good) = middle;
     }
     return good;
   }
@@ -251,7 +257,7 @@ class Salvager {
     Query messages(fresh_, "SELECT id FROM messages WHERE id >= ?1 ORDER BY id LIMIT 1");
     Query rows(damaged_, "SELECT * FROM message_recipients WHERE message = ?1");
     Query insert = InsertInto("message_recipients");
-    for (std::int64_t from = 1; Succeeded(status_) && messages.Run(from) == SQLITE_ROW;) {
+    for (std::int64_t from = 1; Succeeded(status_) && IsRow(messages.Run(from));) {
       const std::int64_t message = messages.Integer(0);
       if (!SaveRows(rows, rows.Run(message), insert))
         Lose("message " + std::to_string(message) + ": its recipients cannot be read");
@@ -275,8 +281,7 @@ class Salvager {
   void Mend(const char* id, const std::string& noun, const char* fate, const std::string& mend,
             const std::string& from) {
     Query query(fresh_, std::string("SELECT DISTINCT ") + id + " FROM " + from);
-    while (query.Step() == SQLITE_ROW)
-      Lose(noun + ' ' + std::to_string(query.Integer(0)) + ": " + fate);
+    while (IsRow(query.Step())) Lose(noun + ' ' + std::to_string(query.Integer(0)) + ": " + fate);
     Execute(mend);
   }
 
