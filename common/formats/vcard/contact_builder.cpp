@@ -76,11 +76,14 @@ bool IsBlank(std::string_view text) {
   return text::TrimBlanks(text).empty();
 }
 
+bool IsEmptyText(std::string_view value) {
+  return value.find_first_not_of(';') == value.npos;
+}
+
 // Nothing, or the separators of components alone.
 bool IsEmptyValue(const Property& property, PropertyKind kind) {
   if (kind == PropertyKind::kWebPage) return property.value.empty();
-  return property.value.find_first_not_of(';') == std::string::npos &&
-         property.Parameter("LABEL") == nullptr;
+  return IsEmptyText(property.value) && property.Parameter("LABEL") == nullptr;
 }
 
 // As vCard 3.0 writes it.
@@ -158,7 +161,10 @@ void ContactBuilder::TakeByKind(const Property& property, const PropertyRule& ru
     case PropertyKind::kNotKept:
       return;
     case PropertyKind::kForNote:
-      return block_.Add(property, ValueOnOneLine(property));
+      // It may have been controls alone.
+      if (std::string value = ValueOnOneLine(property); !IsEmptyText(value))
+        block_.Add(property, std::move(value));
+      return;
     case PropertyKind::kName:
       return TakeName(property);
     case PropertyKind::kFormattedName: {

@@ -186,8 +186,12 @@ bool PutIntoAny(Contact& contact, std::span<const std::size_t> slots, const Addr
 constexpr std::size_t kHomeThenWork[] = {kHomeAddress, kWorkAddress};
 constexpr std::size_t kOtherFirst[] = {kOtherAddress, kHomeAddress, kWorkAddress};
 
-// The slots that a property's own type names.
+// The slot that a description names, or those that a property's own type names.
 std::span<const std::size_t> NamedSlots(const Property& property) {
+  if (const std::string* name = property.Parameter(kKeptAs)) {
+    for (const std::size_t& slot : kOtherFirst)
+      if (*name == ContactFieldName(kAddressSlots[slot].street)) return {&slot, 1};
+  }
   const bool home = property.HasType("HOME");
   const bool work = property.HasType("WORK");
   const std::span<const std::size_t> both(kHomeThenWork);

@@ -188,6 +188,18 @@ TEST(Overflow, KeepsNicknamesOfEveryForm) {
   EXPECT_EQ(Kept("X-EPOCSECONDNAME:Jo\n")[Field::kBody], BlockOf("X-EPOCSECONDNAME:Jo\n"));
 }
 
+// A slot has no kind of its own there, so that the description has to say which it is.
+TEST(Overflow, LeavesADescribedAddressInItsPlace) {
+  const Contact contact = Kept("ADR:;;R;;;;\nx.ADR:;;r;;;;\nx.X-ABLabel:Barn\n");
+  EXPECT_EQ(contact[Field::kOtherAddressStreet], "R");
+  EXPECT_EQ(contact[Field::kHomeAddressStreet], "r");
+  EXPECT_EQ(ReadBack(contact), contact);
+}
+
+TEST(Overflow, KeepsNoNicknameOfControlsAlone) {
+  EXPECT_EQ(Kept("NICKNAME:\x02;\n")[Field::kBody], "");
+}
+
 rc::Gen<std::string> AnyLine() {
   return rc::gen::element<std::string>(
       "TEL:1", "TEL:2", "TEL;TYPE=WORK:1", "TEL;TYPE=WORK:3", "TEL;TYPE=WORK,PREF:4",
@@ -202,7 +214,8 @@ rc::Gen<std::string> AnyLine() {
       "e.ADR:;a;S\\nU;T;;;\ne.X-ABLabel:z", "f.URL:http://a\nf.X-ABLabel:blog", "URL:http://b",
       "ADR;TYPE=HOME:;;V;;;;", "TEL;TYPEWORK,X:23", "TEL;TYPE=\x01:24",
       "g.TEL;TYPE=HOME:25\ng.X-ABLabel:\x01", "h.TEL;TYPE=HOME:26\nh.X-ABLabel:ho\x01me",
-      "NOTE:one\\n", "NOTE:\\n\\ntwo", "TEL:  tel:22 ");
+      "NOTE:one\\n", "NOTE:\\n\\ntwo", "TEL:  tel:22 ", "ADR:;;W;;;;",
+      "i.ADR:;;X;;;;\ni.X-ABLabel:v", "NICKNAME:\x02;", "N;SORT-AS=\x0E:D");
 }
 
 RC_GTEST_PROP(OverflowProperty, MakesTheSameContactAgainOfAnyCard, ()) {
