@@ -62,8 +62,7 @@ constexpr NumberedTable kNumberedTables[] = {
     {"calls", "call", &kCallIds},
 };
 
-// Whether what failed is the reading of this row, so that others may be had. An error of the disk
-// is none: it is the copy's, and may not be there the next time.
+// Whether what failed is the reading of this row, so that others may be had.
 bool IsLoss(int result) {
   switch (result & 0xFF) {
     case SQLITE_CORRUPT:
@@ -84,11 +83,14 @@ struct FinalizeStatement {
   void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
 };
 
+// What cannot be read is tried once more: SQLite calls an error of the disk damage, too, and it may
+// not come again.
 class Query {
  public:
   Query(sqlite3* database, const std::string& sql) {
     sqlite3_stmt* statement = nullptr;
-    prepared_ = sqlite3_prepare_v2(database, sql.c_str(), -1, &statement, nullptr);
+    for (int tries = 0; tries == 0 || (tries == 1 && IsLoss(prepared_)); ++tries)
+      prepared_ = sqlite3_prepare_v2(database, sql.c_str(), -1, &statement, nullptr);
     statement_.reset(statement);
   }
 
@@ -109,14 +111,19 @@ class Query {
       result = sqlite3_bind_value(statement(), i + 1, sqlite3_column_value(other.statement(), i));
     return result == SQLITE_OK ? Step() : result;
   }
-  // From the start, with this number bound.
-  int Run(std::int64_t number) {
+  // From the start, with this number bound to the parameter, if there is one.
+  int Run(std::int64_t number = 0) {
+    const int result = RunOnce(number);
+    return IsLoss(result) ? RunOnce(number) : result;
+  }
+
+ private:
+  int RunOnce(std::int64_t number) {
     sqlite3_reset(statement());
     sqlite3_bind_int64(statement(), 1, number);
     return Step();
   }
 
- private:
   std::unique_ptr<sqlite3_stmt, FinalizeStatement> statement_;
   int prepared_ = SQLITE_OK;
 };
@@ -154,13 +161,16 @@ class Salvager {
   }
   std::int64_t Number(sqlite3* database, const std::string& sql) {
     Query query(database, sql);
-    const int result = query.Step();
+    const int result = query.Run();
     const bool lacksTable = result == SQLITE_ERROR;  // which an older store may
     return !lacksTable && IsRow(result) ? query.Integer(0) : 0;
   }
   // An older store lacks the later tables.
   bool Has(const std::string& table) {
-    return Number(damaged_, "SELECT count(*) FROM sqlite_schema WHERE name = '" + table + "'") == 1;
+    Query query(damaged_, "SELECT 1 FROM sqlite_schema WHERE name = '" + table + "'");
+    const int result = query.Run();
+    if (IsLoss(result)) Lose(table + ": cannot be read");
+    return IsRow(result);
   }
   Query InsertInto(const std::string& table) {
     std::string values = "?";
@@ -259,7 +269,7 @@ class Salvager {
     Query insert = InsertInto("message_recipients");
     for (std::int64_t from = 1; Succeeded(status_) && IsRow(messages.Run(from));) {
       const std::int64_t message = messages.Integer(0);
-      if (!SaveRows(rows, rows.Run(message), insert))
+      if (!SaveRows(rows, rows.Run(message), insert) && !SaveRows(rows, rows.Run(message), insert))
         Lose("message " + std::to_string(message) + ": its recipients cannot be read");
       from = message + 1;
     }

@@ -66,5 +66,26 @@ TEST_F(DeviceFault, ANoteIsNotTakenForWrongUseWhenTheDiskFails) {
   EXPECT_GT(failed, 3);
 }
 
+// To the database an error of the disk is damage, but the second reading finds the row.
+TEST_F(DeviceFault, ARepairTakesNoRowForLostThatTheDiskRefusedOnce) {
+  const std::string handheld = MakeFilledHandheld();
+  std::string store = directory_.Read("handheld/store.db");
+  store.replace(0, 16, 16, 'x');
+  directory_.Write("handheld/store.db", store);
+  const Arguments repair{"repair", handheld};
+  const Ended whole = Run("corvane-device", repair, Disturbed({"files", "fail", EIO}, 0, handheld));
+  ASSERT_EQ(whole.code, 0) << ::testing::PrintToString(whole);
+  const std::uint64_t calls = std::stoull(directory_.Read("told"));
+  int saved = 0;
+  for (std::uint64_t call = 1; call <= calls; call += calls / 80) {
+    const Ended ended =
+        Run("corvane-device", repair, Disturbed({"files", "fail", EIO}, call, handheld));
+    if (ended.code == 1) continue;
+    EXPECT_EQ(ended.out, whole.out) << "call " << call << " of " << calls;
+    ++saved;
+  }
+  EXPECT_GT(saved, 10);
+}
+
 }  // namespace
 }  // namespace corvane::testing
