@@ -222,7 +222,7 @@ TextChange TextEdit::ChangeCalendar(const std::vector<std::size_t>& parts, std::
                                     const Item& from, const Item& to) {
   EditedCalendar edited = EditIn(parts, main, from, to);
   if (!edited.done) return {false, std::move(edited.losses)};
-  DefineZoneOf(edited.parts, parts.front(), to);
+  DefineZoneOf(edited.parts, parts, to);
   TextChange change{true, std::move(edited.losses)};
   Apply(parts, std::move(edited));
   return change;
@@ -250,7 +250,7 @@ std::optional<TextChange> TextEdit::ChangeOccurrence(const std::vector<std::size
     const bool recurs = !changes_.contains(own[i]);
     if (recurs && edited.parts[i] != TextAt(own[i])) return std::nullopt;
   }
-  DefineZoneOf(edited.parts, parts.front(), to);
+  DefineZoneOf(edited.parts, own, to);
   for (std::size_t i = 0; i < own.size(); ++i) {
     if (own[i] == main && hasEvent) Replace(BeginOf(main), EndOf(main), edited.parts[i]);
   }
@@ -262,13 +262,17 @@ std::optional<TextChange> TextEdit::ChangeOccurrence(const std::vector<std::size
   return TextChange{true, std::move(edited.losses)};
 }
 
-void TextEdit::DefineZoneOf(const std::vector<std::string>& texts, std::size_t part,
-                            const Item& written) {
+// For the texts of these parts, and of more behind them. What stands as it stood, and names a zone
+// that nothing defines, goes on to do so.
+void TextEdit::DefineZoneOf(const std::vector<std::string>& texts,
+                            const std::vector<std::size_t>& parts, const Item& written) {
   const std::string named = "TZID=" + zone_.name();
-  const bool zoned = std::any_of(texts.begin(), texts.end(), [&](const std::string& text) {
-    return text.find(named) != std::string::npos;
-  });
-  if (zoned) DefineZone(part, written);
+  bool zoned = false;
+  for (std::size_t i = 0; i < texts.size() && !zoned; ++i) {
+    const bool isNew = i >= parts.size() || texts[i] != TextAt(parts[i]);
+    zoned = isNew && texts[i].find(named) != std::string::npos;
+  }
+  if (zoned) DefineZone(parts.front(), written);
 }
 
 // Behind the zones that the calendar has; all appointments that need it share one definition.

@@ -71,7 +71,8 @@ class TextEdit {
   EditedCalendar EditIn(const std::vector<std::size_t>& parts, std::size_t part, const Item& from,
                         const Item& to) const;
   void Apply(const std::vector<std::size_t>& parts, EditedCalendar edited);
-  void DefineZoneOf(const std::vector<std::string>& texts, std::size_t part, const Item& written);
+  void DefineZoneOf(const std::vector<std::string>& texts, const std::vector<std::size_t>& parts,
+                    const Item& written);
   void DefineZone(std::size_t part, const Item& written);
   struct ZonedItems {
     LineStyle style;

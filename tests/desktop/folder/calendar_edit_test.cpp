@@ -127,6 +127,12 @@ TEST(CalendarEdit, BringsTheZoneOfATimeThatTheFileDoesNotDefine) {
   EXPECT_THAT(result.losses, IsEmpty());
 }
 
+TEST(CalendarEdit, BringsNoZoneWithAnEditThatChangesNothing) {
+  const std::string undefined =
+      Calendar(Event("a", "DTSTART;TZID=Europe/Berlin:20261123T090000\r\nDURATION:PT1H\r\n"));
+  EXPECT_EQ(EditEvent(undefined, [](Appointment&) {}).bytes, undefined);
+}
+
 TEST(CalendarEdit, MakesATimeADay) {
   const EditResult result = EditEvent(kRichEvent, [](Appointment& a) {
     a.allDay = true;
