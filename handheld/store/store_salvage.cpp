@@ -20,7 +20,8 @@ namespace {
 constexpr std::size_t kMostLost = 200;
 // So many identifiers in a row are tried one by one before the steps grow.
 constexpr int kSingleSteps = 10000;
-constexpr std::int64_t kNone = INT64_MAX;
+constexpr std::int64_t kLast = INT64_MAX;  // that a row can have
+constexpr std::int64_t kNone = kLast;
 constexpr std::size_t kPage = 4096;
 
 // What gives identifiers away: what was the last one by its own account and by the tables that have
@@ -62,18 +63,17 @@ constexpr NumberedTable kNumberedTables[] = {
     {"calls", "call", &kCallIds},
 };
 
+// Whether the fresh store does not take this row, but may take others.
+bool IsRefused(int result) {
+  const int code = result & 0xFF;
+  return code == SQLITE_CONSTRAINT || code == SQLITE_MISMATCH || code == SQLITE_TOOBIG;
+}
+
 // Whether what failed is the reading of this row, so that others may be had.
 bool IsLoss(int result) {
-  switch (result & 0xFF) {
-    case SQLITE_CORRUPT:
-    case SQLITE_NOTADB:
-    case SQLITE_CONSTRAINT:
-    case SQLITE_MISMATCH:
-    case SQLITE_TOOBIG:
-      return true;
-    default:
-      return result == SQLITE_IOERR_SHORT_READ;
-  }
+  const int code = result & 0xFF;
+  return code == SQLITE_CORRUPT || code == SQLITE_NOTADB || IsRefused(result) ||
+         result == SQLITE_IOERR_SHORT_READ || result == SQLITE_IOERR_CORRUPTFS;
 }
 
 struct CloseDatabase {
@@ -155,15 +155,25 @@ class Salvager {
   bool IsRow(int result) { return Seen(result) == SQLITE_ROW; }
   // Whether a statement without rows, or the end of one with rows, went well.
   bool IsDone(int result) { return Seen(result) == SQLITE_DONE; }
+  // The same for a statement of the fresh store, which has no damage: what looks like it there is
+  // an error of the disk.
+  int SeenFresh(int result) {
+    if (Succeeded(status_) && !IsRefused(result))
+      status_ = IsLoss(result) ? kStoreReadFault : StoreStatus(result);
+    return result;
+  }
   void Execute(const std::string& sql) {
     Query query(fresh_, sql);
-    IsDone(query.Step());
+    SeenFresh(query.Run());
   }
   std::int64_t Number(sqlite3* database, const std::string& sql) {
     Query query(database, sql);
     const int result = query.Run();
-    const bool lacksTable = result == SQLITE_ERROR;  // which an older store may
-    return !lacksTable && IsRow(result) ? query.Integer(0) : 0;
+    if (database == fresh_)
+      SeenFresh(result);
+    else if (result != SQLITE_ERROR)  // an older store may lack the table
+      Seen(result);
+    return result == SQLITE_ROW ? query.Integer(0) : 0;
   }
   // An older store lacks the later tables.
   bool Has(const std::string& table) {
@@ -183,7 +193,7 @@ class Salvager {
   // `result`. False when some are lost.
   bool SaveRows(Query& rows, int result, Query& insert) {
     for (; result == SQLITE_ROW && Succeeded(status_); result = rows.Step()) {
-      if (!IsDone(insert.RunWithRowOf(rows))) return false;
+      if (SeenFresh(insert.RunWithRowOf(rows)) != SQLITE_DONE) return false;
     }
     return IsDone(result);
   }
@@ -202,10 +212,12 @@ class Salvager {
     while (!IsDone(result = next.Run(number)) && Succeeded(status_)) {
       std::int64_t last = number;
       bool toTheEnd = false;
-      if (result == SQLITE_ROW) {
+      // A damaged tree may lead back to rows that have been there.
+      if (result == SQLITE_ROW && next.Integer(0) >= number) {
         number = last = next.Integer(0);
         if (SaveRows(row, row.Run(number), insert)) {
-          saved.push_back(number++);
+          saved.push_back(number);
+          if (number++ == kLast) break;
           continue;
         }
       } else {
@@ -215,7 +227,7 @@ class Salvager {
       }
       whole = false;
       LoseRange(table, number, last);
-      if (toTheEnd) break;
+      if (toTheEnd || last == kLast) break;
       number = last + 1;
     }
     if (!saved.empty()) salvage_.saved.emplace_back(name, saved.size());
@@ -232,8 +244,9 @@ class Salvager {
   std::int64_t FirstReadable(Query& next, std::int64_t bad) {
     const auto isLost = [&](std::int64_t number) {
       const int result = next.Run(number);
-      return !IsRow(result) && IsLoss(result);
+      return IsRow(result) ? next.Integer(0) < number : IsLoss(result);
     };
+    if (bad > kNone - kSingleSteps) return kNone;
     std::int64_t good = bad;
     for (int tries = 0; tries < kSingleSteps; ++tries) {
       if (!isLost(++good)) return good;
@@ -267,7 +280,8 @@ class Salvager {
     Query messages(fresh_, "SELECT id FROM messages WHERE id >= ?1 ORDER BY id LIMIT 1");
     Query rows(damaged_, "SELECT * FROM message_recipients WHERE message = ?1");
     Query insert = InsertInto("message_recipients");
-    for (std::int64_t from = 1; Succeeded(status_) && IsRow(messages.Run(from));) {
+    for (std::int64_t from = 1;
+         SeenFresh(messages.Run(from)) == SQLITE_ROW && Succeeded(status_);) {
       const std::int64_t message = messages.Integer(0);
       if (!SaveRows(rows, rows.Run(message), insert) && !SaveRows(rows, rows.Run(message), insert))
         Lose("message " + std::to_string(message) + ": its recipients cannot be read");
@@ -291,7 +305,8 @@ class Salvager {
   void Mend(const char* id, const std::string& noun, const char* fate, const std::string& mend,
             const std::string& from) {
     Query query(fresh_, std::string("SELECT DISTINCT ") + id + " FROM " + from);
-    while (IsRow(query.Step())) Lose(noun + ' ' + std::to_string(query.Integer(0)) + ": " + fate);
+    while (SeenFresh(query.Step()) == SQLITE_ROW)
+      Lose(noun + ' ' + std::to_string(query.Integer(0)) + ": " + fate);
     Execute(mend);
   }
 
@@ -311,8 +326,8 @@ class Salvager {
   // No identifier is given away twice, one of what is lost as little as another.
   void Raise(const Counter& counter) {
     Query raise(fresh_, counter.raise);
-    IsDone(raise.Run(std::max({Number(damaged_, counter.lastGiven),
-                               Number(fresh_, counter.lastUsed), lostUpTo_[&counter]})));
+    SeenFresh(raise.Run(std::max({Number(damaged_, counter.lastGiven),
+                                  Number(fresh_, counter.lastUsed), lostUpTo_[&counter]})));
   }
 
   // Two connections: SQLite lets one that has met damage write no more.
@@ -339,7 +354,7 @@ HRESULT OpenDamaged(const std::filesystem::path& path, DatabasePtr& database) {
   RETURN_IF_FAILED(
       Open(path, "PRAGMA trusted_schema = OFF; PRAGMA cell_size_check = ON;", database));
   Query tables(database.get(), "SELECT count(*) FROM sqlite_schema WHERE name = 'contacts'");
-  if (const int result = tables.Step(); result != SQLITE_ROW) return StoreStatus(result);
+  if (const int result = tables.Run(); result != SQLITE_ROW) return StoreStatus(result);
   return tables.Integer(0) == 1 ? S_OK : kStoreDamaged;
 }
 
@@ -422,6 +437,8 @@ HRESULT SalvageStore(const std::filesystem::path& damaged, const std::filesystem
   HRESULT status = Open(fresh, kFresh, to);
   if (Succeeded(status)) status = BringUpToDate(to.get(), true, 1, problem);
   if (Succeeded(status)) status = OpenDamaged(damaged, from);
+  // An error of the disk looks the same, and may not come again.
+  if (status == kStoreDamaged && problem.empty()) status = OpenDamaged(damaged, from);
   if (status == kStoreDamaged && problem.empty()) {
     from.reset();
     if (MendSchema(damaged, fresh)) status = OpenDamaged(damaged, from);

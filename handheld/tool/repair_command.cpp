@@ -42,6 +42,12 @@ fs::path NameAside(const fs::path& store) {
   return name;
 }
 
+// Whether an exchange was cut short when the store had its new name already: its log is aside.
+bool IsBeingExchanged(const fs::path& store) {
+  std::error_code error;
+  return fs::equivalent(NameAside(store), store, error);
+}
+
 // The store, and its log of what was written last, which belongs to it and may be aside already.
 void CopyDamaged(const fs::path& store, const fs::path& to) {
   CopyIfThere(store, to);
@@ -75,7 +81,7 @@ Json AsJson(const ce::host::Salvage& salvage, bool written) {
 
 Outcome Repair(Session& session, bool write, const Report& report) {
   const ce::host::Handheld& handheld = session.handheld();
-  if (ce::host::CheckStore(handheld).empty()) {
+  if (ce::host::CheckStore(handheld).empty() && !IsBeingExchanged(handheld.storePath())) {
     // One that was killed behind the exchange left a copy of the damaged store.
     RemoveAbandoned(handheld.directory());
     TellResult(report, {{"sound", true}}, "The store is sound.\n");

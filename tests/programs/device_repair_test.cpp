@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
-#include <fstream>
 #include <nlohmann/json.hpp>
 #include <set>
 
@@ -47,27 +46,34 @@ class DeviceRepair : public ToolTest {
     return names;
   }
 
-  // Makes the handheld one whose last page is damaged, and whose log has what was imported before
-  // the program was killed. The path of another one like it.
-  std::string WithACalendarInItsLog() {
+  // Makes the handheld one whose log has what was imported before the program was killed. The path
+  // of another one like it.
+  std::string WithACalendarInItsLog(bool damaged) {
     fs::remove_all(handheld_);
     MakeHandheld();
     Device({"import", handheld_, Sample("people.vcf")});
-    const std::uintmax_t size = fs::file_size(Path("handheld/store.db"));
-    const Arguments import{"import", handheld_, Sample("calendar.ics")};
-    fs::copy(handheld_, Path("counted"), fs::copy_options::recursive);
-    Run("corvane-device", {"import", Path("counted"), Sample("calendar.ics")},
-        Disturbed({"writes", "kill"}, 0, Path("counted")));
-    // The last writes take the log into the store.
-    const std::uint64_t writes = std::stoull(directory_.Read("told"));
-    EXPECT_EQ(
-        Run("corvane-device", import, Disturbed({"writes", "kill"}, writes - 20, handheld_)).code,
-        -SIGKILL);
+    const std::string store = directory_.Read("handheld/store.db");
+    fs::rename(handheld_, Path("before"));
+    const auto import = [&](std::uint64_t killedAt) {
+      fs::remove_all(handheld_);
+      fs::copy(Path("before"), handheld_, fs::copy_options::recursive);
+      return Run("corvane-device", {"import", handheld_, Sample("calendar.ics")},
+                 Disturbed({"writes", "kill"}, killedAt, handheld_))
+          .code;
+    };
+    EXPECT_EQ(import(0), 0);
+    // The last writes take the log into the store: it is whole before the first of them.
+    std::uint64_t last = 1;
+    for (std::uint64_t first = std::stoull(directory_.Read("told")); first - last > 1;) {
+      const std::uint64_t middle = (first + last) / 2;
+      EXPECT_EQ(import(middle), -SIGKILL);
+      (directory_.Read("handheld/store.db") == store ? last : first) = middle;
+    }
+    EXPECT_EQ(import(last), -SIGKILL);
     EXPECT_GT(fs::file_size(Path("handheld/store.db-wal")), kPage);
-    std::fstream store(Path("handheld/store.db"), std::ios::in | std::ios::out);
-    store.seekp(static_cast<std::streamoff>(size - kPage));
-    store << std::string(kPage, 'x');
-    store.close();
+    if (damaged)
+      directory_.Write("handheld/store.db",
+                       store.substr(0, store.size() - kPage) + std::string(kPage, 'x'));
     fs::copy(handheld_, Path("twin"), fs::copy_options::recursive);
     return Path("twin");
   }
@@ -130,7 +136,7 @@ TEST_F(DeviceRepair, SavesAllButTheDamagedPage) {
 
 // Killed when the log has its new name already, and the store not yet.
 TEST_F(DeviceRepair, FinishesAnExchangeThatWasCutShort) {
-  const std::string twin = WithACalendarInItsLog();
+  const std::string twin = WithACalendarInItsLog(true);
   ASSERT_EQ(Device({"repair", twin, "--write"}).code, 3);
   const std::set<std::string> saved = ItemsOf(twin);
   ASSERT_TRUE(std::ranges::any_of(saved, [](auto& item) { return item.starts_with("calendar"); }));
@@ -146,8 +152,17 @@ TEST_F(DeviceRepair, FinishesAnExchangeThatWasCutShort) {
   EXPECT_FALSE(fs::exists(Path("handheld/store.db.damaged-2")));
 }
 
+// Without its log the store may be sound, and lack what was in it.
+TEST_F(DeviceRepair, CallsNoStoreSoundWhoseLogIsAside) {
+  const std::set<std::string> whole = ItemsOf(WithACalendarInItsLog(false));
+  fs::create_hard_link(Path("handheld/store.db"), Path("handheld/store.db.damaged"));
+  fs::rename(Path("handheld/store.db-wal"), Path("handheld/store.db.damaged-wal"));
+  EXPECT_EQ(Device({"repair", handheld_, "--write"}).code, 0);
+  EXPECT_EQ(Items(), whole);
+}
+
 TEST_F(DeviceRepair, LeavesNothingWhereItWasKilled) {
-  const std::string twin = WithACalendarInItsLog();
+  const std::string twin = WithACalendarInItsLog(true);
   ASSERT_EQ(
       Run("corvane-device", {"repair", twin, "--write"}, Disturbed({"writes", "kill"}, 0, twin))
           .code,

@@ -29,7 +29,6 @@ int Failures() {
 DisturbedTest::DisturbedTest() : work_(Path("work")) {}
 
 Ended DisturbedTest::RunWith(const Fault& fault, std::uint64_t n) const {
-  std::filesystem::remove(Path("told"));
   return RunCommand(Disturbed(fault, n, work_));
 }
 

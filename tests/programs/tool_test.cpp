@@ -73,6 +73,7 @@ ProcessOptions ToolTest::Options(int listener) const {
 
 ProcessOptions ToolTest::Disturbed(const Fault& fault, std::uint64_t n,
                                    const std::string& below) const {
+  std::filesystem::remove(Path("told"));
   ProcessOptions options = Options();
   for (auto& variable : ShimEnvironment(fault, n, below, Path("told")))
     options.environment.push_back(std::move(variable));
