@@ -6,6 +6,7 @@
 #include <fstream>
 #include <map>
 #include <memory>
+#include <set>
 #include <string_view>
 #include <system_error>
 
@@ -20,6 +21,9 @@ namespace {
 constexpr std::size_t kMostLost = 200;
 // So many identifiers in a row are tried one by one before the steps grow.
 constexpr int kSingleSteps = 10000;
+// So often a table that is read in order may go back to earlier rows: as often as a page has
+// others.
+constexpr int kMostTurns = 1000;
 constexpr std::int64_t kLast = INT64_MAX;  // that a row can have
 constexpr std::int64_t kNone = kLast;
 constexpr std::size_t kPage = 4096;
@@ -63,17 +67,12 @@ constexpr NumberedTable kNumberedTables[] = {
     {"calls", "call", &kCallIds},
 };
 
-// Whether the fresh store does not take this row, but may take others.
-bool IsRefused(int result) {
-  const int code = result & 0xFF;
-  return code == SQLITE_CONSTRAINT || code == SQLITE_MISMATCH || code == SQLITE_TOOBIG;
-}
-
 // Whether what failed is the reading of this row, so that others may be had.
 bool IsLoss(int result) {
   const int code = result & 0xFF;
-  return code == SQLITE_CORRUPT || code == SQLITE_NOTADB || IsRefused(result) ||
-         result == SQLITE_IOERR_SHORT_READ || result == SQLITE_IOERR_CORRUPTFS;
+  return code == SQLITE_CORRUPT || code == SQLITE_NOTADB || code == SQLITE_CONSTRAINT ||
+         code == SQLITE_MISMATCH || code == SQLITE_TOOBIG || result == SQLITE_IOERR_SHORT_READ ||
+         result == SQLITE_IOERR_CORRUPTFS;
 }
 
 struct CloseDatabase {
@@ -103,12 +102,13 @@ class Query {
     if (Failed(FaultStatus("sqlite3_step:salvage"))) return SQLITE_IOERR_WRITE;
     return sqlite3_step(statement());
   }
-  // For INSERT: with the values of another query's row.
-  int RunWithRowOf(const Query& other) {
+  // For INSERT: with the values of another query's row, from this column on.
+  int RunWithRowOf(const Query& other, int first = 0) {
     sqlite3_reset(statement());
     int result = prepared_;
-    for (int i = 0; result == SQLITE_OK && i < sqlite3_column_count(other.statement()); ++i)
-      result = sqlite3_bind_value(statement(), i + 1, sqlite3_column_value(other.statement(), i));
+    for (int i = first; result == SQLITE_OK && i < sqlite3_column_count(other.statement()); ++i)
+      result = sqlite3_bind_value(statement(), i - first + 1,
+                                  sqlite3_column_value(other.statement(), i));
     return result == SQLITE_OK ? Step() : result;
   }
   // From the start, with this number bound to the parameter, if there is one.
@@ -155,24 +155,14 @@ class Salvager {
   bool IsRow(int result) { return Seen(result) == SQLITE_ROW; }
   // Whether a statement without rows, or the end of one with rows, went well.
   bool IsDone(int result) { return Seen(result) == SQLITE_DONE; }
-  // The same for a statement of the fresh store, which has no damage: what looks like it there is
-  // an error of the disk.
-  int SeenFresh(int result) {
-    if (Succeeded(status_) && !IsRefused(result))
-      status_ = IsLoss(result) ? kStoreReadFault : StoreStatus(result);
-    return result;
-  }
   void Execute(const std::string& sql) {
     Query query(fresh_, sql);
-    SeenFresh(query.Run());
+    Seen(query.Run());
   }
   std::int64_t Number(sqlite3* database, const std::string& sql) {
     Query query(database, sql);
     const int result = query.Run();
-    if (database == fresh_)
-      SeenFresh(result);
-    else if (result != SQLITE_ERROR)  // an older store may lack the table
-      Seen(result);
+    if (result != SQLITE_ERROR) Seen(result);  // an older store may lack the table
     return result == SQLITE_ROW ? query.Integer(0) : 0;
   }
   // An older store lacks the later tables.
@@ -193,7 +183,7 @@ class Salvager {
   // `result`. False when some are lost.
   bool SaveRows(Query& rows, int result, Query& insert) {
     for (; result == SQLITE_ROW && Succeeded(status_); result = rows.Step()) {
-      if (SeenFresh(insert.RunWithRowOf(rows)) != SQLITE_DONE) return false;
+      if (Seen(insert.RunWithRowOf(rows)) != SQLITE_DONE) return false;
     }
     return IsDone(result);
   }
@@ -201,11 +191,36 @@ class Salvager {
   void SaveNumbered(const NumberedTable& table) {
     const std::string name = table.name;
     if (!Has(name)) return;
-    const std::string from = " FROM " + name + " NOT INDEXED WHERE rowid ";
+    Query insert = InsertInto(name);
+    std::set<std::int64_t> saved;
+    const bool whole = SaveInOrder(name, insert, saved) || SaveOneByOne(table, insert, saved);
+    if (!saved.empty()) salvage_.saved.emplace_back(name, saved.size());
+    if (table.hasRowsFromTheStart && whole) KeepOnly(name, saved);
+  }
+
+  // Saves the rows that the whole tree leads to. Whether these are all for certain.
+  bool SaveInOrder(const std::string& name, Query& insert, std::set<std::int64_t>& saved) {
+    Query rows(damaged_, "SELECT rowid, * FROM " + name + " NOT INDEXED WHERE rowid > 0");
+    std::int64_t last = 0;
+    int turns = 0;
+    int result;
+    while ((result = rows.Step()) == SQLITE_ROW && turns < kMostTurns) {
+      const std::int64_t number = rows.Integer(0);
+      // What leads back to earlier rows, or past them, leads no longer to others.
+      if (number <= last && turns++ == 0)
+        Lose(name + ": not in order; some that cannot be named may be lost");
+      last = number;
+      if (Seen(insert.RunWithRowOf(rows, 1)) != SQLITE_DONE) return false;
+      saved.insert(number);
+    }
+    return IsDone(result) && turns == 0;
+  }
+
+  // Goes round what cannot be read. Whether no row is lost.
+  bool SaveOneByOne(const NumberedTable& table, Query& insert, std::set<std::int64_t>& saved) {
+    const std::string from = std::string(" FROM ") + table.name + " NOT INDEXED WHERE rowid ";
     Query next(damaged_, "SELECT rowid" + from + ">= ?1 ORDER BY rowid LIMIT 1");
     Query row(damaged_, "SELECT *" + from + "= ?1");
-    Query insert = InsertInto(name);
-    std::vector<std::int64_t> saved;
     bool whole = true;
     std::int64_t number = 1;
     int result;
@@ -215,8 +230,9 @@ class Salvager {
       // A damaged tree may lead back to rows that have been there.
       if (result == SQLITE_ROW && next.Integer(0) >= number) {
         number = last = next.Integer(0);
-        if (SaveRows(row, row.Run(number), insert)) {
-          saved.push_back(number);
+        const int found = saved.contains(number) ? SQLITE_DONE : row.Run(number);
+        if (found == SQLITE_ROW && SaveRows(row, found, insert)) saved.insert(number);
+        if (saved.contains(number)) {
           if (number++ == kLast) break;
           continue;
         }
@@ -230,11 +246,10 @@ class Salvager {
       if (toTheEnd || last == kLast) break;
       number = last + 1;
     }
-    if (!saved.empty()) salvage_.saved.emplace_back(name, saved.size());
-    if (table.hasRowsFromTheStart && whole) KeepOnly(name, saved);
+    return whole;
   }
 
-  void KeepOnly(const std::string& table, const std::vector<std::int64_t>& ids) {
+  void KeepOnly(const std::string& table, const std::set<std::int64_t>& ids) {
     std::string list;
     for (const std::int64_t id : ids) list += (list.empty() ? "" : ",") + std::to_string(id);
     Execute("DELETE FROM " + table + " WHERE id NOT IN (" + list + ")");
@@ -280,8 +295,7 @@ class Salvager {
     Query messages(fresh_, "SELECT id FROM messages WHERE id >= ?1 ORDER BY id LIMIT 1");
     Query rows(damaged_, "SELECT * FROM message_recipients WHERE message = ?1");
     Query insert = InsertInto("message_recipients");
-    for (std::int64_t from = 1;
-         SeenFresh(messages.Run(from)) == SQLITE_ROW && Succeeded(status_);) {
+    for (std::int64_t from = 1; Seen(messages.Run(from)) == SQLITE_ROW && Succeeded(status_);) {
       const std::int64_t message = messages.Integer(0);
       if (!SaveRows(rows, rows.Run(message), insert) && !SaveRows(rows, rows.Run(message), insert))
         Lose("message " + std::to_string(message) + ": its recipients cannot be read");
@@ -305,7 +319,7 @@ class Salvager {
   void Mend(const char* id, const std::string& noun, const char* fate, const std::string& mend,
             const std::string& from) {
     Query query(fresh_, std::string("SELECT DISTINCT ") + id + " FROM " + from);
-    while (SeenFresh(query.Step()) == SQLITE_ROW)
+    while (Seen(query.Step()) == SQLITE_ROW)
       Lose(noun + ' ' + std::to_string(query.Integer(0)) + ": " + fate);
     Execute(mend);
   }
@@ -326,11 +340,12 @@ class Salvager {
   // No identifier is given away twice, one of what is lost as little as another.
   void Raise(const Counter& counter) {
     Query raise(fresh_, counter.raise);
-    SeenFresh(raise.Run(std::max({Number(damaged_, counter.lastGiven),
-                                  Number(fresh_, counter.lastUsed), lostUpTo_[&counter]})));
+    Seen(raise.Run(std::max({Number(damaged_, counter.lastGiven), Number(fresh_, counter.lastUsed),
+                             lostUpTo_[&counter]})));
   }
 
-  // Two connections: SQLite lets one that has met damage write no more.
+  // Two connections: SQLite commits nothing by one that has met damage. That the fresh one cannot be
+  // read, which is no loss, fails it all in this way.
   sqlite3* const damaged_;
   sqlite3* const fresh_;
   Salvage& salvage_;

@@ -2,7 +2,11 @@
 
 #include <sqlite3.h>
 
-#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <map>
+#include <utility>
+#include <vector>
 
 #include "handheld/store/store_error.h"
 #include "tests/handheld/outlook/calendar_support.h"
@@ -29,13 +33,88 @@ void* Reallocate(void* block, int size) {
   return IsRefused() ? nullptr : g_real.xRealloc(block, size);
 }
 
-class SalvageWithoutMemory : public HandheldTest {
+// The readings of a database's file, and which of them the disk refuses once.
+const char* g_unreadable = "none";  // the end of the file's name
+int g_readings = 0;
+int g_refusedReading = 1;
+int g_refusal = SQLITE_OK;
+sqlite3_vfs* g_realDisk = nullptr;
+std::map<sqlite3_file*, std::string> g_files;
+sqlite3_io_methods g_methods;
+int (*g_realRead)(sqlite3_file*, void*, int, sqlite3_int64);
+int ReadFile(sqlite3_file* file, void* bytes, int size, sqlite3_int64 place) {
+  const int result = g_realRead(file, bytes, size, place);
+  if (!g_files[file].ends_with(g_unreadable) || ++g_readings != g_refusedReading) return result;
+  std::memset(bytes, 0, static_cast<std::size_t>(size));
+  return g_refusal;
+}
+int OpenFile(sqlite3_vfs*, const char* name, sqlite3_file* file, int flags, int* flagsGiven) {
+  const int result = g_realDisk->xOpen(g_realDisk, name, file, flags, flagsGiven);
+  if (result != SQLITE_OK || (flags & SQLITE_OPEN_MAIN_DB) == 0) return result;
+  g_files[file] = name;
+  g_methods = *file->pMethods;
+  g_realRead = g_methods.xRead;
+  g_methods.xRead = ReadFile;
+  file->pMethods = &g_methods;
+  return result;
+}
+
+struct Outcome {
+  HRESULT status = S_OK;
+  Salvage salvage;
+};
+
+class StoreSalvage : public HandheldTest {
+ protected:
+  void MakeDamaged(int contacts, const std::string& body) {
+    AddContacts(LoggedOn(), contacts);
+    ASSERT_TRUE(RunSql(*handheld_, "UPDATE contacts SET body = body || " + body));
+    // The tables lie elsewhere in it than in a store that was made in the latest format.
+    ASSERT_TRUE(RunSql(*handheld_, "VACUUM INTO '" + std::string(directory_ / "damaged.db") + "'"));
+  }
+
+  Outcome SalvageAnew() const {
+    fs::remove(directory_ / "fresh.db");
+    fs::copy_file(directory_ / "damaged.db", directory_ / "copy.db",
+                  fs::copy_options::overwrite_existing);
+    Outcome outcome;
+    std::string problem;
+    outcome.status =
+        SalvageStore(directory_ / "copy.db", directory_ / "fresh.db", outcome.salvage, problem);
+    return outcome;
+  }
+
+  // Of runs in which something is refused once each fails or saves all. The number of those that
+  // failed; `runRefusing` says whether it came to the refusal.
+  int FailedOfThoseThatRefuse(int step, const std::function<bool(int, Outcome&)>& runRefusing) {
+    const Outcome whole = SalvageAnew();
+    EXPECT_EQ(whole.status, S_OK);
+    EXPECT_EQ(whole.salvage.saved.front(), std::pair(std::string("contacts"), std::uint64_t{3}));
+    const std::string fresh = directory_.Read("fresh.db");
+    int failed = 0;
+    for (int refused = 1;; refused += step) {
+      SCOPED_TRACE(refused);
+      Outcome outcome;
+      const bool wasRefused = runRefusing(refused, outcome);
+      if (Failed(outcome.status)) {
+        ++failed;
+      } else {
+        EXPECT_EQ(outcome.salvage.saved, whole.salvage.saved);
+        EXPECT_EQ(outcome.salvage.lost, whole.salvage.lost);
+        EXPECT_TRUE(directory_.Read("fresh.db") == fresh);
+      }
+      if (!wasRefused || HasFailure()) return failed;
+    }
+  }
+
+  const TemporaryDirectory directory_;
+};
+
+class SalvageWithoutMemory : public StoreSalvage {
  protected:
   void SetUp() override {
-    AddContacts(LoggedOn(), 3);
     // So long that a text has pages of its own.
-    ASSERT_TRUE(RunSql(*handheld_, "UPDATE contacts SET body = body || hex(zeroblob(5000))"));
-    ASSERT_TRUE(RunSql(*handheld_, "VACUUM INTO '" + std::string(directory_ / "damaged.db") + "'"));
+    MakeDamaged(3, "hex(zeroblob(5000))");
     UseAllocator(Allocate, Reallocate);
   }
   void TearDown() override {
@@ -53,41 +132,151 @@ class SalvageWithoutMemory : public HandheldTest {
     ASSERT_EQ(sqlite3_config(SQLITE_CONFIG_MALLOC, &methods), SQLITE_OK);
     ASSERT_EQ(sqlite3_initialize(), SQLITE_OK);
   }
-
-  HRESULT SalvageAnew(Salvage& salvage) const {
-    fs::remove(directory_ / "fresh.db");
-    fs::copy_file(directory_ / "damaged.db", directory_ / "copy.db",
-                  fs::copy_options::overwrite_existing);
-    std::string problem;
-    return SalvageStore(directory_ / "copy.db", directory_ / "fresh.db", salvage, problem);
-  }
-
-  const TemporaryDirectory directory_;
 };
 
 TEST_F(SalvageWithoutMemory, FailsOrSavesAll) {
-  Salvage whole;
-  ASSERT_EQ(SalvageAnew(whole), S_OK);
-  ASSERT_EQ(whole.saved.front(), std::pair(std::string("contacts"), std::uint64_t{3}));
-  const std::string fresh = directory_.Read("fresh.db");
-  int failed = 0;
-  for (int refused = 1;; refused += kSanitizer ? 16 : 2) {
-    SCOPED_TRACE(refused);
-    g_refused = refused;
-    Salvage salvage;
-    const HRESULT status = SalvageAnew(salvage);
-    const bool wasRefused = g_refused == 0;
-    g_refused = 0;
-    if (Failed(status)) {
-      ++failed;
-    } else {
-      ASSERT_EQ(salvage.saved, whole.saved);
-      ASSERT_EQ(salvage.lost, whole.lost);
-      ASSERT_TRUE(directory_.Read("fresh.db") == fresh);
-    }
-    if (!wasRefused) break;
-  }
+  const int failed =
+      FailedOfThoseThatRefuse(kSanitizer ? 35 : 7, [this](int refused, Outcome& outcome) {
+        g_refused = refused;
+        outcome = SalvageAnew();
+        return std::exchange(g_refused, 0) == 0;
+      });
   EXPECT_GT(failed, 20);
+}
+
+class SalvageOnABadDisk : public StoreSalvage {
+ protected:
+  void SetUp() override {
+    g_realDisk = sqlite3_vfs_find(nullptr);
+    disk_ = *g_realDisk;
+    disk_.zName = "bad disk";
+    disk_.xOpen = OpenFile;
+    ASSERT_EQ(sqlite3_vfs_register(&disk_, 1), SQLITE_OK);
+  }
+  void TearDown() override {
+    sqlite3_vfs_unregister(&disk_);
+    sqlite3_vfs_register(g_realDisk, 1);
+    g_files.clear();
+    HandheldTest::TearDown();
+  }
+  int FailedOfReadings(const char* file, int refusal) {
+    g_refusal = refusal;
+    return FailedOfThoseThatRefuse(1, [&](int refused, Outcome& outcome) {
+      g_unreadable = file;
+      g_readings = 0;
+      g_refusedReading = refused;
+      outcome = SalvageAnew();
+      g_unreadable = "none";
+      return std::exchange(g_readings, 0) >= refused;
+    });
+  }
+
+  sqlite3_vfs disk_;
+};
+
+TEST_F(SalvageOnABadDisk, ReadsWhatIsDamagedOnceMore) {
+  MakeDamaged(3, "hex(zeroblob(5000))");
+  EXPECT_EQ(FailedOfReadings("copy.db", SQLITE_IOERR_CORRUPTFS), 0);
+}
+
+// What cannot be read there is not lost: the damaged one still has it.
+TEST_F(SalvageOnABadDisk, FailsWhenTheNewStoreCannotBeRead) {
+  LoggedOn();
+  ASSERT_TRUE(RunSql(*handheld_,
+                     "INSERT INTO messages (id, folder) VALUES (8, 3), (9, 3);"
+                     "INSERT INTO message_recipients VALUES (8, 0, 'Ann', '1'), (9, 0, 'Ben', '2');"
+                     // So long that what came before it is no longer kept in memory.
+                     "INSERT INTO calls VALUES (1, 1, 1, 0, 0, 0, '', '', '', "
+                     "hex(zeroblob(2000000)))"));
+  MakeDamaged(3, "''");
+  EXPECT_GT(FailedOfReadings("fresh.db", SQLITE_IOERR_SHORT_READ), 5);
+}
+
+// A tree one page of which leads to others than it should.
+class SalvageOfAWrongTree : public StoreSalvage {
+ protected:
+  void SetUp() override {
+    MakeDamaged(12, "hex(zeroblob(900))");
+    const std::string bytes = directory_.Read("damaged.db");
+    root_ = (std::stoul(Answer("damaged.db",
+                               "SELECT rootpage FROM sqlite_schema "
+                               "WHERE name = 'contacts'")) -
+             1) *
+            4096;
+    ASSERT_EQ(bytes.at(root_), 5) << "not a page that leads to others";
+    const auto cells = static_cast<std::size_t>(bytes.at(root_ + 4));
+    for (std::size_t cell = 0; cell < cells; ++cell) {
+      const std::size_t at = root_ + 12 + 2 * cell;
+      pointers_.push_back(root_ + static_cast<unsigned char>(bytes.at(at)) * 256u +
+                          static_cast<unsigned char>(bytes.at(at + 1)));
+    }
+    pointers_.push_back(root_ + 8);
+    ASSERT_GT(pointers_.size(), 4u);
+    whole_ = bytes;
+  }
+
+  std::string Answer(const char* file, const char* sql) const {
+    sqlite3* database = nullptr;
+    std::string answer;
+    EXPECT_EQ(sqlite3_open((directory_ / file).c_str(), &database), SQLITE_OK);
+    const auto add = [](void* to, int, char** values, char**) {
+      *static_cast<std::string*>(to) += *values;
+      return 0;
+    };
+    EXPECT_EQ(sqlite3_exec(database, sql, add, &answer, nullptr), SQLITE_OK);
+    sqlite3_close(database);
+    return answer;
+  }
+  // What is saved when one page has these pointers.
+  Outcome SalvageWith(const std::vector<std::pair<std::size_t, std::size_t>>& pointers) {
+    std::string bytes = whole_;
+    for (const auto& [to, from] : pointers)
+      bytes.replace(pointers_.at(to), 4, whole_, pointers_.at(from), 4);
+    directory_.Write("damaged.db", bytes);
+    Outcome outcome = SalvageAnew();
+    EXPECT_EQ(outcome.status, S_OK);
+    return outcome;
+  }
+  int Saved() const { return std::stoi(Answer("fresh.db", "SELECT count(*) FROM contacts")); }
+
+  std::size_t root_ = 0;
+  std::vector<std::size_t> pointers_;  // where they stand in the file
+  std::string whole_;
+};
+
+TEST_F(SalvageOfAWrongTree, SavesAllThatItLeadsToAndTellsThatSomeIsMissing) {
+  for (std::size_t to = 0; to < pointers_.size(); ++to) {
+    for (std::size_t from = 0; from < pointers_.size(); ++from) {
+      if (to == from) continue;
+      SCOPED_TRACE(std::to_string(to) + " is " + std::to_string(from));
+      const Outcome outcome = SalvageWith({{to, from}});
+      EXPECT_FALSE(outcome.salvage.lost.empty());
+      const int saved = Saved();
+      EXPECT_LT(saved, 12);
+      EXPECT_GE(saved, 10);  // two a page
+      EXPECT_EQ(outcome.salvage.saved.front().second, static_cast<std::uint64_t>(saved));
+    }
+  }
+}
+
+TEST_F(SalvageOfAWrongTree, SavesAllOfPagesThatHaveChangedPlaces) {
+  for (std::size_t page = 1; page < pointers_.size(); ++page) {
+    SCOPED_TRACE(page);
+    SalvageWith({{0, page}, {page, 0}});
+    EXPECT_EQ(Saved(), 12);
+  }
+}
+
+TEST_F(SalvageOfAWrongTree, DoesNotGoRoundForEver) {
+  std::string bytes = whole_;
+  const std::size_t page = root_ / 4096 + 1;
+  for (const std::size_t pointer : pointers_) {
+    bytes.replace(pointer, 4, std::string{0, 0, 0, static_cast<char>(page)});
+    directory_.Write("damaged.db", bytes);
+    const Outcome outcome = SalvageAnew();
+    EXPECT_EQ(outcome.status, S_OK);
+    EXPECT_FALSE(outcome.salvage.lost.empty());
+  }
 }
 
 }  // namespace
