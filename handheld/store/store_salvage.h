@@ -17,11 +17,11 @@ struct Salvage {
 };
 
 // Makes a store at `fresh`, where nothing may be, of all rows that can be read of the database
-// `damaged`, a copy that nobody else uses: opening it may change it. Where a table's order is
-// broken off, its rows are asked for one by one, so that a page that cannot be read takes no others
-// with it. What hung on a lost row finds another
-// place or goes with it. Identifiers stay, and lost ones are not given away again. On failure, as
-// when nothing can be told from the database at all, `problem` says why.
+// `damaged`, a copy that nobody else uses: opening it may change it. Where a table cannot be read
+// on in its order, its rows are asked for one by one, so that a page that cannot be read takes no
+// others with it. What hung on a lost row finds another place or goes with it. Identifiers stay,
+// and lost ones are not given away again. On failure, as when nothing can be told from the database
+// at all, `problem` says why.
 [[nodiscard]] HRESULT SalvageStore(const std::filesystem::path& damaged,
                                    const std::filesystem::path& fresh, Salvage& salvage,
                                    std::string& problem);
