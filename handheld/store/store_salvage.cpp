@@ -95,6 +95,10 @@ class Query {
 
   sqlite3_stmt* statement() const { return statement_.get(); }
   std::int64_t Integer(int column) const { return sqlite3_column_int64(statement(), column); }
+  std::string_view Text(int column) const {
+    const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement(), column));
+    return text ? text : "";
+  }
 
   // SQLite's result code.
   int Step() {
@@ -172,6 +176,14 @@ class Salvager {
     if (IsLoss(result)) Lose(table + ": cannot be read");
     return IsRow(result);
   }
+  // Whether all that is in the table can be found in its order.
+  bool IsSound(const std::string& table) {
+    Query check(damaged_, "PRAGMA integrity_check('" + table + "')");
+    bool isSound = false;
+    for (int tries = 0; !isSound && tries < 2; ++tries)
+      isSound = IsRow(check.Run()) && check.Text(0) == "ok";
+    return isSound;
+  }
   Query InsertInto(const std::string& table) {
     std::string values = "?";
     for (auto n = Number(fresh_, "SELECT count(*) FROM pragma_table_info('" + table + "')"); n > 1;
@@ -208,7 +220,7 @@ class Salvager {
       const std::int64_t number = rows.Integer(0);
       // What leads back to earlier rows, or past them, leads no longer to others.
       if (number <= last && turns++ == 0)
-        Lose(name + ": not in order; some that cannot be named may be lost");
+        Lose(name + ": out of order; some that cannot be named may be lost");
       last = number;
       if (Seen(insert.RunWithRowOf(rows, 1)) != SQLITE_DONE) return false;
       saved.insert(number);
@@ -292,6 +304,8 @@ class Salvager {
 
   void SaveRecipients() {
     if (!Has("message_recipients")) return;
+    if (!IsSound("message_recipients"))
+      Lose("message_recipients: damaged; some that cannot be named may be lost");
     Query messages(fresh_, "SELECT id FROM messages WHERE id >= ?1 ORDER BY id LIMIT 1");
     Query rows(damaged_, "SELECT * FROM message_recipients WHERE message = ?1");
     Query insert = InsertInto("message_recipients");
@@ -309,7 +323,7 @@ class Salvager {
     Query insert = InsertInto("import_ledger");
     for (const char* order : {"kind, identity", "kind DESC, identity DESC"}) {
       Query rows(damaged_, std::string("SELECT * FROM import_ledger ORDER BY ") + order);
-      if (SaveRows(rows, rows.Step(), insert)) return;
+      if (SaveRows(rows, rows.Step(), insert) && IsSound("import_ledger")) return;
     }
     Lose(
         "what was imported cannot be told for all items: imported once more, some may stand twice");
@@ -344,8 +358,8 @@ class Salvager {
                              lostUpTo_[&counter]})));
   }
 
-  // Two connections: SQLite commits nothing by one that has met damage. That the fresh one cannot be
-  // read, which is no loss, fails it all in this way.
+  // Two connections: SQLite commits nothing by one that has met damage. That the fresh one cannot
+  // be read, which is no loss, fails it all in this way.
   sqlite3* const damaged_;
   sqlite3* const fresh_;
   Salvage& salvage_;

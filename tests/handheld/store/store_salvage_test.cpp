@@ -20,6 +20,8 @@ namespace fs = std::filesystem;
 using corvane::testing::kSanitizer;
 using corvane::testing::TemporaryDirectory;
 
+constexpr std::size_t kPage = 4096;
+
 // The database's allocations: which of the next ones is refused, 0 for none.
 int g_refused = 0;
 sqlite3_mem_methods g_real;
@@ -196,23 +198,30 @@ TEST_F(SalvageOnABadDisk, FailsWhenTheNewStoreCannotBeRead) {
 class SalvageOfAWrongTree : public StoreSalvage {
  protected:
   void SetUp() override {
+    LoggedOn();
+    const std::string numbers =
+        "WITH n (i) AS (VALUES (1) UNION ALL SELECT i + 1 FROM n LIMIT 20) ";
+    ASSERT_TRUE(RunSql(
+        *handheld_,
+        "INSERT INTO messages (id, folder) VALUES (8, 3);" + numbers +
+            "INSERT INTO message_recipients SELECT 8, i, hex(zeroblob(450)), '' FROM n;" + numbers +
+            "INSERT INTO import_ledger SELECT 0, i, i, hex(zeroblob(450)) FROM n;"));
     MakeDamaged(12, "hex(zeroblob(900))");
-    const std::string bytes = directory_.Read("damaged.db");
-    root_ = (std::stoul(Answer("damaged.db",
-                               "SELECT rootpage FROM sqlite_schema "
-                               "WHERE name = 'contacts'")) -
-             1) *
-            4096;
-    ASSERT_EQ(bytes.at(root_), 5) << "not a page that leads to others";
-    const auto cells = static_cast<std::size_t>(bytes.at(root_ + 4));
-    for (std::size_t cell = 0; cell < cells; ++cell) {
-      const std::size_t at = root_ + 12 + 2 * cell;
-      pointers_.push_back(root_ + static_cast<unsigned char>(bytes.at(at)) * 256u +
-                          static_cast<unsigned char>(bytes.at(at + 1)));
+    whole_ = directory_.Read("damaged.db");
+    UsePointersOf("contacts");
+  }
+
+  void UsePointersOf(const std::string& table) {
+    const std::string query = "SELECT rootpage FROM sqlite_schema WHERE name = '" + table + "'";
+    root_ = (std::stoul(Answer("damaged.db", query.c_str())) - 1) * kPage;
+    ASSERT_TRUE(whole_.at(root_) == 5 || whole_.at(root_) == 2) << "does not lead to others";
+    pointers_ = {root_ + 8};
+    for (int cell = 0; cell < whole_.at(root_ + 4); ++cell) {
+      const std::size_t at = root_ + 12 + 2 * static_cast<std::size_t>(cell);
+      pointers_.push_back(root_ + static_cast<unsigned char>(whole_.at(at)) * 256u +
+                          static_cast<unsigned char>(whole_.at(at + 1)));
     }
-    pointers_.push_back(root_ + 8);
-    ASSERT_GT(pointers_.size(), 4u);
-    whole_ = bytes;
+    ASSERT_GT(pointers_.size(), 3u) << table;
   }
 
   std::string Answer(const char* file, const char* sql) const {
@@ -239,8 +248,8 @@ class SalvageOfAWrongTree : public StoreSalvage {
   }
   int Saved() const { return std::stoi(Answer("fresh.db", "SELECT count(*) FROM contacts")); }
 
-  std::size_t root_ = 0;
-  std::vector<std::size_t> pointers_;  // where they stand in the file
+  std::size_t root_ = 0;               // the place of the page in the file
+  std::vector<std::size_t> pointers_;  // of its pointers, the one to the last page first
   std::string whole_;
 };
 
@@ -267,9 +276,23 @@ TEST_F(SalvageOfAWrongTree, SavesAllOfPagesThatHaveChangedPlaces) {
   }
 }
 
+TEST_F(SalvageOfAWrongTree, TellsThatRecipientsOrTheMemoryOfImportsIsNotWhole) {
+  for (const char* table : {"message_recipients", "import_ledger"}) {
+    UsePointersOf(table);
+    for (std::size_t to = 0; to < pointers_.size(); ++to) {
+      for (std::size_t from = 0; from < pointers_.size(); ++from) {
+        SCOPED_TRACE(std::string(table) + ": " + std::to_string(to) + " is " +
+                     std::to_string(from));
+        EXPECT_EQ(SalvageWith({{to, from}}).salvage.lost.empty(), to == from);
+      }
+    }
+    directory_.Write("damaged.db", whole_);
+  }
+}
+
 TEST_F(SalvageOfAWrongTree, DoesNotGoRoundForEver) {
   std::string bytes = whole_;
-  const std::size_t page = root_ / 4096 + 1;
+  const std::size_t page = root_ / kPage + 1;
   for (const std::size_t pointer : pointers_) {
     bytes.replace(pointer, 4, std::string{0, 0, 0, static_cast<char>(page)});
     directory_.Write("damaged.db", bytes);
