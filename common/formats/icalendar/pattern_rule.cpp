@@ -302,7 +302,7 @@ std::optional<Pattern> PatternOfRule(const RecurrenceRule& rule, const RuleEnd& 
   RuleEnd earlier = end;
   if (earlier.until) *earlier.until -= back;
   std::optional<Pattern> pattern = Search(*days, earlier, start - back).Find();
-  if (!pattern) return std::nullopt;
+  if (!pattern || !calendar::NextDayOf(*pattern, start, start)) return std::nullopt;
   pattern->occurrences = end.occurrences;
   pattern->until = end.until;
   return pattern;

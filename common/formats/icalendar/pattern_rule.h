@@ -20,8 +20,8 @@ struct RuleEnd {
 };
 
 // The pattern whose days are exactly those of the rule, with a DTSTART of `start` and the end that
-// is given in place of the rule's own; nothing when no pattern's are. Rules of hours and shorter
-// are no patterns.
+// is given in place of the rule's own; nothing when no pattern's are, or none comes before
+// the calendar's end. Rules of hours and shorter are no patterns.
 std::optional<calendar::Pattern> PatternOfRule(const RecurrenceRule& rule, const RuleEnd& end,
                                                local_days start);
 

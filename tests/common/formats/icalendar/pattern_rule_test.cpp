@@ -48,6 +48,11 @@ TEST(PatternOfRule, HasNoneForAStartThatNoHandheldKeeps) {
   EXPECT_FALSE(PatternOfText("FREQ=DAILY", calendar::kLastDay + std::chrono::days(1)));
 }
 
+TEST(PatternOfRule, HasNoneThatComesNoMore) {
+  EXPECT_TRUE(PatternOfText("FREQ=YEARLY;BYYEARDAY=14", Day(2999, 1, 14)));
+  EXPECT_FALSE(PatternOfText("FREQ=YEARLY;BYYEARDAY=7", Day(2999, 1, 14)));
+}
+
 RC_GTEST_PROP(PatternOfRule, TakesAnyText, ()) {
   const auto piece = rc::gen::element<std::string>(
       "FREQ=", "DAILY", "WEEKLY", "MONTHLY", "YEARLY", ";", ";INTERVAL=", "2", "31", "-1", ",",
