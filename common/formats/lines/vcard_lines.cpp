@@ -37,7 +37,7 @@ class HeaderScan {
       if (part[i] != ':' || quoted_) continue;
       header_ += part.substr(0, i);
       done_ = true;
-      if (ContainsNoCase(header_, "QUOTED-PRINTABLE")) {
+      if (SaysQuotedPrintable()) {
         encoding_ = Encoding::kQuotedPrintable;
       } else if (ContainsNoCase(header_, "BASE64") || EndsWithB()) {
         encoding_ = Encoding::kBase64;
@@ -49,6 +49,13 @@ class HeaderScan {
   Encoding encoding() const { return encoding_; }
 
  private:
+  // As a parameter of its own: another may have a word like it, whose line ends in "=" by chance.
+  bool SaysQuotedPrintable() const {
+    std::string parameters = text::ToUpperAscii(header_) + ";";
+    std::erase_if(parameters, [](char c) { return c == ' ' || c == '\t' || c == '"'; });
+    return parameters.find(";QUOTED-PRINTABLE;") != kNowhere ||
+           parameters.find("ENCODING=QUOTED-PRINTABLE;") != kNowhere;
+  }
   bool EndsWithB() const {
     const std::string upper = text::ToUpperAscii(header_) + ";";
     return upper.find("ENCODING=B;") != kNowhere;

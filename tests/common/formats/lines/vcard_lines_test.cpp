@@ -78,6 +78,13 @@ TEST(Folding, NeverJoinsTheEndOfACard) {
   EXPECT_EQ(CardLines("2.1", "NOTE;QUOTED-PRINTABLE:ab=\n"), Lines{"3: NOTE;QUOTED-PRINTABLE:ab="});
 }
 
+TEST(Folding, TakesAWordLikeAnEncodingForNone) {
+  EXPECT_EQ(CardLines("3.0", "TEL;TYPE=XQUOTED-PRINTABLE:a=\n b\n"),
+            Lines{"3: TEL;TYPE=XQUOTED-PRINTABLE:a=b"});
+  EXPECT_EQ(CardLines("3.0", "TEL;TYPE=HOME; encoding=\"quoted-printable\":a=\nb\n"),
+            Lines{"3: TEL;TYPE=HOME; encoding=\"quoted-printable\":ab"});
+}
+
 constexpr char kQuoted[] = "NOTE;ENCODING=QUOTED-PRINTABLE:";
 Lines Quoted(const std::string& text) {
   return {"3: " + std::string(kQuoted) + text};
