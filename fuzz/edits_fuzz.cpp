@@ -101,13 +101,10 @@ struct Layout {
   }
   // The first UID directly within a part.
   std::string UidOf(const desktop::FilePart& part) const {
-    std::size_t depth = 0;
     for (std::size_t i = part.first; i <= part.last; ++i) {
-      const formats::ContentLine& line = parts.lines[i].content;
-      if (text::StartsWithNoCase(line.text, "END:") && depth > 0) --depth;
-      const auto property = formats::ParseProperty(line);
-      if (depth == 1 && property && property->name == "UID") return formats::TextOf(*property);
-      if (text::StartsWithNoCase(line.text, "BEGIN:")) ++depth;
+      if (parts.lines[i].depth != parts.lines[part.first].depth) continue;
+      const auto property = formats::ParseProperty(parts.lines[i].content);
+      if (property && property->name == "UID") return formats::TextOf(*property);
     }
     return {};
   }

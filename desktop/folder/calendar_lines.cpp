@@ -12,19 +12,13 @@ namespace desktop {
 CalendarPart LinesOfPart(std::string_view text) {
   CalendarPart part;
   const FileParts parts = FindParts(text);
-  std::size_t depth = 0;
   std::size_t end = 0;
   for (const FileLine& line : parts.lines) {
     if (line.begin > end)
       part.push_back({std::string(text.substr(end, line.begin - end)), {}, {}, 1});
     end = line.end;
     CalendarLine own{std::string(text.substr(line.begin, end - line.begin)), line.content.text,
-                     formats::ParseProperty(line.content), 0};
-    const bool begins = own.property && own.property->name == "BEGIN";
-    const bool ends = own.property && own.property->name == "END";
-    if (begins) ++depth;
-    own.depth = depth == 0 ? 0 : depth - 1;
-    if (ends && depth > 0) --depth;
+                     formats::ParseProperty(line.content), line.depth == 0 ? 0 : line.depth - 1};
     part.push_back(std::move(own));
   }
   return part;

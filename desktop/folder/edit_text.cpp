@@ -50,13 +50,11 @@ std::string TextEdit::UidOfPart(std::size_t index) const {
 
 std::string TextEdit::TextOfLine(std::size_t index, std::string_view name) const {
   const FilePart& part = parts_.parts[index];
-  std::size_t inner = 0;
+  const std::size_t depth = parts_.lines[part.first].depth;
   for (std::size_t i = part.first + 1; i <= part.last; ++i) {
-    const formats::ContentLine& line = parts_.lines[i].content;
-    if (text::StartsWithNoCase(line.text, "BEGIN:")) ++inner;
-    if (text::StartsWithNoCase(line.text, "END:") && inner > 0) --inner;
-    if (inner > 0 || !text::StartsWithNoCase(line.text, name)) continue;
-    const std::optional<formats::Property> property = formats::ParseProperty(line);
+    const FileLine& line = parts_.lines[i];
+    if (line.depth != depth || !text::StartsWithNoCase(line.content.text, name)) continue;
+    const std::optional<formats::Property> property = formats::ParseProperty(line.content);
     if (property && property->name == name) return formats::TextOf(*property);
   }
   return {};

@@ -52,11 +52,9 @@ class PartFinder {
 
   void Take(std::size_t line) {
     const std::string_view text = file_.lines[line].content.text;
-    if (const std::string begun = MarkedPart(text, "BEGIN"); !begun.empty()) {
-      Begin(line, begun);
-    } else if (const std::string ended = MarkedPart(text, "END"); !ended.empty()) {
-      End(line, ended);
-    }
+    if (const std::string begun = MarkedPart(text, "BEGIN"); !begun.empty()) Begin(line, begun);
+    file_.lines[line].depth = open_.size();
+    if (const std::string ended = MarkedPart(text, "END"); !ended.empty()) End(line, ended);
     const std::string_view name = text.substr(0, text.find_first_of(":;"));
     agentBefore_ = text::EqualsNoCase(name, "AGENT") && text.ends_with(':');
   }
@@ -83,6 +81,7 @@ class PartFinder {
       if (part.name != name) continue;
       CloseTo(depth, line);
       part.last = line;
+      file_.lines[line].depth = depth;
       open_.pop_back();
       return;
     }

@@ -16,6 +16,7 @@ struct FileLine {
   formats::ContentLine content;
   std::size_t begin = 0;
   std::size_t end = 0;
+  std::size_t depth = 0;  // how many parts it belongs to; a BEGIN and its END to their own too
 };
 
 inline constexpr std::size_t kNoPart = static_cast<std::size_t>(-1);

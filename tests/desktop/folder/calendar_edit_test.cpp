@@ -411,5 +411,20 @@ TEST(CalendarEdit, RefusesAnEventThatIsNotAsItWasRead) {
   EXPECT_EQ(text.bytes(), kRichEvent);
 }
 
+// An alarm's END is its own, and what it says of a UID is none of the event's.
+TEST(CalendarEdit, TakesAUidWithinAnAlarmForNoneOfTheEvents) {
+  const std::string other = Event("b", "DTSTART:20261123T090000\r\n");
+  const std::string calendar =
+      Calendar(other +
+               "BEGIN:VEVENT\r\nBEGIN:VALARM\r\nTRIGGER:-PT5M\r\nEND:X-NONE\r\nUID:b\r\n"
+               "END:VALARM\r\nUID:a\r\nDTSTART:20261124T090000\r\nEND:VEVENT\r\n");
+  const DeskReading reading = ReadDeskBytes("a.ics", calendar, Berlin());
+  ASSERT_EQ(reading.items.size(), 2U);
+  ASSERT_EQ(UidOf(reading.items[1].item), "a");
+  TextEdit text(calendar, Berlin(), kEditTime);
+  EXPECT_TRUE(text.Remove(reading.items[1].line, reading.items[1].item).done);
+  EXPECT_EQ(text.bytes(), Calendar(other));
+}
+
 }  // namespace
 }  // namespace desktop::testing
