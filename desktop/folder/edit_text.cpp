@@ -96,8 +96,11 @@ void TextEdit::Replace(std::size_t begin, std::size_t end, std::string text) {
 std::optional<std::string> TextEdit::Obstacle(const std::vector<std::size_t>& parts) const {
   if (parts.empty()) return "no item begins there";
   if (file_.damaged()) return "the file's character set is damaged";
-  for (const std::size_t part : parts) {
-    if (!parts_.parts[part].whole) return "the " + parts_.parts[part].name + " has no end";
+  for (const std::size_t index : parts) {
+    const FilePart& part = parts_.parts[index];
+    if (!part.whole) return "the " + part.name + " has no end";
+    const bool isOfCard = parts_.lines[part.first].content.dialect == formats::VCardDialect::k21;
+    if (isOfCard && part.name != "VCARD") return "the " + part.name + " is folded as a vCard 2.1";
   }
   return std::nullopt;
 }

@@ -10,11 +10,11 @@ namespace {
 
 constexpr auto kNowhere = std::string_view::npos;
 
-bool IsMarker(std::string_view line, std::string_view name) {
+bool IsMarker(std::string_view line, std::string_view name, std::string_view component) {
   if (line.starts_with("\xEF\xBB\xBF")) line.remove_prefix(3);  // of a file that was appended
   if (line.size() > 80 || !text::StartsWithNoCase(line, name)) return false;
   line = text::TrimBlanks(line.substr(name.size()));
-  return line.starts_with(':') && text::EqualsNoCase(text::TrimBlanks(line.substr(1)), "VCARD");
+  return line.starts_with(':') && text::EqualsNoCase(text::TrimBlanks(line.substr(1)), component);
 }
 
 bool StartsWithBlank(std::string_view line) {
@@ -102,10 +102,10 @@ void RemoveIndentation(const std::vector<std::size_t>& starts, std::string& text
 }  // namespace
 
 bool IsVCardBegin(std::string_view line) {
-  return IsMarker(line, "BEGIN");
+  return IsMarker(line, "BEGIN", "VCARD");
 }
 bool IsVCardEnd(std::string_view line) {
-  return IsMarker(line, "END");
+  return IsMarker(line, "END", "VCARD");
 }
 
 std::size_t LineEndLength(std::string_view text) {
@@ -158,6 +158,7 @@ bool ContentLineReader::Next(ContentLine& out) {
     if (IsVCardBegin(line)) {
       dialect_ = FindDialect();
     } else {
+      if (IsMarker(line, "BEGIN", "VCALENDAR")) dialect_ = VCardDialect::k30;
       JoinContinuations(line, out.text);
     }
     out.dialect = dialect_;

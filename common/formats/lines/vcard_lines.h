@@ -27,9 +27,8 @@ std::size_t LineEndLength(std::string_view text);
 // Walks a file once, by its physical lines.
 // - A line that begins with a blank or tab continues the one before; 2.1 keeps the blank, for it
 //   folds where text has one.
-// - Quoted-printable continues after "=" at the end of a line, whatever the next line is; when
-// every
-//   such line is indented, the first blank of each is the indentation of a careless writer.
+// - Quoted-printable continues after "=" at the end of a line, whatever the next line is; the first
+//   blank of each such line is the indentation of a careless writer where they all have one.
 // - Base64 continues up to an empty line or one that can be a property.
 class ContentLineReader {
  public:

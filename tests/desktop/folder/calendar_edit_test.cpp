@@ -426,5 +426,19 @@ TEST(CalendarEdit, TakesAUidWithinAnAlarmForNoneOfTheEvents) {
   EXPECT_EQ(text.bytes(), Calendar(other));
 }
 
+TEST(CalendarEdit, RefusesATaskWithinACardThatKeepsTheBlanksOfFolds) {
+  const std::string file =
+      "BEGIN:VCARD\r\nVERSION:2.1\r\nBEGIN:VTODO\r\nUID:t\r\nSUMMARY:Buy\r\nEND:VTODO\r\n";
+  const DeskReading reading = ReadDeskBytes("a.ics", file, Berlin());
+  ASSERT_EQ(reading.items.size(), 1U);
+  formats::Task other = std::get<formats::Task>(reading.items[0].item);
+  other.body = std::string(200, 'a');
+  TextEdit text(file, Berlin(), kEditTime);
+  const TextChange change = text.Change(reading.items[0].line, reading.items[0].item, other);
+  EXPECT_FALSE(change.done);
+  EXPECT_THAT(change.losses, ::testing::ElementsAre("the VTODO is folded as a vCard 2.1"));
+  EXPECT_EQ(text.bytes(), file);
+}
+
 }  // namespace
 }  // namespace desktop::testing

@@ -65,6 +65,13 @@ TEST(Folding, TakesEachCardByItsOwnVersion) {
   EXPECT_EQ(lines[6], "8: NOTE:abcd");
 }
 
+TEST(Folding, TakesACalendarBehindACardByItsOwnRules) {
+  const Lines lines = LinesOf(
+      "BEGIN:VCARD\nVERSION:2.1\nEND:VCARD\n"
+      "BEGIN:VCALENDAR\nVERSION:2.0\nBEGIN:VEVENT\nSUMMARY:ab\n cd\n");
+  EXPECT_EQ(lines.back(), "7: SUMMARY:abcd");
+}
+
 TEST(Folding, JoinsAHeader) {
   EXPECT_EQ(CardLines("3.0", "TEL;TYPE=WO\n RK:1\n"), Lines{"3: TEL;TYPE=WORK:1"});
 }

@@ -76,6 +76,12 @@ TEST(Overflow, IsNothingForACardThatFits) {
   EXPECT_THAT(fits.notices, IsEmpty());
 }
 
+TEST(Overflow, IsNothingForTheLabelOfAnEmptyAddress) {
+  const Contact contact = Kept("item1.ADR:;;\f;;;;\nitem1.X-ABLabel:Beach house\n");
+  EXPECT_EQ(contact[Field::kBody], "");
+  EXPECT_EQ(ReadBack(contact), contact);
+}
+
 TEST(Overflow, ComesBackAsTheCardsOwnLines) {
   const std::string card = WriteVCard(Kept(kMuch), VCardVersion::k30, Overflow::kNote);
   for (const char* line :
