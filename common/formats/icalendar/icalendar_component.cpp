@@ -140,7 +140,8 @@ bool ComponentReader::EndSkipped(const std::string& name) {
     skipped_.erase(std::prev(open.base()), skipped_.end());
     return true;
   }
-  const bool endsWhatIsAround = name == "VCALENDAR" || (item_ && item_->name == name);
+  const bool endsWhatIsAround = (name == "VCALENDAR" && inCalendar_) ||
+                                (item_ && item_->name == name) || (part_ && part_->name == name);
   if (endsWhatIsAround) skipped_.clear();
   return !endsWhatIsAround;
 }

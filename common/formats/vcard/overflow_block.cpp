@@ -179,6 +179,7 @@ void OverflowBlock::Add(const Property& property, std::string value) {
 }
 
 void OverflowBlock::Describe(ContactField slot, const Property& property, std::string value) {
+  if (value.find_first_not_of(';') == value.npos) return;  // a card does not say it
   Property written = Written(property, std::move(value));
   written.parameters.emplace_back(kKeptAs, ContactFieldName(slot));
   descriptions_.emplace(slot, std::move(written));

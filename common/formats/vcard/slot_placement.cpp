@@ -348,7 +348,6 @@ std::optional<Field> SlotOfEmail(const Property& email, const Contact& contact) 
 std::optional<Field> SlotOfAddress(const Property& address, const Contact& contact) {
   NoticeList said;  // when it was placed
   const Address parts = AddressOf(address, said);
-  if (IsEmpty(parts)) return std::nullopt;
   for (const AddressSlot& slot : kAddressSlots) {
     const auto fields = slot.fields();
     const auto same = [&](std::size_t i) { return contact[fields[i]] == parts[i]; };

@@ -72,6 +72,14 @@ TEST(ReadICalendar, SkipsAComponentWithinAnEvent) {
   EXPECT_EQ(Texts(file.notices), Strings{"3: PARTICIPANT: a handheld has no place for it"});
 }
 
+TEST(ReadICalendar, EndsAComponentWithinAnEventWithWhatIsAroundIt) {
+  const CalendarFile file = Read(
+      "BEGIN:VEVENT\nDTSTART:20080215T090000\nBEGIN:VALARM\nBEGIN:X-OWN\nEND:VALARM\nSUMMARY:A\n"
+      "BEGIN:X-OWN\nEND:VCALENDAR\nLOCATION:not this\nEND:VEVENT\n");
+  EXPECT_EQ(Subjects(file), Strings{"A"});
+  EXPECT_EQ(file.appointments.at(0).appointment.location, "");
+}
+
 TEST(ReadICalendar, FindsTheEndOfAnEventBehindAComponentWithoutEnd) {
   const CalendarFile file = Read(std::string("BEGIN:VEVENT\nDTSTART:20080215T090000\nSUMMARY:A\n"
                                              "BEGIN:VLOCATION\nNAME:x\nEND:VEVENT\n") +

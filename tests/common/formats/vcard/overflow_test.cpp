@@ -76,8 +76,10 @@ TEST(Overflow, IsNothingForACardThatFits) {
   EXPECT_THAT(fits.notices, IsEmpty());
 }
 
-TEST(Overflow, IsNothingForTheLabelOfAnEmptyAddress) {
-  const Contact contact = Kept("item1.ADR:;;\f;;;;\nitem1.X-ABLabel:Beach house\n");
+TEST(Overflow, IsNothingForTheLabelOfWhatIsEmpty) {
+  const Contact contact = Kept(
+      "item1.ADR:;;\f;;;;\nitem1.X-ABLabel:Beach house\n"
+      "item2.URL:\f\nitem2.X-ABLabel:Shop\n");
   EXPECT_EQ(contact[Field::kBody], "");
   EXPECT_EQ(ReadBack(contact), contact);
 }
