@@ -56,6 +56,8 @@ class CardEditor {
   std::vector<CardLines> SayersOf(const CanonicalLine& canonical) const;
   // Those without which the card would say it otherwise.
   CardLines CarriersOf(const CanonicalLine& canonical) const;
+  // The lines, and those that say the same again, which count when they are gone.
+  CardLines WithRepeats(const CardLines& lines) const;
   CardLines Without(const CardLines& removed) const;
   CardLines With(const CardLineRef& old, const CardLineRef& replacement) const;
 
@@ -144,6 +146,17 @@ CardLines CardEditor::CarriersOf(const CanonicalLine& canonical) const {
     if (carries) carriers.push_back(line);
   }
   return carriers;
+}
+
+CardLines CardEditor::WithRepeats(const CardLines& lines) const {
+  CardLines all;
+  for (const CardLineRef& line : lines_) {
+    const bool repeats = std::any_of(lines.begin(), lines.end(), [&](const CardLineRef& each) {
+      return each == line || (!each->says.empty() && Says(*line, each->says.front().key));
+    });
+    if (repeats) all.push_back(line);
+  }
+  return all;
 }
 
 // With a line its group's label goes, unless that is for other lines as well.
@@ -299,7 +312,9 @@ void CardEditor::Remove(const CanonicalLine& gone) {
   }
   if (!StillConcerns(gone, false)) return;
   const CardLines carriers = CarriersOf(gone);
-  if (!carriers.empty() && Try(Without(carriers), Needed::kBetter)) return;
+  for (const CardLines& lines : {WithRepeats(carriers), carriers}) {
+    if (!lines.empty() && Try(Without(lines), Needed::kBetter)) return;
+  }
   CanonicalLine blank = gone;
   std::erase_if(blank.line.value, [](char c) { return c != ';'; });
   for (const CardLineRef& carrier : carriers) {

@@ -1,7 +1,9 @@
 #include "desktop/folder/file_parts.h"
 
+#include <optional>
 #include <utility>
 
+#include "common/formats/lines/vcard_property.h"
 #include "common/text/text.h"
 
 namespace desktop {
@@ -25,12 +27,12 @@ bool IsEmptyLine(std::string_view line) {
   return line.find_first_not_of(" \t\r\n") == std::string_view::npos;
 }
 
-// Whether a value that begins in the first line is quoted-printable and goes on behind the last.
-bool EndsSoftly(std::string_view first, std::string_view last) {
+// Whether the line's value is quoted-printable and goes on behind the last of its physical lines.
+bool EndsSoftly(const formats::ContentLine& line, std::string_view last) {
   const std::size_t end = last.find_last_not_of(" \t\r\n");
-  return end != std::string_view::npos && last[end] == '=' &&
-         text::ToUpperAscii(first.substr(0, first.find(':'))).find("QUOTED-PRINTABLE") !=
-             std::string::npos;
+  if (end == std::string_view::npos || last[end] != '=') return false;
+  const std::optional<formats::Property> property = formats::ParseProperty(line);
+  return property && EncodingOf(*property) == formats::TransferEncoding::kQuotedPrintable;
 }
 
 // The name behind "BEGIN:", in upper case; empty for another line.
@@ -121,7 +123,7 @@ FileParts FindParts(std::string_view text) {
     };
     while (after > first + 1 && IsEmptyLine(physical(after - 1))) --after;
     // An empty line is what a soft line break joins to the one before it.
-    if (after < next && EndsSoftly(physical(first), physical(after - 1))) ++after;
+    if (after < next && EndsSoftly(file.lines[i].content, physical(after - 1))) ++after;
     file.lines[i].end = begins[after];
   }
   PartFinder finder(file);

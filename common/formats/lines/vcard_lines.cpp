@@ -1,8 +1,10 @@
 #include "common/formats/lines/vcard_lines.h"
 
 #include <algorithm>
+#include <optional>
 #include <vector>
 
+#include "common/formats/lines/vcard_property.h"
 #include "common/text/text.h"
 
 namespace formats {
@@ -21,10 +23,17 @@ bool StartsWithBlank(std::string_view line) {
   return line.starts_with(' ') || line.starts_with('\t');
 }
 
-enum class Encoding { kNone, kQuotedPrintable, kBase64 };
-
-bool ContainsNoCase(std::string_view text, std::string_view upper) {
-  return text::ToUpperAscii(text).find(upper) != kNowhere;
+// How a value is encoded whose property begins so, up to its colon.
+TransferEncoding EncodingBehind(const std::string& header) {
+  const std::string upper = text::ToUpperAscii(header);
+  const bool mayHaveOne = upper.find("ENCODING") != kNowhere ||
+                          upper.find("QUOTED-PRINTABLE") != kNowhere ||
+                          upper.find("BASE64") != kNowhere;
+  if (!mayHaveOne) return TransferEncoding::kNone;
+  ContentLine line;
+  line.text = header + ":";
+  const std::optional<Property> property = ParseProperty(line);
+  return property ? EncodingOf(*property) : TransferEncoding::kNone;
 }
 
 // Finds out, line by line, how a property's value is encoded: from what stands before the colon.
@@ -37,34 +46,18 @@ class HeaderScan {
       if (part[i] != ':' || quoted_) continue;
       header_ += part.substr(0, i);
       done_ = true;
-      if (SaysQuotedPrintable()) {
-        encoding_ = Encoding::kQuotedPrintable;
-      } else if (ContainsNoCase(header_, "BASE64") || EndsWithB()) {
-        encoding_ = Encoding::kBase64;
-      }
+      encoding_ = EncodingBehind(header_);
       return;
     }
     header_ += part;
   }
-  Encoding encoding() const { return encoding_; }
+  TransferEncoding encoding() const { return encoding_; }
 
  private:
-  // As a parameter of its own: another may have a word like it, whose line ends in "=" by chance.
-  bool SaysQuotedPrintable() const {
-    std::string parameters = text::ToUpperAscii(header_) + ";";
-    std::erase_if(parameters, [](char c) { return c == ' ' || c == '\t' || c == '"'; });
-    return parameters.find(";QUOTED-PRINTABLE;") != kNowhere ||
-           parameters.find("ENCODING=QUOTED-PRINTABLE;") != kNowhere;
-  }
-  bool EndsWithB() const {
-    const std::string upper = text::ToUpperAscii(header_) + ";";
-    return upper.find("ENCODING=B;") != kNowhere;
-  }
-
   std::string header_;
   bool quoted_ = false;
   bool done_ = false;
-  Encoding encoding_ = Encoding::kNone;
+  TransferEncoding encoding_ = TransferEncoding::kNone;
 };
 
 // A property's line has no colon when it is folded before it, but most often a sign of its own.
@@ -174,8 +167,8 @@ void ContentLineReader::JoinContinuations(std::string_view last, std::string& ou
   while (position_ < text_.size()) {
     std::size_t next = 0;
     const std::string_view line = Peek(&next);
-    const Encoding encoding = header.encoding();
-    const bool quotedPrintable = encoding == Encoding::kQuotedPrintable;
+    const TransferEncoding encoding = header.encoding();
+    const bool quotedPrintable = encoding == TransferEncoding::kQuotedPrintable;
     const std::size_t softBreak = quotedPrintable ? SoftBreakLength(last) : 0;
     if (IsVCardBegin(line) || IsVCardEnd(line)) break;
     if (softBreak > 0) {
@@ -186,7 +179,7 @@ void ContentLineReader::JoinContinuations(std::string_view last, std::string& ou
       out += line.substr(dialect_ == VCardDialect::k21 ? 0 : 1);
       header.Feed(line.substr(1));
     } else if ((quotedPrintable && line.starts_with('=')) ||
-               (encoding == Encoding::kBase64 && IsBase64(line))) {
+               (encoding == TransferEncoding::kBase64 && IsBase64(line))) {
       out += line;
     } else {
       break;

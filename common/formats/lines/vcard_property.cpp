@@ -102,18 +102,13 @@ void ParseHeader(std::string_view header, Property& property) {
   }
 }
 
-bool HasEncoding(const Property& property, std::string_view first, std::string_view second) {
-  const std::string* encoding = property.Parameter("ENCODING");
-  return encoding != nullptr &&
-         (text::EqualsNoCase(*encoding, first) || text::EqualsNoCase(*encoding, second));
-}
-
 std::string DecodeValue(std::string_view raw, Property& property) {
   std::string bytes;
-  if (HasEncoding(property, "QUOTED-PRINTABLE", "Q")) {
+  const TransferEncoding encoding = EncodingOf(property);
+  if (encoding == TransferEncoding::kQuotedPrintable) {
     // A writer that encoded everything encoded the separators, too.
     bytes = text::DecodeQuotedPrintable(raw, raw.find(';') != kNone);
-  } else if (HasEncoding(property, "BASE64", "B")) {
+  } else if (encoding == TransferEncoding::kBase64) {
     bytes = text::DecodeBase64(raw);
   } else {
     bytes = raw;
@@ -136,6 +131,14 @@ std::string DecodeValue(std::string_view raw, Property& property) {
 }
 
 }  // namespace
+
+TransferEncoding EncodingOf(const Property& property) {
+  const std::string* word = property.Parameter("ENCODING");
+  const auto is = [&](std::string_view name) { return text::EqualsNoCase(*word, name); };
+  if (word == nullptr) return TransferEncoding::kNone;
+  if (is("QUOTED-PRINTABLE") || is("Q")) return TransferEncoding::kQuotedPrintable;
+  return is("BASE64") || is("B") ? TransferEncoding::kBase64 : TransferEncoding::kNone;
+}
 
 const std::string* Property::Parameter(std::string_view parameter) const {
   for (const auto& [key, text] : parameters) {
@@ -183,7 +186,7 @@ std::optional<Property> ParseProperty(const ContentLine& line) {
   property.name = text::ToUpperAscii(name);
   ParseHeader(header, property);
   property.value = text::NormalizeLineBreaks(DecodeValue(text.substr(colon + 1), property));
-  if (property.problem.empty() && !HasEncoding(property, "BASE64", "B") &&
+  if (property.problem.empty() && EncodingOf(property) != TransferEncoding::kBase64 &&
       std::ranges::any_of(property.value, IsLeftOut)) {
     property.problem = "control characters are left out";
   }
@@ -206,7 +209,8 @@ std::vector<std::string_view> SplitValue(std::string_view value, char separator)
 }
 
 Unescaper::Unescaper(const Property& property)
-    : property_(property), quotedPrintable_(HasEncoding(property, "QUOTED-PRINTABLE", "Q")) {
+    : property_(property),
+      quotedPrintable_(EncodingOf(property) == TransferEncoding::kQuotedPrintable) {
   for (const auto& [name, text] : property.parameters) {
     if (name == "X-LINE-BREAKS") breaks_.push_back(text);
   }

@@ -36,6 +36,9 @@ struct Property {
 // Takes a content line apart. Null for a line that is no property.
 std::optional<Property> ParseProperty(const ContentLine& line);
 
+enum class TransferEncoding { kNone, kQuotedPrintable, kBase64 };
+TransferEncoding EncodingOf(const Property& property);
+
 // A value's parts between separators that no backslash escapes; the parts stay escaped. Always at
 // least one.
 std::vector<std::string_view> SplitValue(std::string_view value, char separator);

@@ -102,6 +102,13 @@ TEST(CardEdit, KeepsTheFoldsInFrontOfWhatANoteAdds) {
   EXPECT_EQ(result.bytes, Replaced(card, "NOTE:two", "NOTE:two and more"));
 }
 
+TEST(CardEdit, RemovesNotesThatRepeatEachOther) {
+  const std::string card = Card("a", "N:Berg;Anna;;;\r\nNOTE:one\r\nNOTE:two\r\nNOTE:one\r\n");
+  const EditResult result = EditContact(card, [](Contact& c) { c[ContactField::kBody].clear(); });
+  EXPECT_EQ(result.bytes, Card("a", "N:Berg;Anna;;;\r\n"));
+  EXPECT_THAT(result.losses, IsEmpty());
+}
+
 TEST(CardEdit, ClearsATextThatSeveralLinesSay) {
   const std::string card = Card("a", "N:Berg;Anna;;;\r\nNOTE:one\r\nX-A:1\r\nNOTE:two\r\n");
   const EditResult result = EditContact(card, [](Contact& c) { c[F::kBody].clear(); });

@@ -88,6 +88,10 @@ TEST(Folding, NeverJoinsTheEndOfACard) {
 TEST(Folding, TakesAWordLikeAnEncodingForNone) {
   EXPECT_EQ(CardLines("3.0", "TEL;TYPE=XQUOTED-PRINTABLE:a=\n b\n"),
             Lines{"3: TEL;TYPE=XQUOTED-PRINTABLE:a=b"});
+  EXPECT_EQ(CardLines("3.0", "TEL;\";QUOTED-PRINTABLE\":=\nTEL:1\n"),
+            (Lines{"3: TEL;\";QUOTED-PRINTABLE\":=", "4: TEL:1"}));
+  EXPECT_EQ(CardLines("3.0", "X-A;TYPE=XBASE64:ab\nX;TYPE=HOME\n"),
+            (Lines{"3: X-A;TYPE=XBASE64:ab", "4: X;TYPE=HOME"}));
   EXPECT_EQ(CardLines("3.0", "TEL;TYPE=HOME; encoding=\"quoted-printable\":a=\nb\n"),
             Lines{"3: TEL;TYPE=HOME; encoding=\"quoted-printable\":ab"});
 }
