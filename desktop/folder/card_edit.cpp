@@ -21,6 +21,9 @@ using formats::ContactField;
 
 enum class Needed { kBetter, kNotWorse };
 
+// Where a card's lines are put together, none of them is hidden by another.
+constexpr ContactField kSaidByAllLines[] = {ContactField::kBody, ContactField::kChildren};
+
 class CardEditor {
  public:
   CardEditor(std::string_view text, std::span<const FileLine> lines, const Contact& to,
@@ -56,8 +59,8 @@ class CardEditor {
   std::vector<CardLines> SayersOf(const CanonicalLine& canonical) const;
   // Those without which the card would say it otherwise.
   CardLines CarriersOf(const CanonicalLine& canonical) const;
-  // The lines, and those that say the same again, which count when they are gone.
-  CardLines WithRepeats(const CardLines& lines) const;
+  // The line, and those that say the same again.
+  CardLines Repeating(const CardLineRef& line) const;
   CardLines Without(const CardLines& removed) const;
   CardLines With(const CardLineRef& old, const CardLineRef& replacement) const;
 
@@ -138,7 +141,7 @@ CardLines CardEditor::CarriersOf(const CanonicalLine& canonical) const {
   CardLines carriers;
   for (const CardLineRef& line : lines_) {
     if (line->foreign || line->says.empty() || line->IsNamed("FN")) continue;
-    const Contact without = CardReading::Read(Without({line}));
+    const Contact without = CardReading::Read(Without(Repeating(line)));
     const ContactDifferences lost = DifferencesOf(without, now);
     const bool carries = std::any_of(lost.begin(), lost.end(), [&](const auto& each) {
       return each.missing && values.contains(each.value);
@@ -148,15 +151,11 @@ CardLines CardEditor::CarriersOf(const CanonicalLine& canonical) const {
   return carriers;
 }
 
-CardLines CardEditor::WithRepeats(const CardLines& lines) const {
-  CardLines all;
-  for (const CardLineRef& line : lines_) {
-    const bool repeats = std::any_of(lines.begin(), lines.end(), [&](const CardLineRef& each) {
-      return each == line || (!each->says.empty() && Says(*line, each->says.front().key));
-    });
-    if (repeats) all.push_back(line);
-  }
-  return all;
+CardLines CardEditor::Repeating(const CardLineRef& line) const {
+  CardLines repeating;
+  std::copy_if(lines_.begin(), lines_.end(), std::back_inserter(repeating),
+               [&](const CardLineRef& each) { return Says(*each, line->says.front().key); });
+  return repeating;
 }
 
 // With a line its group's label goes, unless that is for other lines as well.
@@ -312,9 +311,7 @@ void CardEditor::Remove(const CanonicalLine& gone) {
   }
   if (!StillConcerns(gone, false)) return;
   const CardLines carriers = CarriersOf(gone);
-  for (const CardLines& lines : {WithRepeats(carriers), carriers}) {
-    if (!lines.empty() && Try(Without(lines), Needed::kBetter)) return;
-  }
+  if (!carriers.empty() && Try(Without(carriers), Needed::kBetter)) return;
   CanonicalLine blank = gone;
   std::erase_if(blank.line.value, [](char c) { return c != ';'; });
   for (const CardLineRef& carrier : carriers) {
@@ -386,7 +383,9 @@ EditedPart CardEditor::Edit(std::chrono::sys_seconds when) {
   if (differences_.empty()) return {CardReading::BytesOf(lines_), {}};
   const std::set<std::string> said = ValuesOf(was_);
   for (const CardLineRef& line : lines_) {
-    for (const std::string& value : ValuesOf(line->alone)) {
+    Contact alone = line->alone;
+    for (const ContactField field : kSaidByAllLines) alone[field].clear();
+    for (const std::string& value : ValuesOf(alone)) {
       if (!said.contains(value)) hidden_.insert(value);
     }
   }

@@ -103,10 +103,13 @@ TEST(CardEdit, KeepsTheFoldsInFrontOfWhatANoteAdds) {
 }
 
 TEST(CardEdit, RemovesNotesThatRepeatEachOther) {
-  const std::string card = Card("a", "N:Berg;Anna;;;\r\nNOTE:one\r\nNOTE:two\r\nNOTE:one\r\n");
-  const EditResult result = EditContact(card, [](Contact& c) { c[ContactField::kBody].clear(); });
-  EXPECT_EQ(result.bytes, Card("a", "N:Berg;Anna;;;\r\n"));
-  EXPECT_THAT(result.losses, IsEmpty());
+  for (const char* notes :
+       {"NOTE:one\r\nNOTE:two\r\nNOTE:one\r\n", "NOTE:one\r\nNOTE:one\r\nNOTE:two\r\n"}) {
+    const std::string card = Card("a", "N:Berg;Anna;;;\r\n" + std::string(notes));
+    const EditResult result = EditContact(card, [](Contact& c) { c[F::kBody].clear(); });
+    EXPECT_EQ(result.bytes, Card("a", "N:Berg;Anna;;;\r\n")) << notes;
+    EXPECT_THAT(result.losses, IsEmpty());
+  }
 }
 
 TEST(CardEdit, ClearsATextThatSeveralLinesSay) {
