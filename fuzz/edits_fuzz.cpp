@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -156,14 +157,40 @@ bool AreInOrder(std::string_view text, const std::vector<std::string_view>& piec
   });
 }
 
-bool ReadsAs(const Item& now, const Item& wanted) {
+// What the lines of the card at the line say, each by itself.
+std::set<std::string> ValuesOfLines(const Layout& layout, std::size_t line) {
+  constexpr std::string_view kVersions[] = {"2.1", "3.0", "4.0"};
+  std::set<std::string> values;
+  const auto& parts = layout.parts;
+  const auto card = std::ranges::find_if(parts.parts, [&](const desktop::FilePart& part) {
+    return parts.lines[part.first].content.line == line;
+  });
+  for (std::size_t i = card->first + 1; i < card->last; ++i) {
+    const auto version = static_cast<std::size_t>(parts.lines[i].content.dialect);
+    std::string alone = "BEGIN:VCARD\nVERSION:" + std::string(kVersions[version]) + "\n";
+    alone.append(layout.TextOf(i, i)).append("\nEND:VCARD\n");
+    for (const DeskItem& item : desktop::ReadDeskBytes("a.vcf", alone, EditZone()).items) {
+      values.merge(desktop::ValuesOf(std::get<formats::Contact>(item.item)));
+    }
+  }
+  return values;
+}
+
+// As it is wanted; in a card, what another line said in vain before may now be said.
+bool ReadsAs(const Item& now, const Item& wanted, const Layout& was, std::size_t line) {
   const auto* contact = std::get_if<formats::Contact>(&now);
   if (contact == nullptr) {
     return desktop::DifferingFields(desktop::FactsOf(now), desktop::FactsOf(wanted)).empty();
   }
-  const auto differences = desktop::DifferencesOf(*contact, std::get<formats::Contact>(wanted));
+  auto differences = desktop::DifferencesOf(*contact, std::get<formats::Contact>(wanted));
   // A name to sort by that follows from the others is as good as none.
-  return std::ranges::all_of(differences, [](const auto& each) { return each.field == "FileAs"; });
+  std::erase_if(differences, [](const auto& each) { return each.field == "FileAs"; });
+  if (differences.empty()) return true;
+  const std::set<std::string> values = ValuesOfLines(was, line);
+  return std::ranges::all_of(differences, [&](const auto& each) {
+    const bool isOfAllLines = each.field == "Body" || each.field == "Children";
+    return !each.missing && !isOfAllLines && values.contains(each.value);
+  });
 }
 
 // The same item in a later reading: that of its kind and UID, of several the one of its rank.
@@ -217,7 +244,7 @@ void RequireEdit(const char* name, std::string_view bytes, const Wish& wish) {
   Require(after.items.size() == before.items.size(), "there are as many items");
   const Item* const now = Standing(before.items, index, after.items);
   Require(now != nullptr, "the item is still there");
-  Require(!change.losses.empty() || ReadsAs(*now, to), "it reads as wanted");
+  Require(!change.losses.empty() || ReadsAs(*now, to, was, item.line), "it reads as wanted");
 
   desktop::TextEdit removal(bytes, EditZone(), kWhen);
   if (!removal.Remove(item.line, item.item).done) return;
