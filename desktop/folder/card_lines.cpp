@@ -26,6 +26,8 @@ std::string Framed(formats::VCardDialect dialect, std::string_view inner) {
   std::string card = "BEGIN:VCARD\r\nVERSION:";
   card += kVersions[static_cast<std::size_t>(dialect)];
   card += "\r\n";
+  // A card's first line may begin with a blank and continues nothing.
+  if (inner.starts_with(' ') || inner.starts_with('\t')) card += "\r\n";
   card += inner;
   if (!inner.ends_with('\n') && !inner.ends_with('\r')) card += "\r\n";
   return card += "END:VCARD\r\n";

@@ -102,6 +102,15 @@ TEST(CardEdit, KeepsTheFoldsInFrontOfWhatANoteAdds) {
   EXPECT_EQ(result.bytes, Replaced(card, "NOTE:two", "NOTE:two and more"));
 }
 
+TEST(CardEdit, KnowsALongFirstLineThatBeginsWithABlank) {
+  const std::string number(300, '1');
+  const std::string card = "BEGIN:VCARD\r\n TEL;TYPE=CELL:" + number + "\r\nEND:VCARD\r\n";
+  EXPECT_EQ(EditContact(card, [](Contact&) {}).bytes, card);
+  const EditResult result =
+      EditContact(card, [](Contact& c) { c[F::kMobileTelephoneNumber] = "2"; });
+  EXPECT_EQ(std::get<Contact>(result.now)[F::kMobileTelephoneNumber], "2");
+}
+
 TEST(CardEdit, RemovesNotesThatRepeatEachOther) {
   for (const char* notes :
        {"NOTE:one\r\nNOTE:two\r\nNOTE:one\r\n", "NOTE:one\r\nNOTE:one\r\nNOTE:two\r\n"}) {
