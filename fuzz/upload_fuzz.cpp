@@ -25,7 +25,7 @@ using corvane::testing::TestHandheld;
 using corvane::testing::UploadAnswer;
 using fuzz::Require;
 
-constexpr int kInputsOfAHandheld = 100;
+constexpr int kInputsOfAHandheld = 20;
 
 // Nothing for a document that the desktop would not send.
 std::optional<std::size_t> CountRecords(const std::string& document) {
