@@ -117,8 +117,9 @@ RawLine CardReading::Spelled(const CardLine& line) {
 Contact CardReading::Read(const CardLines& lines) {
   std::string card;
   for (const CardLineRef& line : lines) {
-    // What stands behind a line that is left out does not continue the one before it.
-    card += line->foreign ? "\n" : line->bytes;
+    // What stands behind a line that is left out does not continue the one before it, though that
+    // ends in a CR.
+    card += line->foreign ? "\n\n" : line->bytes;
   }
   Contact contact = ReadCard(card);
   contact.uid.clear();

@@ -111,6 +111,11 @@ TEST(CardEdit, KnowsALongFirstLineThatBeginsWithABlank) {
   EXPECT_EQ(std::get<Contact>(result.now)[F::kMobileTelephoneNumber], "2");
 }
 
+TEST(CardEdit, KnowsAnEmptyLineBehindACarriageReturn) {
+  const std::string card = "BEGIN:VCARD\nNOTE:a\r\r b\rEND:VCARD\r";
+  EXPECT_EQ(EditContact(card, [](Contact&) {}).bytes, card);
+}
+
 TEST(CardEdit, RemovesNotesThatRepeatEachOther) {
   for (const char* notes :
        {"NOTE:one\r\nNOTE:two\r\nNOTE:one\r\n", "NOTE:one\r\nNOTE:one\r\nNOTE:two\r\n"}) {
