@@ -3,14 +3,13 @@
 #include <sqlite3.h>
 
 #include <algorithm>
-#include <fstream>
 #include <map>
 #include <memory>
 #include <set>
 #include <string_view>
-#include <system_error>
 
 #include "handheld/base/fault.h"
+#include "handheld/store/schema_pages.h"
 #include "handheld/store/store_error.h"
 #include "handheld/store/store_schema.h"
 #include "platform/status.h"
@@ -26,7 +25,6 @@ constexpr int kSingleSteps = 10000;
 constexpr int kMostTurns = 1000;
 constexpr std::int64_t kLast = INT64_MAX;  // that a row can have
 constexpr std::int64_t kNone = kLast;
-constexpr std::size_t kPage = 4096;
 
 // What gives identifiers away: what was the last one by its own account and by the tables that have
 // them, and how it goes on.
@@ -144,12 +142,16 @@ class Salvager {
     SaveLedger();
     MendReferences();
     for (const Counter* counter : {&kOids, &kMessageIds, &kCallIds}) Raise(*counter);
+    if (unnamed_ > 0) salvage_.lost.push_back("and " + std::to_string(unnamed_) + " more");
     return status_;
   }
 
  private:
   void Lose(std::string what) {
-    if (salvage_.lost.size() < kMostLost) salvage_.lost.push_back(std::move(what));
+    if (salvage_.lost.size() < kMostLost)
+      salvage_.lost.push_back(std::move(what));
+    else
+      ++unnamed_;
   }
   // A loss is for the caller to name; anything else that went wrong ends it all.
   int Seen(int result) {
@@ -176,7 +178,7 @@ class Salvager {
     if (IsLoss(result)) Lose(table + ": cannot be read");
     return IsRow(result);
   }
-  // Whether all that is in the table can be found in its order.
+  // Whether all that is in the table and its indexes can be found in its order.
   bool IsSound(const std::string& table) {
     Query check(damaged_, "PRAGMA integrity_check('" + table + "')");
     bool isSound = false;
@@ -205,7 +207,10 @@ class Salvager {
     if (!Has(name)) return;
     Query insert = InsertInto(name);
     std::set<std::int64_t> saved;
-    const bool whole = SaveInOrder(name, insert, saved) || SaveOneByOne(table, insert, saved);
+    named_.clear();
+    const std::size_t lost = salvage_.lost.size();
+    bool whole = SaveInOrder(name, insert, saved) || SaveOneByOne(table, insert, saved);
+    whole = !TellOfHidden(table, saved, salvage_.lost.size() > lost) && whole;
     if (!saved.empty()) salvage_.saved.emplace_back(name, saved.size());
     if (table.hasRowsFromTheStart && whole) KeepOnly(name, saved);
   }
@@ -219,8 +224,7 @@ class Salvager {
     while ((result = rows.Step()) == SQLITE_ROW && turns < kMostTurns) {
       const std::int64_t number = rows.Integer(0);
       // What leads back to earlier rows, or past them, leads no longer to others.
-      if (number <= last && turns++ == 0)
-        Lose(name + ": out of order; some that cannot be named may be lost");
+      if (number <= last && turns++ == 0) LoseOrder(name);
       last = number;
       if (Seen(insert.RunWithRowOf(rows, 1)) != SQLITE_DONE) return false;
       saved.insert(number);
@@ -234,6 +238,7 @@ class Salvager {
     Query next(damaged_, "SELECT rowid" + from + ">= ?1 ORDER BY rowid LIMIT 1");
     Query row(damaged_, "SELECT *" + from + "= ?1");
     bool whole = true;
+    bool isInOrder = true;
     std::int64_t number = 1;
     int result;
     while (!IsDone(result = next.Run(number)) && Succeeded(status_)) {
@@ -242,7 +247,11 @@ class Salvager {
       // A damaged tree may lead back to rows that have been there.
       if (result == SQLITE_ROW && next.Integer(0) >= number) {
         number = last = next.Integer(0);
-        const int found = saved.contains(number) ? SQLITE_DONE : row.Run(number);
+        const bool isSaved = saved.contains(number);
+        const int found = isSaved ? SQLITE_DONE : row.Run(number);
+        // Not where its number says: what lies between was passed over.
+        if (!isSaved && found == SQLITE_DONE && isInOrder) LoseOrder(table.name);
+        isInOrder = isInOrder && (isSaved || found != SQLITE_DONE);
         if (found == SQLITE_ROW && SaveRows(row, found, insert)) saved.insert(number);
         if (saved.contains(number)) {
           if (number++ == kLast) break;
@@ -259,6 +268,40 @@ class Salvager {
       number = last + 1;
     }
     return whole;
+  }
+
+  // A damaged tree may leave rows out without an error. The table's indexes, where it has some,
+  // still name them. Whether it did.
+  bool TellOfHidden(const NumberedTable& table, const std::set<std::int64_t>& saved, bool isTold) {
+    const std::string name = table.name;
+    std::set<std::int64_t> indexed;
+    bool hasIndex = false;
+    Query indexes(damaged_, "SELECT name FROM pragma_index_list('" + name + "')");
+    while (Seen(indexes.Step()) == SQLITE_ROW) {
+      hasIndex = true;
+      std::string all = "SELECT rowid FROM " + name + " INDEXED BY ";
+      Query rows(damaged_, all.append(indexes.Text(0)));
+      // A damaged index may name the same ones again and again.
+      for (std::size_t steps = 0; Seen(rows.Step()) == SQLITE_ROW; ++steps) {
+        indexed.insert(rows.Integer(0));
+        if (steps > 4 * indexed.size() + kMostTurns) break;
+      }
+    }
+    bool hides = false;
+    for (const std::int64_t number : indexed) {
+      if (saved.contains(number) || IsNamed(number)) continue;
+      Lose(std::string(table.noun) + ' ' + std::to_string(number) + ": cannot be read");
+      hides = true;
+    }
+    if (hasIndex || isTold || IsSound(name)) return hides;
+    Lose(name + ": damaged; some that cannot be named may be lost");
+    return true;
+  }
+
+  bool IsNamed(std::int64_t number) const {
+    return std::any_of(named_.begin(), named_.end(), [&](const auto& range) {
+      return range.first <= number && number <= range.second;
+    });
   }
 
   void KeepOnly(const std::string& table, const std::set<std::int64_t>& ids) {
@@ -290,11 +333,16 @@ class Salvager {
     return good;
   }
 
+  void LoseOrder(const std::string& table) {
+    Lose(table + ": out of order; some that cannot be named may be lost");
+  }
+
   void LoseRange(const NumberedTable& table, std::int64_t first, std::int64_t last) {
     const std::string name = std::string(table.noun) + ' ' + std::to_string(first);
     Lose(first == last
              ? name + ": cannot be read"
              : name + " to " + std::to_string(last) + ": cannot be read, as far as there were any");
+    named_.emplace_back(first, last);
     if (table.counter) lostUpTo_[table.counter] = std::max(lostUpTo_[table.counter], last);
   }
 
@@ -313,6 +361,7 @@ class Salvager {
       const std::int64_t message = messages.Integer(0);
       if (!SaveRows(rows, rows.Run(message), insert) && !SaveRows(rows, rows.Run(message), insert))
         Lose("message " + std::to_string(message) + ": its recipients cannot be read");
+      if (message == kLast) break;
       from = message + 1;
     }
   }
@@ -351,7 +400,7 @@ class Salvager {
          "UPDATE messages SET folder = 3" + homeless, "messages" + homeless);
   }
 
-  // No identifier is given away twice, one of what is lost as little as another.
+  // No identifier that is known is given away twice, one of what is lost as little as another.
   void Raise(const Counter& counter) {
     Query raise(fresh_, counter.raise);
     Seen(raise.Run(std::max({Number(damaged_, counter.lastGiven), Number(fresh_, counter.lastUsed),
@@ -364,6 +413,8 @@ class Salvager {
   sqlite3* const fresh_;
   Salvage& salvage_;
   std::map<const Counter*, std::int64_t> lostUpTo_;
+  std::vector<std::pair<std::int64_t, std::int64_t>> named_;  // lost numbers of a table
+  std::uint64_t unnamed_ = 0;                                 // losses beyond those that are named
   HRESULT status_ = S_OK;
 };
 
@@ -385,73 +436,6 @@ HRESULT OpenDamaged(const std::filesystem::path& path, DatabasePtr& database) {
   Query tables(database.get(), "SELECT count(*) FROM sqlite_schema WHERE name = 'contacts'");
   if (const int result = tables.Run(); result != SQLITE_ROW) return StoreStatus(result);
   return tables.Integer(0) == 1 ? S_OK : kStoreDamaged;
-}
-
-// The database's file as https://www.sqlite.org/fileformat2.html describes it.
-class DatabaseFile {
- public:
-  explicit DatabaseFile(const std::filesystem::path& path)
-      : file_(path, std::ios::binary | std::ios::in | std::ios::out) {}
-
-  std::string ReadPage(std::size_t number) {
-    std::string page(kPage, '\0');
-    file_.seekg(Place(number));
-    file_.read(page.data(), kPage);
-    return page;
-  }
-  void WritePage(std::size_t number, const std::string& page) {
-    file_.seekp(Place(number));
-    file_.write(page.data(), kPage);
-    file_.flush();
-  }
-  bool good() const { return file_.good(); }
-
- private:
-  static std::streamoff Place(std::size_t number) {
-    return static_cast<std::streamoff>((number - 1) * kPage);
-  }
-
-  std::fstream file_;
-};
-
-std::size_t BigEndian(std::string_view page, std::size_t at, std::size_t bytes) {
-  std::size_t number = 0;
-  for (std::size_t i = 0; i < bytes; ++i)
-    number = number << 8 | static_cast<unsigned char>(page[at + i]);
-  return number;
-}
-
-void SetBigEndian(std::string& page, std::size_t at, std::size_t number) {
-  for (std::size_t i = 4; i-- > 0; number >>= 8) page[at + i] = static_cast<char>(number);
-}
-
-// The pages that say what tables there are lie at the same places in every store that was made in
-// this format: those of the damaged one become those of the fresh one. Its free pages are
-// forgotten.
-bool MendSchema(const std::filesystem::path& damaged, const std::filesystem::path& fresh) {
-  std::error_code error;
-  const std::size_t pages = std::filesystem::file_size(damaged, error) / kPage;
-  DatabaseFile from(fresh);
-  DatabaseFile to(damaged);
-  std::string first = from.ReadPage(1);
-  constexpr std::size_t kTree = 100;  // where the page's part of the table begins
-  if (error || !from.good() || first[kTree] != 5) return false;
-  std::vector<std::size_t> children = {BigEndian(first, kTree + 8, 4)};
-  for (std::size_t i = 0; i < BigEndian(first, kTree + 3, 2); ++i)
-    children.push_back(BigEndian(first, BigEndian(first, kTree + 12 + 2 * i, 2), 4));
-  for (const std::size_t child : children) {
-    if (child > pages) return false;
-    to.WritePage(child, from.ReadPage(child));
-  }
-  SetBigEndian(first, 28, pages);
-  SetBigEndian(first, 32, 0);
-  SetBigEndian(first, 36, 0);
-  // Whether a write-ahead log belongs to it.
-  std::filesystem::path log = damaged;
-  log += "-wal";
-  first[18] = first[19] = std::filesystem::exists(log, error) ? 2 : 1;
-  to.WritePage(1, first);
-  return to.good();
 }
 
 }  // namespace

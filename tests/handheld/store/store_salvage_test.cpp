@@ -204,8 +204,10 @@ class SalvageOfAWrongTree : public StoreSalvage {
     ASSERT_TRUE(RunSql(
         *handheld_,
         "INSERT INTO messages (id, folder) VALUES (8, 3);" + numbers +
-            "INSERT INTO message_recipients SELECT 8, i, hex(zeroblob(450)), '' FROM n;" + numbers +
-            "INSERT INTO import_ledger SELECT 0, i, i, hex(zeroblob(450)) FROM n;"));
+            "INSERT INTO messages (id, folder, subject) "
+            "SELECT i + 8, 3, hex(zeroblob(450)) FROM n;" +
+            numbers + "INSERT INTO message_recipients SELECT 8, i, hex(zeroblob(450)), '' FROM n;" +
+            numbers + "INSERT INTO import_ledger SELECT 0, i, i, hex(zeroblob(450)) FROM n;"));
     MakeDamaged(12, "hex(zeroblob(900))");
     whole_ = directory_.Read("damaged.db");
     UsePointersOf("contacts");
@@ -300,6 +302,50 @@ TEST_F(SalvageOfAWrongTree, DoesNotGoRoundForEver) {
     EXPECT_EQ(outcome.status, S_OK);
     EXPECT_FALSE(outcome.salvage.lost.empty());
   }
+}
+
+TEST_F(SalvageOfAWrongTree, TellsOfALossWhicheverBitOfAPagesHeadHasChanged) {
+  constexpr std::size_t kHead = 12;
+  for (const std::string table : {"contacts", "messages"}) {
+    UsePointersOf(table);
+    const std::string count = "SELECT count(*) FROM " + table;
+    const std::string all = Answer("damaged.db", count.c_str());
+    int losses = 0;
+    for (std::size_t bit = 0; bit < 8 * (kHead + 2 * (pointers_.size() - 1)); ++bit) {
+      SCOPED_TRACE(table + " " + std::to_string(bit));
+      std::string bytes = whole_;
+      bytes[root_ + bit / 8] = static_cast<char>(bytes[root_ + bit / 8] ^ 1 << bit % 8);
+      directory_.Write("damaged.db", bytes);
+      const Outcome outcome = SalvageAnew();
+      ASSERT_EQ(outcome.status, S_OK);
+      if (Answer("fresh.db", count.c_str()) == all) continue;
+      ++losses;
+      EXPECT_FALSE(outcome.salvage.lost.empty());
+    }
+    EXPECT_GT(losses, 0);
+    directory_.Write("damaged.db", whole_);
+  }
+}
+
+TEST_F(SalvageOfAWrongTree, SavesTheRecipientsOfTheLastMessageThatThereCanBe) {
+  ASSERT_TRUE(RunSql(*handheld_,
+                     "UPDATE messages SET id = 9223372036854775807 WHERE id = 8;"
+                     "UPDATE message_recipients SET message = 9223372036854775807"));
+  fs::remove(directory_ / "damaged.db");
+  ASSERT_TRUE(RunSql(*handheld_, "VACUUM INTO '" + std::string(directory_ / "damaged.db") + "'"));
+  EXPECT_EQ(SalvageAnew().status, S_OK);
+  EXPECT_EQ(Answer("fresh.db", "SELECT count(*) FROM message_recipients"), "20");
+}
+
+TEST_F(SalvageOfAWrongTree, TellsHowManyLossesItDoesNotName) {
+  ASSERT_TRUE(RunSql(*handheld_,
+                     "WITH n (i) AS (VALUES (1000) UNION ALL SELECT i + 1 FROM n LIMIT 250) "
+                     "INSERT INTO messages (id, folder) SELECT i, 999999 FROM n"));
+  fs::remove(directory_ / "damaged.db");
+  ASSERT_TRUE(RunSql(*handheld_, "VACUUM INTO '" + std::string(directory_ / "damaged.db") + "'"));
+  const Outcome outcome = SalvageAnew();
+  EXPECT_EQ(outcome.salvage.lost.size(), 201u);
+  EXPECT_EQ(outcome.salvage.lost.back(), "and 50 more");
 }
 
 }  // namespace
