@@ -1,7 +1,7 @@
 // Any bytes as a file of a desk's, and an edit of one of its items: what says other items stays as
 // it is, byte for byte, and so do the item's lines that no handheld knows; an edit that changes
-// nothing changes no byte; the item is read as the edit wanted it, or what the file cannot say is
-// told.
+// nothing changes no byte; the item is read as the edit wanted it, but for a value that another
+// line of a card said in vain before, or what the file cannot say is told.
 //
 // The first bytes choose the kind of file, the item, the field and how long its new text is, which
 // follows; the others are the file.
@@ -100,6 +100,13 @@ struct Layout {
     const std::size_t begin = parts.lines[first].begin;
     return std::string_view(text).substr(begin, parts.lines[last].end - begin);
   }
+  // The part that begins at the line of the file; null without one.
+  const desktop::FilePart* PartAt(std::size_t line) const {
+    const auto part = std::ranges::find_if(parts.parts, [&](const desktop::FilePart& each) {
+      return parts.lines[each.first].content.line == line;
+    });
+    return part == parts.parts.end() ? nullptr : &*part;
+  }
   // The first UID directly within a part.
   std::string UidOf(const desktop::FilePart& part) const {
     for (std::size_t i = part.first; i <= part.last; ++i) {
@@ -121,10 +128,8 @@ std::vector<std::string_view> OtherItems(const Layout& layout, std::size_t line)
   const auto isItem = [](const desktop::FilePart& part) {
     return part.name == "VCARD" || part.name == "VEVENT" || part.name == "VTODO";
   };
-  const auto own = std::ranges::find_if(all, [&](const desktop::FilePart& part) {
-    return isItem(part) && layout.parts.lines[part.first].content.line == line;
-  });
-  Require(own != all.end(), "an item stands where it was read");
+  const desktop::FilePart* const own = layout.PartAt(line);
+  Require(own != nullptr && isItem(*own), "an item stands where it was read");
   const std::string uid = own->name == "VCARD" ? std::string() : layout.UidOf(*own);
   std::vector<std::string_view> others;
   std::size_t next = 0;
@@ -161,12 +166,9 @@ bool AreInOrder(std::string_view text, const std::vector<std::string_view>& piec
 std::set<std::string> ValuesOfLines(const Layout& layout, std::size_t line) {
   constexpr std::string_view kVersions[] = {"2.1", "3.0", "4.0"};
   std::set<std::string> values;
-  const auto& parts = layout.parts;
-  const auto card = std::ranges::find_if(parts.parts, [&](const desktop::FilePart& part) {
-    return parts.lines[part.first].content.line == line;
-  });
+  const desktop::FilePart* const card = layout.PartAt(line);
   for (std::size_t i = card->first + 1; i < card->last; ++i) {
-    const auto version = static_cast<std::size_t>(parts.lines[i].content.dialect);
+    const auto version = static_cast<std::size_t>(layout.parts.lines[i].content.dialect);
     std::string alone = "BEGIN:VCARD\nVERSION:" + std::string(kVersions[version]) + "\n";
     alone.append(layout.TextOf(i, i)).append("\nEND:VCARD\n");
     for (const DeskItem& item : desktop::ReadDeskBytes("a.vcf", alone, EditZone()).items) {

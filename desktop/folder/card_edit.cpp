@@ -154,7 +154,9 @@ CardLines CardEditor::CarriersOf(const CanonicalLine& canonical) const {
 CardLines CardEditor::Repeating(const CardLineRef& line) const {
   CardLines repeating;
   std::copy_if(lines_.begin(), lines_.end(), std::back_inserter(repeating),
-               [&](const CardLineRef& each) { return Says(*each, line->says.front().key); });
+               [&](const CardLineRef& each) {
+                 return !each->IsNamed("FN") && Says(*each, line->says.front().key);
+               });
   return repeating;
 }
 

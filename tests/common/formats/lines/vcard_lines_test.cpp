@@ -94,6 +94,7 @@ TEST(Folding, TakesAWordLikeAnEncodingForNone) {
             (Lines{"3: X-A;TYPE=XBASE64:ab", "4: X;TYPE=HOME"}));
   EXPECT_EQ(CardLines("3.0", "TEL;TYPE=HOME; encoding=\"quoted-printable\":a=\nb\n"),
             Lines{"3: TEL;TYPE=HOME; encoding=\"quoted-printable\":ab"});
+  EXPECT_EQ(CardLines("3.0", "NOTE;ENCODING=Q:a=\nb\n"), Lines{"3: NOTE;ENCODING=Q:ab"});
 }
 
 constexpr char kQuoted[] = "NOTE;ENCODING=QUOTED-PRINTABLE:";
