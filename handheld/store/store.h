@@ -136,8 +136,11 @@ class Store {
   // failure.
   [[nodiscard]] static HRESULT OpenExisting(const Handheld& handheld, std::unique_ptr<Store>& store,
                                             std::string& problem);
+  [[nodiscard]] static HRESULT OpenExisting(const Handheld& handheld,
+                                            const std::filesystem::path& path,
+                                            std::unique_ptr<Store>& store, std::string& problem);
   // False as well for a file without content, which is what is left when making it fails early.
-  static bool Exists(const Handheld& handheld);
+  static bool Exists(const std::filesystem::path& path);
   // Commits what is pending, and keeps room for deletions.
   ~Store();
   Store(const Store&) = delete;

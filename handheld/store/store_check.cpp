@@ -240,10 +240,15 @@ class Check {
 }  // namespace
 
 std::vector<std::string> CheckStore(const Handheld& handheld) {
-  if (!Store::Exists(handheld) && handheld.Number(kStoreCreated, 0) == 0) return {};
+  if (!Store::Exists(handheld.storePath()) && handheld.Number(kStoreCreated, 0) == 0) return {};
+  return CheckStore(handheld, handheld.storePath());
+}
+
+std::vector<std::string> CheckStore(const Handheld& handheld, const std::filesystem::path& path) {
   std::unique_ptr<Store> store;
   std::string problem;
-  if (Failed(Store::OpenExisting(handheld, store, problem))) return {Sentence(handheld, problem)};
+  if (Failed(Store::OpenExisting(handheld, path, store, problem)))
+    return {Sentence(handheld, problem)};
   if (const HRESULT status = store->BeginSnapshot(); Failed(status))
     return {Sentence(handheld, StoreStatusText(status))};
   return Check(handheld, *store).Run();

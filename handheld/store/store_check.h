@@ -1,6 +1,7 @@
 // Is the store sound? For the handheld's maintenance.
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,8 @@ namespace ce::host {
 // few hundred; empty when all is sound, also for a handheld whose store has not been made yet.
 // Changes nothing.
 std::vector<std::string> CheckStore(const Handheld& handheld);
+// The same of a store that is to become the handheld's.
+std::vector<std::string> CheckStore(const Handheld& handheld, const std::filesystem::path& path);
 
 // Why Logon fails, as one sentence that begins with the store's path; empty when it does not. Opens
 // the store as Logon does, making it or bringing it up to date.

@@ -12,9 +12,11 @@
 namespace ce::host {
 namespace {
 
-// The cache is bounded, and so is the write-ahead log once its content has moved to the database.
+// What is deleted leaves nothing in the file that could come back with a repair. The cache is
+// bounded, and so is the write-ahead log once its content has moved to the database.
 constexpr char kSettings[] =
     "PRAGMA synchronous = FULL;"
+    "PRAGMA secure_delete = ON;"
     "PRAGMA foreign_keys = ON;"
     "PRAGMA trusted_schema = OFF;"
     "PRAGMA cache_size = -512;"
@@ -76,9 +78,8 @@ HRESULT RememberStore(Handheld& handheld, std::string& problem) {
 
 }  // namespace
 
-bool Store::Exists(const Handheld& handheld) {
+bool Store::Exists(const std::filesystem::path& path) {
   std::error_code error;
-  const std::filesystem::path path = handheld.storePath();
   const auto status = std::filesystem::status(path, error);
   if (!std::filesystem::is_regular_file(status)) return std::filesystem::exists(status);
   return std::filesystem::file_size(path, error) != 0;
@@ -116,7 +117,7 @@ HRESULT Store::Open(Handheld& handheld, std::unique_ptr<Store>& store, std::stri
   const std::lock_guard guard(OpenLock());
   store.reset();
   const bool isNew = IsNew(handheld);
-  if (!isNew && !Exists(handheld)) return Worded(kStoreMissing, problem);
+  if (!isNew && !Exists(handheld.storePath())) return Worded(kStoreMissing, problem);
   std::unique_ptr<Store> opened(new Store);
   RETURN_IF_FAILED(opened->Connect(handheld.storePath().string(), isNew, problem));
   RETURN_IF_FAILED(
@@ -130,12 +131,17 @@ HRESULT Store::Open(Handheld& handheld, std::unique_ptr<Store>& store, std::stri
 
 HRESULT Store::OpenExisting(const Handheld& handheld, std::unique_ptr<Store>& store,
                             std::string& problem) {
+  return OpenExisting(handheld, handheld.storePath(), store, problem);
+}
+
+HRESULT Store::OpenExisting(const Handheld& handheld, const std::filesystem::path& path,
+                            std::unique_ptr<Store>& store, std::string& problem) {
   const std::lock_guard guard(OpenLock());
   store.reset();
-  if (!Exists(handheld)) return Worded(kStoreMissing, problem);
+  if (!Exists(path)) return Worded(kStoreMissing, problem);
   const bool isNew = IsNew(handheld);
   std::unique_ptr<Store> opened(new Store);
-  RETURN_IF_FAILED(opened->Connect(handheld.storePath().string(), false, problem));
+  RETURN_IF_FAILED(opened->Connect(path.string(), false, problem));
   RETURN_IF_FAILED(CheckFormat(opened->database_, isNew, problem));
   store = std::move(opened);
   return S_OK;

@@ -206,7 +206,7 @@ void RequireSound(const fs::path& file, const fs::path& directory) {
   std::vector<std::string> problems;
   try {
     Session session(directory);
-    if (ce::host::Store::Exists(session.handheld())) {
+    if (ce::host::Store::Exists(session.handheld().storePath())) {
       const std::string problem = ce::host::DescribeStoreProblem(session.handheld());
       problems = problem.empty() ? ce::host::CheckStore(session.handheld())
                                  : std::vector<std::string>{problem};
@@ -241,7 +241,7 @@ void CloneStore(Session& session, const fs::path& to) {
   fs::path log = store;
   log += "-wal";
   std::error_code none;
-  if (!session.handheld().IsShared() && ce::host::Store::Exists(session.handheld())) {
+  if (!session.handheld().IsShared() && ce::host::Store::Exists(session.handheld().storePath())) {
     std::unique_ptr<ce::host::Store> last;
     std::string problem;
     static_cast<void>(ce::host::Store::OpenExisting(session.handheld(), last, problem));

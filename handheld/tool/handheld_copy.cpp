@@ -158,7 +158,7 @@ fs::path ParentOfNew(const fs::path& directory) {
 
 bool CopyStore(Session& session, const fs::path& to) {
   using ce::host::Store;
-  if (!Store::Exists(session.handheld())) return false;
+  if (!Store::Exists(session.handheld().storePath())) return false;
   std::unique_ptr<Store> store;
   std::string problem;
   if (ce::Failed(Store::OpenExisting(session.handheld(), store, problem)) ||

@@ -8,8 +8,8 @@
 
 #include "common/files/atomic_file.h"
 #include "common/files/error.h"
+#include "handheld/salvage/store_salvage.h"
 #include "handheld/store/store_check.h"
-#include "handheld/store/store_salvage.h"
 #include "handheld/tool/handheld_copy.h"
 #include "handheld/tool/result.h"
 
@@ -96,12 +96,14 @@ Outcome Repair(Session& session, bool write, const Report& report) {
   std::string problem;
   if (ce::Failed(ce::host::SalvageStore(damaged, saved, salvage, problem)))
     throw files::Error(store.string() + ": nothing can be saved: it " + problem);
+  // What could be read may still make no sense. An error of the disk may not come again.
+  std::vector<std::string> left = ce::host::CheckStore(handheld, saved);
+  if (!left.empty()) left = ce::host::CheckStore(handheld, saved);
+  salvage.lost.insert(salvage.lost.end(), left.begin(), left.end());
   fs::path aside;
   if (write) {
     fs::permissions(saved, fs::perms::owner_read | fs::perms::owner_write);
     aside = Exchange(store, saved);
-    // What could be read may still make no sense.
-    for (const std::string& left : ce::host::CheckStore(handheld)) salvage.lost.push_back(left);
   }
   if (report.json) {
     TellJson(report, AsJson(salvage, write));

@@ -79,6 +79,7 @@ const std::map<std::string, std::set<std::string>> kMayInclude = {
     {"handheld/store",
      {"platform", "common/text", "common/calendar", "common/files", "handheld/base",
       "handheld/directory"}},
+    {"handheld/salvage", {"platform", "handheld/base", "handheld/store"}},
     {"handheld/outlook",
      {"platform", "common/text", "common/calendar", "handheld/base", "handheld/directory",
       "handheld/automation", "handheld/store"}},

@@ -17,12 +17,12 @@ struct Salvage {
 };
 
 // Makes a store at `fresh`, where nothing may be, of all rows that can be read of the database
-// `damaged`, a copy that nobody else uses: opening it may change it. Where a table cannot be read
-// on in its order, its rows are asked for one by one. Losses are named by the numbers of the rows
-// as far as the table or an index of it still has them, else as those of a table. What hung on a
-// lost row finds another place or goes with it. Identifiers stay, and those that are known to have
-// been given away are not given away again. On failure, as when nothing can be told from the
-// database at all, `problem` says why.
+// `damaged`, a copy that nobody else uses: what its log holds is moved into it. Rows are found by
+// what they look like; their trees say which are missing. Losses are named by the numbers that the
+// rows had, as far as there were any. What hung on a lost row finds another place or goes with it.
+// Identifiers stay, and none that is known to have been given away is given away again. A newer
+// store, or another program's database, is left alone. On failure, as when nothing can be told from
+// the database at all, `problem` says why.
 [[nodiscard]] HRESULT SalvageStore(const std::filesystem::path& damaged,
                                    const std::filesystem::path& fresh, Salvage& salvage,
                                    std::string& problem);
